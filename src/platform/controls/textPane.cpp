@@ -1,0 +1,50 @@
+#include "platform/controls/textPane.h"
+
+#include <algorithm>
+
+namespace qrel {
+
+void TextPane::setText(std::string text) {
+  text_ = std::move(text);
+  lineStarts_.clear();
+  backgrounds_.clear();
+  selectionStart_ = selectionLength_ = 0;
+  changed();
+}
+
+void TextPane::findLines() const {
+  if (!lineStarts_.empty()) return;
+  lineStarts_.push_back(0);
+  for (std::size_t i = 0; i < text_.size(); ++i) {
+    if (text_[i] == '\r' && i + 1 < text_.size() && text_[i + 1] == '\n') ++i;
+    if (text_[i] == '\n' || text_[i] == '\r') lineStarts_.push_back(i + 1);
+  }
+}
+
+std::size_t TextPane::lineCount() const {
+  findLines();
+  return lineStarts_.size();
+}
+
+long TextPane::lineOffset(std::size_t line) const {
+  findLines();
+  return line < lineStarts_.size() ? static_cast<long>(lineStarts_[line]) : -1;
+}
+
+void TextPane::setSelection(std::size_t start, std::size_t length) {
+  selectionStart_ = std::min(start, text_.size());
+  selectionLength_ = std::min(length, text_.size() - selectionStart_);
+  changed();
+}
+
+void TextPane::setBackground(std::size_t start, std::size_t length, std::uint32_t colour) {
+  backgrounds_.push_back({start, length, colour});
+  changed();
+}
+
+void TextPane::clearBackgrounds() {
+  backgrounds_.clear();
+  changed();
+}
+
+}  // namespace qrel

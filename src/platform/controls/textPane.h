@@ -1,0 +1,54 @@
+// A text pane: a text, its lines, its selection and the colours of its character ranges.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/controls/control.h"
+
+namespace qrel {
+
+// Offsets are 0-based and count bytes of the UTF-8 text. Lines are 0-based; they break at CR LF, at a lone LF and at a
+// lone CR, and a final break leaves an empty last line. Lines don't wrap. An empty text has one empty line.
+class TextPane : public Control {
+ public:
+  using Control::Control;
+
+  struct Range {
+    std::size_t start = 0;
+    std::size_t length = 0;
+    std::uint32_t colour = 0;  // 0x00BBGGRR
+  };
+
+  const std::string& text() const { return text_; }
+  // Selection, caret and backgrounds are gone afterwards.
+  void setText(std::string text);
+
+  std::size_t lineCount() const;
+  // Offset of the line's first character, -1 when there is no such line.
+  long lineOffset(std::size_t line) const;
+
+  std::size_t selectionStart() const { return selectionStart_; }
+  std::size_t selectionLength() const { return selectionLength_; }
+  // Cut to the text.
+  void setSelection(std::size_t start, std::size_t length);
+  std::string selectedText() const { return text_.substr(selectionStart_, selectionLength_); }
+
+  const std::vector<Range>& backgrounds() const { return backgrounds_; }
+  void setBackground(std::size_t start, std::size_t length, std::uint32_t colour);
+  void clearBackgrounds();
+
+  // Page measures in twips.
+  int pageWidth = 0;
+  int pageHeight = 0;
+
+ private:
+  void findLines() const;
+  std::string text_;
+  mutable std::vector<std::size_t> lineStarts_;  // filled when first asked for
+  std::size_t selectionStart_ = 0;
+  std::size_t selectionLength_ = 0;
+  std::vector<Range> backgrounds_;
+};
+
+}  // namespace qrel

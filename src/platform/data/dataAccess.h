@@ -1,0 +1,32 @@
+// The data access layer as one object: which providers there are and which one a connection string means.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/data/provider.h"
+
+namespace qrel {
+
+class EmbeddedServers;
+
+class DataAccess {
+ public:
+  // `embedded` are the embedded server's instances; they must outlive this object.
+  explicit DataAccess(EmbeddedServers& embedded);
+  ~DataAccess();
+
+  // The layer's own version, as a number ("2.8"); 0 would mean that no driver is present.
+  double version() const { return 2.8; }
+
+  // SQLNCLI11 with (localdb)\Name is the embedded instance Name. SQLOLEDB.1 with the name of an embedded instance is
+  // that instance. (localdb)\Name through SQLOLEDB.1, an unknown name and an unknown provider raise 0x80004005 with a
+  // sentence that says what to do.
+  std::unique_ptr<ProviderConnection> open(const std::string& connectionString);
+
+ private:
+  EmbeddedServers& embedded_;
+  std::unique_ptr<Provider> embeddedProvider_;
+};
+
+}  // namespace qrel

@@ -1,0 +1,160 @@
+// The catalogue of one database file: what it holds and how objects get into it and out of it.
+//
+// Stored tables (all in the .mdf): cat_objects, cat_columns, cat_types, cat_indexes, cat_indexkeys, cat_references,
+// cat_comments, cat_schemas, cat_permissions. The views that queries see (sysobjects, sys.objects, ...) are temporary
+// views over them, made per connection by createCatalogueViews, since they depend on the server's version. A user table
+// schema.name is the SQLite table "schema.name".
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/data/embedded/sqlite.h"
+#include "platform/data/embedded/types.h"
+
+namespace qrel::tsql {
+
+struct ColumnDef {
+  std::string name;
+  TypeRef type;
+  bool nullable = true;
+  bool identity = false;
+  std::string identitySeed = "1";       // text: seeds may have 38 digits
+  std::string identityIncrement = "1";
+  std::string defaultText;              // as the server keeps it, in brackets; empty: none
+  std::string defaultName;              // empty with a default: the server makes one up
+  std::string computedText;             // as the server keeps it; empty: an ordinary column
+  bool rowGuid = false;
+};
+
+enum class KeyKind : std::uint8_t { PrimaryKey, Unique, Index };
+
+// An index, primary key or unique constraint. Columns are key columns only.
+struct IndexDef {
+  std::string name;  // empty for a constraint: made up
+  KeyKind kind = KeyKind::Index;
+  bool clustered = false;
+  bool unique = false;
+  std::vector<std::string> columns;
+  std::vector<bool> descending;
+  std::vector<std::string> included;
+  std::string filter;  // text behind WHERE, empty: none
+};
+
+struct ForeignKeyDef {
+  std::string name;  // empty: made up
+  std::vector<std::string> columns;
+  ObjectName referenced;
+  std::vector<std::string> referencedColumns;  // empty: the primary key's
+};
+
+struct CheckDef {
+  std::string name;    // empty: made up
+  std::string column;  // for the made-up name; empty for a table constraint
+  std::string text;    // in brackets
+};
+
+struct TableDef {
+  std::string schema = "dbo";
+  std::string name;
+  std::vector<ColumnDef> columns;
+  std::vector<IndexDef> indexes;
+  std::vector<ForeignKeyDef> foreignKeys;
+  std::vector<CheckDef> checks;
+};
+
+// A table as INSERT, UPDATE and SELECT need it.
+struct TableInfo {
+  std::int64_t id = 0;
+  std::string schema, name;
+  std::string storage;  // the SQLite table's name, unquoted: "dbo.Track"
+  struct Column {
+    std::string name;
+    TypeRef type;
+    bool nullable = true;
+    bool identity = false;
+    bool computed = false;
+    std::string defaultText;  // as the server keeps it
+    std::string computedText;
+    int colid = 0;
+  };
+  std::vector<Column> columns;
+  const Column* find(std::string_view columnName) const;
+};
+
+struct ObjectInfo {
+  std::int64_t id = 0;
+  std::string schema, name;
+  std::string xtype;  // "U", "V", "P", "FN", "IF", "TF", "TR", "F", "PK", "UQ", "C", "D", "SO", "TT", "SN"
+  std::int64_t parent = 0;
+};
+
+class Catalogue {
+ public:
+  // `database` is an open .mdf; `serverMajor` its server's major version.
+  Catalogue(sqlite::Database& database, int serverMajor);
+
+  // Makes the stored tables in an empty file, with the schema (or owner) dbo and the system types.
+  static void createStorage(sqlite::Database& database);
+
+  int serverMajor() const { return serverMajor_; }
+
+  // Look-ups. Names compare without case and trailing blanks; an empty schema means dbo.
+  std::optional<ObjectInfo> find(std::string_view schema, std::string_view name) const;
+  std::optional<ObjectInfo> find(std::int64_t id) const;
+  // Empty when there is no such table. Kept until the table changes.
+  std::shared_ptr<const TableInfo> table(std::string_view schema, std::string_view name) const;
+  std::optional<TypeRef> aliasType(std::string_view schema, std::string_view name) const;
+  bool schemaExists(std::string_view name) const;
+
+  // Changes. Errors are DataErrors in the server's words: "There is already an object named 'x' in the database.",
+  // "Cannot find the object ...", "Column name 'x' ... specified more than once.", ...
+  void createTable(const TableDef& table);
+  void addColumns(const ObjectName& table, const std::vector<ColumnDef>& columns);
+  void dropColumn(const ObjectName& table, std::string_view column);
+  void alterColumn(const ObjectName& table, const ColumnDef& column);
+  void addIndex(const ObjectName& table, const IndexDef& index);
+  void addForeignKey(const ObjectName& table, const ForeignKeyDef& key);
+  void addCheck(const ObjectName& table, const CheckDef& check);
+  void addDefault(const ObjectName& table, std::string_view column, const std::string& name, const std::string& text);
+  void dropConstraint(const ObjectName& table, std::string_view name);
+  void dropIndex(const ObjectName& table, std::string_view name);
+  // Procedures, functions, views, triggers: xtype as in ObjectInfo, `text` to the byte. An existing object of the same
+  // xtype is replaced when `replace` is set. `encrypted`: no text is kept. Triggers name their table in `parent`.
+  void createModule(const ObjectName& name, const std::string& xtype, const std::string& text, bool replace,
+                    bool encrypted, const ObjectName* parent);
+  // An object of which only name and type are kept: sequences, synonyms, table types.
+  void createPlain(const ObjectName& name, const std::string& xtype);
+  void dropObject(const ObjectName& name, const std::vector<std::string>& xtypes);
+  void createSchema(std::string_view name);
+  void dropSchema(std::string_view name);
+  void createAliasType(const ObjectName& name, const TypeRef& base, bool nullable);
+  void dropType(const ObjectName& name);
+  void rename(const ObjectName& object, std::string_view column, std::string_view newName);
+  // state: 'G', 'W' (with grant), 'D', 'R' removes. An empty object means the database.
+  void setPermission(char state, const std::string& permission, const ObjectName* object, const std::string& grantee);
+
+  // Forgets kept look-ups; call after a rollback.
+  void forget() const;
+
+ private:
+  sqlite::Database& database_;
+  int serverMajor_;
+  mutable std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
+};
+
+// Makes the temporary views that catalogue queries see, for this server version: the sysobjects family always, "sys.*"
+// and "INFORMATION_SCHEMA.*" from version 9 on (INFORMATION_SCHEMA.TABLES/VIEWS/ROUTINES/COLUMNS also below).
+void createCatalogueViews(sqlite::Database& database, int serverMajor);
+
+// The name under which a catalogue view or table is known to SQLite, for a one- to three-part name without database:
+// sysobjects, dbo.sysobjects -> "sysobjects"; sys.Objects -> "sys.objects"; information_schema.tables ->
+// "INFORMATION_SCHEMA.TABLES". Empty when it is no catalogue name of that version.
+std::string catalogueViewName(std::string_view schema, std::string_view name, int serverMajor);
+
+}  // namespace qrel::tsql

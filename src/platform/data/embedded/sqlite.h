@@ -1,0 +1,73 @@
+// A thin owner of SQLite's handles. Errors are raised as DataError: 0x80004005 for files that can't be used (missing,
+// locked, corrupt, full disk: the sentence names the file), 0x80040E14 for bad SQL, 0x80040E31 for a time-out.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "platform/data/value.h"
+
+namespace qrel::sqlite {
+
+class Database;
+
+// A prepared statement. Bound values are copied.
+class Statement {
+ public:
+  Statement() = default;
+  Statement(Database& database, std::string_view sql);
+
+  Statement& bind(int index, const Value& value);  // 1-based
+  Statement& bind(int index, std::string_view text);
+  Statement& bind(int index, std::int64_t number);
+  Statement& bindNull(int index);
+  bool step();  // true: a row stands ready
+  void reset();
+  void run() { while (step()) {} reset(); }
+
+  std::int64_t integer(int column) const { return sqlite3_column_int64(get(), column); }  // 0-based
+  std::string_view text(int column) const;
+  bool isNull(int column) const { return sqlite3_column_type(get(), column) == SQLITE_NULL; }
+  sqlite3_stmt* get() const { return handle_.get(); }
+  explicit operator bool() const { return handle_ != nullptr; }
+
+ private:
+  struct Finalizer {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+  };
+  std::unique_ptr<sqlite3_stmt, Finalizer> handle_;
+  Database* database_ = nullptr;
+};
+
+enum class OpenMode { ReadOnly, ReadWrite, Create };
+
+class Database {
+ public:
+  Database(const std::filesystem::path& file, OpenMode mode);
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+  ~Database();
+
+  void execute(std::string_view sql);
+  // A statement prepared once per text and kept; reset when handed out.
+  Statement& cached(const std::string& sql);
+  void forgetCached() { cache_.clear(); }
+  // Raises the DataError for a result code of a call on this handle.
+  [[noreturn]] void fail(int code, std::string_view sql) const;
+
+  sqlite3* get() const { return handle_; }
+  const std::filesystem::path& file() const { return file_; }
+
+ private:
+  std::filesystem::path file_;
+  sqlite3* handle_ = nullptr;
+  std::unordered_map<std::string, std::unique_ptr<Statement>> cache_;
+};
+
+}  // namespace qrel::sqlite

@@ -1,0 +1,58 @@
+// T-SQL queries and expressions in SQLite's words.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/data/embedded/catalogue.h"
+#include "platform/data/embedded/lexer.h"
+
+namespace qrel::tsql {
+
+// What a translation needs to know of its surroundings.
+struct TranslateContext {
+  const Catalogue* catalogue = nullptr;
+  std::string database;  // the current one
+  // Gives the SQLite schema name ("db2") under which another database of the server is attached; raises
+  // 0x80040E37 when there is none. "master" and the current database need no call.
+  std::function<std::string(const std::string& database)> attach;
+};
+
+// Reads exactly one query or expression at the reader, by grammar, and leaves the reader behind it: the text that
+// follows belongs to the next statement even without a semicolon. What can't be translated raises NotUnderstood;
+// an unknown table raises DataError 0x80040E37 "Invalid object name 'x'.".
+// Variables stay as @name in lower case: SQLite binds them by name.
+class Translator {
+ public:
+  Translator(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
+
+  // SELECT ... (also WITH cte AS, UNION, ORDER BY, TOP, OFFSET/FETCH). `assigned` (may be null) receives the variables
+  // of SELECT @a = x, @b = y in order of the result's columns; a query without assignments leaves it empty.
+  std::string select(std::vector<std::string>* assigned = nullptr);
+  // True where a query begins: SELECT, WITH, or "(" that leads to SELECT.
+  bool atSelect() const;
+  std::string expression();
+  // A condition as in WHERE and IF.
+  std::string condition();
+  // A table in FROM, UPDATE, DELETE or INSERT position; reads its name.
+  std::string tableName();
+  // FROM's list of tables with joins, without the word FROM.
+  std::string fromList();
+
+ private:
+  const TranslateContext& context_;
+  TokenReader& reader_;
+};
+
+// "name" with doubled quotes: an identifier for SQLite. 'text' with doubled quotes: a literal.
+std::string quoteName(std::string_view name);
+std::string quoteText(std::string_view text);
+
+// An expression as the server stores it in defaults, checks and computed columns, in the form of the version:
+// from version 9 on numbers in brackets, names in square brackets, built-in functions in lower case, the whole in
+// brackets: 1 -> ((1)), 'x' -> ('x'), GetDate() -> (getdate()), (-1) -> ((-1)), a*b -> ([a]*[b]). Below version 9 the
+// text as written in one pair of brackets. Outer brackets of the text don't double.
+std::string storedExpression(std::string_view text, int serverMajor);
+
+}  // namespace qrel::tsql

@@ -1,0 +1,63 @@
+// SQL Server's types: what the catalogue says of them, how the embedded server stores them, and how values get there.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/data/embedded/lexer.h"
+#include "platform/data/provider.h"
+
+namespace qrel::tsql {
+
+// A row of systypes. `length` in bytes, `prec` in characters or digits.
+struct SystemType {
+  const char* name;
+  int xtype;
+  int xusertype;
+  int length;
+  int prec;
+  int scale;
+  DataType dataType;
+};
+const std::vector<SystemType>& systemTypes();
+// Case-insensitive; synonyms (integer, dec, character varying, national char, rowversion, sysname, ...) are resolved.
+const SystemType* findSystemType(std::string_view name);
+
+// A column's or variable's type as declared. `baseName` is the system type in lower case; `name` what the catalogue
+// shows: the same, or the alias type's name. length in bytes (-1: max), prec as in syscolumns (-1: max).
+struct TypeRef {
+  std::string name;
+  std::string baseName;
+  int xtype = 0;
+  int xusertype = 0;
+  int length = 0;
+  int prec = 0;
+  int scale = 0;
+  DataType dataType = DataType::Text;
+  std::optional<bool> aliasNullable;  // set for alias types
+};
+
+class Catalogue;
+// Reads "decimal(18,2)", "[varchar](max)", "double precision", "dbo.Name" ... at the reader. Unknown names raise
+// NotUnderstood. `catalogue` (may be null) knows the alias types.
+TypeRef readType(TokenReader& reader, const Catalogue* catalogue);
+
+// The declaration of a column in the SQLite table: affinity, type text and collation, such as
+// "TEXT decimal(18,2) COLLATE q_decimal". decimal, money, dates, GUIDs and text are TEXT in their text form; binary BLOB;
+// bit and integers INTEGER; float and real REAL.
+std::string storageDeclaration(const TypeRef& type);
+// The reverse, from sqlite3_column_decltype: type name, DataType, precision and scale.
+ColumnInfo columnFromDeclaration(std::string_view name, std::string_view declaration);
+
+// Brings a value into the stored form of a type: digits rounded to the scale, dates in any of the server's literal forms
+// to yyyy-mm-dd hh:mm:ss.f, char and binary padded, GUIDs in braces and upper case, 0x... to bytes for binary columns.
+// Raises DataError 0x80040E14 with the server's words for what doesn't convert or doesn't fit ("String or binary data
+// would be truncated.", "Conversion failed when converting ...", "Arithmetic overflow error ...").
+Value convertTo(const TypeRef& type, const Value& value);
+// CONVERT(varchar, date, style) and the like: a value as text.
+std::string dateText(std::string_view storedDate, int style);
+
+}  // namespace qrel::tsql

@@ -1,0 +1,69 @@
+// What a provider (the embedded server, ODBC) gives to the record sets above it.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/data/value.h"
+
+namespace qrel {
+
+class ColumnStore;
+struct ConnectionString;
+
+// One column of a result. `typeName` is the server's type name in lower case, empty for an expression.
+struct ColumnInfo {
+  std::string name;
+  std::string typeName;
+  DataType type = DataType::Empty;
+  int precision = 0;
+  int scale = 0;
+};
+
+// The rows of one result, read forwards.
+class RowSource {
+ public:
+  virtual ~RowSource() = default;
+  virtual const std::vector<ColumnInfo>& columns() const = 0;
+  // Appends up to `most` further rows to the store; returns how many, 0 at the end.
+  virtual std::size_t fetch(ColumnStore& store, std::size_t most) = 0;
+  // Goes back before the first row.
+  virtual void rewind() = 0;
+  // Number of rows of the whole result; may run the query a second time.
+  virtual std::int64_t count() = 0;
+};
+
+// What a command asks for.
+struct CommandRequest {
+  std::string text;
+  int timeoutSeconds = 30;               // 0 waits without end
+  std::vector<Value> parameters;         // in order of their creation, without the return value
+};
+
+struct CommandResult {
+  std::unique_ptr<RowSource> rows;  // empty: the command gave no result set
+  std::int32_t returnValue = 0;
+  std::int64_t recordsAffected = 0;
+  std::vector<Value> outputs;  // parallel to CommandRequest::parameters, as they are afterwards
+};
+
+// An open connection. Errors are raised as DataError with the numbers of errorNumber.
+class ProviderConnection {
+ public:
+  virtual ~ProviderConnection() = default;
+  // Row sources keep what they need of the connection alive.
+  virtual CommandResult execute(const CommandRequest& request) = 0;
+  // Ends a running execute or fetch from another thread or a signal-safe place; it raises "Operation canceled".
+  virtual void interrupt() = 0;
+};
+
+class Provider {
+ public:
+  virtual ~Provider() = default;
+  virtual std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) = 0;
+};
+
+}  // namespace qrel

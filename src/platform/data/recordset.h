@@ -1,0 +1,146 @@
+// Connection, Command, Parameter, Field and Recordset: the operations asked of the data access layer.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/data/provider.h"
+#include "platform/data/value.h"
+
+namespace qrel {
+
+class DataAccess;
+
+enum CursorLocation : int { adUseServer = 2, adUseClient = 3 };
+enum CommandType : int { adCmdText = 1 };
+enum ObjectState : int { adStateClosed = 0, adStateOpen = 1 };
+enum ParameterDirection : int { adParamInput = 1, adParamOutput = 2, adParamInputOutput = 3, adParamReturnValue = 4 };
+enum ParameterType : int { adInteger = 3, adDouble = 5, adDate = 7, adBoolean = 11, adVarWChar = 202 };
+
+// A connection to one server and database. Closing it ends nothing for record sets that are still open on it: they keep
+// what they need.
+class Connection {
+ public:
+  explicit Connection(DataAccess& dataAccess) : dataAccess_(&dataAccess) {}
+
+  std::string ConnectionString;
+  int CursorLocation = adUseServer;
+
+  // Raises DataError 0x80004005 when the server or the database can't be had.
+  void Open();
+  void Close();
+  int State() const { return provider_ ? adStateOpen : adStateClosed; }
+  // Stops a running command or fetch; may be called from a signal handler's thread.
+  void Interrupt();
+  const std::shared_ptr<ProviderConnection>& provider() const { return provider_; }
+
+ private:
+  DataAccess* dataAccess_;
+  std::shared_ptr<ProviderConnection> provider_;
+};
+
+struct Parameter {
+  std::string Name;
+  int Type = adVarWChar;
+  int Direction = adParamInput;
+  long Size = 0;
+  qrel::Value Value;
+};
+
+class Command {
+ public:
+  std::shared_ptr<Connection> ActiveConnection;
+  std::string CommandText;
+  int CommandType = adCmdText;
+  int CommandTimeout = 30;  // seconds
+  std::vector<Parameter> Parameters;
+
+  // Runs the command without a result set (a result is thrown away) and fills return value and in/out parameters.
+  void Execute();
+  // Raises error 3265 when there is no parameter of that name.
+  Parameter& parameter(std::string_view name);
+
+ private:
+  friend class Recordset;
+  CommandResult run();
+};
+
+// One field of the current record.
+struct Field {
+  const ColumnInfo* column = nullptr;
+  Cell cell;
+
+  bool IsNull() const { return cell.null; }
+  std::string Text() const { return textOf(cell); }
+};
+
+class RowStore;
+
+// A static, scrollable set of records. With the client-side cursor it holds all its rows and is disconnected; with the
+// server-side cursor rows come CacheSize at a time as they are asked for, and the first use of Filter, Sort, Find,
+// Clone, Bookmark or Delete brings in the rest. Copies share nothing; move only.
+class Recordset {
+ public:
+  Recordset();
+  Recordset(Recordset&&) noexcept;
+  Recordset& operator=(Recordset&&) noexcept;
+  ~Recordset();
+
+  int CursorLocation = adUseServer;
+  std::size_t CacheSize = 1;
+  int MarshalOptions = 0;
+
+  // Runs the command and stands on the first record. A command without a result leaves the record set closed.
+  void Open(Command& command);
+  // Lets go of the connection; the rows must all be here (client-side cursor).
+  void Disconnect();
+  void Close();
+  int State() const;
+
+  // Rows under the current filter.
+  std::int64_t RecordCount();
+  bool Bof();
+  bool Eof();
+  void MoveFirst();
+  void MoveLast();
+  // Past the last record error 3021 is raised.
+  void MoveNext();
+
+  std::size_t FieldCount() const;
+  const ColumnInfo& Column(std::size_t index) const;
+  // Fields of the current record, by 0-based index or by name without case. Error 3021 without a current record,
+  // 3265 for a field that isn't there.
+  Field Fields(std::size_t index);
+  Field Fields(std::string_view name);
+  // The 0-based index of a field, -1 when it isn't there: for loops over many records.
+  long FieldIndex(std::string_view name) const;
+
+  // "[a] = 'x' AND b = 5 AND c = NULL": conditions joined by AND with =, <>, <, >, <=, >=, LIKE; doubled quotes in
+  // literals; dates and numbers bare or between quotes or '#'. Empty text takes the filter away. The first matching
+  // record becomes the current one. A text that can't be read raises error 3001 and leaves the filter as it was.
+  void Filter(std::string_view conditions);
+  // "[a] ASC, b DESC"; empty restores the order of arrival. The first record becomes the current one.
+  void Sort(std::string_view columns);
+  // One condition as in Filter; moves from the current record (counted in), or from the first with `fromFirst`, to the
+  // next match, or to Eof when there is none.
+  void Find(std::string_view condition, bool fromFirst = false);
+
+  // The current record's mark; it stays valid whatever filter, sort or deletion comes. Clones share marks.
+  std::int64_t Bookmark();
+  // Moves to a mark, also past a filter that hides it. Error 3021 for a record that is deleted.
+  void MoveToBookmark(std::int64_t mark);
+  // A record set over the same rows with its own position, filter and order; a deletion shows in both.
+  Recordset Clone();
+  // Removes the current record from the set only, never from the database. It stays current without fields, and Eof as
+  // it was, until the next move.
+  void Delete();
+
+ private:
+  struct State_;
+  std::unique_ptr<State_> state_;
+};
+
+}  // namespace qrel

@@ -1,0 +1,68 @@
+// The host: the one seam between the program and the outside world.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace qrel {
+
+class Form;
+
+enum class Icon : std::uint8_t { None, Information, Question, Warning, Critical };
+enum class Buttons : std::uint8_t { Ok, OkCancel, YesNo, YesNoCancel, RetryCancel };
+enum class Answer : std::uint8_t { Ok, Cancel, Yes, No, Retry };
+enum class Pointer : int { Default = 0, Hourglass = 11 };
+
+struct Screen {
+  int width = 0;   // pixels
+  int height = 0;
+};
+
+// A moment in local time.
+struct LocalTime {
+  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+};
+
+class Host {
+ public:
+  virtual ~Host() = default;
+
+  // Shows a box and waits. `defaultButton` is 1-based. An empty title is the program's name.
+  virtual Answer messageBox(const std::string& text, Icon icon = Icon::None, const std::string& title = {},
+                            Buttons buttons = Buttons::Ok, int defaultButton = 1) = 0;
+  // Loads and activates the window and returns when it is closed; afterwards it is unloaded.
+  virtual void showModal(Form& form) = 0;
+  // Loads and activates a window that stays.
+  virtual void show(Form& form) = 0;
+  // Lets waiting events run.
+  virtual void doEvents() = 0;
+
+  virtual Pointer pointer() const { return pointer_; }
+  virtual void setPointer(Pointer pointer) { pointer_ = pointer; }
+  virtual void beep() {}
+  // Opens a file or an URL with the program that the desktop has for it; false when there is none.
+  virtual bool openUrl(const std::string& url) = 0;
+  virtual Screen screen() const { return {1280, 800}; }
+  virtual LocalTime now() const = 0;
+  // Steady milliseconds, for elapsed times.
+  virtual std::int64_t ticks() const = 0;
+
+ private:
+  Pointer pointer_ = Pointer::Default;
+};
+
+// The hourglass for the length of a scope; what was shown before comes back.
+class PointerScope {
+ public:
+  PointerScope(Host& host, Pointer pointer) : host_(host), before_(host.pointer()) { host.setPointer(pointer); }
+  ~PointerScope() { host_.setPointer(before_); }
+  PointerScope(const PointerScope&) = delete;
+  PointerScope& operator=(const PointerScope&) = delete;
+
+ private:
+  Host& host_;
+  Pointer before_;
+};
+
+}  // namespace qrel

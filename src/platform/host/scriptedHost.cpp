@@ -1,0 +1,49 @@
+#include "platform/host/scriptedHost.h"
+
+#include "platform/controls/form.h"
+
+namespace qrel {
+
+Answer ScriptedHost::messageBox(const std::string& text, Icon icon, const std::string& title, Buttons buttons, int) {
+  boxes.push_back({text, icon, title, buttons});
+  if (buttons == Buttons::Ok) return Answer::Ok;
+  if (answers.empty()) {
+    unexpected.push_back("question: " + text);
+    return Answer::Cancel;
+  }
+  const Answer answer = answers.front();
+  answers.pop_front();
+  return answer;
+}
+
+void ScriptedHost::showModal(Form& form) {
+  shown.push_back(form.name);
+  form.load();
+  form.activate();
+  if (windows.empty()) {
+    unexpected.push_back("window: " + form.name);
+  } else {
+    const auto script = windows.front();
+    windows.pop_front();
+    if (!form.closed()) script(form);
+  }
+  form.close();
+  form.unload();
+}
+
+void ScriptedHost::show(Form& form) {
+  shown.push_back(form.name);
+  form.load();
+  form.activate();
+}
+
+void ScriptedHost::doEvents() {
+  if (onDoEvents) onDoEvents();
+}
+
+bool ScriptedHost::openUrl(const std::string& url) {
+  opened.push_back(url);
+  return true;
+}
+
+}  // namespace qrel

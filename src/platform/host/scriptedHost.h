@@ -1,0 +1,46 @@
+// The host of the tests: answers are queued, what was shown is kept, the clock stands.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/host/host.h"
+
+namespace qrel {
+
+class ScriptedHost : public Host {
+ public:
+  struct Box {
+    std::string text;
+    Icon icon = Icon::None;
+    std::string title;
+    Buttons buttons = Buttons::Ok;
+  };
+
+  std::vector<Box> boxes;                               // every box shown, in order
+  std::deque<Answer> answers;                           // for boxes with more than one button
+  std::deque<std::function<void(Form&)>> windows;       // what a person does in each modal window, in order
+  std::vector<std::string> opened;                      // URLs and files
+  std::vector<std::string> shown;                       // names of all windows shown, in order
+  std::function<void()> onDoEvents;                     // what a person does while a run yields
+  LocalTime time{2026, 1, 2, 3, 4, 5};
+  std::int64_t tickCount = 0;
+
+  Answer messageBox(const std::string& text, Icon icon, const std::string& title, Buttons buttons,
+                    int defaultButton) override;
+  void showModal(Form& form) override;
+  void show(Form& form) override;
+  void doEvents() override;
+  bool openUrl(const std::string& url) override;
+  LocalTime now() const override { return time; }
+  std::int64_t ticks() const override { return tickCount; }
+
+  // What nobody expected, in words: a question without a queued answer, a window without a script. Tests check that it
+  // is empty.
+  std::vector<std::string> unexpected;
+};
+
+}  // namespace qrel
