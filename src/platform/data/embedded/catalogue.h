@@ -1,7 +1,19 @@
 // The catalogue of one database file: what it holds and how objects get into it and out of it.
 //
-// Stored tables (all in the .mdf): cat_objects, cat_columns, cat_types, cat_indexes, cat_indexkeys, cat_references,
-// cat_comments, cat_schemas, cat_permissions. The views that queries see (sysobjects, sys.objects, ...) are temporary
+// Stored tables (all in the .mdf; `name` columns have COLLATE q_text):
+//   cat_schemas(id PK, name)                         1 is dbo
+//   cat_types(xusertype PK, schema_id, name, xtype, length, prec, scale, nullable)   alias types only, from 257 on
+//   cat_objects(id PK, name, schema_id, xtype, parent_obj, crdate)
+//   cat_columns(object_id, colid, name, xtype, xusertype, length, prec, scale, nullable, is_identity, seed, increment,
+//               cdefault, computed_text)             PK (object_id, colid); cdefault: the default's object id or 0
+//   cat_indexes(object_id, indid, name, kind, is_unique, constraint_id, filter)   PK (object_id, indid); indid 1 is
+//               clustered; kind 'PK', 'UQ' or 'IX'
+//   cat_indexkeys(object_id, indid, ordinal, colid, keyno, descending)   PK (object_id, indid, ordinal); keyno from 1,
+//               0 for an included column
+//   cat_references(constid PK, fkeyid, rkeyid), cat_referencekeys(constid, keyno, fcolid, rcolid)
+//   cat_comments(object_id, colid, text)             rows of 4,000 characters from colid 1; text Null when encrypted
+//   cat_permissions(class, major_id, minor_id, type, permission_name, state, grantee)
+// The views that queries see (sysobjects, sys.objects, ...) are temporary
 // views over them, made per connection by createCatalogueViews, since they depend on the server's version. A user table
 // schema.name is the SQLite table "schema.name".
 #pragma once
