@@ -1,0 +1,72 @@
+// Rows of a result held by column: eight bytes a cell, with all texts in one arena of large blocks. Nothing is allocated
+// per cell.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/data/provider.h"
+#include "platform/data/value.h"
+
+namespace qrel {
+
+// Filled row by row: each row gets one cell per column, in column order, and counts once its last column has its cell.
+// A column of type Empty takes the type of its first value. A column that gets a value of another type becomes Text, and
+// the values that it holds are rewritten in their text form.
+class ColumnStore {
+ public:
+  explicit ColumnStore(const std::vector<ColumnInfo>& columns);
+  explicit ColumnStore(const std::vector<DataType>& types);
+
+  void appendNull(std::size_t column);
+  // `type` is Integer or Boolean.
+  void appendInteger(std::size_t column, std::int64_t value, DataType type = DataType::Integer);
+  void appendDouble(std::size_t column, double value);
+  // Decimal, Date and Guid come in their text form (value.h), Binary as raw bytes. The bytes are copied.
+  void appendText(std::size_t column, DataType type, std::string_view bytes);
+
+  std::size_t columnCount() const { return columns_.size(); }
+  std::size_t rowCount() const { return columns_.empty() ? 0 : columns_.back().slots.size(); }
+  // What the column holds now; Empty while it has had Nulls only.
+  DataType type(std::size_t column) const { return columns_[column].type; }
+  // Column and row are 0-based and must exist. The text stays where it is until clear or the end of the store, except
+  // in a column that becomes Text.
+  Cell cell(std::size_t column, std::size_t row) const;
+  bool isNull(std::size_t column, std::size_t row) const;
+
+  // Drops all rows, goes back to the types given at first and keeps the memory for the next rows.
+  void clear();
+  // Bytes held for cells and texts.
+  std::size_t memoryUsed() const;
+
+ private:
+  union Slot {
+    std::int64_t integer;
+    double real;
+    const char* text;  // behind the length, in the arena
+  };
+  struct Column {
+    DataType declared = DataType::Empty;
+    DataType type = DataType::Empty;
+    std::vector<Slot> slots;
+    std::vector<bool> nulls;  // no longer than up to the last Null
+  };
+  struct Block {
+    std::unique_ptr<char[]> bytes;
+    std::size_t size = 0;
+  };
+
+  void becomeText(Column& column);
+  const char* keep(std::string_view bytes);
+  static Cell cellOf(const Column& column, std::size_t row);
+
+  std::vector<Column> columns_;
+  std::vector<Block> blocks_;
+  std::size_t currentBlock_ = 0;  // blocks before it are full
+  std::size_t used_ = 0;          // bytes of the current block in use
+};
+
+}  // namespace qrel
