@@ -4,6 +4,8 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -29,7 +31,11 @@ class Statement {
   Statement& bindNull(int index);
   bool step();  // true: a row stands ready
   void reset();
-  void run() { while (step()) {} reset(); }
+  void run() {
+    while (step()) {
+    }
+    reset();
+  }
 
   std::int64_t integer(int column) const { return sqlite3_column_int64(get(), column); }  // 0-based
   std::string_view text(int column) const;
@@ -58,6 +64,14 @@ class Database {
   // A statement prepared once per text and kept; reset when handed out.
   Statement& cached(const std::string& sql);
   void forgetCached() { cache_.clear(); }
+
+  // Gives what runs from now on this many seconds (0: without end); past them it raises a time-out. Takes back an
+  // earlier interrupt.
+  void startClock(int seconds);
+  // Ends what runs on this handle, now or at its next step, with "Operation canceled". May be called from another
+  // thread or a signal handler.
+  void interrupt() { interrupted_.store(true, std::memory_order_relaxed); }
+
   // Raises the DataError for a result code of a call on this handle.
   [[noreturn]] void fail(int code, std::string_view sql) const;
 
@@ -65,9 +79,15 @@ class Database {
   const std::filesystem::path& file() const { return file_; }
 
  private:
+  static int progress(void* self);
+  [[noreturn]] void failOpening(int code) const;
+
   std::filesystem::path file_;
   sqlite3* handle_ = nullptr;
   std::unordered_map<std::string, std::unique_ptr<Statement>> cache_;
+  std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
+  std::atomic<bool> interrupted_ = false;
+  bool timedOut_ = false;
 };
 
 }  // namespace qrel::sqlite
