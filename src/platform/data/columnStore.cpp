@@ -121,8 +121,9 @@ const char* ColumnStore::keep(std::string_view bytes) {
     used_ = 0;
   }
   if (currentBlock_ == blocks_.size()) {
-    const std::size_t next =
-        blocks_.empty() ? firstBlockSize : std::min(largestBlockSize, std::max(firstBlockSize, 2 * blocks_.back().size));
+    const std::size_t next = blocks_.empty()
+                                 ? firstBlockSize
+                                 : std::min(largestBlockSize, std::max(firstBlockSize, 2 * blocks_.back().size));
     const std::size_t size = std::max(next, needed);
     blocks_.push_back({std::make_unique_for_overwrite<char[]>(size), size});
   }

@@ -1,5 +1,5 @@
-// Rows of a result held by column: eight bytes a cell, with all texts in one arena of large blocks. Nothing is allocated
-// per cell.
+// Rows of a result held by column: eight bytes a cell, with all texts in one arena of large blocks. Nothing is
+// allocated per cell.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@
 namespace qrel {
 
 // Filled row by row: each row gets one cell per column, in column order, and counts once its last column has its cell.
-// A column of type Empty takes the type of its first value. A column that gets a value of another type becomes Text, and
-// the values that it holds are rewritten in their text form.
+// A column of type Empty takes the type of its first value. A column that gets a value of another type becomes Text,
+// and the values that it holds are rewritten in their text form.
 class ColumnStore {
  public:
   explicit ColumnStore(const std::vector<ColumnInfo>& columns);

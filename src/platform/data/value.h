@@ -26,7 +26,7 @@ struct Cell {
   bool null = true;
   std::int64_t integer = 0;
   double real = 0;
-  std::string_view text;
+  std::string_view text{};
 };
 
 // A value that owns its text: parameters and results.
@@ -35,7 +35,7 @@ struct Value {
   bool null = true;
   std::int64_t integer = 0;
   double real = 0;
-  std::string text;
+  std::string text{};
 
   Value() = default;
   explicit Value(const Cell& cell);
