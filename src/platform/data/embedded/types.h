@@ -12,7 +12,7 @@
 
 namespace qrel::tsql {
 
-// A row of systypes. `length` in bytes, `prec` in characters or digits.
+// A row of systypes. `length` in bytes (-1: max), `prec` in characters or digits (0: the type has none).
 struct SystemType {
   const char* name;
   int xtype;
@@ -41,6 +41,10 @@ struct TypeRef {
 };
 
 class Catalogue;
+// The type of a bare system type name; `size` and `scale` as in name(size,scale): 0 and -1 where they are absent, size -1
+// for max. Raises DataError 0x80040E14 for a size the type can't have.
+TypeRef systemTypeRef(const SystemType& type, int size = 0, int scale = -1);
+
 // Reads "decimal(18,2)", "[varchar](max)", "double precision", "dbo.Name" ... at the reader. Unknown names raise
 // NotUnderstood. `catalogue` (may be null) knows the alias types.
 TypeRef readType(TokenReader& reader, const Catalogue* catalogue);
@@ -54,6 +58,7 @@ ColumnInfo columnFromDeclaration(std::string_view name, std::string_view declara
 
 // Brings a value into the stored form of a type: digits rounded to the scale, dates in any of the server's literal forms
 // to yyyy-mm-dd hh:mm:ss.f, char and binary padded, GUIDs in braces and upper case, 0x... to bytes for binary columns.
+// Fractions of seconds lose their trailing zeros.
 // Raises DataError 0x80040E14 with the server's words for what doesn't convert or doesn't fit ("String or binary data
 // would be truncated.", "Conversion failed when converting ...", "Arithmetic overflow error ...").
 Value convertTo(const TypeRef& type, const Value& value);
