@@ -1,0 +1,105 @@
+#include "db/frmAddServer.h"
+
+#include "app/modRegistry.h"
+#include "db/mdlServers.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+frmAddServer::frmAddServer(Program& program) : Form("frmAddServer"), program_(program) {
+  for (Control* control :
+       std::initializer_list<Control*>{&txtServer, &txtDatabase, &optGen0, &optGen1, &lblLogin, &lblPassword, &txtLogin,
+                                       &txtPassword, &chkLocalDb, &cmdOK, &cmdCancel})
+    add(*control);
+  caption = "Add SQL Server";
+  txtDatabase.setText("master");
+  txtPassword.password = true;
+  optGen0.setText("Windows authentication");
+  optGen1.setText("SQL Server authentication");
+  OptionButton::group({&optGen0, &optGen1});
+  optGen0.choose();
+  enableLogin(false);
+  optGen0.onClick = [this] {
+    enableLogin(false);
+    txtLogin.setText("");
+    txtPassword.setText("");
+  };
+  optGen1.onClick = [this] { enableLogin(true); };
+  chkLocalDb.onClick = [this] { chooseLocalDb(); };
+  cmdOK.isDefault = true;
+  cmdOK.onClick = [this] { ok(); };
+  cmdCancel.isCancel = true;
+  cmdCancel.onClick = [this] { close(); };
+}
+
+void frmAddServer::ShowUp(bool& changed) {
+  changed_ = false;
+  program_.host.showModal(*this);
+  changed = changed_;
+}
+
+void frmAddServer::enableLogin(bool enabled) {
+  for (Control* control : std::initializer_list<Control*>{&lblLogin, &lblPassword, &txtLogin, &txtPassword})
+    control->setEnabled(enabled);
+}
+
+void frmAddServer::chooseLocalDb() {
+  if (!chkLocalDb.checked()) return;
+  optGen0.choose();
+  txtServer.setText("(localdb)\\InstanceName");
+}
+
+bool frmAddServer::refuse(TextBox& box, const std::string& strMessage) {
+  program_.host.messageBox(strMessage);
+  box.setFocus(true);
+  return false;
+}
+
+bool frmAddServer::inputIsValid() {
+  const auto trimmed = [](TextBox& box) {
+    box.setText(std::string(trimBlanks(box.text())));
+    return box.text();
+  };
+  if (trimmed(txtServer).empty()) return refuse(txtServer, "Please enter server name.");
+  if (trimmed(txtDatabase).empty()) return refuse(txtDatabase, "Please enter database name.");
+  if (optGen1.chosen()) {
+    if (trimmed(txtLogin).empty()) return refuse(txtLogin, "Please enter Login name.");
+    trimmed(txtPassword);
+  }
+  // A count without servers in memory can't be loaded: the key is dropped before the server is added.
+  if (program_.servers.gtypServers.empty() && GetServersCount(program_) > 0 && program_.servers.gtypServers.empty())
+    DeleteRegKey(program_.store, HKEY_CURRENT_USER, std::string(productKey) + "\\Servers");
+  if (IsServerInList(program_, txtServer.text()))
+    return refuse(txtServer, "This server is already added to the list.");
+  return true;
+}
+
+tServer frmAddServer::serverFromInput() const {
+  tServer server;
+  server.Name = txtServer.text();
+  server.SQLAuth = optGen1.chosen();
+  server.LoginName = txtLogin.text();
+  server.Password = txtPassword.text();
+  server.MRUDb = txtDatabase.text();
+  server.LocalDb = chkLocalDb.checked();
+  return server;
+}
+
+void frmAddServer::ok() {
+  if (!inputIsValid()) return;
+  const tServer server = serverFromInput();
+  if (!TestServerConnection(program_, server)) {
+    program_.host.messageBox(
+        "Cannot connect to the server - server does not exist or access denied.\r\n\r\nPlease enter correct server data.",
+        Icon::Warning, "Cannot Connect To The Server");
+    txtServer.setFocus(true);
+    return;
+  }
+  AppendServer(program_, server);
+  LoadServers(program_);
+  InitSelectedServers(program_);
+  changed_ = true;
+  close();
+}
+
+}  // namespace qrel

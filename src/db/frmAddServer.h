@@ -1,0 +1,41 @@
+// The window that adds a server to the list.
+#pragma once
+
+#include "app/Program.h"
+#include "platform/controls/form.h"
+
+namespace qrel {
+
+class frmAddServer : public Form {
+ public:
+  explicit frmAddServer(Program& program);
+
+  TextBox txtServer{"txtServer"};
+  TextBox txtDatabase{"txtDatabase"};
+  OptionButton optGen0{"optGen(0)"};  // Windows authentication
+  OptionButton optGen1{"optGen(1)"};  // SQL Server authentication
+  Label lblLogin{"lblLogin"};
+  Label lblPassword{"lblPassword"};
+  TextBox txtLogin{"txtLogin"};
+  TextBox txtPassword{"txtPassword"};
+  CheckBox chkLocalDb{"chkLocalDb"};
+  Button cmdOK{"cmdOK"};
+  Button cmdCancel{"cmdCancel"};
+
+  // Modal; `changed` tells whether a server was added.
+  void ShowUp(bool& changed);
+
+ private:
+  void enableLogin(bool enabled);
+  void chooseLocalDb();
+  void ok();
+  // Shows the message, puts the focus into the box with its text selected, and returns False.
+  bool refuse(TextBox& box, const std::string& strMessage);
+  bool inputIsValid();
+  tServer serverFromInput() const;
+
+  Program& program_;
+  bool changed_ = false;
+};
+
+}  // namespace qrel

@@ -1,0 +1,101 @@
+// All traffic with a server: one query, one connection, unless a long run holds one open.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "app/Program.h"
+#include "platform/data/recordset.h"
+
+namespace qrel {
+
+// A record set as the query layer hands it out: empty when the query failed or gave none. The caller owns and closes it.
+using RecordsetPtr = std::unique_ptr<Recordset>;
+using ConnectionPtr = std::shared_ptr<Connection>;
+
+// A parameter's value. std::monostate is an omitted one and adds nothing; tDate is a date field's content or Null.
+struct tDate {
+  bool null = true;
+  std::string text;  // yyyy-mm-dd[ hh:mm:ss]
+};
+using ParamValue = std::variant<std::monostate, std::string, std::int32_t, double, bool, tDate>;
+
+// What GetAdoRS takes beside its query and gives back beside its record set.
+struct AdoExtras {
+  std::vector<ParamValue> params;  // input only
+  std::vector<ParamValue> outs;    // up to 5, in and out
+  std::int32_t errNumber = 0;
+  std::string errDescription;
+};
+
+// Runs strSql in strDb on a connection of its own. Returns the command's return value (0 for ordinary text) or -1 on any
+// failure, after an error report unless gblnNoConnErrMsg is set. An empty strSql only connects, to the login's default
+// database. With the client-side cursor the record set comes back disconnected.
+std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const std::string& strSql,
+                      RecordsetPtr& rs, const std::string& strDb, AdoExtras* extras = nullptr);
+
+// The same on an open connection, 0 or -1; a failure shows a warning with the command unless gblnNoConnErrMsg is set.
+std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, const tServer& server, int commandType,
+                           const std::string& strSql, RecordsetPtr& rs);
+
+// Opens a connection for a long run. A failure is always reported. It knows nothing of LocalDb servers.
+bool ADO_Connection_Open(Program& program, ConnectionPtr& connection, const tServer& server, const std::string& strDb);
+
+// Runs a command without a result set on a connection of its own; its return value or -1, after a report in any case.
+std::int32_t ExecAdoCmd(Program& program, const tServer& server, int commandType, const std::string& strSql,
+                        const std::string& strDb, AdoExtras* extras = nullptr);
+
+// Runs a statement through EXEC in strDb (WrapSqlInExec changes strSql). False after "Error occured - aborting.".
+bool SQL_Execute(Program& program, const tServer& server, const std::string& strDb, std::string& strSql);
+
+// The connection strings, in the two forms that the procedures above send.
+std::string connectionStringForQuery(const tServer& server, const std::string& strDb, bool blnCommandGiven);
+std::string connectionStringForRun(const tServer& server, const std::string& strDb);
+
+// Adds one parameter and returns its generated name; an omitted value adds nothing and returns an empty name. A number
+// -1 is sent as Null.
+std::string AddParameter(Program& program, Command& command, const ParamValue& value, int direction);
+
+// The server's ProductVersion, empty when it can't be had.
+std::string GetServerVersion(Program& program, const tServer& server);
+// The major version: the number before the first point, 0 for an empty text.
+std::int32_t GetVersionNumber(const std::string& strVersion);
+
+// True when a record of the table holds Null in that column. A failure is False.
+bool NullExistsInColumn(Program& program, const tServer& server, const std::string& strDb, const std::string& strTable,
+                        const std::string& strColumn);
+
+// Counts a table's records, trying once more with its schema when the bare name is refused. strTable comes with or
+// without brackets; after a second attempt it is the qualified name. -1 after a warning, or at once for an empty name.
+std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::string& strTable,
+                                       const std::string& strDb);
+
+// Whether the server accepts a query. Silent.
+bool DbCheckSqlSelect(Program& program, const tServer& server, const std::string& strDb, const std::string& strSql);
+
+// The name in square brackets; a bracket that is there already isn't added again.
+std::string AddSquareBrackets(const std::string& strName);
+
+// Sets gblnNoConnErrMsg for a scope; what it was before comes back.
+class QuietScope {
+ public:
+  explicit QuietScope(Program& program) : program_(program), before_(program.mdlData.gblnNoConnErrMsg) {
+    program.mdlData.gblnNoConnErrMsg = true;
+  }
+  ~QuietScope() { restore(); }
+  void restore() { program_.mdlData.gblnNoConnErrMsg = before_; }
+  QuietScope(const QuietScope&) = delete;
+  QuietScope& operator=(const QuietScope&) = delete;
+
+ private:
+  Program& program_;
+  bool before_;
+};
+
+// True when the record set is there and holds at least one record.
+bool hasRecords(const RecordsetPtr& rs);
+
+}  // namespace qrel

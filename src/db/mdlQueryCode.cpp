@@ -1,0 +1,273 @@
+#include "db/mdlQueryCode.h"
+
+#include <algorithm>
+
+#include "app/trap.h"
+#include "db/mdlData.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+std::string GetTableText(Program& program, tServer& server, const std::string& strTable, const std::string& strDb,
+                         bool blnIgnoreCols, long& lngIgnored, long lngId, const std::string& strLineSuffix,
+                         bool blnClusteredOnly, const std::string& strIndexSuffix) {
+  std::string strText;
+  std::vector<tTableColumn> arrColumns;
+  std::vector<std::string> arrIgnored;
+  long lngUpper = -1;
+  GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
+                    arrIgnored, lngId, strLineSuffix);
+  if (!blnClusteredOnly && program.settings.IgnoreIndexes) return strText;
+  std::vector<tTableColumn> arrIndexes;
+  long lngCount = 0;
+  const std::string strIdx =
+      GetIndexes(program, server, strTable, strDb, blnClusteredOnly, strIndexSuffix, false, arrIndexes, lngCount);
+  return strIdx.empty() ? strText : strText + "\r\n\r\n" + strIdx;
+}
+
+namespace {
+
+std::string columnsQuery(const std::string& strTable, long lngId) {
+  const std::string condition = lngId >= 1 ? "WHERE sco.id = " + std::to_string(lngId) + " "
+                                           : "WHERE sob.name = '" + strTable + "' ";
+  return "SELECT sco.[name] AS [column], sco.autoval, sco.isnullable, "
+         "sco.length, sco.prec, sco.scale, sty.[name] AS datatype, "
+         "ident_seed('" + strTable + "') AS identityseed, ident_incr('" + strTable + "') AS identityincrement, "
+         "isID=case when sco.status&128=0 then '' else 'Y' end "
+         ", sco.cdefault, sob.[id] AS [table_id], sco.[colid] AS [col_id] "
+         "FROM sysobjects sob INNER JOIN syscolumns sco ON sob.id = sco.id "
+         "INNER JOIN systypes sty ON sco.xtype = sty.xtype AND sco.xusertype = sty.xusertype " +
+         condition + "ORDER BY sco.colorder";
+}
+
+long longOrZero(const Field& field) { return field.IsNull() ? 0 : integerOf(field.cell); }
+
+bool isOneOf(const std::string& text, std::initializer_list<std::string_view> list) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+// Appends the size that the type has, if any, to the line and to the type's text.
+void addSize(Recordset& rs, tTableColumn& column) {
+  const std::string type = lowerCase(column.strType);
+  column.strTypeText = column.strType;
+  if (isOneOf(type, {"nvarchar", "varchar", "binary", "char", "nchar", "varbinary"})) {
+    column.strPrec = rs.Fields("prec").Text();
+    column.strLine += "(" + column.strPrec + ") ";
+    column.strTypeText += " (" + column.strPrec + ")";
+  } else if (isOneOf(type, {"decimal", "numeric"})) {
+    column.strPrec = rs.Fields("prec").Text();
+    const std::string size = "(" + column.strPrec + "," + rs.Fields("scale").Text() + ") ";
+    column.strLine.pop_back();
+    column.strLine += size;
+    column.strTypeText += " " + size;
+  }
+}
+
+void addIdentity(Recordset& rs, std::string& strLine) {
+  if (rs.Fields("isID").Text() != "Y") return;
+  const Field seed = rs.Fields("identityseed");
+  if (seed.IsNull())
+    strLine += "IDENTITY ";
+  else
+    strLine += "IDENTITY(" + seed.Text() + "," + rs.Fields("identityincrement").Text() + ") ";
+}
+
+struct DefaultClause {
+  bool found = false;
+  std::string text;
+  std::string name;
+};
+
+DefaultClause readDefault(Program& program, const tServer& server, const std::string& strDb, Recordset& rs) {
+  const long cdefault = longOrZero(rs.Fields("cdefault"));
+  const long lngColId = longOrZero(rs.Fields("col_id"));
+  if (server.VersionNum < 9 || cdefault <= 0 || lngColId <= 0) return {};
+  const long lngTableId = longOrZero(rs.Fields("table_id"));
+  return {true, GetDefaultValue(program, server, strDb, lngTableId, lngColId),
+          GetDefaultConstraintName(program, server, strDb, lngTableId, cdefault)};
+}
+
+tTableColumn readColumn(Program& program, const tServer& server, const std::string& strDb, Recordset& rs) {
+  tTableColumn column;
+  column.strName = rs.Fields("column").Text();
+  column.strType = rs.Fields("datatype").Text();
+  column.strLine = "[" + column.strName + "] [" + column.strType + "] ";
+  const DefaultClause defaults = readDefault(program, server, strDb, rs);
+  addSize(rs, column);
+  addIdentity(rs, column.strLine);
+  column.strLine += longOrZero(rs.Fields("isnullable")) == 0 ? "NOT NULL" : "NULL";
+  if (defaults.found) column.strLine += " CONSTRAINT [" + defaults.name + "] DEFAULT " + defaults.text;
+  return column;
+}
+
+[[noreturn]] void raiseStructureError(const tServer& server, const std::string& strDb, const std::string& strTable,
+                                      const ErrorInfo& info) {
+  throw RuntimeError(info.number,
+                     "Error occured while attempting to get the structure of table\r\n\r\n'" + strTable +
+                         "'\r\n\r\nin SQL Server database\r\n\r\n'" + server.Name + "." + strDb + "'\r\n\r\nError " +
+                         std::to_string(info.number) + " (" + info.description + ").");
+}
+
+void readColumns(Program& program, const tServer& server, const std::string& strDb, Recordset& rs,
+                 const std::vector<std::string>& arrIgnored, const std::string& strLineSuffix, std::string& strText,
+                 std::vector<tTableColumn>& arrColumns) {
+  for (; !rs.Eof(); rs.MoveNext()) {
+    const std::string strColumn = rs.Fields("column").Text();
+    if (std::find(arrIgnored.begin(), arrIgnored.end(), strColumn) != arrIgnored.end()) continue;
+    arrColumns.push_back(readColumn(program, server, strDb, rs));
+    strText += arrColumns.back().strLine + strLineSuffix + "\r\n";
+  }
+}
+
+}  // namespace
+
+bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
+                       std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
+                       long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
+                       const std::string& strLineSuffix) {
+  return trap(program, "mdlQueryCode", "GetTableStructure", false, [&] {
+    lngUpper = -1;
+    lngIgnored = 0;
+    strText.clear();
+    arrColumns.clear();
+    arrIgnored.clear();
+    if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
+    const auto& source = program.state<IgnoredColumnsSource>();
+    if (blnIgnoreCols && source.lookUp) arrIgnored = source.lookUp(server, strDb, strTable);
+    lngIgnored = static_cast<long>(arrIgnored.size());
+    RecordsetPtr rs;
+    AdoExtras extras;
+    std::int32_t result = -1;
+    {
+      const QuietScope quiet(program);
+      result = GetAdoRS(program, server, adCmdText, columnsQuery(strTable, lngId), rs, strDb, &extras);
+    }
+    if (result == -1) raiseStructureError(server, strDb, strTable, {extras.errNumber, extras.errDescription});
+    try {
+      readColumns(program, server, strDb, *rs, arrIgnored, strLineSuffix, strText, arrColumns);
+    } catch (const std::exception& error) {
+      raiseStructureError(server, strDb, strTable, describeError(error));
+    }
+    rs->Close();
+    lngUpper = static_cast<long>(arrColumns.size()) - 1;
+    if (!strText.empty()) strText = trimBlanks(std::string_view(strText).substr(0, strText.size() - 2));
+    return true;
+  });
+}
+
+namespace {
+
+std::string indexesQuery(const std::string& strTable, bool blnClusteredOnly) {
+  return "SELECT DISTINCT sc.name AS [column], si.name as [index], sk.indid, sk.keyno "
+         "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
+         "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
+         "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
+         "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
+         "WHERE so2.name = '" + strTable + "' AND " +
+         (blnClusteredOnly ? "si.indid = 1 AND " : "si.indid BETWEEN 1 AND 254 AND ") +
+         "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
+         "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 "
+         "ORDER BY sk.indid, sk.keyno";
+}
+
+// The opening of a table's first index; those behind it open with "INDEX" alone.
+std::string firstOpening(long lngIndId, const std::string& strIndex, const std::string& strIndexSuffix) {
+  if (lngIndId != 1) return "INDEX [" + strIndex + "] (";
+  if (lowerCase(strIndex).starts_with("pk")) return "CONSTRAINT [" + strIndex + strIndexSuffix + "] PRIMARY KEY CLUSTERED (";
+  return "CLUSTERED INDEX [" + strIndex + strIndexSuffix + "] (";
+}
+
+// "..., " less its last two characters, closed.
+std::string closed(std::string strLine) {
+  strLine.resize(strLine.size() - 2);
+  return strLine + ")";
+}
+
+// Walks the index rows in order of index and key and hands each finished index line to `finish`, without its leading
+// line end, together with whether the line had one.
+struct IndexWalk {
+  std::string result;
+  std::vector<tTableColumn> entries;
+  long count = 0;
+
+  void run(Recordset& rs, const std::string& strIndexSuffix, bool blnFillArray) {
+    std::string strLine =
+        firstOpening(integerOf(rs.Fields("indid").cell), rs.Fields("index").Text(), strIndexSuffix);
+    while (!rs.Eof()) {
+      const long lngIndId = integerOf(rs.Fields("indid").cell);
+      strLine += "[" + rs.Fields("column").Text() + "], ";
+      if (blnFillArray) {
+        entries.emplace_back();
+        entries.back().strName = rs.Fields("index").Text();
+        entries.back().strLine = rs.Fields("column").Text();
+      }
+      rs.MoveNext();
+      if (!rs.Eof() && integerOf(rs.Fields("indid").cell) <= lngIndId) continue;
+      finish(closed(strLine), blnFillArray);
+      if (!rs.Eof()) strLine = "\r\nINDEX [" + rs.Fields("index").Text() + "] (";
+    }
+  }
+
+ private:
+  void finish(const std::string& strLine, bool blnFillArray) {
+    if (blnFillArray) {
+      entries.back().strDefinition = strLine.starts_with("\r\n") ? strLine.substr(2) : strLine;
+      ++count;
+    }
+    result += strLine;
+  }
+};
+
+}  // namespace
+
+std::string GetIndexes(Program& program, const tServer& server, const std::string& strTable, const std::string& strDb,
+                       bool blnClusteredOnly, const std::string& strIndexSuffix, bool blnFillArray,
+                       std::vector<tTableColumn>& arrIndexes, long& lngCount) {
+  IndexWalk walk;
+  trap(program, "mdlQueryCode", "GetIndexes", [&] {
+    RecordsetPtr rs;
+    GetAdoRS(program, server, adCmdText, indexesQuery(strTable, blnClusteredOnly), rs, strDb);
+    if (!rs) throw RuntimeError(errorNumber::objectNotSet, "Object variable or With block variable not set");
+    if (!hasRecords(rs)) return;
+    walk.run(*rs, strIndexSuffix, blnFillArray);
+    walk.result += "\r\n";
+    rs->Close();
+  });
+  arrIndexes = std::move(walk.entries);
+  lngCount = walk.count;
+  return walk.result;
+}
+
+long GetColumnsCount(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
+                     std::vector<std::string>& arrIgnored, long lngId) {
+  std::string strText;
+  std::vector<tTableColumn> arrColumns;
+  long lngUpper = -1;
+  long lngIgnored = 0;
+  GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored, lngId,
+                    "");
+  return lngUpper + 1;
+}
+
+std::string GetDefaultValue(Program& program, const tServer& server, const std::string& strDb, long lngTableId,
+                            long lngColId) {
+  RecordsetPtr rs;
+  GetAdoRS(program, server, adCmdText,
+           "SELECT [ctext] FROM syscomments WHERE id IN (SELECT cdefault FROM syscolumns "
+           "WHERE id = " + std::to_string(lngTableId) + " AND colid = " + std::to_string(lngColId) + " AND cdefault > 0)",
+           rs, strDb);
+  return hasRecords(rs) ? rs->Fields("ctext").Text() : std::string();
+}
+
+std::string GetDefaultConstraintName(Program& program, const tServer& server, const std::string& strDb, long lngTableId,
+                                     long lngDefaultId) {
+  const QuietScope quiet(program);
+  RecordsetPtr rs;
+  GetAdoRS(program, server, adCmdText,
+           "SELECT [name] FROM sys.objects WHERE parent_object_id = " + std::to_string(lngTableId) +
+               " AND object_id = " + std::to_string(lngDefaultId) + " AND type_desc LIKE 'DEFAULT_CONSTRAINT'",
+           rs, strDb);
+  return hasRecords(rs) ? rs->Fields("name").Text() : std::string();
+}
+
+}  // namespace qrel

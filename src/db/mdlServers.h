@@ -1,0 +1,47 @@
+// The list of servers: in the registry, in memory, and in the windows that show it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "app/Program.h"
+#include "app/Workspace.h"
+
+namespace qrel {
+
+// The number of servers; the list in memory is read anew.
+std::int32_t GetServersCount(Program& program);
+// Rebuilds gtypServers from the registry.
+void LoadServers(Program& program);
+// Fills the record whose Name is given from the registry; a warning when there is no such server.
+void GetServerData(Program& program, tServer& server);
+// Gives both panels the first server of the list, or none.
+void InitSelectedServers(Program& program);
+// Takes over what the registry knows of a server; version number and schema check of the record stay.
+void copyServerRecord(const tServer& from, tServer& to);
+
+// Fills a combo, muted, with the names and selects the row at `index`; an empty list leaves it empty.
+void FillServerCombo(Program& program, ComboBox& combo, int index);
+void FillServerList(Program& program, CheckList& list);
+
+// Appends a server to the registry.
+void AppendServer(Program& program, const tServer& server);
+// Removes a server by its exact name and closes the gap in the numbering.
+void RemoveServer(Program& program, const std::string& strName);
+// Whether the name is in the list, without regard to case.
+bool IsServerInList(Program& program, const std::string& strName);
+// Whether a server that isn't in the list yet can be reached. Silent.
+bool TestServerConnection(Program& program, const tServer& server);
+
+// Writes one text value of a server's registry key.
+void SaveServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue, const std::string& strText);
+std::string ReadServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue);
+
+// The commands "Add Server" and "Remove Server": open the dialog; True when the list changed.
+bool MenuAddServer(Program& program);
+bool MenuRemoveServer(Program& program);
+
+// False when the data access layer is missing, or when there is no server: then the Add dialog has been shown.
+bool ServerInfoSet(Program& program);
+
+}  // namespace qrel

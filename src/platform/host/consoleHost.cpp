@@ -1,0 +1,87 @@
+#include "platform/host/consoleHost.h"
+
+#include <chrono>
+#include <ctime>
+#include <ostream>
+
+#include "platform/controls/form.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+void ConsoleHost::tell(const std::string& title, const std::string& text) {
+  messages_ << "qrel: ";
+  if (!title.empty()) messages_ << title << ": ";
+  messages_ << replaceAll(text, "\r\n", "\n") << '\n';
+  messages_.flush();
+}
+
+namespace {
+
+Answer answerOf(Buttons buttons, int defaultButton) {
+  switch (buttons) {
+    case Buttons::Ok: return Answer::Ok;
+    case Buttons::OkCancel: return defaultButton == 2 ? Answer::Cancel : Answer::Ok;
+    case Buttons::YesNo: return defaultButton == 2 ? Answer::No : Answer::Yes;
+    case Buttons::YesNoCancel:
+      return defaultButton == 3 ? Answer::Cancel : defaultButton == 2 ? Answer::No : Answer::Yes;
+    case Buttons::RetryCancel: return defaultButton == 2 ? Answer::Cancel : Answer::Retry;
+  }
+  return Answer::Cancel;
+}
+
+}  // namespace
+
+Answer ConsoleHost::messageBox(const std::string& text, Icon icon, const std::string& title, Buttons buttons,
+                               int defaultButton) {
+  if (icon != Icon::Question) ++problems_;
+  tell(title, text);
+  return answerOf(buttons, defaultButton);
+}
+
+void ConsoleHost::tellReadOnlyTexts(Form& form) {
+  for (Control* control : form.controls()) {
+    const auto* box = dynamic_cast<const TextBox*>(control);
+    if (box && box->readOnly && !box->text().empty()) {
+      ++problems_;
+      tell(form.caption, box->text());
+    }
+  }
+}
+
+void ConsoleHost::showModal(Form& form) {
+  form.load();
+  form.activate();
+  if (windows.empty()) {
+    tellReadOnlyTexts(form);
+  } else {
+    const auto action = std::move(windows.front());
+    windows.pop_front();
+    action(form);
+  }
+  form.close();
+  form.unload();
+}
+
+void ConsoleHost::show(Form& form) {
+  form.load();
+  form.activate();
+}
+
+void ConsoleHost::doEvents() {
+  if (onDoEvents) onDoEvents();
+}
+
+LocalTime ConsoleHost::now() const {
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  std::tm parts{};
+  localtime_r(&seconds, &parts);
+  return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
+}
+
+std::int64_t ConsoleHost::ticks() const {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+}  // namespace qrel

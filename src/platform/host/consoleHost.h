@@ -1,0 +1,41 @@
+// The console's host: messages go to stderr, questions are answered with their default button, and an unattended window
+// closes itself after its first activation.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <iosfwd>
+
+#include "platform/host/host.h"
+
+namespace qrel {
+
+class ConsoleHost : public Host {
+ public:
+  explicit ConsoleHost(std::ostream& messages) : messages_(messages) {}
+
+  // What a command does in the next modal windows, in order.
+  std::deque<std::function<void(Form&)>> windows;
+  // Boxes and windows shown so far that told of a problem.
+  std::size_t problems() const { return problems_; }
+  // Asked at every yield; a command sets it to watch for Ctrl+C.
+  std::function<void()> onDoEvents;
+
+  Answer messageBox(const std::string& text, Icon icon, const std::string& title, Buttons buttons,
+                    int defaultButton) override;
+  void showModal(Form& form) override;
+  void show(Form& form) override;
+  void doEvents() override;
+  bool openUrl(const std::string&) override { return false; }
+  LocalTime now() const override;
+  std::int64_t ticks() const override;
+
+ private:
+  void tell(const std::string& title, const std::string& text);
+  void tellReadOnlyTexts(Form& form);
+
+  std::ostream& messages_;
+  std::size_t problems_ = 0;
+};
+
+}  // namespace qrel
