@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -17,12 +18,15 @@ struct TranslateContext {
   // Gives the SQLite schema name ("db2") under which another database of the server is attached; raises
   // 0x80040E37 when there is none. "master" and the current database need no call.
   std::function<std::string(const std::string& database)> attach;
+  // The batch's variables by lower-case name with @; may be null. Their types decide what "+" means.
+  const std::map<std::string, TypeRef>* variables = nullptr;
 };
 
 // Reads exactly one query or expression at the reader, by grammar, and leaves the reader behind it: the text that
 // follows belongs to the next statement even without a semicolon. What can't be translated raises NotUnderstood;
 // an unknown table raises DataError 0x80040E37 "Invalid object name 'x'.".
-// Variables stay as @name in lower case: SQLite binds them by name.
+// Variables stay as @name in lower case, a global one such as @@ROWCOUNT becomes @__rowcount, a "?" the @p1, @p2, ... of
+// its place among the question marks: SQLite binds them by name, bindVariables does it.
 class Translator {
  public:
   Translator(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
@@ -44,6 +48,10 @@ class Translator {
   const TranslateContext& context_;
   TokenReader& reader_;
 };
+
+// Binds the variables of a translated text from a map by lower-case name with @ ("@x", "@@rowcount", "@p1"). A global one
+// that the map lacks is 0; any other raises DataError 'Must declare the scalar variable "@x".'.
+void bindVariables(sqlite::Statement& statement, const std::map<std::string, Value>& variables);
 
 // "name" with doubled quotes: an identifier for SQLite. 'text' with doubled quotes: a literal.
 std::string quoteName(std::string_view name);
