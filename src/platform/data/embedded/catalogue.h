@@ -36,11 +36,11 @@ struct ColumnDef {
   TypeRef type;
   bool nullable = true;
   bool identity = false;
-  std::string identitySeed = "1";       // text: seeds may have 38 digits
+  std::string identitySeed = "1";  // text: seeds may have 38 digits
   std::string identityIncrement = "1";
-  std::string defaultText;              // as the server keeps it, in brackets; empty: none
-  std::string defaultName;              // empty with a default: the server makes one up
-  std::string computedText;             // as the server keeps it; empty: an ordinary column
+  std::string defaultText;   // as the server keeps it, in brackets; empty: none
+  std::string defaultName;   // empty with a default: the server makes one up
+  std::string computedText;  // as the server keeps it; empty: an ordinary column
   bool rowGuid = false;
 };
 
@@ -147,6 +147,7 @@ class Catalogue {
   void dropSchema(std::string_view name);
   void createAliasType(const ObjectName& name, const TypeRef& base, bool nullable);
   void dropType(const ObjectName& name);
+  // `column`: a column or an index of the table `object`; empty: the object itself.
   void rename(const ObjectName& object, std::string_view column, std::string_view newName);
   // state: 'G', 'W' (with grant), 'D', 'R' removes. An empty object means the database.
   void setPermission(char state, const std::string& permission, const ObjectName* object, const std::string& grantee);
@@ -155,6 +156,9 @@ class Catalogue {
   void forget() const;
 
  private:
+  std::shared_ptr<const TableInfo> parentTable(const ObjectInfo& object) const;
+  void renameColumnOrIndex(const TableInfo* table, std::string_view name, std::string_view newName);
+
   sqlite::Database& database_;
   int serverMajor_;
   mutable std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;

@@ -1,0 +1,210 @@
+#include "platform/data/embedded/catalogue.h"
+
+#include <algorithm>
+
+#include "platform/data/embedded/catalogueParts.h"
+#include "platform/data/embedded/functions.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+constexpr const char* storageSql = R"(
+create table cat_schemas(id integer primary key, name text collate q_text);
+create unique index cat_schemas_name on cat_schemas(name);
+create table cat_types(xusertype integer primary key, schema_id integer, name text collate q_text, xtype integer,
+  length integer, prec integer, scale integer, nullable integer);
+create unique index cat_types_name on cat_types(name, schema_id);
+create table cat_objects(id integer primary key, name text collate q_text, schema_id integer, xtype text,
+  parent_obj integer, crdate text);
+create unique index cat_objects_name on cat_objects(name, schema_id);
+create index cat_objects_parent on cat_objects(parent_obj);
+create table cat_columns(object_id integer, colid integer, name text collate q_text, xtype integer, xusertype integer,
+  length integer, prec integer, scale integer, nullable integer, is_identity integer, seed text, increment text,
+  cdefault integer, computed_text text, primary key(object_id, colid)) without rowid;
+create table cat_indexes(object_id integer, indid integer, name text collate q_text, kind text, is_unique integer,
+  constraint_id integer, filter text, primary key(object_id, indid)) without rowid;
+create index cat_indexes_constraint on cat_indexes(constraint_id);
+create table cat_indexkeys(object_id integer, indid integer, ordinal integer, colid integer, keyno integer,
+  descending integer, primary key(object_id, indid, ordinal)) without rowid;
+create table cat_references(constid integer primary key, fkeyid integer, rkeyid integer);
+create index cat_references_fkey on cat_references(fkeyid);
+create index cat_references_rkey on cat_references(rkeyid);
+create table cat_referencekeys(constid integer, keyno integer, fcolid integer, rcolid integer,
+  primary key(constid, keyno)) without rowid;
+create table cat_comments(object_id integer, colid integer, text text, primary key(object_id, colid));
+create table cat_permissions(class integer, major_id integer, minor_id integer, type text, permission_name text,
+  state text, grantee text collate q_text);
+create index cat_permissions_object on cat_permissions(major_id);
+insert into cat_schemas values(1, 'dbo');
+)";
+
+std::string tableKey(std::string_view schema, std::string_view name) {
+  return collationKey(orDbo(schema)) + '\n' + collationKey(name);
+}
+
+// The type of a catalogue row whose columns are xtype, xusertype, length, prec, scale from `first` on.
+TypeRef typeOfRow(const sqlite::Statement& row, int first) {
+  TypeRef type;
+  type.xtype = static_cast<int>(row.integer(first));
+  type.xusertype = static_cast<int>(row.integer(first + 1));
+  type.length = static_cast<int>(row.integer(first + 2));
+  type.prec = static_cast<int>(row.integer(first + 3));
+  type.scale = static_cast<int>(row.integer(first + 4));
+  for (const SystemType& system : systemTypes()) {
+    const bool same = type.xusertype < firstAliasType ? system.xusertype == type.xusertype
+                                                      : system.xtype == type.xtype && system.xusertype != 256;
+    if (!same) continue;
+    type.name = system.name;
+    type.baseName = system.xusertype == 256 ? "nvarchar" : system.name;
+    type.dataType = system.dataType;
+    break;
+  }
+  return type;
+}
+
+}  // namespace
+
+std::string_view orDbo(std::string_view schema) { return schema.empty() ? "dbo" : schema; }
+
+void refuse(std::string text, std::int32_t number) { throw DataError(number, std::move(text), "42000"); }
+
+std::int64_t schemaId(sqlite::Database& database, std::string_view schema) {
+  auto& query = database.cached("select id from cat_schemas where name = ?1");
+  query.bind(1, orDbo(schema));
+  const std::int64_t id = query.step() ? query.integer(0) : 0;
+  query.reset();
+  return id;
+}
+
+std::string commentText(sqlite::Database& database, std::int64_t id) {
+  std::string text;
+  auto& query = database.cached("select text from cat_comments where object_id = ?1 order by colid");
+  query.bind(1, id);
+  while (query.step()) text += query.text(0);
+  query.reset();
+  return text;
+}
+
+Value valueOf(const sqlite::Statement& row, int column) {
+  Value value;
+  switch (sqlite3_column_type(row.get(), column)) {
+    case SQLITE_NULL:
+      return value;
+    case SQLITE_INTEGER:
+      return Value::ofInteger(row.integer(column));
+    case SQLITE_FLOAT:
+      return Value::ofDouble(sqlite3_column_double(row.get(), column));
+    default:
+      break;
+  }
+  value = Value::ofText(std::string(row.text(column)));
+  if (sqlite3_column_type(row.get(), column) == SQLITE_BLOB) value.type = DataType::Binary;
+  return value;
+}
+
+const TableInfo::Column* TableInfo::find(std::string_view columnName) const {
+  for (const Column& column : columns)
+    if (column.name == columnName) return &column;
+  for (const Column& column : columns)
+    if (compareCollated(column.name, columnName) == 0) return &column;
+  return nullptr;
+}
+
+Catalogue::Catalogue(sqlite::Database& database, int serverMajor) : database_(database), serverMajor_(serverMajor) {}
+
+void Catalogue::createStorage(sqlite::Database& database) {
+  registerCollations(database);
+  database.execute("begin");
+  try {
+    database.execute(storageSql);
+    database.execute("commit");
+  } catch (...) {
+    if (sqlite3_get_autocommit(database.get()) == 0)
+      sqlite3_exec(database.get(), "rollback", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
+std::optional<ObjectInfo> Catalogue::find(std::string_view schema, std::string_view name) const {
+  auto& query = database_.cached(
+      "select o.id, s.name, o.name, o.xtype, o.parent_obj from cat_objects o join cat_schemas s on s.id = o.schema_id "
+      "where o.name = ?1 and s.name = ?2");
+  query.bind(1, name).bind(2, orDbo(schema));
+  std::optional<ObjectInfo> found;
+  if (query.step()) {
+    found = ObjectInfo{query.integer(0), std::string(query.text(1)), std::string(query.text(2)),
+                       std::string(query.text(3)), query.integer(4)};
+  }
+  query.reset();
+  return found;
+}
+
+std::optional<ObjectInfo> Catalogue::find(std::int64_t id) const {
+  auto& query = database_.cached(
+      "select o.id, s.name, o.name, o.xtype, o.parent_obj from cat_objects o join cat_schemas s on s.id = o.schema_id "
+      "where o.id = ?1");
+  query.bind(1, id);
+  std::optional<ObjectInfo> found;
+  if (query.step()) {
+    found = ObjectInfo{query.integer(0), std::string(query.text(1)), std::string(query.text(2)),
+                       std::string(query.text(3)), query.integer(4)};
+  }
+  query.reset();
+  return found;
+}
+
+std::shared_ptr<const TableInfo> Catalogue::table(std::string_view schema, std::string_view name) const {
+  const std::string key = tableKey(schema, name);
+  if (const auto kept = tables_.find(key); kept != tables_.end()) return kept->second;
+  const auto object = find(schema, name);
+  if (!object || object->xtype != "U") return nullptr;
+  auto table = std::make_shared<TableInfo>();
+  table->id = object->id;
+  table->schema = object->schema;
+  table->name = object->name;
+  table->storage = object->schema + "." + object->name;
+  auto& query = database_.cached(
+      "select c.xtype, c.xusertype, c.length, c.prec, c.scale, c.name, c.nullable, c.is_identity, c.cdefault, "
+      "c.computed_text, c.colid, t.name from cat_columns c left join cat_types t on t.xusertype = c.xusertype "
+      "where c.object_id = ?1 order by c.colid");
+  query.bind(1, table->id);
+  while (query.step()) {
+    TableInfo::Column& column = table->columns.emplace_back();
+    column.type = typeOfRow(query, 0);
+    column.name = query.text(5);
+    column.nullable = query.integer(6) != 0;
+    column.identity = query.integer(7) != 0;
+    if (const std::int64_t id = query.integer(8); id != 0) column.defaultText = commentText(database_, id);
+    column.computedText = query.text(9);
+    column.computed = !column.computedText.empty();
+    column.colid = static_cast<int>(query.integer(10));
+    if (!query.isNull(11)) column.type.name = query.text(11);
+  }
+  query.reset();
+  tables_.emplace(key, table);
+  return table;
+}
+
+std::optional<TypeRef> Catalogue::aliasType(std::string_view schema, std::string_view name) const {
+  auto& query = database_.cached(
+      "select t.xtype, t.xusertype, t.length, t.prec, t.scale, t.name, t.nullable from cat_types t "
+      "join cat_schemas s on s.id = t.schema_id where t.name = ?1 and s.name = ?2");
+  query.bind(1, name).bind(2, orDbo(schema));
+  std::optional<TypeRef> found;
+  if (query.step()) {
+    found = typeOfRow(query, 0);
+    found->name = query.text(5);
+    found->aliasNullable = query.integer(6) != 0;
+  }
+  query.reset();
+  return found;
+}
+
+bool Catalogue::schemaExists(std::string_view name) const { return schemaId(database_, name) != 0; }
+
+void Catalogue::forget() const { tables_.clear(); }
+
+}  // namespace qrel::tsql

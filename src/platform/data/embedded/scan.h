@@ -1,0 +1,23 @@
+// Looking through T-SQL text without making tokens: where quoted parts and comments end.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace qrel::tsql {
+
+// When a string, a bracketed or quoted name or a comment begins at `at`, the offset behind it; otherwise `at`. What is
+// not closed runs to the end. Block comments nest. A line comment ends before its line end.
+std::size_t skipQuotedOrComment(std::string_view text, std::size_t at);
+
+// The same for comments and blanks alone: the offset of the first character that is neither.
+std::size_t skipBlanksAndComments(std::string_view text, std::size_t at);
+
+// The offset behind the line end (LF, CR LF or CR) of the line that `at` stands on; the text's size on the last line.
+std::size_t nextLine(std::string_view text, std::size_t at);
+
+// Where a long run of statements may be cut: the offset of a line that starts with INSERT, at least `least` bytes on,
+// outside every bracket and BEGIN ... END, behind a semicolon or a VALUES list. The text's size when there is none.
+std::size_t findCut(std::string_view text, std::size_t least);
+
+}  // namespace qrel::tsql
