@@ -17,7 +17,8 @@ struct ServerFacts {
   std::filesystem::path folder;           // the instance's folder, for the list of databases
 };
 
-// The collations alone: q_text (no case, no trailing blanks), q_decimal, q_guid. The stored catalogue needs them.
+// The collations alone: q_text (no case, no trailing blanks), q_decimal, q_date (dates in any
+// literal form by value), q_guid. The stored catalogue needs them.
 void registerCollations(sqlite::Database& database);
 
 // Registers everything that translated SQL calls: the collations; LIKE
