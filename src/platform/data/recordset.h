@@ -77,8 +77,6 @@ struct Field {
   std::string Text() const { return textOf(cell); }
 };
 
-class RowStore;
-
 // A static, scrollable set of records. With the client-side cursor it holds all its rows and is disconnected; with the
 // server-side cursor rows come CacheSize at a time as they are asked for, and the first use of Filter, Sort, Find,
 // Clone, Bookmark or Delete brings in the rest. Copies share nothing; move only.
@@ -106,7 +104,7 @@ class Recordset {
   bool Eof();
   void MoveFirst();
   void MoveLast();
-  // Past the last record error 3021 is raised.
+  // Past the last record error 3021 is raised. On an empty set MoveFirst and MoveLast leave Bof and Eof true.
   void MoveNext();
 
   std::size_t FieldCount() const;
@@ -125,7 +123,8 @@ class Recordset {
   // "[a] ASC, b DESC"; empty restores the order of arrival. The first record becomes the current one.
   void Sort(std::string_view columns);
   // One condition as in Filter; moves from the current record (counted in), or from the first with `fromFirst`, to the
-  // next match, or to Eof when there is none.
+  // next match, or to Eof when there is none. Error 3021 when there is no record to start from, 3001 for several
+  // conditions and for a literal that the column can't have (text against a number).
   void Find(std::string_view condition, bool fromFirst = false);
 
   // The current record's mark; it stays valid whatever filter, sort or deletion comes. Clones share marks.
@@ -140,6 +139,9 @@ class Recordset {
 
  private:
   struct State_;
+  State_& opened() const;    // error 3704 when closed
+  State_& complete() const;  // the same with all rows here
+
   std::unique_ptr<State_> state_;
 };
 

@@ -1,0 +1,53 @@
+// Connection and Command.
+#include <utility>
+
+#include "platform/data/dataAccess.h"
+#include "platform/data/recordset.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+void Connection::Open() { provider_ = dataAccess_->open(ConnectionString); }
+
+void Connection::Close() { provider_.reset(); }
+
+void Connection::Interrupt() {
+  if (provider_) provider_->interrupt();
+}
+
+CommandResult Command::run() {
+  if (!ActiveConnection || !ActiveConnection->provider()) {
+    throw RuntimeError(errorNumber::objectClosed, "Operation is not allowed when the object is closed.");
+  }
+  CommandRequest request;
+  request.text = CommandText;
+  request.timeoutSeconds = CommandTimeout;
+  for (const Parameter& parameter : Parameters) {
+    if (parameter.Direction != adParamReturnValue) request.parameters.push_back(parameter.Value);
+  }
+  CommandResult result = ActiveConnection->provider()->execute(request);
+  std::size_t next = 0;
+  for (Parameter& parameter : Parameters) {
+    if (parameter.Direction == adParamReturnValue) {
+      parameter.Value = Value::ofInteger(result.returnValue);
+      continue;
+    }
+    const std::size_t index = next++;
+    const bool comesBack = parameter.Direction == adParamOutput || parameter.Direction == adParamInputOutput;
+    if (comesBack && index < result.outputs.size()) parameter.Value = std::move(result.outputs[index]);
+  }
+  return result;
+}
+
+void Command::Execute() { run(); }
+
+Parameter& Command::parameter(std::string_view name) {
+  for (Parameter& parameter : Parameters) {
+    if (equalNoCase(parameter.Name, name)) return parameter;
+  }
+  throw RuntimeError(errorNumber::itemNotFound,
+                     "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+}
+
+}  // namespace qrel

@@ -1,0 +1,97 @@
+#include "platform/data/matchKey.h"
+
+#include <cstring>
+#include <optional>
+
+#include "platform/data/dateText.h"
+#include "platform/data/numberText.h"
+#include "platform/text.h"
+
+namespace qrel {
+namespace {
+
+template <typename Number>
+void appendBytes(std::string& out, char mark, Number number) {
+  char bytes[sizeof number];
+  std::memcpy(bytes, &number, sizeof number);
+  out.append(1, mark).append(bytes, sizeof bytes);
+}
+
+void appendFolded(std::string& out, std::string_view text) {
+  text = trimRightBlanks(text);
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80) {
+      out.resize(out.size() - static_cast<std::size_t>(&c - text.data()));
+      out += collationKey(text);
+      return;
+    }
+    out += c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  }
+}
+
+// Text of any length with its length behind it, so that keys of several columns don't run into each other.
+template <typename Append>
+void appendMeasured(std::string& out, char mark, Append append) {
+  out += mark;
+  const std::size_t start = out.size();
+  append();
+  appendBytes(out, '#', out.size() - start);
+}
+
+template <typename T>
+int order(const T& a, const T& b) {
+  return a < b ? -1 : b < a ? 1 : 0;
+}
+
+int compareDates(std::string_view a, std::string_view b) {
+  const std::optional<std::int64_t> left = dateTicks(a);
+  const std::optional<std::int64_t> right = dateTicks(b);
+  return left && right ? order(*left, *right) : a.compare(b);
+}
+
+}  // namespace
+
+void appendMatchKey(std::string& out, const Cell& cell) {
+  if (cell.null) {
+    out += 'N';
+    return;
+  }
+  switch (cell.type) {
+    case DataType::Boolean:
+    case DataType::Integer: appendBytes(out, 'i', cell.integer); break;
+    case DataType::Double: appendBytes(out, 'r', cell.real == 0 ? 0.0 : cell.real); break;
+    case DataType::Decimal: appendMeasured(out, 'd', [&] { appendCanonicalDecimal(out, cell.text); }); break;
+    case DataType::Date:
+      if (const std::optional<std::int64_t> ticks = dateTicks(cell.text)) {
+        appendBytes(out, 't', *ticks);
+      } else {
+        appendMeasured(out, 'x', [&] { out += cell.text; });
+      }
+      break;
+    case DataType::Text: appendMeasured(out, 'c', [&] { appendFolded(out, cell.text); }); break;
+    case DataType::Guid:
+    case DataType::Binary:
+    case DataType::Empty: appendMeasured(out, 'b', [&] { out += cell.text; }); break;
+  }
+}
+
+int compareCells(const Cell& a, const Cell& b) {
+  if (a.null || b.null) return order(!a.null, !b.null);
+  if (a.type != b.type && (a.type == DataType::Decimal || b.type == DataType::Decimal)) {
+    return compareDecimals(textOf(a), textOf(b));
+  }
+  switch (a.type) {
+    case DataType::Boolean:
+    case DataType::Integer: return order(a.integer, b.integer);
+    case DataType::Double: return order(a.real, b.real);
+    case DataType::Decimal: return compareDecimals(a.text, b.text);
+    case DataType::Date: return compareDates(a.text, b.text);
+    case DataType::Text: return compareCollated(a.text, b.text);
+    case DataType::Guid:
+    case DataType::Binary:
+    case DataType::Empty: break;
+  }
+  return a.text.compare(b.text);
+}
+
+}  // namespace qrel

@@ -1,0 +1,17 @@
+// When two cells of one column are equal, and which comes first: text without case and trailing blanks, numbers and dates
+// by value, Nulls equal to each other and before all else.
+#pragma once
+
+#include <string>
+
+#include "platform/data/value.h"
+
+namespace qrel {
+
+// Appends bytes that are the same for cells that compareCells calls equal, and for no others of the same type.
+void appendMatchKey(std::string& out, const Cell& cell);
+
+// Orders two cells of the same type: negative, 0 or positive. Integers and decimals also compare with each other.
+int compareCells(const Cell& a, const Cell& b);
+
+}  // namespace qrel
