@@ -119,9 +119,15 @@ void CountObjects(Program& program, const tServer& server, const std::string& st
 
 namespace {
 
+// A failed query's missing record set counts as an empty one.
+bool toEntries(Program& program, RecordsetPtr& rs, std::vector<TwoStr>& arr, long& count, std::int32_t lngType) {
+  if (!rs) rs = std::make_unique<Recordset>();
+  return ConvertRecordsetToTwoStrArray(program.host, *rs, arr, count, lngType);
+}
+
 // The rows of a list query as list entries; False when one can't be read.
 bool convertList(Program& program, RecordsetPtr& rs, long type, int side, std::vector<TwoStr>& arr, long& count) {
-  if (type != objPermissions) return ConvertRecordsetToTwoStrArray(program.host, rs.get(), arr, count, 0);
+  if (type != objPermissions) return toEntries(program, rs, arr, count, 0);
   auto& state = program.state<mdlPermissionsState>();
   auto& permissions = state.arrPermissions.at(static_cast<std::size_t>(side));
   if (!ConvertRecordsetToPermissionsArray(program, rs, permissions)) return false;
@@ -169,7 +175,7 @@ bool GetAllObjectsOfType(Program& program, long type, const tServer& server, con
   RecordsetPtr rs;
   const std::string strSql = BuildObjSQLString(program, type, program.settings.IgnoreSysObjects, "", "", side);
   if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) != -1 &&
-      ConvertRecordsetToTwoStrArray(program.host, rs.get(), arr, count, type))
+      toEntries(program, rs, arr, count, static_cast<std::int32_t>(type)))
     return true;
   program.host.messageBox("Couldn't retrieve list of all " + GetObjectTypeName(type, false) + ".", Icon::Warning);
   return false;

@@ -1,0 +1,135 @@
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <ostream>
+
+#include "console/commands.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+namespace {
+
+// The command line as parsed. Exactly one command is set by CLI11's callbacks.
+struct CommandLine {
+  std::vector<std::string> sets;
+  LoadArguments load;
+  AddServerArguments addServer;
+  CompareArguments compare;
+  std::string name, side, type, object;
+  std::function<ExitCode(Console&)> command;
+};
+
+using Command = std::function<ExitCode(Console&)>;
+
+void addLoad(CLI::App& app, CommandLine& line) {
+  CLI::App* load = app.add_subcommand("load", "Load T-SQL scripts into a database of an embedded server");
+  load->add_option("SERVER/DATABASE", line.load.target, "made when it isn't there")->required();
+  load->add_option("FILE-OR-FOLDER", line.load.paths, ".sql files, or folders of them")->required();
+  load->add_flag("--replace", line.load.replace, "empty an existing database first");
+  load->add_option("--version", line.load.version, "the server's product version, such as 8.00.2039 or 11.0.2100.60");
+  load->add_option("--variable", line.load.variables, "NAME=VALUE for $(NAME) in the scripts")->allow_extra_args(false);
+  load->callback([&line] { line.command = [&line](Console& console) { return runLoad(console, line.load); }; });
+}
+
+void addServers(CLI::App& app, CommandLine& line) {
+  CLI::App* servers = app.add_subcommand("servers", "List, add or remove servers");
+  CLI::App* add = servers->add_subcommand("add", "Add a server; a password comes from QREL_PASSWORD");
+  add->add_option("NAME", line.addServer.name)->required();
+  add->add_option("--database", line.addServer.database, "the database to begin with")->capture_default_str();
+  add->add_option("--login", line.addServer.login, "SQL Server authentication under this name");
+  add->add_flag("--localdb", line.addServer.localDb, "a LocalDB instance, (localdb)\\Name");
+  CLI::App* remove = servers->add_subcommand("remove", "Remove a server from the list");
+  remove->add_option("NAME", line.name)->required();
+  servers->callback([&line, add, remove] {
+    line.command = [&line, add, remove](Console& console) {
+      if (add->parsed()) return runServersAdd(console, line.addServer);
+      if (remove->parsed()) return runServersRemove(console, line.name);
+      return runServers(console);
+    };
+  });
+}
+
+void addLists(CLI::App& app, CommandLine& line) {
+  CLI::App* databases = app.add_subcommand("databases", "List the databases of a server");
+  databases->add_option("SERVER", line.name)->required();
+  databases->callback([&line] { line.command = [&line](Console& console) { return runDatabases(console, line.name); }; });
+
+  CLI::App* objects = app.add_subcommand("objects", "List objects: name, tab, date, tab, id");
+  objects->add_option("SIDE", line.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
+  objects->add_option("--type", line.type, "tables, procedures, functions, views, triggers, relationships, constraints");
+  objects->callback(
+      [&line] { line.command = [&line](Console& console) { return runObjects(console, line.side, line.type); }; });
+
+  CLI::App* text = app.add_subcommand("text", "Print an object's text and nothing else");
+  text->add_option("SIDE", line.side)->required();
+  text->add_option("--type", line.type)->required();
+  text->add_option("NAME", line.object)->required();
+  text->callback([&line] {
+    line.command = [&line](Console& console) { return runText(console, line.side, line.type, line.object); };
+  });
+
+  CLI::App* options = app.add_subcommand("options", "List the options of --set with their values");
+  options->callback([&line] { line.command = runOptions; });
+}
+
+void addCompare(CLI::App& app, CommandLine& line) {
+  CLI::App* compare = app.add_subcommand("compare", "Compare an object of two databases");
+  compare->add_option("SOURCE", line.compare.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
+  compare->add_option("TARGET", line.compare.target)->required();
+  compare->add_option("--type", line.compare.type)->required();
+  compare->add_option("--object", line.compare.objects, "the name, and the Target's name when it is another")
+      ->required()
+      ->expected(1, 2);
+  compare->callback([&line] { line.command = [&line](Console& console) { return runCompare(console, line.compare); }; });
+}
+
+void describe(CLI::App& app, CommandLine& line) {
+  app.require_subcommand(1);
+  app.set_version_flag("--version", std::string("qrel ") + programVersion);
+  app.add_option("--set", line.sets, "OPTION=VALUE for this run; see \"qrel options\"")->allow_extra_args(false);
+  app.fallthrough();
+  app.footer(exitCodeHelp);
+  addLoad(app, line);
+  addServers(app, line);
+  addLists(app, line);
+  addCompare(app, line);
+}
+
+int finish(std::ostream& err, ExitCode code, const std::string& message) {
+  if (!message.empty()) err << "qrel: " << replaceAll(message, "\r\n", "\n") << '\n';
+  return static_cast<int>(code);
+}
+
+int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std::ostream& err) {
+  try {
+    Console console(findFolders(programFile), out, err);
+    console.start(line.sets);
+    const ExitCode code = line.command(console);
+    out.flush();
+    if (!out) return finish(err, ExitCode::CannotRead, "The output could not be written.");
+    return static_cast<int>(code);
+  } catch (const CommandFailure& failure) {
+    return finish(err, failure.code, failure.message);
+  } catch (const std::exception& error) {
+    return finish(err, ExitCode::CannotRead, describeError(error).description);
+  }
+}
+
+}  // namespace
+
+int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
+  CLI::App app{"Compares two SQL Server databases and says in words what differs.", "qrel"};
+  CommandLine line;
+  describe(app, line);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const int code = app.exit(error, out, err);
+    return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+  }
+  watchForStop();
+  return runParsed(line, argv[0], out, err);
+}
+
+}  // namespace qrel

@@ -1,0 +1,46 @@
+// The console's commands, one file each. Each takes its arguments as parsed and returns the exit code; it may throw
+// CommandFailure, RuntimeError or DataError, which the caller tells on stderr.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "console/console.h"
+
+namespace qrel {
+
+struct LoadArguments {
+  std::string target;  // SERVER/DATABASE
+  std::vector<std::string> paths;
+  bool replace = false;
+  std::string version;
+  std::vector<std::string> variables;  // NAME=VALUE
+};
+ExitCode runLoad(Console& console, const LoadArguments& arguments);
+
+struct AddServerArguments {
+  std::string name;
+  std::string database = "master";
+  std::string login;
+  bool localDb = false;
+};
+ExitCode runServers(Console& console);
+ExitCode runServersAdd(Console& console, const AddServerArguments& arguments);
+ExitCode runServersRemove(Console& console, const std::string& name);
+
+ExitCode runDatabases(Console& console, const std::string& server);
+ExitCode runObjects(Console& console, const std::string& side, const std::string& type);
+ExitCode runText(Console& console, const std::string& side, const std::string& type, const std::string& name);
+ExitCode runOptions(Console& console);
+
+struct CompareArguments {
+  std::string source, target;
+  std::string type;
+  std::vector<std::string> objects;  // the Source's name, and the Target's when it is another
+};
+ExitCode runCompare(Console& console, const CompareArguments& arguments);
+
+// Parses the command line and runs the command.
+int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
+
+}  // namespace qrel

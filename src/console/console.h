@@ -1,0 +1,70 @@
+// What every console command works with: the program's parts made ready, and the two streams.
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/Program.h"
+#include "app/mdlMain.h"
+#include "console/exitCode.h"
+#include "platform/data/embedded/instances.h"
+#include "platform/host/consoleHost.h"
+#include "platform/store/folders.h"
+
+namespace qrel {
+
+// One side of a comparison: a server's record and a database.
+struct Side {
+  tServer server;
+  std::string database;
+  bool incomplete = false;  // made from a script of which statements were skipped or refused
+};
+
+// A request that can't be carried out: what to print and how to end.
+struct CommandFailure {
+  ExitCode code;
+  std::string message;
+};
+
+class Console : private MainSteps {
+ public:
+  Console(const Folders& folders, std::ostream& out, std::ostream& err);
+
+  std::ostream& out;  // results
+  std::ostream& err;  // progress and messages
+  Folders folders;
+  EmbeddedServers servers;
+  DataAccess data;
+  KeyStore store;
+  ConsoleHost host;
+  Program program;
+
+  // Starts the program (paths, settings, server list) with settings changed for this run: "OPTION=VALUE" each.
+  void start(const std::vector<std::string>& sets);
+
+  // "SERVER/DATABASE", a .sql file or a folder of them. Scripts are loaded into a temporary database. Throws
+  // CommandFailure.
+  Side resolveSide(const std::string& text);
+  // A server by its name in the list, else an embedded instance of that name.
+  tServer resolveServer(const std::string& name);
+
+  // The object type code of "tables", "procedures", ...; throws CommandFailure for any other word.
+  static long objectType(const std::string& word);
+
+ private:
+  void LoadServers() override;
+  void ShowMainWindow() override {}
+  void applySet(const std::string& set);
+  Side sideFromScripts(const std::filesystem::path& path);
+};
+
+// True after Ctrl+C or a termination signal.
+bool stopRequested();
+// Notes such signals from now on.
+void watchForStop();
+
+}  // namespace qrel

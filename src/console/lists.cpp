@@ -1,0 +1,57 @@
+// The commands that print one list or one text: databases, objects, text, options.
+#include <algorithm>
+#include <ostream>
+
+#include "app/settings.h"
+#include "console/commands.h"
+#include "console/panel.h"
+#include "db/mdlData.h"
+#include "db/mdlObjects.h"
+#include "db/modObjectText.h"
+
+namespace qrel {
+
+ExitCode runDatabases(Console& console, const std::string& name) {
+  const tServer server = console.resolveServer(name);
+  RecordsetPtr rs;
+  if (GetAdoRS(console.program, server, adCmdText, "SELECT name FROM sysdatabases ORDER BY name", rs, "master") == -1)
+    return ExitCode::CannotRead;
+  for (; !rs->Eof(); rs->MoveNext()) console.out << rs->Fields("name").Text() << '\n';
+  return ExitCode::Identical;
+}
+
+ExitCode runObjects(Console& console, const std::string& sideText, const std::string& typeWord) {
+  std::vector<long> types = {objTables, objProcedures, objFunctions, objViews, objTriggers, objRelationships};
+  if (!typeWord.empty()) types = {Console::objectType(typeWord)};
+  const Side side = console.resolveSide(sideText);
+  Workspace workspace;
+  openPanel(console, workspace, side, 0);
+  for (const long type : types) {
+    listObjects(console, workspace, side, 0, type);
+    const CheckList& list = workspace.pvlSqlObj[0];
+    for (std::size_t row = 0; row < list.count(); ++row)
+      console.out << list.cell(row, 0) << '\t' << list.cell(row, 1) << '\t' << list.cell(row, 2) << '\n';
+  }
+  return side.incomplete ? ExitCode::Incomplete : ExitCode::Identical;
+}
+
+ExitCode runText(Console& console, const std::string& sideText, const std::string& typeWord, const std::string& name) {
+  const long type = Console::objectType(typeWord);
+  const Side side = console.resolveSide(sideText);
+  Workspace workspace;
+  openPanel(console, workspace, side, 0);
+  listObjects(console, workspace, side, 0, type);
+  selectObject(console, workspace, side, 0, name);
+  if (!showSelected(console, workspace, side, 0)) return ExitCode::Incomplete;
+  const std::string& text = workspace.txtTXProc[0].text();
+  console.out << text;
+  return side.incomplete ? ExitCode::Incomplete : ExitCode::Identical;
+}
+
+ExitCode runOptions(Console& console) {
+  for (const Setting& setting : settingsTable())
+    console.out << setting.name << '\t' << ReadNumber(console.program, setting.name) << '\t' << setting.meaning << '\n';
+  return ExitCode::Identical;
+}
+
+}  // namespace qrel

@@ -1,0 +1,88 @@
+#include "console/panel.h"
+
+#include <ostream>
+#include <vector>
+
+#include "db/mdlData.h"
+#include "db/mdlObjects.h"
+#include "db/modObjectText.h"
+#include "db/modPanels.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+namespace {
+std::size_t at(int index) { return static_cast<std::size_t>(index); }
+}  // namespace
+
+void openPanel(Console& console, Workspace& workspace, const Side& side, int index) {
+  Program& program = console.program;
+  tServer& server = program.main.gtypSelServ[at(index)];
+  server = side.server;
+  CheckSQLServerVersion(program, server);
+  server.VersionNum = GetVersionNumber(server.Version);
+  // A query that says nothing but whether the database can be opened; a failure is told by the query layer.
+  RecordsetPtr rs;
+  if (GetAdoRS(program, server, adCmdText, "SELECT TOP 1 name FROM sysobjects", rs, side.database) == -1)
+    throw CommandFailure{ExitCode::CannotRead, server.Name + "/" + side.database + " can't be read."};
+  workspace.pvlDb[at(index)].clear();
+  workspace.pvlDb[at(index)].add(side.database);
+  workspace.pvlDb[at(index)].select(0);
+}
+
+void listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type) {
+  Program& program = console.program;
+  if (workspace.objectType() != type) {
+    workspace.cmbType.clear();
+    workspace.cmbType.add(GetObjectTypeName(type, false), type);
+    workspace.cmbType.select(0);
+  }
+  LoadObjects(program, program.main.gtypSelServ[at(index)], workspace.pvlSqlObj[at(index)],
+              workspace.txtTXProc[at(index)], type, side.database, false, "", index, false);
+}
+
+namespace {
+
+std::vector<std::size_t> rowsNamed(const CheckList& list, const std::string& name) {
+  std::vector<std::size_t> exact, noCase, bare;
+  for (std::size_t row = 0; row < list.count(); ++row) {
+    const std::string each = list.cell(row, 0);
+    if (each == name) exact.push_back(row);
+    if (equalNoCase(each, name)) noCase.push_back(row);
+    const std::size_t point = each.find('.');
+    if (point != std::string::npos && equalNoCase(each.substr(point + 1), name)) bare.push_back(row);
+  }
+  return !exact.empty() ? exact : !noCase.empty() ? noCase : bare;
+}
+
+}  // namespace
+
+void selectObject(Console& console, Workspace& workspace, const Side& side, int index, const std::string& name) {
+  CheckList& list = workspace.pvlSqlObj[at(index)];
+  const std::vector<std::size_t> rows = rowsNamed(list, name);
+  const std::string where = side.server.Name + "/" + side.database;
+  if (rows.empty())
+    throw CommandFailure{ExitCode::CannotRead, "There is no " + lowerCase(GetObjectTypeName(workspace.objectType(), true)) +
+                                                   " \"" + name + "\" in " + where + "."};
+  if (rows.size() > 1) {
+    for (const std::size_t row : rows) console.err << "  " << list.cell(row, 0) << '\n';
+    throw CommandFailure{ExitCode::CannotRead, "\"" + name + "\" is the name of several objects in " + where +
+                                                   ": give one of the names above."};
+  }
+  list.select(rows.front());
+}
+
+bool showSelected(Console& console, Workspace& workspace, const Side& side, int index) {
+  Program& program = console.program;
+  TextPane& pane = workspace.txtTXProc[at(index)];
+  pane.setText("");
+  CheckList& list = workspace.pvlSqlObj[at(index)];
+  UpdateProcedureTextBox(program, program.main.gtypSelServ[at(index)], pane, list, workspace.objectType(), side.database, "", 0,
+                         index, true);
+  if (!pane.text().empty()) return true;
+  console.err << "qrel: the text of " << Workspace::selectedText(list) << " in " << side.server.Name << '/'
+              << side.database << " can't be had: it is encrypted or unreadable.\n";
+  return false;
+}
+
+}  // namespace qrel

@@ -1,0 +1,22 @@
+// Moving one panel from the command line, with the steps that a person's clicks take.
+#pragma once
+
+#include <string>
+
+#include "app/Workspace.h"
+#include "console/console.h"
+
+namespace qrel {
+
+// Gives the panel its server and database. Throws CommandFailure when the database can't be read; the reason has been
+// told by then.
+void openPanel(Console& console, Workspace& workspace, const Side& side, int index);
+// Chooses the object type and lists its objects.
+void listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type);
+// Selects an object by its name as listed; failing that by a name without regard to case, also without its schema.
+// Throws CommandFailure when there is none or several.
+void selectObject(Console& console, Workspace& workspace, const Side& side, int index, const std::string& name);
+// Puts the selected object's text into the pane. False, after telling so, when it can't be had.
+bool showSelected(Console& console, Workspace& workspace, const Side& side, int index);
+
+}  // namespace qrel

@@ -1,0 +1,53 @@
+#include <cstdlib>
+#include <ostream>
+
+#include "console/commands.h"
+#include "db/frmAddServer.h"
+#include "db/frmDeleteServer.h"
+#include "db/mdlServers.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+ExitCode runServers(Console& console) {
+  for (const tServer& server : console.program.servers.gtypServers)
+    console.out << server.Name << '\t' << (server.SQLAuth ? "login " + server.LoginName : "Windows authentication") << '\t'
+                << server.MRUDb << '\t' << server.Version << '\n';
+  for (const std::string& name : console.servers.list())
+    if (!IsServerInList(console.program, name))
+      console.out << name << "\tembedded\t\t" << console.servers.productVersion(name) << '\n';
+  return ExitCode::Identical;
+}
+
+ExitCode runServersAdd(Console& console, const AddServerArguments& arguments) {
+  console.host.windows.push_back([&](Form& window) {
+    auto& form = dynamic_cast<frmAddServer&>(window);
+    if (arguments.localDb) form.chkLocalDb.personSets(true);
+    form.txtServer.personTypes(arguments.name);
+    form.txtDatabase.personTypes(arguments.database);
+    if (!arguments.login.empty()) {
+      const char* password = std::getenv("QREL_PASSWORD");
+      form.optGen1.choose();
+      form.txtLogin.personTypes(arguments.login);
+      form.txtPassword.personTypes(password ? password : "");
+    }
+    form.personPressesEnter();
+  });
+  return MenuAddServer(console.program) ? ExitCode::Identical : ExitCode::CannotRead;
+}
+
+ExitCode runServersRemove(Console& console, const std::string& name) {
+  bool known = false;
+  for (const tServer& server : console.program.servers.gtypServers) known = known || server.Name == name;
+  if (!known && !console.program.servers.gtypServers.empty())
+    throw CommandFailure{ExitCode::CannotRead, "Server '" + name + "' not found."};
+  console.host.windows.push_back([&](Form& window) {
+    auto& form = dynamic_cast<frmDeleteServer&>(window);
+    for (std::size_t row = 0; row < form.lstServers.count(); ++row)
+      if (form.lstServers.cell(row, 0) == name) form.lstServers.personSelects({row});
+    form.personPressesEnter();
+  });
+  return MenuRemoveServer(console.program) ? ExitCode::Identical : ExitCode::CannotRead;
+}
+
+}  // namespace qrel
