@@ -58,9 +58,15 @@ void appendMatchKey(std::string& out, const Cell& cell) {
   }
   switch (cell.type) {
     case DataType::Boolean:
-    case DataType::Integer: appendBytes(out, 'i', cell.integer); break;
-    case DataType::Double: appendBytes(out, 'r', cell.real == 0 ? 0.0 : cell.real); break;
-    case DataType::Decimal: appendMeasured(out, 'd', [&] { appendCanonicalDecimal(out, cell.text); }); break;
+    case DataType::Integer:
+      appendBytes(out, 'i', cell.integer);
+      break;
+    case DataType::Double:
+      appendBytes(out, 'r', cell.real == 0 ? 0.0 : cell.real);
+      break;
+    case DataType::Decimal:
+      appendMeasured(out, 'd', [&] { appendCanonicalDecimal(out, cell.text); });
+      break;
     case DataType::Date:
       if (const std::optional<std::int64_t> ticks = dateTicks(cell.text)) {
         appendBytes(out, 't', *ticks);
@@ -68,10 +74,14 @@ void appendMatchKey(std::string& out, const Cell& cell) {
         appendMeasured(out, 'x', [&] { out += cell.text; });
       }
       break;
-    case DataType::Text: appendMeasured(out, 'c', [&] { appendFolded(out, cell.text); }); break;
+    case DataType::Text:
+      appendMeasured(out, 'c', [&] { appendFolded(out, cell.text); });
+      break;
     case DataType::Guid:
     case DataType::Binary:
-    case DataType::Empty: appendMeasured(out, 'b', [&] { out += cell.text; }); break;
+    case DataType::Empty:
+      appendMeasured(out, 'b', [&] { out += cell.text; });
+      break;
   }
 }
 
@@ -82,14 +92,20 @@ int compareCells(const Cell& a, const Cell& b) {
   }
   switch (a.type) {
     case DataType::Boolean:
-    case DataType::Integer: return order(a.integer, b.integer);
-    case DataType::Double: return order(a.real, b.real);
-    case DataType::Decimal: return compareDecimals(a.text, b.text);
-    case DataType::Date: return compareDates(a.text, b.text);
-    case DataType::Text: return compareCollated(a.text, b.text);
+    case DataType::Integer:
+      return order(a.integer, b.integer);
+    case DataType::Double:
+      return order(a.real, b.real);
+    case DataType::Decimal:
+      return compareDecimals(a.text, b.text);
+    case DataType::Date:
+      return compareDates(a.text, b.text);
+    case DataType::Text:
+      return compareCollated(a.text, b.text);
     case DataType::Guid:
     case DataType::Binary:
-    case DataType::Empty: break;
+    case DataType::Empty:
+      break;
   }
   return a.text.compare(b.text);
 }

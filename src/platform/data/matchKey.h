@@ -1,5 +1,5 @@
-// When two cells of one column are equal, and which comes first: text without case and trailing blanks, numbers and dates
-// by value, Nulls equal to each other and before all else.
+// When two cells of one column are equal, and which comes first: text without case and trailing blanks, numbers and
+// dates by value, Nulls equal to each other and before all else.
 #pragma once
 
 #include <string>

@@ -41,9 +41,10 @@ struct Recordset::State_ {
     return row;
   }
   [[noreturn]] static void throwNoRecord() {
-    throw RuntimeError(errorNumber::noCurrentRecord,
-                       "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires "
-                       "a current record.");
+    throw RuntimeError(
+        errorNumber::noCurrentRecord,
+        "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires "
+        "a current record.");
   }
 };
 

@@ -14,8 +14,9 @@ namespace qrel {
 namespace {
 
 [[noreturn]] void refuse() {
-  throw RuntimeError(errorNumber::argumentsOutOfRange,
-                     "Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
+  throw RuntimeError(
+      errorNumber::argumentsOutOfRange,
+      "Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.");
 }
 
 bool isNameCharacter(char c) {
@@ -172,8 +173,10 @@ std::optional<Value> binaryValue(const Literal& literal) {
 // The literal as a value of the column's type; empty when it can't be one.
 std::optional<Value> valueOf(const Literal& literal, DataType type) {
   switch (type) {
-    case DataType::Boolean: return booleanValue(literal);
-    case DataType::Integer: return integerValue(literal);
+    case DataType::Boolean:
+      return booleanValue(literal);
+    case DataType::Integer:
+      return integerValue(literal);
     case DataType::Double:
       if (const std::optional<double> number = doubleOf(literal.text)) return Value::ofDouble(*number);
       return std::nullopt;
@@ -185,10 +188,13 @@ std::optional<Value> valueOf(const Literal& literal, DataType type) {
     case DataType::Date:
       if (!dateTicks(literal.text)) return std::nullopt;
       return textValue(DataType::Date, literal.text);
-    case DataType::Guid: return guidValue(literal);
-    case DataType::Binary: return binaryValue(literal);
+    case DataType::Guid:
+      return guidValue(literal);
+    case DataType::Binary:
+      return binaryValue(literal);
     case DataType::Text:
-    case DataType::Empty: break;
+    case DataType::Empty:
+      break;
   }
   if (!literal.quoted && !plainDecimal(literal.text) && !dateTicks(literal.text)) return std::nullopt;
   return Value::ofText(literal.text);
@@ -247,13 +253,20 @@ bool Condition::matches(const Cell& cell) const {
   if (op == ConditionOperator::Like) return isLike(lowerCase(cell.text), value.text);
   const int order = compareCells(cell, value.cell());
   switch (op) {
-    case ConditionOperator::Equal: return order == 0;
-    case ConditionOperator::NotEqual: return order != 0;
-    case ConditionOperator::Less: return order < 0;
-    case ConditionOperator::Greater: return order > 0;
-    case ConditionOperator::LessOrEqual: return order <= 0;
-    case ConditionOperator::GreaterOrEqual: return order >= 0;
-    case ConditionOperator::Like: break;
+    case ConditionOperator::Equal:
+      return order == 0;
+    case ConditionOperator::NotEqual:
+      return order != 0;
+    case ConditionOperator::Less:
+      return order < 0;
+    case ConditionOperator::Greater:
+      return order > 0;
+    case ConditionOperator::LessOrEqual:
+      return order <= 0;
+    case ConditionOperator::GreaterOrEqual:
+      return order >= 0;
+    case ConditionOperator::Like:
+      break;
   }
   return false;
 }

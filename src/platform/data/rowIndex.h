@@ -12,8 +12,8 @@
 
 namespace qrel {
 
-// Answers for a key which positions of a sequence of rows have it, in order. Deleted rows are passed over by the caller's
-// test. About 16 bytes a row when keys are distinct.
+// Answers for a key which positions of a sequence of rows have it, in order. Deleted rows are passed over by the
+// caller's test. About 16 bytes a row when keys are distinct.
 class RowIndex {
  public:
   // `rows` are the row numbers of the sequence, null for all rows in order of arrival. Store and rows must outlive the

@@ -70,9 +70,8 @@ bool RowView::findMore() {
     }
     search_.next = at + 1;
     const std::size_t row = search_.index ? search_.index->position(at) : at;
-    const bool passes = std::all_of(search_.conditions.begin(), search_.conditions.end(), [&](const Condition& one) {
-      return one.matches(store_->cell(one.column, row));
-    });
+    const bool passes = std::all_of(search_.conditions.begin(), search_.conditions.end(),
+                                    [&](const Condition& one) { return one.matches(store_->cell(one.column, row)); });
     if (!passes) continue;
     rows_.push_back(static_cast<RowNumber>(row));
     return true;
@@ -136,9 +135,9 @@ std::size_t RowView::find(const Condition& condition, std::size_t from) {
     std::string key;
     appendMatchKey(key, condition.value.cell());
     const RowIndex::Range range = index.find(key);
-    const std::size_t entry =
-        index.nextPresent(index.lowerBound(range, from), range.end,
-                          [this](std::size_t position) { return store_->isRemoved(rowAt(position)); });
+    const std::size_t entry = index.nextPresent(index.lowerBound(range, from), range.end, [this](std::size_t position) {
+      return store_->isRemoved(rowAt(position));
+    });
     return entry < range.end ? index.position(entry) : none;
   }
   std::size_t position = nextPresent(from);

@@ -13,8 +13,8 @@
 
 namespace qrel {
 
-// Positions are 0-based and count removed rows in, so they don't shift under a deletion. An unsorted filter looks for its
-// rows as they are asked for. A filter, an order and find need a store that holds all rows.
+// Positions are 0-based and count removed rows in, so they don't shift under a deletion. An unsorted filter looks for
+// its rows as they are asked for. A filter, an order and find need a store that holds all rows.
 class RowView {
  public:
   static constexpr std::size_t none = static_cast<std::size_t>(-1);

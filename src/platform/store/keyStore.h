@@ -14,8 +14,9 @@ namespace qrel {
 
 // Keys are paths such as "Software\Qrel\Servers"; keys and value names compare without case and keep the spelling of
 // their first writing. The file is text: a line "[key]", then a line `name = number` or `name = "text"` per value, with
-// \\, \", \n, \r, \0 and \xHH escaped. It is read anew at each operation when it has changed on disk and written whole
-// and atomically, readable by its owner alone. A store without a file lives in memory.
+// \\, \", \n, \r, \0 and \xHH escaped; a name that would be misread stands in quotes too. It is read anew at each
+// operation when it has changed on disk and written whole and atomically, readable by its owner alone. A store without
+// a file lives in memory.
 class KeyStore {
  public:
   KeyStore() = default;
@@ -44,11 +45,15 @@ class KeyStore {
   void refresh();
   bool write();
   void parse(std::string_view text);
+  bool parseValue(std::string_view line, Key& key);
   std::string format() const;
+  Key& keyOf(std::string_view key);
 
   std::filesystem::path file_;
   std::filesystem::file_time_type readTime_{};
   std::uintmax_t readSize_ = 0;
+  bool wasThere_ = false;            // the file, when it was last looked at
+  bool blocked_ = false;             // it is there and can't be read: it isn't written either
   std::map<std::string, Key> keys_;  // by lower-case path
   std::vector<std::string> unreadable_;
   std::map<std::pair<std::string, std::string>, Value> overrides_;

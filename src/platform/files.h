@@ -1,0 +1,39 @@
+// Files: whole reads, appended lines, and writes that leave either the old file or the new one.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace qrel::files {
+
+// Failures raise RuntimeError with the path in words: 53 for a file to read that isn't there, 61 for a full disk, 75
+// for all else.
+constexpr std::int32_t fileNotFound = 53;
+
+// Whether there is a file of this name; false for a folder and where nothing can be seen.
+bool exists(const std::filesystem::path& path);
+std::string readWholeFile(const std::filesystem::path& path);
+
+// Opens the file, making it when it isn't there, appends the text as it stands (with its line end) and closes it.
+void appendLine(const std::filesystem::path& path, std::string_view line);
+
+enum class Access : std::uint8_t {
+  Usual,      // as the file had before, or as the system gives new files
+  OwnerOnly,  // readable and writable by its owner alone
+};
+// Writes a temporary file in the same folder, flushes it to the disk and puts it in the place of `path`. Whatever goes
+// wrong, the old file is still there as it was. A link stays a link: what it leads to is replaced.
+void writeAtomically(const std::filesystem::path& path, std::string_view bytes, Access access = Access::Usual);
+
+// Removes a file; none of that name is no error.
+void removeFile(const std::filesystem::path& path);
+
+// Makes a folder with the folders above it that are missing; new ones are open to their owner alone with OwnerOnly.
+void makeFolder(const std::filesystem::path& path, Access access = Access::Usual);
+
+// A name in the folder of `path` that no file has yet: hidden, and ending with ".tmp".
+std::filesystem::path temporaryName(const std::filesystem::path& path);
+
+}  // namespace qrel::files
