@@ -1,0 +1,78 @@
+// A program over temporary folders with a scripted host, for tests of the layers above the platform.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include "app/Program.h"
+#include "platform/data/embedded/instances.h"
+#include "platform/data/embedded/loader.h"
+#include "platform/host/scriptedHost.h"
+
+namespace qrel {
+
+// A folder that is gone with the object.
+class TemporaryFolder {
+ public:
+  TemporaryFolder()
+      : path_(std::filesystem::temp_directory_path() / ("qrel-test-" + std::to_string(std::random_device{}()))) {
+    std::filesystem::create_directories(path_);
+  }
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  std::filesystem::path write(const std::string& name, const std::string& content) const {
+    std::ofstream(path_ / name, std::ios::binary) << content;
+    return path_ / name;
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+class TestProgram {
+ public:
+  TestProgram() : servers(folder.path() / "servers"), data(servers), program(host, data, store) {
+    program.programFolder = folder.path().string();
+  }
+  ~TestProgram() {
+    EXPECT_TRUE(host.unexpected.empty()) << host.unexpected.front();
+    EXPECT_TRUE(host.answers.empty()) << "a queued answer was never asked for";
+    EXPECT_TRUE(host.windows.empty()) << "a window that was scripted never opened";
+  }
+
+  // Loads a script into SERVER.database; every statement of it must be understood.
+  void load(const std::string& server, const std::string& database, const std::string& script,
+            const std::string& version = defaultProductVersion) {
+    if (!servers.exists(server)) servers.create(server, version);
+    const LoadReport report = loadScripts(servers, server, database, {folder.write(database + ".sql", script)}, {});
+    for (const auto* list : {&report.skipped, &report.failed})
+      for (const SkippedStatement& each : *list) ADD_FAILURE() << each.line << ": " << each.firstWords << ": " << each.reason;
+  }
+
+  // The record of an embedded server, its version known.
+  static tServer server(const std::string& name, const std::string& version = defaultProductVersion) {
+    tServer record;
+    record.Name = name;
+    record.Version = version;
+    return record;
+  }
+
+  TemporaryFolder folder;
+  ScriptedHost host;
+  EmbeddedServers servers;
+  DataAccess data;
+  KeyStore store;
+  Program program;
+};
+
+}  // namespace qrel
