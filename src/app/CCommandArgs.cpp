@@ -45,7 +45,7 @@ std::string CCommandArgs::Item(std::string_view k) const {
   if (const auto number = numberOf(k)) {
     const double index = std::nearbyint(*number);
     return index >= 1 && index <= static_cast<double>(arguments_.count()) ? Value(static_cast<long>(index))
-                                                                           : std::string();
+                                                                          : std::string();
   }
   for (const Argument& argument : arguments_) {
     if (upperCase(argument.key) == upperCase(k)) return argument.value;

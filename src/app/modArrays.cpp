@@ -35,8 +35,8 @@ std::size_t used(const std::vector<TwoStr>& arrItems, long lngCount) {
 
 bool ConvertRecordsetToStrArray(Host& host, Recordset& rs, std::vector<std::string>& arrStrings, long& lngCount) {
   arrStrings.clear();
-  const bool done = forEachRecord(host, "ConvertRecordsetToStrArray", rs,
-                                  [&] { arrStrings.push_back(textOfField(rs, 0)); });
+  const bool done =
+      forEachRecord(host, "ConvertRecordsetToStrArray", rs, [&] { arrStrings.push_back(textOfField(rs, 0)); });
   lngCount = static_cast<long>(arrStrings.size());
   return done;
 }

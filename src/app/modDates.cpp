@@ -11,8 +11,9 @@ namespace qrel {
 
 namespace {
 
-constexpr std::array<const char*, 12> monthNames = {"January", "February", "March",     "April",   "May",      "June",
-                                                    "July",    "August",   "September", "October", "November", "December"};
+constexpr std::array<const char*, 12> monthNames = {"January",   "February", "March",    "April",
+                                                    "May",       "June",     "July",     "August",
+                                                    "September", "October",  "November", "December"};
 
 // Reads three numbers with the separator between them; false for any other text.
 bool readThree(std::string_view text, char separator, std::array<std::int32_t, 3>& numbers) {
