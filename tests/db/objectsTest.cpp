@@ -3,6 +3,8 @@
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"
 #include "db/modSchema.h"
+#include "platform/controls/form.h"
+#include "platform/error.h"
 #include "tests/support.h"
 
 namespace qrel {

@@ -1,6 +1,7 @@
 // Table text to the blank, on servers of both kinds.
 #include "db/mdlData.h"
 #include "db/mdlQueryCode.h"
+#include "platform/controls/form.h"
 #include "tests/support.h"
 
 namespace qrel {
