@@ -1,0 +1,60 @@
+// The comparison of the pair that is selected on the two panels, as a person or a saved process asks for it.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "compare/structure/CompLine.h"
+
+namespace qrel {
+
+class Program;
+class TextPane;
+struct Workspace;
+
+// What the report of a pair comparison shows besides the report text; index 0 Source, 1 Target.
+struct PairReport {
+  std::string strTitle;
+  std::array<std::string, 2> arrServers;
+  std::array<std::string, 2> arrDatabases;
+  std::array<std::string, 2> arrObjects;
+  int intCompSubType = 0;
+  std::string strObjectTypes;  // eight flags
+};
+
+// What the comparison of a pair asks of the parts around it.
+class PairComparisonSteps {
+ public:
+  virtual ~PairComparisonSteps() = default;
+
+  // Whether a comparison can start now; shows why not.
+  virtual bool CanStartComparison() = 0;
+  // The columns to leave out of a table's text, by the table's full name (server.db.table).
+  virtual std::vector<std::string> IgnoredColumns(const std::string& strFullName) = 0;
+  // The text of the table selected on a side (0 Source, 1 Target) without these columns.
+  virtual std::string TableTextWithout(int side, const std::vector<std::string>& arrIgnoredColumns) = 0;
+  // Colours the lines that differ; fills the two arrays with the panes' lines and their marks.
+  virtual void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource,
+                               CompLineArray& arrTarget, long lngType) = 0;
+  // Shows the report window over the program's report text and waits for it.
+  virtual void ShowReport(const PairReport& report) = 0;
+  // Whether pairs are compared for printing; then each pane is printed under its heading instead of a report.
+  virtual bool printRunInProgress() = 0;
+  virtual void PrintPane(const std::string& strHeading, TextPane& pane) = 0;
+};
+
+// Compares the selected pair, by the panes' texts or, with blnTextsGiven, by the two texts; marks the panes when they
+// differ and reports the verdict. The comparison is over with a message when both texts are empty. The busy flag and
+// the pointer are set meanwhile, and cleared however it ends.
+void CompareSelProcs(Program& program, Workspace& workspace, PairComparisonSteps& steps, bool blnTextsGiven,
+                     const std::string& strSourceText, const std::string& strTargetText);
+
+// Compares the parts of the two panes that are selected; a message tells which one is missing.
+void CompareHighlightedSections(Program& program, Workspace& workspace, PairComparisonSteps& steps);
+
+// The flags of one type in the order Tables, Procedures, Functions, Views, Triggers, Relationships, Constraints,
+// Permissions: "1,0,0,0,0,0,0,0" for tables. All 0 for any other code.
+std::string ObjectTypeFlags(long lngType);
+
+}  // namespace qrel
