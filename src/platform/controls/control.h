@@ -190,4 +190,18 @@ class CheckList : public Control {
   bool redraw_ = true;
 };
 
+// A timer that ticks while it is enabled and the program yields to events. Made disabled.
+class Timer : public Control {
+ public:
+  Timer(std::string controlName, int milliseconds) : Control(std::move(controlName)), interval(milliseconds) {
+    setEnabled(false);
+  }
+  int interval;  // milliseconds
+  std::function<void()> onTick;
+  // The host's clock (or a test) says that the interval has passed.
+  void tick() {
+    if (enabled() && onTick) onTick();
+  }
+};
+
 }  // namespace qrel

@@ -1,10 +1,13 @@
 #include "platform/host/consoleHost.h"
 
 #include <chrono>
+#include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <ostream>
 
 #include "platform/controls/form.h"
+#include "platform/files.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -66,6 +69,16 @@ void ConsoleHost::showModal(Form& form) {
 void ConsoleHost::show(Form& form) {
   form.load();
   form.activate();
+}
+
+void ConsoleHost::print(const PrintJob& job) {
+  const LocalTime time = now();
+  char stamp[48];
+  std::snprintf(stamp, sizeof stamp, " %04d-%02d-%02d %02d%02d%02d.txt", time.year % 10000, time.month % 100,
+                time.day % 100, time.hour % 100, time.minute % 100, time.second % 100);
+  const std::filesystem::path file = std::filesystem::path(printFolder) / (job.title + stamp);
+  files::writeAtomically(file, (job.header.empty() ? "" : job.header + "\r\n\r\n") + job.text);
+  tell("", "printed to " + file.string());
 }
 
 void ConsoleHost::doEvents() {

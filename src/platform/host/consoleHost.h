@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <iosfwd>
+#include <string>
 
 #include "platform/host/host.h"
 
@@ -27,6 +28,13 @@ class ConsoleHost : public Host {
   void show(Form& form) override;
   void doEvents() override;
   bool openUrl(const std::string&) override { return false; }
+  // There is nobody to choose a file: always cancelled.
+  std::string saveFileDialog(const FileDialog&) override { return {}; }
+  std::string openFileDialog(const FileDialog&) override { return {}; }
+  void setClipboardText(const std::string&) override {}
+  // Writes the pages to a text file in printFolder, named after the job's title and the time.
+  void print(const PrintJob& job) override;
+  std::string printFolder;
   LocalTime now() const override;
   std::int64_t ticks() const override;
 

@@ -24,6 +24,21 @@ struct LocalTime {
   int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
 };
 
+// A file dialog: what it shows first.
+struct FileDialog {
+  std::string title;
+  std::string filter;       // "*.*"
+  std::string defaultFile;  // with its folder
+};
+
+// Pages of text for the printer.
+struct PrintJob {
+  std::string title;   // of the job
+  std::string text;
+  std::string header;  // on each page; empty: none
+  bool pageNumbers = false;  // "Page: x of y" at the foot
+};
+
 class Host {
  public:
   virtual ~Host() = default;
@@ -43,6 +58,12 @@ class Host {
   virtual void beep() {}
   // Opens a file or an URL with the program that the desktop has for it; false when there is none.
   virtual bool openUrl(const std::string& url) = 0;
+  // The chosen path; empty when the person cancelled.
+  virtual std::string saveFileDialog(const FileDialog& dialog) = 0;
+  virtual std::string openFileDialog(const FileDialog& dialog) = 0;
+  virtual void setClipboardText(const std::string& text) = 0;
+  // One copy on the default printer. Raises RuntimeError when it can't be printed.
+  virtual void print(const PrintJob& job) = 0;
   virtual Screen screen() const { return {1280, 800}; }
   virtual LocalTime now() const = 0;
   // Steady milliseconds, for elapsed times.

@@ -41,6 +41,17 @@ void ScriptedHost::doEvents() {
   if (onDoEvents) onDoEvents();
 }
 
+std::string ScriptedHost::saveFileDialog(const FileDialog& dialog) {
+  fileDialogs.push_back(dialog);
+  if (files.empty()) {
+    unexpected.push_back("file dialog: " + dialog.title);
+    return {};
+  }
+  std::string file = files.front();
+  files.pop_front();
+  return file;
+}
+
 bool ScriptedHost::openUrl(const std::string& url) {
   opened.push_back(url);
   return true;

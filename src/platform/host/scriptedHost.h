@@ -26,6 +26,10 @@ class ScriptedHost : public Host {
   std::vector<std::string> opened;                      // URLs and files
   std::vector<std::string> shown;                       // names of all windows shown, in order
   std::function<void()> onDoEvents;                     // what a person does while a run yields
+  std::deque<std::string> files;                        // answers of file dialogs; an empty one cancels
+  std::vector<FileDialog> fileDialogs;                  // the dialogs shown
+  std::string clipboard;
+  std::vector<PrintJob> printed;
   LocalTime time{2026, 1, 2, 3, 4, 5};
   std::int64_t tickCount = 0;
 
@@ -35,6 +39,10 @@ class ScriptedHost : public Host {
   void show(Form& form) override;
   void doEvents() override;
   bool openUrl(const std::string& url) override;
+  std::string saveFileDialog(const FileDialog& dialog) override;
+  std::string openFileDialog(const FileDialog& dialog) override { return saveFileDialog(dialog); }
+  void setClipboardText(const std::string& text) override { clipboard = text; }
+  void print(const PrintJob& job) override { printed.push_back(job); }
   LocalTime now() const override { return time; }
   std::int64_t ticks() const override { return tickCount; }
 
