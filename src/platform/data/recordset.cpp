@@ -67,9 +67,13 @@ Recordset::State_& Recordset::complete() const {
 void Recordset::Open(Command& command) {
   Close();
   CommandResult result = command.run();
-  if (!result.rows) return;
+  if (result.rows) Open(std::move(result.rows));
+}
+
+void Recordset::Open(std::unique_ptr<RowSource> rows) {
+  Close();
   const std::size_t windowRows = CursorLocation == adUseServer ? std::max<std::size_t>(CacheSize, 1) : 0;
-  state_ = std::make_unique<State_>(std::make_shared<RowStore>(std::move(result.rows), windowRows));
+  state_ = std::make_unique<State_>(std::make_shared<RowStore>(std::move(rows), windowRows));
   state_->bof = state_->eof;
 }
 

@@ -93,6 +93,8 @@ class Recordset {
 
   // Runs the command and stands on the first record. A command without a result leaves the record set closed.
   void Open(Command& command);
+  // The same over rows that come from elsewhere than a command.
+  void Open(std::unique_ptr<RowSource> rows);
   // Lets go of the connection; the rows must all be here (client-side cursor).
   void Disconnect();
   void Close();
