@@ -19,9 +19,10 @@ void appendBytes(std::string& out, char mark, Number number) {
 
 void appendFolded(std::string& out, std::string_view text) {
   text = trimRightBlanks(text);
+  const std::size_t start = out.size();
   for (const char c : text) {
     if (static_cast<unsigned char>(c) >= 0x80) {
-      out.resize(out.size() - static_cast<std::size_t>(&c - text.data()));
+      out.resize(start);
       out += collationKey(text);
       return;
     }

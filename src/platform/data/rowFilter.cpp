@@ -202,9 +202,10 @@ std::optional<Value> valueOf(const Literal& literal, DataType type) {
 
 Condition takeCondition(ConditionReader& reader, const RowStore& store) {
   Condition condition;
-  condition.column = columnNamed(reader.takeName(), store);
+  const std::string name = reader.takeName();
   condition.op = reader.takeOperator();
   const Literal literal = reader.takeLiteral();
+  condition.column = columnNamed(name, store);
   const DataType type = store.type(condition.column);
   if (!literal.quoted && equalNoCase(literal.text, "NULL")) {
     if (condition.op != ConditionOperator::Equal && condition.op != ConditionOperator::NotEqual) refuse();
