@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include "app/modStrings.h"
+#include "app/modTextPane.h"
 #include "app/trap.h"
 #include "compare/structure/modIgnoreComments.h"
 #include "compare/structure/modIgnoreWhiteSpaces.h"
-#include "compare/structure/modTextPane.h"
 #include "platform/text.h"
 
 namespace qrel {

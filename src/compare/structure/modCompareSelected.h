@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "compare/structure/CompLine.h"
+#include "app/CompLine.h"
 
 namespace qrel {
 

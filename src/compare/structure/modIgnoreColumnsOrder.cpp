@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "app/modTextPane.h"
 #include "app/trap.h"
 #include "compare/structure/modSortTypeArrays.h"
-#include "compare/structure/modTextPane.h"
 
 namespace qrel {
 

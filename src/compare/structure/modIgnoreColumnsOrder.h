@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "compare/structure/CompLine.h"
+#include "app/CompLine.h"
 
 namespace qrel {
 

@@ -1,7 +1,7 @@
 // The sort of line arrays.
 #pragma once
 
-#include "compare/structure/CompLine.h"
+#include "app/CompLine.h"
 
 namespace qrel {
 

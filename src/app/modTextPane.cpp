@@ -1,4 +1,4 @@
-#include "compare/structure/modTextPane.h"
+#include "app/modTextPane.h"
 
 #include "platform/controls/textPane.h"
 

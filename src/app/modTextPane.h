@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "compare/structure/CompLine.h"
+#include "app/CompLine.h"
 
 namespace qrel {
 
