@@ -413,7 +413,14 @@ const char* styleForm(int style) {
 }
 
 void dateTextFunction(FunctionCall& call) {
-  if (!call.anyNull()) call.result(dateText(call.text(0), static_cast<int>(call.integer(1))));
+  if (call.isNull(0)) return;
+  // What isn't in the stored form is no date and stays as it is.
+  const std::string_view text = call.text(0);
+  const bool stored = text.size() >= 8 && (text[4] == '-' || text[2] == ':');
+  if (stored)
+    call.result(dateText(text, static_cast<int>(call.integer(1))));
+  else
+    call.resultArgument(0);
 }
 
 }  // namespace

@@ -184,6 +184,15 @@ std::string hexText(std::string_view bytes, bool prefix) {
   return out;
 }
 
+// Styles 3 to 5 and 103 to 105 put the day first.
+std::string monthFirst(const std::string& text, int style) {
+  const int form = style % 100;
+  const std::size_t first = text.find_first_of("/.-");
+  const std::size_t second = first == std::string::npos ? first : text.find_first_of("/.-", first + 1);
+  if (form < 3 || form > 5 || style > 105 || second == std::string::npos || first > 2) return text;
+  return text.substr(first + 1, second - first - 1) + text[first] + text.substr(0, first) + text.substr(second);
+}
+
 // q_convert(value, type, prec, scale, style): style Null for CAST. prec -1 is max, 0 the type's default.
 Value converted(const FunctionCall& call) {
   const SystemType* system = findSystemType(call.text(1));
@@ -198,6 +207,7 @@ Value converted(const FunctionCall& call) {
     value.text = "0x" + value.text;
   else if (type.dataType == DataType::Binary && value.type == DataType::Text && style == 0)
     value.type = DataType::Binary;
+  if (type.dataType == DataType::Date && value.type == DataType::Text) value.text = monthFirst(value.text, style);
   const bool sized = type.dataType == DataType::Text && type.prec > 0 &&
                      (type.xtype == 167 || type.xtype == 231 || type.xtype == 175 || type.xtype == 239);
   // An explicit conversion cuts what is too long without a word.

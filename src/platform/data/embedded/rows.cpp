@@ -1,0 +1,158 @@
+// The rows of a translated query.
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/data/columnStore.h"
+#include "platform/data/embedded/session.h"
+#include "platform/data/embedded/translate.h"
+#include "platform/data/embedded/types.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+class StatementRows : public RowSource {
+ public:
+  StatementRows(std::shared_ptr<OpenDatabase> open, const std::string& sql, std::map<std::string, Value> variables,
+                std::string_view originalSql)
+      : open_(std::move(open)),
+        sql_(sql),
+        original_(originalSql),
+        variables_(std::move(variables)),
+        statement_(prepare(sql_)) {
+    const int count = sqlite3_column_count(statement_.get());
+    columns_.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+      const char* name = sqlite3_column_name(statement_.get(), i);
+      const char* declared = sqlite3_column_decltype(statement_.get(), i);
+      columns_.push_back(columnFromDeclaration(name ? name : "", declared ? declared : ""));
+    }
+    // The first row is looked for at once: an error belongs to the command, not to its first fetch.
+    pending_ = withSql([&] { return statement_.step(); });
+    ended_ = !pending_;
+    typeExpressions();
+  }
+
+  const std::vector<ColumnInfo>& columns() const override { return columns_; }
+
+  std::size_t fetch(ColumnStore& store, std::size_t most) override {
+    std::size_t count = 0;
+    withSql([&] {
+      while (count < most && advance()) {
+        for (std::size_t i = 0; i < columns_.size(); ++i) append(store, i);
+        ++count;
+      }
+      return true;
+    });
+    return count;
+  }
+
+  void rewind() override {
+    statement_.reset();
+    pending_ = ended_ = false;
+  }
+
+  std::int64_t count() override {
+    return withSql([&] {
+      sqlite::Statement counting = prepare("select count(*) from (" + sql_ + ")");
+      counting.step();
+      return counting.integer(0);
+    });
+  }
+
+ private:
+  sqlite::Statement prepare(const std::string& sql) {
+    return withSql([&] {
+      sqlite::Statement statement(open_->database, sql);
+      bindVariables(statement, variables_);
+      return statement;
+    });
+  }
+
+  // An error tells the SQL that the caller sent, not its translation.
+  template <typename Body>
+  auto withSql(Body body) -> decltype(body()) {
+    try {
+      return body();
+    } catch (DataError& error) {
+      error.sql = original_;
+      throw;
+    }
+  }
+
+  bool advance() {
+    if (pending_) {
+      pending_ = false;
+      return true;
+    }
+    if (ended_) return false;
+    ended_ = !statement_.step();
+    if (ended_) statement_.reset();  // lets go of the file's read lock
+    return !ended_;
+  }
+
+  // Columns without a declaration are typed by the first row's value.
+  void typeExpressions() {
+    if (!pending_) return;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (columns_[i].type != DataType::Empty) continue;
+      switch (sqlite3_column_type(statement_.get(), static_cast<int>(i))) {
+        case SQLITE_INTEGER:
+          columns_[i].type = DataType::Integer;
+          break;
+        case SQLITE_FLOAT:
+          columns_[i].type = DataType::Double;
+          break;
+        case SQLITE_TEXT:
+          columns_[i].type = DataType::Text;
+          break;
+        case SQLITE_BLOB:
+          columns_[i].type = DataType::Binary;
+          break;
+        default:
+          break;
+      }
+    }
+  }
+
+  void append(ColumnStore& store, std::size_t column) {
+    sqlite3_stmt* row = statement_.get();
+    const int i = static_cast<int>(column);
+    const DataType declared = columns_[column].type;
+    switch (sqlite3_column_type(row, i)) {
+      case SQLITE_NULL:
+        return store.appendNull(column);
+      case SQLITE_INTEGER:
+        if (declared == DataType::Double) return store.appendDouble(column, sqlite3_column_double(row, i));
+        return store.appendInteger(column, sqlite3_column_int64(row, i),
+                                   declared == DataType::Boolean ? DataType::Boolean : DataType::Integer);
+      case SQLITE_FLOAT:
+        return store.appendDouble(column, sqlite3_column_double(row, i));
+      case SQLITE_BLOB:
+        return store.appendText(column, DataType::Binary, statement_.text(i));
+      default: {
+        const bool kept = declared == DataType::Decimal || declared == DataType::Date || declared == DataType::Guid;
+        return store.appendText(column, kept ? declared : DataType::Text, statement_.text(i));
+      }
+    }
+  }
+
+  std::shared_ptr<OpenDatabase> open_;
+  std::string sql_;
+  std::string original_;
+  std::map<std::string, Value> variables_;
+  sqlite::Statement statement_;
+  std::vector<ColumnInfo> columns_;
+  bool pending_ = false;
+  bool ended_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<RowSource> queryRows(std::shared_ptr<OpenDatabase> open, const std::string& sqliteSql,
+                                     const std::map<std::string, Value>& variables, std::string_view originalSql) {
+  return std::make_unique<StatementRows>(std::move(open), sqliteSql, variables, originalSql);
+}
+
+}  // namespace qrel::tsql
