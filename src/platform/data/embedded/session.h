@@ -33,10 +33,10 @@ class OpenDatabase {
 struct StatementOutcome {
   enum class Kind : std::uint8_t { Made, Ran, Skipped, Failed };
   Kind kind = Kind::Ran;
-  std::string what;         // "table", "procedure", ... for Made; the reason for Skipped and Failed
-  std::size_t line = 1;     // 1-based in the batch
-  std::string firstWords;   // the statement's first words, one line, at most 60 characters
-  std::int64_t rows = 0;    // inserted (positive)
+  std::string what;        // "table", "procedure", ... for Made; the reason for Skipped and Failed
+  std::size_t line = 1;    // 1-based in the batch
+  std::string firstWords;  // the statement's first words, one line, at most 60 characters
+  std::int64_t rows = 0;   // inserted (positive)
   std::int32_t errorNumber = 0;
 };
 
@@ -51,9 +51,14 @@ class BatchListener {
   virtual bool stopRequested() { return false; }
 };
 
+struct SessionState;
+
 class Session {
  public:
-  explicit Session(std::shared_ptr<OpenDatabase> open) : open_(std::move(open)) {}
+  explicit Session(std::shared_ptr<OpenDatabase> open);
+  Session(Session&&) noexcept;
+  Session& operator=(Session&&) noexcept;
+  ~Session();
 
   // Runs one batch. With a listener, statements that fail or aren't understood are told to it and the rest runs on;
   // without one the first error is raised as DataError (0x80040E14 for what isn't understood) with the SQL.
@@ -62,12 +67,19 @@ class Session {
 
   OpenDatabase& open() { return *open_; }
   std::shared_ptr<OpenDatabase> share() const { return open_; }
+  // Goes on with another database: USE without a listener.
+  void moveTo(std::shared_ptr<OpenDatabase> open);
+  // Keeps what a transaction that is still open has done. A server would take it back when its connection ends.
+  void commitAll();
+  // Rows inserted so far that no ROLLBACK has taken back.
+  std::int64_t rowsInserted() const;
 
   std::map<std::string, Value> variables;  // of the batch, by lower-case name with @
   std::map<std::string, TypeRef> variableTypes;
 
  private:
   std::shared_ptr<OpenDatabase> open_;
+  std::unique_ptr<SessionState> state_;
 };
 
 // The rows of a translated query; keeps the session's database open. Implemented in rows.cpp.

@@ -1,0 +1,199 @@
+// Variables, expressions, queries and SET options of the interpreter.
+#include <algorithm>
+
+#include "platform/data/embedded/catalogueParts.h"
+#include "platform/data/embedded/interpreter.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+// The SQLite schema under which another database of the server is open on this handle, attached when it isn't yet.
+std::string attachDatabaseFile(OpenDatabase& open, const std::string& name) {
+  const std::string schema = "db_" + lowerCase(name);
+  {
+    sqlite::Statement list(open.database, "select 1 from pragma_database_list where name = ?1");
+    if (list.bind(1, schema).step()) return schema;
+  }
+  std::error_code ignored;
+  for (const auto& entry : std::filesystem::directory_iterator(open.facts.folder, ignored)) {
+    const std::filesystem::path& file = entry.path();
+    if (!equalNoCase(file.extension().string(), ".mdf") || !equalNoCase(file.stem().string(), name)) continue;
+    open.database.execute("attach database " + quoteText(file.string()) + " as " + quoteName(schema));
+    return schema;
+  }
+  throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name + "'.", "42S02");
+}
+
+}  // namespace
+
+TranslateContext& Interpreter::context() {
+  context_.catalogue = catalogue_;
+  context_.database = session_.open().facts.database;
+  context_.variables = &session_.variableTypes;
+  if (!context_.attach) {
+    context_.attach = [this](const std::string& name) {
+      if (state_.usedNames.count(lowerCase(name)) != 0) return std::string("main");
+      return attachDatabaseFile(session_.open(), name);
+    };
+  }
+  return context_;
+}
+
+Value Interpreter::evaluate(const std::string& sql) {
+  sqlite::Statement query(*database_, "select " + sql);
+  bindVariables(query, session_.variables);
+  return query.step() ? valueOf(query, 0) : Value();
+}
+
+void Interpreter::assign(const std::string& variable, const Value& value) {
+  const std::string key = lowerCase(variable);
+  const auto type = session_.variableTypes.find(key);
+  if (type == session_.variableTypes.end())
+    throw DataError(errorNumber::badSql, "Must declare the scalar variable \"" + variable + "\".", "42000");
+  session_.variables[key] = value.null ? Value() : convertTo(type->second, value);
+}
+
+void Interpreter::setGlobal(const char* name, std::int64_t value) {
+  Value& kept = session_.variables[name];
+  kept.type = DataType::Integer;
+  kept.null = false;
+  kept.integer = value;
+}
+
+ObjectName Interpreter::localName(ObjectName name) const {
+  if (!name.server.empty()) throw NotUnderstood{"another server", reader_.peek().line};
+  if (!name.database.empty() && !equalNoCase(name.database, session_.open().facts.database) &&
+      state_.usedNames.count(lowerCase(name.database)) == 0)
+    throw NotUnderstood{"another database", reader_.peek().line};
+  if (name.name.starts_with('#')) throw NotUnderstood{"temporary tables aren't kept", reader_.peek().line};
+  name.database.clear();
+  return name;
+}
+
+std::shared_ptr<const TableInfo> Interpreter::requireTable(const ObjectName& name) const {
+  auto table = catalogue_->table(name.schema, name.name);
+  if (table) return table;
+  const auto object = catalogue_->find(name.schema, name.name);
+  if (object && object->xtype == "V") throw NotUnderstood{"changing rows through a view", reader_.peek().line};
+  const std::string shown = name.schema.empty() ? name.name : name.schema + "." + name.name;
+  throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + shown + "'.", "42S02");
+}
+
+void Interpreter::declareStatement() {
+  reader_.next();
+  do {
+    declareVariable();
+  } while (reader_.acceptSymbol(","));
+  act();
+}
+
+void Interpreter::declareVariable() {
+  if (reader_.peek().kind != TokenKind::Variable) notUnderstood("cursors aren't kept");
+  const std::string name = lowerCase(reader_.next().raw);
+  reader_.acceptWord("AS");
+  if (reader_.peek().is("TABLE")) notUnderstood("table variables aren't kept");
+  if (reader_.peek().is("CURSOR")) notUnderstood("cursors aren't kept");
+  session_.variableTypes[name] = readType(reader_, catalogue_);
+  session_.variables[name] = Value();
+  if (!reader_.acceptSymbol("=")) return;
+  const std::string sql = translator().expression();
+  if (running()) assign(name, evaluate(sql));
+}
+
+void Interpreter::setStatement() {
+  reader_.next();
+  if (reader_.peek().kind != TokenKind::Variable) return setOption();
+  const std::string name(reader_.next().raw);
+  std::string operation;
+  const Token& sign = reader_.next();
+  if (sign.kind != TokenKind::Symbol || sign.raw.back() != '=') notUnderstood("'=' is expected");
+  operation = sign.raw.substr(0, sign.raw.size() - 1);
+  const std::size_t begin = reader_.position();
+  std::string sql = translator().expression();
+  if (!operation.empty()) {
+    const std::string text =
+        name + " " + operation + " (" + std::string(reader_.sourceBetween(begin, reader_.position())) + ")";
+    const auto tokens = lex(text);
+    TokenReader reader(text, tokens);
+    sql = Translator(context(), reader).expression();
+  }
+  if (act()) assign(name, evaluate(sql));
+}
+
+void Interpreter::setOption() {
+  if (reader_.acceptWord("IDENTITY_INSERT")) {
+    const ObjectName name = localName(readObjectName(reader_));
+    const bool on = reader_.acceptWord("ON");
+    if (!on) reader_.expectWord("OFF");
+    if (!act()) return;
+    const auto table = requireTable(name);
+    state_.identityInsert = on ? table->storage : "";
+    state_.plans.clear();
+    return;
+  }
+  if (reader_.acceptWord("TRANSACTION")) {  // ISOLATION LEVEL READ COMMITTED and so on
+    while (reader_.peek().kind == TokenKind::Word && !startsStatement(reader_.peek())) reader_.next();
+  } else {
+    if (reader_.acceptWord("STATISTICS")) reader_.peek();
+    do {
+      reader_.expectIdentifier();
+    } while (reader_.acceptSymbol(","));
+    reader_.acceptSymbol("=");
+    reader_.acceptSymbol("-");
+    reader_.next();  // ON, OFF or a value
+  }
+  act();
+}
+
+void Interpreter::selectStatement() {
+  const std::size_t begin = reader_.position();
+  Translator query = translator();
+  if (!query.atSelect()) notUnderstood("a query is expected");
+  std::vector<std::string> assigned;
+  const std::string sql = query.select(&assigned);
+  if (!act()) return;
+  if (!assigned.empty()) {
+    sqlite::Statement rows(*database_, sql);
+    bindVariables(rows, session_.variables);
+    std::vector<Value> last;
+    std::int64_t count = 0;
+    for (; rows.step(); ++count) {
+      last.clear();
+      for (std::size_t i = 0; i < assigned.size(); ++i) last.push_back(valueOf(rows, static_cast<int>(i)));
+    }
+    for (std::size_t i = 0; i < last.size(); ++i) assign(assigned[i], last[i]);
+    setGlobal("@@rowcount", count);
+  } else if (!listener_ && !result_.rows) {  // nobody reads the rows of a script's queries
+    result_.rows =
+        queryRows(session_.share(), sql, session_.variables, reader_.sourceBetween(begin, reader_.position()));
+  }
+}
+
+// PRINT expression.
+void Interpreter::expressionStatement() {
+  reader_.next();
+  translator().expression();
+  act();
+}
+
+// RAISERROR ('...', 16, 1) WITH NOWAIT, or the old RAISERROR 50001 'text'.
+void Interpreter::raiserrorStatement() {
+  reader_.next();
+  if (reader_.peek().isSymbol("(")) {
+    reader_.skipParentheses();
+    if (reader_.acceptWord("WITH")) {
+      do {
+        reader_.expectIdentifier();
+      } while (reader_.acceptSymbol(","));
+    }
+  } else {
+    reader_.next();
+    reader_.acceptSymbol(",");
+    reader_.next();
+  }
+  act();
+}
+
+}  // namespace qrel::tsql

@@ -1,0 +1,47 @@
+#include "platform/data/embedded/session.h"
+
+#include "platform/data/embedded/interpreter.h"
+#include "platform/error.h"
+
+namespace qrel::tsql {
+
+OpenDatabase::OpenDatabase(const std::filesystem::path& file, const ServerFacts& serverFacts, int serverMajor,
+                           sqlite::OpenMode mode)
+    : facts(serverFacts), database(file, mode), catalogue(database, serverMajor) {
+  registerFunctions(database, catalogue, facts);
+  createCatalogueViews(database, serverMajor);
+}
+
+Session::Session(std::shared_ptr<OpenDatabase> open)
+    : open_(std::move(open)), state_(std::make_unique<SessionState>()) {}
+Session::Session(Session&&) noexcept = default;
+Session& Session::operator=(Session&&) noexcept = default;
+Session::~Session() = default;
+
+CommandResult Session::run(std::string_view batch, BatchListener* listener, const std::vector<Value>* parameters) {
+  CommandResult result;
+  variables.clear();
+  variableTypes.clear();
+  variables["@@trancount"] = Value::ofInteger(state_->transactions);
+  if (parameters) {
+    for (std::size_t i = 0; i < parameters->size(); ++i) variables["@p" + std::to_string(i + 1)] = (*parameters)[i];
+  }
+  Interpreter(*this, *state_, listener, result).run(batch);
+  return result;
+}
+
+void Session::moveTo(std::shared_ptr<OpenDatabase> open) {
+  commitAll();
+  open_ = std::move(open);
+  state_ = std::make_unique<SessionState>();
+}
+
+void Session::commitAll() {
+  if (state_->transactions == 0) return;
+  state_->transactions = 0;
+  open_->database.execute("release q_transaction");
+}
+
+std::int64_t Session::rowsInserted() const { return state_->inserted; }
+
+}  // namespace qrel::tsql
