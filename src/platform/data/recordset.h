@@ -47,7 +47,7 @@ struct Parameter {
   int Type = adVarWChar;
   int Direction = adParamInput;
   long Size = 0;
-  qrel::Value Value;
+  qrel::Value Value{};
 };
 
 class Command {
