@@ -7,6 +7,7 @@
 #include "platform/data/embedded/session.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/embedded/types.h"
+#include "platform/error.h"
 
 namespace qrel::tsql {
 
