@@ -1,4 +1,5 @@
-// Text as the whole program sees it: UTF-8 in std::string, blanks are U+0020 only, case folding one letter to one letter.
+// Text as the whole program sees it: UTF-8 in std::string, blanks are U+0020 only, case folding one letter to one
+// letter.
 #pragma once
 
 #include <cstddef>

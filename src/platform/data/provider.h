@@ -39,8 +39,8 @@ class RowSource {
 // What a command asks for.
 struct CommandRequest {
   std::string text;
-  int timeoutSeconds = 30;               // 0 waits without end
-  std::vector<Value> parameters;         // in order of their creation, without the return value
+  int timeoutSeconds = 30;        // 0 waits without end
+  std::vector<Value> parameters;  // in order of their creation, without the return value
 };
 
 struct CommandResult {

@@ -16,7 +16,7 @@ enum class DataType : std::uint8_t {
   Date,     // text in the text form below (date, time, datetime, datetime2, datetimeoffset, smalldatetime)
   Guid,     // text in the text form below
   Text,
-  Binary,   // raw bytes
+  Binary,  // raw bytes
 };
 
 // One cell as it stands in a record set. `text` holds the bytes for Decimal, Date, Guid, Text and Binary and belongs to

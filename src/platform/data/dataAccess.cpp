@@ -1,0 +1,61 @@
+#include "platform/data/dataAccess.h"
+
+#include <string_view>
+
+#include "platform/data/connectionString.h"
+#include "platform/data/embedded/instances.h"
+#include "platform/data/embedded/provider.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel {
+namespace {
+
+constexpr std::string_view localDbPrefix = "(localdb)\\";
+constexpr const char* loginRefused = "08001";  // SQLSTATE of a connection that can't be had
+
+[[noreturn]] void refuse(std::string message) {
+  throw DataError(errorNumber::cannotConnect, std::move(message), loginRefused);
+}
+
+bool startsNoCase(std::string_view text, std::string_view prefix) {
+  return equalNoCase(text.substr(0, prefix.size()), prefix);
+}
+
+std::string missingServer(const std::string& name, const std::string& database) {
+  const std::string side = name + "/" + (database.empty() ? "DATABASE" : database);
+  return "SQL Server '" + name +
+         "' does not exist or access denied. There is no embedded server of that name: make one " +
+         "with \"qrel load " + side + " FILE\"; this build has no ODBC provider.";
+}
+
+}  // namespace
+
+DataAccess::DataAccess(EmbeddedServers& embedded)
+    : embedded_(embedded), embeddedProvider_(std::make_unique<EmbeddedProvider>(embedded)) {}
+
+DataAccess::~DataAccess() = default;
+
+std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
+  ConnectionString connectionString = ConnectionString::parse(text);
+  const std::string provider = connectionString.provider();
+  const bool native = startsNoCase(provider, "SQLNCLI11");
+  if (!native && !startsNoCase(provider, "SQLOLEDB")) {
+    refuse("Provider '" + provider + "' cannot be found. Use SQLOLEDB.1, or SQLNCLI11 for (localdb) servers.");
+  }
+  std::string server(trimBlanks(connectionString.server()));
+  if (startsNoCase(server, localDbPrefix)) {
+    if (!native) {
+      refuse("SQL Server '" + server +
+             "' does not exist or access denied. Provider SQLOLEDB.1 cannot reach (localdb) " +
+             "servers: mark the server as LocalDB.");
+    }
+    server.erase(0, localDbPrefix.size());
+  }
+  if (server.empty()) refuse("No server name was given: the connection string has no Data Source.");
+  if (!embedded_.exists(server)) refuse(missingServer(server, connectionString.database()));
+  connectionString.pairs.emplace_back("Data Source", server);
+  return embeddedProvider_->open(connectionString);
+}
+
+}  // namespace qrel
