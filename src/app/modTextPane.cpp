@@ -1,8 +1,45 @@
 #include "app/modTextPane.h"
 
+#include <algorithm>
+
+#include "app/Program.h"
+#include "app/settings.h"
 #include "platform/controls/textPane.h"
 
 namespace qrel {
+
+namespace {
+
+constexpr std::int32_t leastPageWidth = 20000;  // twips
+constexpr std::int32_t leastPageHeight = 15840;
+constexpr double paneFontSize = 8.25;  // points
+
+}  // namespace
+
+void InitializeTXTextControl(Program& program, TextPane& pane) {
+  std::int32_t stored[2] = {};  // width, height
+  std::int32_t raised[2] = {};
+  int line = 1;
+  try {
+    pane.setText({});
+    line = 2;
+    stored[0] = ReadNumber(program, "PageWidth");
+    stored[1] = ReadNumber(program, "PageHeight");
+    line = 3;
+    raised[0] = std::max(stored[0], leastPageWidth);
+    raised[1] = std::max(stored[1], leastPageHeight);
+    pane.pageWidth = raised[0];
+    pane.pageHeight = raised[1];
+    pane.fontSize = paneFontSize;
+  } catch (const std::exception& error) {
+    const ErrorInfo info = describeError(error);
+    program.host.messageBox(
+        "Error in Sub InitializeTXTextControl, error nr " + std::to_string(info.number) + " (" + info.description +
+        ").\r\nPageWidth = " + std::to_string(stored[0]) + ", PageHeight = " + std::to_string(stored[1]) +
+        ", new PageWidth = " + std::to_string(raised[0]) + ", new PageHeight = " + std::to_string(raised[1]) +
+        "\r\nLine num = " + std::to_string(line));
+  }
+}
 
 std::int32_t TXText_ConvTextToArray(const TextPane& pane, CompLineArray& arr, std::int32_t& lngError) {
   lngError = 0;
@@ -31,6 +68,13 @@ std::string TXText_ConvArrayToText(const CompLineArray& arr, std::int32_t lngCou
   std::string text;
   for (std::int32_t line = 1; line <= lngCount; ++line) (text += arr[line].strLine) += "\r\n";
   return text;
+}
+
+void TxText_CopyToClipboard(Program& program, const TextPane& pane) {
+  CompLineArray arr;
+  std::int32_t lngError = 0;
+  const std::int32_t lngCount = TXText_ConvTextToArray(pane, arr, lngError);
+  program.host.setClipboardText(TXText_ConvArrayToText(arr, lngCount, lngError));
 }
 
 }  // namespace qrel

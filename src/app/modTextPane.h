@@ -1,4 +1,4 @@
-// Between a text pane and its array of lines.
+// A text pane as the program uses it: set up, cut into lines, copied.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,12 @@
 
 namespace qrel {
 
+class Program;
 class TextPane;
+
+// Empties a pane and gives it the page of the settings PageWidth and PageHeight, at least 20000 by 15840 twips, so that
+// hardly a line wraps, and its font size. An error is shown in a box with the measures so far.
+void InitializeTXTextControl(Program& program, TextPane& pane);
 
 // Cuts the pane's text into lines and returns their count, 0 for an empty text. Each line ends one character before the
 // next one starts: with CR LF it keeps its CR, and the last line has none. lngError is 0, or -1 when the pane's line
@@ -18,5 +23,8 @@ std::int32_t TXText_ConvTextToArray(const TextPane& pane, CompLineArray& arr, st
 // The first lngCount lines, each followed by CR LF; empty for a count below 1. lngError is 0, or -1 with an empty
 // result when there are fewer lines.
 std::string TXText_ConvArrayToText(const CompLineArray& arr, std::int32_t lngCount, std::int32_t& lngError);
+
+// Puts the pane's text, by way of its lines, on the clipboard in place of what is there.
+void TxText_CopyToClipboard(Program& program, const TextPane& pane);
 
 }  // namespace qrel

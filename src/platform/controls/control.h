@@ -6,7 +6,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -71,6 +73,7 @@ class TextControl : public Control {
 class Label : public TextControl {
  public:
   using TextControl::TextControl;
+  std::optional<std::uint32_t> backColour;  // 0x00BBGGRR; none: the window's
 };
 
 class Button : public TextControl {
@@ -162,6 +165,9 @@ class CheckList : public Control {
   void setCell(std::size_t row, std::size_t column, std::string text);
   bool ticked(std::size_t row) const { return rows_.at(row).ticked; }
   void setTicked(std::size_t row, bool ticked);
+  // A person ticks or unticks a row; setTicked stays silent.
+  void personTicks(std::size_t row, bool ticked);
+  std::function<void(std::size_t row)> onTick;
 
   bool isSelected(std::size_t row) const { return rows_.at(row).selected; }
   std::size_t selectionCount() const;

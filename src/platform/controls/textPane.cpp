@@ -1,6 +1,7 @@
 #include "platform/controls/textPane.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qrel {
 
@@ -39,6 +40,11 @@ void TextPane::setSelection(std::size_t start, std::size_t length) {
 
 void TextPane::setBackground(std::size_t start, std::size_t length, std::uint32_t colour) {
   backgrounds_.push_back({start, length, colour});
+  changed();
+}
+
+void TextPane::setBackgrounds(std::vector<Range> backgrounds) {
+  backgrounds_ = std::move(backgrounds);
   changed();
 }
 

@@ -36,11 +36,15 @@ class TextPane : public Control {
 
   const std::vector<Range>& backgrounds() const { return backgrounds_; }
   void setBackground(std::size_t start, std::size_t length, std::uint32_t colour);
+  // These in place of all earlier ones, told to the observer once.
+  void setBackgrounds(std::vector<Range> backgrounds);
   void clearBackgrounds();
 
-  // Page measures in twips.
+  // Page measures in twips, font size in points.
   int pageWidth = 0;
   int pageHeight = 0;
+  double fontSize = 8.25;
+  bool readOnly = false;  // a person can select and copy, not type
 
  private:
   void findLines() const;
