@@ -9,8 +9,10 @@
 #include <random>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "platform/error.h"
+#include "platform/text.h"
 
 namespace qrel::files {
 namespace {
@@ -148,6 +150,18 @@ void writeAtomically(const fs::path& path, std::string_view bytes, Access access
 
 void removeFile(const fs::path& path) {
   if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail(errno, path);
+}
+
+void removeFilesEndingWith(const fs::path& folder, std::string_view ending) {
+  const std::string wanted = lowerCase(ending);
+  std::error_code ignored;
+  std::vector<fs::path> found;
+  fs::directory_iterator entry(folder, ignored);
+  for (const fs::directory_iterator end; entry != end; entry.increment(ignored)) {
+    const std::string name = lowerCase(entry->path().filename().string());
+    if (name.ends_with(wanted) && name.front() != '.' && !entry->is_directory(ignored)) found.push_back(entry->path());
+  }
+  for (const fs::path& path : found) fs::remove(path, ignored);
 }
 
 void makeFolder(const fs::path& path, Access access) {
