@@ -184,7 +184,7 @@ bool MenuRemoveServer(Program& program) {
   return changed;
 }
 
-bool ServerInfoSet(Program& program) {
+bool ServerInfoSet(Program& program, const std::function<void()>& addServer) {
   WriteDebugLog(program, "Begin ServerInfoSet");
   if (!CheckMdac(program)) return false;
   if (program.main.gtypSelServ[0].Name.empty()) {
@@ -192,7 +192,10 @@ bool ServerInfoSet(Program& program) {
         "There is no SQL server to connect to.\r\n\r\nPlease add server by filling in following form or by clicking menu "
         "item 'Tools' -> 'Add Server' and specifying info for the server.",
         Icon::Information, "No SQL Server");
-    MenuAddServer(program);
+    if (addServer)
+      addServer();
+    else
+      MenuAddServer(program);
     return false;
   }
   WriteDebugLog(program, "End ServerInfoSet");

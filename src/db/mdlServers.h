@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "app/Program.h"
@@ -41,7 +42,8 @@ std::string ReadServerValue(Program& program, std::int32_t lngRegIndex, const st
 bool MenuAddServer(Program& program);
 bool MenuRemoveServer(Program& program);
 
-// False when the data access layer is missing, or when there is no server: then the Add dialog has been shown.
-bool ServerInfoSet(Program& program);
+// False when the data access layer is missing, or when there is no server: then the Add dialog has been shown, whatever
+// came of it. `addServer` opens it in place of MenuAddServer, for a caller that follows a change of the list.
+bool ServerInfoSet(Program& program, const std::function<void()>& addServer = {});
 
 }  // namespace qrel

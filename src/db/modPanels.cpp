@@ -13,43 +13,56 @@ namespace qrel {
 void CheckSQLServerVersion(Program& program, tServer& server) {
   if (!server.Version.empty()) return;
   if (server.RegIndex > 0) server.Version = ReadServerValue(program, server.RegIndex, "Version");
-  if (!server.Version.empty()) return;
-  server.Version = GetServerVersion(program, server);
-  if (!server.Version.empty() && server.RegIndex > 0)
-    SaveServerValue(program, server.RegIndex, "Version", server.Version);
+  // What the registry holds is only a first answer: the server is asked all the same.
+  const std::string strVersion = GetServerVersion(program, server);
+  if (strVersion.empty()) return;
+  server.Version = strVersion;
+  if (server.RegIndex > 0) SaveServerValue(program, server.RegIndex, "Version", strVersion);
 }
 
-void CanConnectToDb(Program& program, const tServer& server, const std::string& strDb, int index, bool& result) {
+bool CanConnectToDb(Program& program, const tServer& server, const std::string& strDb, int Index) {
   const QuietScope quiet(program);
   RecordsetPtr rs;
-  const std::string strSql =
-      BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", index);
-  result = GetAdoRS(program, server, adCmdText, strSql, rs, strDb) != -1;
+  const std::string strSql = BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", Index);
+  return GetAdoRS(program, server, adCmdText, strSql, rs, strDb) != -1;
+}
+
+std::string SelectedDatabase(const Workspace& workspace, int Index) {
+  return Workspace::selectedText(workspace.pvlDb[static_cast<std::size_t>(Index)]);
+}
+
+void ReloadObjects(Program& program, Workspace& workspace, long type, const std::string& strDb, int Index,
+                   bool mblnActivated) {
+  const auto side = static_cast<std::size_t>(Index);
+  CheckList& list = workspace.pvlSqlObj[side];
+  list.tag = "OFF";
+  list.select(0);
+  list.tag.clear();
+  LoadObjects(program, program.main.gtypSelServ[side], list, workspace.txtTXProc[side], type, strDb, true, "", Index,
+              mblnActivated);
 }
 
 namespace {
 
-void fillDatabases(Program& program, const tServer& server, Recordset& rs, CheckList& listDb, int index) {
+void fillDatabases(Program& program, const tServer& server, Recordset& rs, CheckList& listDb, int Index) {
   listDb.tag = "OFF";
   listDb.setRedraw(false);
   listDb.clear();
   for (; !rs.Eof(); rs.MoveNext()) {
     const std::string strName = rs.Fields("name").Text();
-    bool blnKeep = true;
-    if (program.settings.FilterOfflineDbs) CanConnectToDb(program, server, strName, index, blnKeep);
-    if (!blnKeep) continue;
+    if (program.settings.FilterOfflineDbs && !CanConnectToDb(program, server, strName, Index)) continue;
     listDb.add(strName);
     WriteDebugLog(program, "   Added database " + strName);
   }
-  if (listDb.count() > 0) listDb.select(0);
+  listDb.select(0);
   listDb.tag.clear();
   listDb.setRedraw(true);
 }
 
-// Selects the database used last, by its exact name, and returns the working database.
-std::string chooseDatabase(Program& program, const tServer& server, CheckList& listDb, bool blnLoadMRUDb) {
+// Selects the database used last, by its exact name and without an event, and returns the working database.
+std::string chooseDatabase(Program& program, const tServer& server, CheckList& listDb, bool pblnLoadMRUDb) {
   std::string strDb = Workspace::selectedText(listDb);
-  if (!blnLoadMRUDb || !ReadFlag(program, "PreserveDbSel") || server.MRUDb.empty()) return strDb;
+  if (!pblnLoadMRUDb || !ReadFlag(program, "PreserveDbSel") || server.MRUDb.empty()) return strDb;
   for (std::size_t row = 0; row < listDb.count(); ++row) {
     if (listDb.cell(row, 0) != server.MRUDb) continue;
     listDb.tag = "OFF";
@@ -60,24 +73,11 @@ std::string chooseDatabase(Program& program, const tServer& server, CheckList& l
   return strDb;
 }
 
-void clearMuted(CheckList& list) {
-  list.tag = "OFF";
-  list.clear();
-  list.tag.clear();
-}
-
-void loadObjectsOfDb(Program& program, Workspace& workspace, const std::string& strDb, int index, bool blnUpdateText) {
-  const auto side = static_cast<std::size_t>(index);
-  clearMuted(workspace.pvlSqlObj[side]);
-  LoadObjects(program, program.main.gtypSelServ[side], workspace.pvlSqlObj[side], workspace.txtTXProc[side],
-              workspace.objectType(), strDb, blnUpdateText, "", index, false);
-}
-
 }  // namespace
 
-void LoadServer(Program& program, Workspace& workspace, bool blnLoadMRUDb, int index, bool blnUpdateText, bool& result) {
-  result = trap(program, "frmMain", "LoadServer", false, [&] {
-    const auto side = static_cast<std::size_t>(index);
+bool LoadServer(Program& program, Workspace& workspace, bool pblnLoadMRUDb, int Index, bool mblnActivated) {
+  return trap(program, "frmMain", "LoadServer", false, [&] {
+    const auto side = static_cast<std::size_t>(Index);
     tServer& server = program.main.gtypSelServ[side];
     WriteDebugLog(program, "Begin LoadServer, p_Serv.strName = " + server.Name);
     CheckSQLServerVersion(program, server);
@@ -86,43 +86,17 @@ void LoadServer(Program& program, Workspace& workspace, bool blnLoadMRUDb, int i
       WriteDebugLog(program, "End LoadServer");
       return false;
     }
-    CheckList& listDb = workspace.pvlDb[side];
-    fillDatabases(program, server, *rs, listDb, index);
+    fillDatabases(program, server, *rs, workspace.pvlDb[side], Index);
     rs->Close();
-    const std::string strDb = chooseDatabase(program, server, listDb, blnLoadMRUDb);
+    program.host.doEvents();
+    const std::string strDb = chooseDatabase(program, server, workspace.pvlDb[side], pblnLoadMRUDb);
     LoadOwners(program, server, strDb, workspace.cmbType, workspace.cmbOwners[side]);
-    loadObjectsOfDb(program, workspace, strDb, index, blnUpdateText);
+    program.host.doEvents();
+    ReloadObjects(program, workspace, workspace.objectType(), strDb, Index, mblnActivated);
+    program.host.doEvents();
     WriteDebugLog(program, "End LoadServer");
     return true;
   });
-}
-
-void SelectServer(Program& program, Workspace& workspace, int index, bool blnUpdateText) {
-  const auto side = static_cast<std::size_t>(index);
-  if (workspace.cmbServer[side].muted()) return;
-  tServer chosen;
-  chosen.Name = workspace.cmbServer[side].text();
-  GetServerData(program, chosen);
-  copyServerRecord(chosen, program.main.gtypSelServ[side]);
-  ClearFilters(program, index);
-  bool result = false;
-  LoadServer(program, workspace, true, index, blnUpdateText, result);
-}
-
-void SelectDatabase(Program& program, Workspace& workspace, int index, bool blnUpdateText) {
-  const auto side = static_cast<std::size_t>(index);
-  if (workspace.pvlDb[side].muted()) return;
-  tServer& server = program.main.gtypSelServ[side];
-  const std::string strDb = Workspace::selectedText(workspace.pvlDb[side]);
-  ClearFilters(program, index);
-  loadObjectsOfDb(program, workspace, strDb, index, blnUpdateText);
-  LoadOwners(program, server, strDb, workspace.cmbType, workspace.cmbOwners[side]);
-  if (server.RegIndex <= 0) return;
-  server.MRUDb = strDb;
-  auto& servers = program.servers.gtypServers;
-  if (static_cast<std::size_t>(server.RegIndex) <= servers.size())
-    servers[static_cast<std::size_t>(server.RegIndex - 1)].MRUDb = strDb;
-  SaveServerValue(program, server.RegIndex, "MRUDb", strDb);
 }
 
 }  // namespace qrel

@@ -1,4 +1,4 @@
-// A panel of the main window and its server: what choosing a server or a database loads.
+// A panel of the main window and its server: what the panel loads from it.
 #pragma once
 
 #include <string>
@@ -8,19 +8,22 @@
 
 namespace qrel {
 
-// Loads side `index` (0 Source, 1 Target) from its server: version, databases, owners, objects of the chosen type.
-// `result` is true if the catalogue could be read; otherwise the panel stays as it was. blnUpdateText: the text pane
-// follows too.
-void LoadServer(Program& program, Workspace& workspace, bool blnLoadMRUDb, int index, bool blnUpdateText, bool& result);
+// Fills side `Index` (0 Source, 1 Target) from its current server: version, databases, owners, and the objects of the
+// active type with the text of the first one. With pblnLoadMRUDb the database used last is selected, if it is still
+// there. Events run between the stages. False when the catalogue can't be read, after the query layer's report: the
+// panel stays as it was. mblnActivated: the main window is on screen.
+bool LoadServer(Program& program, Workspace& workspace, bool pblnLoadMRUDb, int Index, bool mblnActivated);
 
-// A person chose a row of cmbServer(index); nothing happens while it is muted.
-void SelectServer(Program& program, Workspace& workspace, int index, bool blnUpdateText);
-// A person chose a row of pvlDb(index).
-void SelectDatabase(Program& program, Workspace& workspace, int index, bool blnUpdateText);
+// The database that is selected on a side, empty without one.
+std::string SelectedDatabase(const Workspace& workspace, int Index);
+// Reloads a side's object list and the text of its first object; the list's own event stays silent.
+void ReloadObjects(Program& program, Workspace& workspace, long type, const std::string& strDb, int Index,
+                   bool mblnActivated);
 
-// The record's version, else the registry's, else the server's (then kept in the registry). Unknown stays empty.
+// Completes a record without a version: from the registry, then from the server, whose answer is kept in both. Unknown
+// stays empty.
 void CheckSQLServerVersion(Program& program, tServer& server);
-// Whether the object list of a database can be read. Silent.
-void CanConnectToDb(Program& program, const tServer& server, const std::string& strDb, int index, bool& result);
+// Whether the object list of a database can be read, whatever is in it. Silent.
+bool CanConnectToDb(Program& program, const tServer& server, const std::string& strDb, int Index);
 
 }  // namespace qrel

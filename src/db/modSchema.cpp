@@ -199,9 +199,6 @@ bool SchemaPrefixNeeded(Program& program, tServer& server, const std::string& st
   return true;
 }
 
-namespace {
-
-// 'a','b' from a,b: a text that begins with a quote is taken to be a list already.
 std::string WrapStringIntoQuotes(const std::string& strText) {
   std::string text(trimBlanks(strText));
   if (text.empty() || text.front() != '\'') text = replaceAll(text, ",", "','");
@@ -210,7 +207,17 @@ std::string WrapStringIntoQuotes(const std::string& strText) {
   return text;
 }
 
-}  // namespace
+std::string BuildSchemaFilteringString(Program& program) {
+  const auto& state = program.state<modSchemaState>();
+  std::string text;
+  for (std::size_t side = 0; side < 2; ++side) {
+    if (!state.gblnSchemaFilter[side]) continue;
+    if (!text.empty()) text += "\r\n";
+    text += side == 0 ? "Source" : "Target";
+    text += " - applied filtering by Schema: " + state.gstrSchemaFilter[side];
+  }
+  return text;
+}
 
 bool GetSchemaFilter(Program& program, long type, int side, std::string& strJoin, std::string& strWhere) {
   strJoin.clear();

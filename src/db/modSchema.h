@@ -49,6 +49,12 @@ bool Is_OBJECT_SCHEMA_NAME_Implemented(const std::string& strVersion, long lngVe
 bool SchemaPrefixNeeded(Program& program, tServer& server, const std::string& strTable, std::string& strOut,
                         const std::string& strDb, std::int32_t lngErrNumber);
 
+// 'a','b' from a,b: a text that begins with a quote is taken to be a list already. Quotes inside aren't escaped.
+std::string WrapStringIntoQuotes(const std::string& strText);
+
+// A report's lines on the schema filters of both sides; empty when neither is active.
+std::string BuildSchemaFilteringString(Program& program);
+
 // The join and the condition that narrow an object list to the side's chosen schemas. False: no filter applies.
 bool GetSchemaFilter(Program& program, long type, int side, std::string& strJoin, std::string& strWhere);
 

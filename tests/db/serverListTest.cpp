@@ -1,5 +1,6 @@
 // The server list and its two windows.
 #include "app/modRegistry.h"
+#include "app/settings.h"
 #include "db/frmAddServer.h"
 #include "db/frmDeleteServer.h"
 #include "db/mdlServers.h"
@@ -126,39 +127,70 @@ TEST(RemoveServer, AsksFirst) {
   EXPECT_EQ(names(test.program), "1A 2CL ");
 }
 
-TEST(Panels, LoadTheServerAndRememberTheDatabase) {
+TEST(Panels, LoadAServerWithTheDatabaseUsedLast) {
   TestProgram test;
   test.load("One", "Shop", "CREATE TABLE T (a int)\nGO\nCREATE TABLE S (a int)");
-  test.load("One", "Bar", "CREATE TABLE Only (a int)");
+  test.load("One", "Bar", "CREATE TABLE Other (a int)");
   tServer server;
   server.Name = "One";
-  server.MRUDb = "Shop";
   AppendServer(test.program, server);
   LoadServers(test.program);
   InitSelectedServers(test.program);
+  tServer& selected = test.program.main.gtypSelServ[1];
   Workspace workspace;
   FillObjectTypes(test.program, workspace.cmbType);
-  EXPECT_EQ(workspace.cmbType.count(), 6U);
-  FillServerCombo(test.program, workspace.cmbServer[0], 0);
-  SelectServer(test.program, workspace, 0, false);
-  EXPECT_EQ(workspace.pvlDb[0].count(), 3U) << "master, Bar, Shop";
-  EXPECT_EQ(Workspace::selectedText(workspace.pvlDb[0]), "Shop");
-  EXPECT_EQ(workspace.pvlSqlObj[0].cell(0, 0), "S");
-  EXPECT_EQ(workspace.pvlSqlObj[0].count(), 2U);
-  EXPECT_EQ(ReadServerValue(test.program, 1, "Version"), defaultProductVersion) << "the answer is kept";
+  const auto load = [&](const char* strMRUDb, bool pblnLoadMRUDb) {
+    selected.MRUDb = strMRUDb;
+    EXPECT_TRUE(LoadServer(test.program, workspace, pblnLoadMRUDb, 1, false));
+    return SelectedDatabase(workspace, 1) + ": " + workspace.pvlSqlObj[1].cell(0, 0);
+  };
+  EXPECT_EQ(load("Shop", true), "Shop: S");
+  EXPECT_NE(workspace.txtTXProc[1].text(), "") << "the first object's text is shown";
+  EXPECT_EQ(workspace.pvlDb[1].count(), 3U) << "Bar, master, Shop";
+  EXPECT_EQ(load("Shop", false), "Bar: Other");
+  EXPECT_EQ(load("shop", true), "Bar: Other") << "by its exact name";
+  SaveSetting(test.program, *findSetting("PreserveDbSel"), 0);
+  EXPECT_EQ(load("Shop", true), "Bar: Other");
 
-  workspace.pvlDb[0].onClick = [&] { SelectDatabase(test.program, workspace, 0, false); };
-  workspace.pvlDb[0].personSelects({0});
-  EXPECT_EQ(workspace.pvlSqlObj[0].cell(0, 0), "Only");
-  EXPECT_EQ(ReadServerValue(test.program, 1, "MRUDb"), "Bar");
-  EXPECT_EQ(test.program.servers.gtypServers[0].MRUDb, "Bar");
-
-  // A broken database is left out of the list when it is asked for.
-  std::ofstream(test.servers.databaseFile("One", "Shop"), std::ios::binary) << std::string(5000, 'x');
+  // A database that can't be opened is left out when that is asked for, without a message.
+  std::ofstream(test.servers.databaseFile("One", "Bar"), std::ios::binary) << std::string(5000, 'x');
   test.program.settings.FilterOfflineDbs = true;
-  SelectServer(test.program, workspace, 0, false);
-  EXPECT_EQ(workspace.pvlDb[0].find("Shop"), -1);
-  EXPECT_TRUE(test.host.boxes.empty());
+  load("", false);
+  EXPECT_EQ(workspace.pvlDb[1].find("Bar"), -1);
+  EXPECT_TRUE(test.host.boxes.empty() && !test.program.mdlData.gblnNoConnErrMsg);
+}
+
+TEST(Panels, StayAsTheyWereWhenTheServerIsGone) {
+  TestProgram test;
+  Workspace workspace;
+  FillObjectTypes(test.program, workspace.cmbType);
+  workspace.pvlDb[0].add("Old");
+  test.program.main.gtypSelServ[0].Name = "Nowhere";
+  test.program.main.gtypSelServ[0].Version = "9.00.3042.00";
+  test.host.windows.push_back([](Form& form) { EXPECT_EQ(form.name, "frmErrorReport"); });
+  EXPECT_FALSE(LoadServer(test.program, workspace, true, 0, false));
+  EXPECT_EQ(workspace.pvlDb[0].cell(0, 0), "Old");
+}
+
+TEST(Panels, AskTheServerForItsVersionAlthoughTheRegistryKnowsOne) {
+  TestProgram test;
+  test.servers.create("One", "10.50.1600.1");
+  tServer server;
+  server.Name = "One";
+  server.Version = "9.00.3042.00";
+  AppendServer(test.program, server);
+  server.RegIndex = 1;
+  CheckSQLServerVersion(test.program, server);
+  EXPECT_EQ(server.Version, "9.00.3042.00") << "a record with a version is complete";
+  server.Version.clear();
+  CheckSQLServerVersion(test.program, server);
+  EXPECT_EQ(server.Version, "10.50.1600.1");
+  EXPECT_EQ(ReadServerValue(test.program, 1, "Version"), "10.50.1600.1");
+  server.Name = "Nowhere";
+  server.Version.clear();
+  test.program.mdlData.gblnNoConnErrMsg = true;
+  CheckSQLServerVersion(test.program, server);
+  EXPECT_EQ(server.Version, "10.50.1600.1") << "without an answer the registry's stands";
 }
 
 TEST(ServerInfoSet, OffersToAddAServerWhenThereIsNone) {

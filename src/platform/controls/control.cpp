@@ -136,6 +136,12 @@ void CheckList::setTicked(std::size_t row, bool ticked) {
   rowsChanged();
 }
 
+void CheckList::personTicks(std::size_t row, bool ticked) {
+  if (!enabled()) return;
+  setTicked(row, ticked);
+  if (!muted() && onTick) onTick(row);
+}
+
 std::size_t CheckList::selectionCount() const {
   std::size_t count = 0;
   for (const Row& row : rows_) count += row.selected ? 1 : 0;
