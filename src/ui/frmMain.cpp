@@ -1,0 +1,170 @@
+#include "ui/frmMain.h"
+
+#include <utility>
+
+#include "app/mdlMain.h"
+#include "app/modTextPane.h"
+#include "app/settings.h"
+#include "app/trap.h"
+#include "db/mdlObjects.h"
+#include "db/mdlServers.h"
+#include "db/modSchema.h"
+
+namespace qrel {
+
+namespace {
+
+template <class Step, class... Args>
+void run(const Step& step, Args... args) {
+  if (step) step(args...);
+}
+
+std::array<Button, 2> buttonPair(const char* name) {
+  const std::string text(name);
+  return {Button(text + "(0)"), Button(text + "(1)")};
+}
+
+std::array<OptionButton, 7> typeButtons() {
+  return {OptionButton("optType(0)"), OptionButton("optType(1)"), OptionButton("optType(2)"),
+          OptionButton("optType(3)"), OptionButton("optType(4)"), OptionButton("optType(5)"),
+          OptionButton("optType(6)")};
+}
+
+}  // namespace
+
+void ImageButton::setImage(int image) {
+  image_ = image;
+  changed();
+}
+
+frmMain::frmMain(Program& program, MainWindowSteps steps)
+    : Form("frmMain"),
+      optType(typeButtons()),
+      srtFiltering(buttonPair("srtFiltering")),
+      cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
+      cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
+      cmdNonExistent(buttonPair("cmdNonExistent")),
+      program_(program),
+      steps_(std::move(steps)) {
+  registerControls();
+  setUpControls();
+  wireEvents();
+}
+
+void frmMain::registerControls() {
+  add(workspace.cmbType);
+  for (OptionButton& button : optType) add(button);
+  add(cmdConnect);
+  add(cmdCompare);
+  add(lblSource);
+  add(lblTarget);
+  const auto addPair = [this](auto& pair) {
+    for (auto& control : pair) add(control);
+  };
+  addPair(workspace.cmbServer);
+  addPair(workspace.pvlDb);
+  addPair(workspace.cmbOwners);
+  addPair(workspace.pvlSqlObj);
+  addPair(workspace.txtTXProc);
+  addPair(srtFiltering);
+  addPair(cmdFilterBySchema);
+  addPair(cmdFilterByOwner);
+  addPair(cmdNonExistent);
+  add(lblStatus);
+}
+
+void frmMain::setUpControls() {
+  caption = programName;
+  constexpr std::array<const char*, 7> types = {"Tables",   "Procedures",    "Functions",  "Views",
+                                                "Triggers", "Relationships", "Constraints"};
+  std::vector<OptionButton*> group;
+  for (std::size_t i = 0; i < optType.size(); ++i) {
+    optType[i].setText(types[i]);
+    group.push_back(&optType[i]);
+  }
+  OptionButton::group(group);
+  workspace.cmbType.setToolTip("Select object type (F6)");
+  cmdConnect.setToolTip("Connect to the server (F5)");
+  cmdCompare.setToolTip("Compare selected tables (F7)");
+  lblSource.setText("Source");
+  lblTarget.setText("Target");
+  for (std::size_t side = 0; side < 2; ++side) {
+    srtFiltering[side].setVisible(false);
+    cmdFilterByOwner[side].setVisible(false);
+    cmdNonExistent[side].setVisible(false);
+    workspace.pvlSqlObj[side].columnWidths = {1, 0, 0};  // the date and the id aren't shown
+  }
+}
+
+void frmMain::wireEvents() {
+  workspace.cmbType.onClick = [this] { cmbType_Click(); };
+  cmdConnect.onClick = [this] { cmdConnect_Click(); };
+  for (int i = 0; i < static_cast<int>(optType.size()); ++i)
+    optType[static_cast<std::size_t>(i)].onClick = [this, i] { optType_Click(i); };
+  for (int Index = 0; Index < 2; ++Index) {
+    const auto side = static_cast<std::size_t>(Index);
+    // Clearing a combo's choice is no choice.
+    workspace.cmbServer[side].onClick = [this, side, Index] {
+      if (workspace.cmbServer[side].selected() >= 0) cmbServer_Click(Index);
+    };
+    workspace.cmbOwners[side].onClick = [this, side, Index] {
+      if (workspace.cmbOwners[side].selected() >= 0) cmbOwners_Click(Index);
+    };
+    workspace.pvlDb[side].onClick = [this, Index] { pvlDb_Click(Index); };
+    workspace.pvlSqlObj[side].onClick = [this, side, Index] {
+      pvlSqlObj_SelectChange(Index, workspace.pvlSqlObj[side].firstSelected());
+    };
+    srtFiltering[side].onClick = [this, Index] { srtFiltering_Click(Index); };
+    cmdFilterBySchema[side].onClick = [this, Index] { cmdFilterBySchema_Click(Index); };
+    cmdFilterByOwner[side].onClick = [this, Index] { cmdFilterByOwner_Click(Index); };
+  }
+}
+
+void frmMain::fillControls() {
+  for (TextPane& pane : workspace.txtTXProc) InitializeTXTextControl(program_, pane);
+  InitSelectedServers(program_);
+  FillObjectTypes(program_, workspace.cmbType);
+  refillServers();
+  cmdConnect.setImage(imageIdle);
+  helpFile = program_.main.gstrAppPath + "qrel.chm";
+}
+
+void frmMain::load() {
+  trap(program_, "frmMain", "Form_Load", [&] {
+    program_.host.setPointer(Pointer::Hourglass);
+    const Screen screen = program_.host.screen();
+    if (screen.width == 640 && screen.height == 480) run(steps_.ApplySmallScreenLayout);
+    fillControls();
+    if (ReadFlag(program_, "AutoConnect")) {
+      if (!CheckMdac(program_)) return;
+      InitializeDisplay(true);
+    }
+    for (ComboBox& combo : workspace.cmbOwners) combo.setVisible(program_.settings.ShowOwners);
+    run(steps_.CreateStatusBar);
+    run(steps_.InitializeMenus);
+    run(steps_.InitializeToolbar);
+    for (int Index = 0; Index < 2; ++Index) ClearFilters(program_, Index);
+    Filtering_UpdateDisplay(filterOwner);
+    Filtering_UpdateDisplay(filterSchema);
+  });
+}
+
+void frmMain::activate() {
+  if (mblnActivated) return;
+  trap(program_, "frmMain", "Form_Activate", [&] {
+    mblnActivated = true;
+    program_.host.setPointer(Pointer::Default);
+    if (ReadNumber(program_, "ShowTipOfDay") == 1) run(steps_.ShowTip);
+    run(steps_.SetSplitterHeight);
+    if (!ServerInfoSet()) return;
+    const std::int32_t lngId = program_.main.glngRunSavedCompId;
+    if (lngId > 0 && CheckMdac(program_)) run(steps_.RunSavedProcess, lngId);
+  });
+}
+
+void frmMain::unload() {
+  run(steps_.DestroyStatusBar);
+  run(steps_.CloseOtherWindows);
+}
+
+}  // namespace qrel

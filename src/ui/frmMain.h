@@ -1,0 +1,151 @@
+// The main window: two panels with a server, a database, an object list and a text pane each, and one object type for
+// both. Side 0 is Source, side 1 is Target everywhere; what a command reads of the panels is in `workspace`.
+//
+// Nothing is disabled by the state of the panels: each action checks its preconditions when it runs. Two guards keep
+// events out while the window itself acts: a control's tag "OFF" (its own event is ignored) and workspace.mblnBusy.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "app/Program.h"
+#include "app/Workspace.h"
+#include "platform/controls/form.h"
+
+namespace qrel {
+
+// What the main window asks of the parts around it. A step that isn't set does nothing.
+struct MainWindowSteps {
+  std::function<void()> ApplySmallScreenLayout;  // on a screen of 640 by 480 pixels
+  std::function<void()> CreateStatusBar;
+  std::function<void()> InitializeMenus;
+  std::function<void()> InitializeToolbar;
+  std::function<void()> ShowTip;  // the tip of the day, modal
+  std::function<void()> SetSplitterHeight;
+  std::function<void(std::int32_t lngId)> RunSavedProcess;
+  std::function<void()> DestroyStatusBar;
+  std::function<void()> CloseOtherWindows;
+};
+
+// A button with a picture, by its number in the image list of the command bars.
+class ImageButton : public Button {
+ public:
+  using Button::Button;
+  int image() const { return image_; }
+  void setImage(int image);
+
+ private:
+  int image_ = 0;
+};
+
+enum ConnectImage : int { imageConnected = 3, imageConnecting = 4, imageIdle = 5 };
+enum FilterType : long { filterSchema = 1, filterOwner = 2 };
+
+// What a check has found selected; empty or 0 as far as it didn't get.
+struct CheckedObject {
+  std::string strDb;
+  long enmType = 0;
+  std::string strTable;  // without its schema
+  long lngId = 0;
+  std::string strExtended;  // as the program's own SQL names it
+};
+
+class frmMain : public Form {
+ public:
+  explicit frmMain(Program& program, MainWindowSteps steps = {});
+
+  Workspace workspace;
+  std::array<OptionButton, 7> optType;  // a second way to choose the type
+  ImageButton cmdConnect{"cmdConnect"};
+  Button cmdCompare{"cmdCompare"};
+  std::array<Button, 2> srtFiltering;  // visible while its panel is filtered; a click removes the filters
+  std::array<Button, 2> cmdFilterBySchema;
+  std::array<Button, 2> cmdFilterByOwner;  // never visible
+  std::array<Button, 2> cmdNonExistent;    // never visible
+  Label lblSource{"lblSource"};
+  Label lblTarget{"lblTarget"};
+  Label lblStatus{"lblStatus"};  // the status bar's pane
+
+  bool mblnActivated = false;  // the first activation has been handled
+  long mlngPopupPanel = 0;     // the context menu's panel; -1 once one has closed
+  std::string helpFile;
+
+  // The window's life.
+  void load() override;
+  void activate() override;
+  void unload() override;
+
+  // Connecting and choosing (mainSelection.cpp).
+  void cmdConnect_Click();
+  // Clears and reloads both panels; without a server the dialog that adds one comes up instead. With pblnLoadMRUDb each
+  // panel returns to the database it used last.
+  void InitializeDisplay(bool pblnLoadMRUDb);
+  // False when nothing can be connected to: see mdlServers.h. A server added in the dialog is shown at once.
+  bool ServerInfoSet();
+  // The commands that change the server list; after a change both panels go back to its first server.
+  void MenuAddServer();
+  void MenuRemoveServer();
+  void cmbServer_Click(int Index);
+  void pvlDb_Click(int Index);
+  void cmbOwners_Click(int Index);
+  void cmbType_Click();
+  void optType_Click(int Index);
+  // Reloads the object lists of the panels in the bit set `panels` (1 Source, 2 Target). The type comes from cmbType
+  // (enmSource 10) or is that of optType(lngOptIndex) (enmSource 20). Nothing happens while the window is busy.
+  void ObjectTypeChanged(long enmSource, long lngOptIndex, int panels);
+  // A row of pvlSqlObj(Index) was chosen: its text is shown, and a Source object's namesake is selected in Target if
+  // AutoSelTargetObj is set.
+  void pvlSqlObj_SelectChange(int Index, int row);
+  // A key or mouse event over a row; with Shift, Ctrl and Alt held (7) it tells what the list knows of the first
+  // selected one.
+  void pvlSqlObj_RowEvent(int Index, int shift);
+  // The refresh commands: dead once a context menu has closed.
+  void RefreshSourceTarget(int Index);
+  // Reloads a panel's object list and returns to the object that was selected, if it is still there. Ends a busy state.
+  void RefreshDisplayForPanel(int Index);
+
+  // The checks (mainChecks.cpp). Each shows why not, and returns False.
+  bool CanSearchForObject(int Index, CheckedObject& found);
+  // enmAction 0: view, 1: analyze.
+  bool CanViewAnalyzeData(long enmAction, int Index, CheckedObject& found);
+  bool CanFilter(int Index, long penmFilterType, CheckedObject& found);
+  // Procedures, functions or views must be the active type: for the script and reference commands.
+  bool CanUseModules();
+  // What is selected on a side: names are empty and the id is 0 for anything else than 0 and 1, and without a
+  // selection.
+  void GetNamesOfSelServerDbAndObject(int Index, std::string& strServer, std::string& strDb, std::string& strObject,
+                                      long& lngObjId) const;
+
+  // The filters (mainFilters.cpp).
+  void cmdFilterBySchema_Click(int Index);
+  void cmdFilterByOwner_Click(int Index);
+  void srtFiltering_Click(int Index);
+  // Shows which panels are filtered. penmFilterType selects the words of the tips: 1 schema, 2 owner.
+  void Filtering_UpdateDisplay(long penmFilterType);
+
+ private:
+  void registerControls();
+  void wireEvents();
+  void setUpControls();
+  void fillControls();
+  void clearPanel(std::size_t side);
+  void refillServers();
+  void clearPanelFilters(int Index);
+  void showObjectTypeTips(long type);
+  void keepObjectsOfOwner(int Index, const std::string& strOwner);
+  void followSelection();
+  bool selectionIsEmpty(int Index) const;
+  bool refuseType(const std::string& strText, const std::string& strTitle);
+  void filterCommand(int Index, long penmFilterType);
+
+  Program& program_;
+  MainWindowSteps steps_;
+  bool filtering_ = false;  // a filter command is running
+};
+
+// Selects the row with exactly that text and raises the list's event. False, and no change, without such a row.
+bool SelectRowByText(CheckList& list, const std::string& strText);
+
+}  // namespace qrel
