@@ -111,6 +111,9 @@ Database::Database(const std::filesystem::path& file, OpenMode mode) : file_(fil
   int code = sqlite3_open_v2(file.string().c_str(), &handle_, flags, nullptr);
   if (code == SQLITE_OK) {
     sqlite3_busy_timeout(handle_, busyMilliseconds);
+    // "x" that names no column is an error, never a text.
+    sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+    sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
     sqlite3_progress_handler(handle_, stepsBetweenClockLooks, &Database::progress, this);
     // The file is read at first use only: look at it now, so that a damaged one is told at opening.
     code = sqlite3_exec(handle_, "PRAGMA temp_store = MEMORY; PRAGMA schema_version", nullptr, nullptr, nullptr);

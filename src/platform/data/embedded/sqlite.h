@@ -68,6 +68,8 @@ class Database {
   // Gives what runs from now on this many seconds (0: without end); past them it raises a time-out. Takes back an
   // earlier interrupt.
   void startClock(int seconds);
+  // From now on without end again; an interrupt stays in force.
+  void stopClock() { deadline_ = std::chrono::steady_clock::time_point::max(); }
   // Ends what runs on this handle, now or at its next step, with "Operation canceled". May be called from another
   // thread or a signal handler.
   void interrupt() { interrupted_.store(true, std::memory_order_relaxed); }

@@ -1,0 +1,28 @@
+// The embedded server as a provider of the data access layer.
+#pragma once
+
+#include <memory>
+
+#include "platform/data/connectionString.h"
+#include "platform/data/embedded/instances.h"
+#include "platform/data/provider.h"
+
+namespace qrel {
+
+// Opens databases of embedded instances: the server is the instance's name, with or without "(localdb)\" in front, the
+// database a name of the instance's or empty for master. What can't be opened raises DataError 0x80004005 with a
+// sentence that says what to do. Open files are kept for the next connection as long as they stay the same file.
+class EmbeddedProvider : public Provider {
+ public:
+  explicit EmbeddedProvider(EmbeddedServers& servers);
+  ~EmbeddedProvider() override;
+  std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override;
+
+ private:
+  class Pool;
+
+  EmbeddedServers& servers_;
+  std::shared_ptr<Pool> pool_;
+};
+
+}  // namespace qrel
