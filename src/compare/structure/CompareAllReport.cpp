@@ -1,0 +1,145 @@
+#include "compare/structure/CompareAllReport.h"
+
+#include "compare/structure/modDetails.h"
+
+namespace qrel {
+
+namespace {
+
+constexpr const char* crLf = "\r\n";
+
+void appendNameLine(std::string& text, const std::string& strName) { ((text += '\t') += strName) += crLf; }
+
+std::string withoutLastLineEnd(std::string text) {
+  text.resize(text.size() - 2);
+  return text;
+}
+
+}  // namespace
+
+void CompareAllReport::begin(const std::array<std::string, 2>& arrNames, const std::string& strFiltering) {
+  strReport = "Comparison of databases\r\n\r\n";
+  strReport += "Source database " + arrNames[0] + crLf;
+  strReport += "Target database " + arrNames[1] + crLf;
+  if (!strFiltering.empty()) strReport += strFiltering + crLf;
+}
+
+void CompareAllReport::beginType(long lngType, const CompareAllInput& input) {
+  blnTables = lngType == objTables;
+  blnSelective = input.blnSelective;
+  type = GetObjectTypeName(lngType, false);
+  for (std::string* block : {&strSourceOnly, &strTargetOnly, &strIdentical, &strDetails}) block->clear();
+  lngIdenticalCount = lngDifferentCount = lngSourceOnlyCount = lngTargetOnlyCount = 0;
+  blnFindings = false;
+  if (!blnSelective) {
+    strReport += "\r\n\r\nComparison of " + type + crLf;
+    return;
+  }
+  strReport += "\r\n\r\nSelective comparison of " + type + "\r\n\r\n";
+  strReport += std::to_string(input.selection.lngSelectedSource) + " objects selected in Source database\r\n";
+  strReport += std::to_string(input.selection.lngSelectedTarget) + " objects selected in Target database\r\n\r\n";
+}
+
+std::string CompareAllReport::countLine(std::size_t count, const std::string& strSide) const {
+  const std::string where = " in " + strSide + " database.";
+  if (count == 0) return "There are no " + type + where;
+  if (count == 1) return "There is 1 " + singular() + where;
+  return "There are " + std::to_string(count) + " " + type + where;
+}
+
+void CompareAllReport::addCounts(std::size_t sourceCount, std::size_t targetCount) {
+  strReport += countLine(sourceCount, "Source") + crLf + countLine(targetCount, "Target") + crLf;
+}
+
+void CompareAllReport::addIdentical(const std::string& strName) {
+  appendNameLine(strIdentical, strName);
+  ++lngIdenticalCount;
+}
+
+void CompareAllReport::addDifferent(const std::string& strName) {
+  if (lngDifferentCount == 0) strReport += "List of " + type + " which differ:\r\n";
+  appendNameLine(strReport, strName);
+  ++lngDifferentCount;
+  blnFindings = true;
+}
+
+void CompareAllReport::addDetails(const Program& program, const std::string& strName, const std::string& strSource,
+                                  const std::string& strTarget) {
+  AddDifferencesToDetails(program, strDetails, type, strName, lngDifferentCount, strSource, strTarget);
+}
+
+void CompareAllReport::addSourceOnly(const std::string& strName) {
+  if (lngSourceOnlyCount == 0) {
+    strSourceOnly = "List of " + type + " which exist in Source database but not in Target database:\r\n";
+  }
+  appendNameLine(strSourceOnly, strName);
+  ++lngSourceOnlyCount;
+}
+
+void CompareAllReport::addTargetOnly(const std::string& strName) {
+  if (lngTargetOnlyCount == 0) {
+    strTargetOnly = "List of " + type + " which exist in Target database but not in Source database:\r\n";
+  }
+  appendNameLine(strTargetOnly, strName);
+  ++lngTargetOnlyCount;
+  blnFindings = true;
+}
+
+void CompareAllReport::appendFound(long lngCount) {
+  strReport += "\t(" + std::to_string(lngCount) + " " + (lngCount == 1 ? singular() : type) + ")\r\n";
+}
+
+void CompareAllReport::endSourcePass() {
+  if (lngDifferentCount > 0) appendFound(lngDifferentCount);
+  if (lngSourceOnlyCount == 0) return;
+  strReport += strSourceOnly;
+  appendFound(lngSourceOnlyCount);
+}
+
+void CompareAllReport::endTargetPass() {
+  if (lngTargetOnlyCount == 0) return;
+  strReport += strTargetOnly;
+  appendFound(lngTargetOnlyCount);
+}
+
+void CompareAllReport::appendIdenticalSummary() {
+  if (lngIdenticalCount == 0) {
+    strReport += blnTables ? "There are no tables which have identical structure in both databases."
+                           : "There are no " + type + " which are identical in both databases.";
+  } else if (lngIdenticalCount == 1) {
+    strReport += "One " + singular();
+    strReport += " [" + withoutLastLineEnd(strIdentical.substr(1)) + "] has identical structure in both databases.";
+  } else {
+    strReport += "All " + std::to_string(lngIdenticalCount);
+    strReport += blnTables ? " remaining tables have identical structures:" : " remaining " + type + " are identical:";
+    strReport += crLf + withoutLastLineEnd(std::move(strIdentical));
+  }
+}
+
+void CompareAllReport::appendCleanSentence(bool blnSomeColumnsIgnored) {
+  const std::string which = blnSelective ? "selected " : "";
+  if (!blnTables) {
+    strReport += "All " + which + type + " in both databases are identical.";
+    return;
+  }
+  strReport += "The structure of all " + which + "tables in both databases is identical.";
+  if (blnSomeColumnsIgnored) strReport += " (Some columns were ignored during comparison.)";
+}
+
+void CompareAllReport::endType(bool blnSomeColumnsIgnored) {
+  if (!blnFindings) {
+    appendCleanSentence(blnSomeColumnsIgnored);
+    return;
+  }
+  appendIdenticalSummary();
+  if (lngDifferentCount > 0) strReport += strDetails;
+}
+
+void CompareAllReport::endEmptyType() { strReport.resize(strReport.size() - 2); }
+
+std::string CompareAllReport::finish(const std::string& strElapsed) {
+  strReport += "\r\n\r\nTime Elapsed: " + strElapsed;
+  return std::move(strReport);
+}
+
+}  // namespace qrel

@@ -1,0 +1,60 @@
+// The report of a whole-database run: its wording, and what decides it.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "compare/structure/modCompareAll.h"
+
+namespace qrel {
+
+// One pass over a run: begin, for each type beginType, the objects and an end..., then finish. Names come as printed.
+class CompareAllReport {
+ public:
+  // arrNames: server and database of each side. strFiltering may be empty.
+  void begin(const std::array<std::string, 2>& arrNames, const std::string& strFiltering);
+
+  void beginType(long lngType, const CompareAllInput& input);
+  void addCounts(std::size_t sourceCount, std::size_t targetCount);
+
+  void addIdentical(const std::string& strName);
+  void addDifferent(const std::string& strName);
+  void addSourceOnly(const std::string& strName);
+  // The lines that differ of the object added as different last; strName is its bare name.
+  void addDetails(const Program& program, const std::string& strName, const std::string& strSource,
+                  const std::string& strTarget);
+  // Behind the last Source object: what was found so far goes to the report.
+  void endSourcePass();
+  void addTargetOnly(const std::string& strName);
+  void endTargetPass();
+
+  // The rest of a compared type: the sentence about identical objects and the details.
+  void endType(bool blnSomeColumnsIgnored);
+  // The rest of a type without objects on both sides. One with objects on one side needs none.
+  void endEmptyType();
+
+  std::string finish(const std::string& strElapsed);
+
+  long differentCount() const { return lngDifferentCount; }
+  long sourceOnlyCount() const { return lngSourceOnlyCount; }
+  long targetOnlyCount() const { return lngTargetOnlyCount; }
+
+ private:
+  std::string singular() const { return type.substr(0, type.size() - 1); }
+  std::string countLine(std::size_t count, const std::string& strSide) const;
+  void appendFound(long lngCount);
+  void appendIdenticalSummary();
+  void appendCleanSentence(bool blnSomeColumnsIgnored);
+
+  std::string strReport;
+
+  // Of the type at work.
+  bool blnTables = false;
+  bool blnSelective = false;
+  std::string type;  // plural
+  std::string strSourceOnly, strTargetOnly, strIdentical, strDetails;
+  long lngIdenticalCount = 0, lngDifferentCount = 0, lngSourceOnlyCount = 0, lngTargetOnlyCount = 0;
+  bool blnFindings = false;  // an object that differs or is in Target only; one in Source only is none
+};
+
+}  // namespace qrel
