@@ -16,6 +16,20 @@ void Connection::Interrupt() {
   if (provider_) provider_->interrupt();
 }
 
+namespace {
+
+// An error tells its SQL, whether or not the provider thought of it.
+CommandResult execute(ProviderConnection& provider, const CommandRequest& request) {
+  try {
+    return provider.execute(request);
+  } catch (DataError& error) {
+    if (error.sql.empty()) error.sql = request.text;
+    throw;
+  }
+}
+
+}  // namespace
+
 CommandResult Command::run() {
   if (!ActiveConnection || !ActiveConnection->provider()) {
     throw RuntimeError(errorNumber::objectClosed, "Operation is not allowed when the object is closed.");
@@ -26,7 +40,7 @@ CommandResult Command::run() {
   for (const Parameter& parameter : Parameters) {
     if (parameter.Direction != adParamReturnValue) request.parameters.push_back(parameter.Value);
   }
-  CommandResult result = ActiveConnection->provider()->execute(request);
+  CommandResult result = execute(*ActiveConnection->provider(), request);
   std::size_t next = 0;
   for (Parameter& parameter : Parameters) {
     if (parameter.Direction == adParamReturnValue) {
