@@ -35,6 +35,7 @@ create index cat_references_rkey on cat_references(rkeyid);
 create table cat_referencekeys(constid integer, keyno integer, fcolid integer, rcolid integer,
   primary key(constid, keyno)) without rowid;
 create table cat_comments(object_id integer, colid integer, text text, primary key(object_id, colid));
+create table cat_sequences(object_id integer primary key, next integer, increment integer);
 create table cat_permissions(class integer, major_id integer, minor_id integer, type text, permission_name text,
   state text, grantee text collate q_text);
 create index cat_permissions_object on cat_permissions(major_id);

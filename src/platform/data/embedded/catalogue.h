@@ -12,6 +12,7 @@
 //               0 for an included column
 //   cat_references(constid PK, fkeyid, rkeyid), cat_referencekeys(constid, keyno, fcolid, rcolid)
 //   cat_comments(object_id, colid, text)             rows of 4,000 characters from colid 1; text Null when encrypted
+//   cat_sequences(object_id PK, next, increment)     next is what NEXT VALUE FOR gives
 //   cat_permissions(class, major_id, minor_id, type, permission_name, state, grantee)
 // The views that queries see (sysobjects, sys.objects, ...) are temporary
 // views over them, made per connection by createCatalogueViews, since they depend on the server's version. A user table
@@ -140,7 +141,10 @@ class Catalogue {
   // xtype is replaced when `replace` is set. `encrypted`: no text is kept. Triggers name their table in `parent`.
   void createModule(const ObjectName& name, const std::string& xtype, const std::string& text, bool replace,
                     bool encrypted, const ObjectName* parent);
-  // An object of which only name and type are kept: sequences, synonyms, table types.
+  // Counts a sequence on and returns its value; refuses a name that is no sequence.
+  std::int64_t nextSequenceValue(const ObjectName& name);
+  void createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment);
+  // An object of which only name and type are kept: synonyms, table types.
   void createPlain(const ObjectName& name, const std::string& xtype);
   void dropObject(const ObjectName& name, const std::vector<std::string>& xtypes);
   void createSchema(std::string_view name);

@@ -21,7 +21,8 @@ std::shared_ptr<const TableInfo> requireTable(const Catalogue& catalogue, const 
   auto table = catalogue.table(name.schema, name.name);
   if (!table) {
     refuse("Cannot find the object \"" + fullName(name.schema, name.name) +
-           "\" because it does not exist or you do not have permissions.");
+               "\" because it does not exist or you do not have permissions.",
+           errorNumber::invalidObjectName);
   }
   return table;
 }
@@ -184,7 +185,9 @@ class TableRows {
     const std::string target = fullName(key.referenced.schema, key.referenced.name);
     const auto referenced = catalogue_.table(key.referenced.schema, key.referenced.name);
     const std::string shown = key.name.empty() ? "FK" : key.name;
-    if (!referenced) refuse("Foreign key '" + shown + "' references invalid table '" + target + "'.");
+    if (!referenced) {
+      refuse("Foreign key '" + shown + "' references invalid table '" + target + "'.", errorNumber::invalidObjectName);
+    }
     const auto names =
         key.referencedColumns.empty() ? primaryKeyColumns(database_, *referenced) : key.referencedColumns;
     if (names.empty()) {

@@ -151,6 +151,7 @@ void removeObject(sqlite::Database& database, std::int64_t id) {
        {"delete from cat_referencekeys where constid in (select constid from cat_references where constid = ?1 or "
         "fkeyid = ?1)",
         "delete from cat_references where constid = ?1 or fkeyid = ?1", "delete from cat_comments where object_id = ?1",
+        "delete from cat_sequences where object_id = ?1",
         "delete from cat_permissions where class = 1 and major_id = ?1", "delete from cat_objects where id = ?1"}) {
     database.cached(sql).bind(1, id).run();
   }
@@ -180,7 +181,8 @@ void Catalogue::createModule(const ObjectName& name, const std::string& xtype, c
     const auto target = find(parent->schema, parent->name);
     if (!target || (target->xtype != "U" && target->xtype != "V")) {
       refuse("The object '" + fullName(parent->schema, parent->name) +
-             "' does not exist or is invalid for this operation.");
+                 "' does not exist or is invalid for this operation.",
+             errorNumber::invalidObjectName);
     }
     parentId = target->id;
     schema = target->schema;
@@ -204,6 +206,23 @@ void Catalogue::createModule(const ObjectName& name, const std::string& xtype, c
 
 void Catalogue::createPlain(const ObjectName& name, const std::string& xtype) {
   addObject(database_, name.name, requireSchema(database_, name.schema), xtype, 0);
+}
+
+void Catalogue::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment) {
+  const std::int64_t id = addObject(database_, name.name, requireSchema(database_, name.schema), "SO", 0);
+  auto& insert = database_.cached("insert into cat_sequences values(?1,?2,?3)");
+  insert.bind(1, id).bind(2, start).bind(3, increment).run();
+}
+
+std::int64_t Catalogue::nextSequenceValue(const ObjectName& name) {
+  const auto object = find(name.schema, name.name);
+  if (!object || object->xtype != "SO")
+    refuse("Invalid object name '" + fullName(name.schema, name.name) + "'.", errorNumber::invalidObjectName);
+  auto& query = database_.cached("select next from cat_sequences where object_id = ?1");
+  const std::int64_t value = query.bind(1, object->id).step() ? query.integer(0) : 0;
+  query.reset();
+  database_.cached("update cat_sequences set next = next + increment where object_id = ?1").bind(1, object->id).run();
+  return value;
 }
 
 void Catalogue::dropObject(const ObjectName& name, const std::vector<std::string>& xtypes) {

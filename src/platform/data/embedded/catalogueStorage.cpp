@@ -73,7 +73,8 @@ std::string storageCollation(const TypeRef& type) {
 }
 
 std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain) {
-  std::string sql = quoteName(column.name) + " " + storageDeclaration(column.type);
+  // SQLite takes numbers only as a type's size.
+  std::string sql = quoteName(column.name) + " " + replaceAll(storageDeclaration(column.type), "(max)", "(-1)");
   if (column.computed && !plain)
     sql += " generated always as (" + translated(catalogue, column.computedText, false) + ") virtual";
   return sql;

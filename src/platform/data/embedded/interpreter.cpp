@@ -229,6 +229,10 @@ void Interpreter::tell(std::size_t start, Kind kind, std::string what, std::int6
   outcome.firstWords = firstWords(start);
   outcome.rows = rows;
   outcome.errorNumber = number;
+  if (kind == Kind::Failed) {
+    const bool module = start == 0 && pieceStart_ == 0 && isModuleBatch(batch_);
+    outcome.text = module ? batch_ : reader_.sourceBetween(start, reader_.position());
+  }
   listener_->statementDone(outcome);
 }
 

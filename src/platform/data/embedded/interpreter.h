@@ -22,9 +22,10 @@ namespace qrel::tsql {
 struct InsertPlan {
   struct Column {
     const TableInfo::Column* column = nullptr;
-    bool given = false;          // its value stands in the statement
-    std::optional<Value> fixed;  // else: a default that is a literal
-    std::string sql;             // else: a default that is computed per row
+    bool given = false;                  // its value stands in the statement
+    std::optional<Value> fixed;          // else: a default that is a literal
+    std::optional<ObjectName> sequence;  // else: the sequence that a default counts
+    std::string sql;                     // else: a default that is computed per row
   };
   std::shared_ptr<const TableInfo> table;
   std::vector<Column> columns;  // in order of the INSERT's SQL: the given ones first
@@ -69,10 +70,10 @@ class Interpreter {
     std::string name;  // "@name" in lower case, empty for one by position
     Value value;
   };
+  // What UPDATE and DELETE change; `alias`, `from` and `where` as texts of a query that finds the rows.
   struct UpdateTarget {
     std::shared_ptr<const TableInfo> table;
-    std::string alias;  // quoted: what stands before the row's number
-    std::string from;
+    std::string alias, from, where;
   };
 
   // interpreter.cpp: the run of statements, control flow, errors
@@ -165,6 +166,7 @@ class Interpreter {
   InsertPlan makePlan(std::shared_ptr<const TableInfo> table, const std::vector<std::string>* columns);
   void insertRow(InsertPlan& plan, std::vector<Value>& values);
   bool readLiteral(Value& value);
+  bool readNextValue(Value& value);
   void readRow(InsertPlan& plan, std::vector<Value>& values);
   Value defaultOf(const InsertPlan::Column& column);
   InsertPlan::Column defaultFor(const TableInfo::Column& column);
@@ -174,10 +176,10 @@ class Interpreter {
   // statementsUpdate.cpp
   void updateStatement();
   void deleteStatement();
-  UpdateTarget updateTarget(std::size_t target, bool fromFollows);
-  std::string readWhere();
-  void applyUpdate(const UpdateTarget& target, const std::vector<const TableInfo::Column*>& columns,
-                   const std::vector<std::string>& values, const std::string& where);
+  UpdateTarget readTarget(std::size_t target);
+  std::string rowsQuery(const UpdateTarget& target, const std::vector<std::string>& values);
+  void applyUpdate(const TableInfo& table, const std::vector<const TableInfo::Column*>& columns,
+                   const std::string& rowsSql);
 
   // statementsExec.cpp
   void execStatement();

@@ -15,7 +15,7 @@ namespace qrel {
 // A statement that was skipped or failed.
 struct SkippedStatement {
   std::string file;
-  std::size_t line = 1;    // 1-based in the file
+  std::size_t line = 1;  // 1-based in the file
   std::string firstWords;
   std::string reason;
 };
@@ -30,17 +30,18 @@ struct LoadReport {
 };
 
 struct LoadOptions {
-  bool replace = false;        // an existing database is emptied first
+  bool replace = false;                                                     // an existing database is emptied first
   std::function<void(const std::string& file, std::size_t line)> progress;  // now and then
-  std::function<bool()> stop;  // asked between statements
+  std::function<bool()> stop;                                               // asked between statements
   std::vector<std::pair<std::string, std::string>> variables;  // sqlcmd $(name), on top of the script's :setvar
 };
 
 // Loads files in the given order, folders as their .sql files in name order (one level). USE, CREATE DATABASE and DROP
-// DATABASE of the script don't lead elsewhere: everything goes into `database`. An existing database without `replace` is
-// added to. Work goes to a copy beside the database that takes its place when all files have run: a failure, a full disk
-// or a killed run leaves the database as it was. Raises RuntimeError or DataError with path and reason for files that
-// can't be read or written.
+// DATABASE of the script don't lead elsewhere: everything goes into `database`. An existing database without `replace`
+// is added to. Work goes to a copy beside the database that takes its place when all files have run: a failure, a full
+// disk or a killed run leaves the database as it was. With several files, what a statement of an earlier file misses
+// may stand in a later one: such statements are tried again at the end, and only those that still fail are told. Raises
+// RuntimeError or DataError with path and reason for files that can't be read or written.
 LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std::string_view database,
                        const std::vector<std::filesystem::path>& paths, const LoadOptions& options);
 

@@ -38,6 +38,7 @@ struct StatementOutcome {
   std::string firstWords;  // the statement's first words, one line, at most 60 characters
   std::int64_t rows = 0;   // inserted (positive)
   std::int32_t errorNumber = 0;
+  std::string text;  // of a failed statement, the whole of it
 };
 
 // How a batch is run. A provider's command stops at the first error and raises it; the loader goes on with the next

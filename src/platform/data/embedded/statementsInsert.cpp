@@ -141,12 +141,21 @@ InsertPlan::Column Interpreter::defaultFor(const TableInfo::Column& column) {
   }
   const auto tokens = lex(column.defaultText);
   TokenReader reader(column.defaultText, tokens);
+  while (reader.peek().isSymbol("(")) reader.next();
+  if (reader.peek().is("NEXT") && reader.peek(1).is("VALUE") && reader.peek(2).is("FOR")) {
+    reader.moveTo(reader.position() + 3);
+    source.sequence = localName(readObjectName(reader));
+    return source;
+  }
+  reader.moveTo(0);
   source.sql = Translator(context(), reader).expression();
   return source;
 }
 
 Value Interpreter::defaultOf(const InsertPlan::Column& source) {
   if (source.fixed) return *source.fixed;
+  if (source.sequence)
+    return convertTo(source.column->type, Value::ofInteger(catalogue_->nextSequenceValue(*source.sequence)));
   const Value value = evaluate(source.sql);
   return value.null ? value : convertTo(source.column->type, value);
 }
@@ -297,6 +306,15 @@ void Interpreter::insertStatement() {
   insertValues(planFor(start, end, name, list));
 }
 
+// NEXT VALUE FOR a sequence.
+bool Interpreter::readNextValue(Value& value) {
+  if (!reader_.peek().is("NEXT") || !reader_.peek(1).is("VALUE") || !reader_.peek(2).is("FOR")) return false;
+  reader_.moveTo(reader_.position() + 3);
+  const ObjectName name = localName(readObjectName(reader_));
+  if (running()) value = Value::ofInteger(catalogue_->nextSequenceValue(name));
+  return true;
+}
+
 // Reads "( ... )" into values of the columns' types.
 void Interpreter::readRow(InsertPlan& plan, std::vector<Value>& values) {
   values.clear();
@@ -307,7 +325,7 @@ void Interpreter::readRow(InsertPlan& plan, std::vector<Value>& values) {
     if (!readLiteral(value)) {
       if (reader_.acceptWord("DEFAULT")) {
         if (running() && index < plan.given) value = defaultOf(defaultFor(*plan.columns[index].column));
-      } else {
+      } else if (!readNextValue(value)) {
         const std::string sql = translator().expression();
         if (running()) value = evaluate(sql);
       }

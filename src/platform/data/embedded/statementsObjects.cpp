@@ -1,5 +1,6 @@
 // Schemas, types, sequences, synonyms, databases; DROP; permissions; transactions.
 #include <array>
+#include <charconv>
 
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
@@ -89,9 +90,28 @@ void Interpreter::createType() {
 
 void Interpreter::createSequence() {
   const ObjectName name = localName(readObjectName(reader_));
-  reader_.moveTo(likelyEnd(statementStart_));
+  std::int64_t start = 1;
+  std::int64_t increment = 1;
+  const auto number = [&](std::int64_t& value) {
+    const bool negative = reader_.acceptSymbol("-");
+    const std::string_view digits = reader_.peek().raw;
+    if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec == std::errc()) reader_.next();
+    if (negative) value = -value;
+  };
+  const std::size_t end = likelyEnd(statementStart_);
+  while (reader_.position() < end) {  // of the options only these two count
+    if (reader_.acceptWord("START")) {
+      reader_.acceptWord("WITH");
+      number(start);
+    } else if (reader_.acceptWord("INCREMENT")) {
+      reader_.acceptWord("BY");
+      number(increment);
+    } else {
+      reader_.next();
+    }
+  }
   if (!act()) return;
-  catalogue_->createPlain(name, "SO");
+  catalogue_->createSequence(name, start, increment);
   made("sequence");
 }
 

@@ -44,46 +44,47 @@ std::optional<ObjectName> tableOfAlias(TokenReader reader, std::size_t end, cons
 
 }  // namespace
 
-std::string Interpreter::readWhere() {
-  std::string where;
+// Reads what follows the target and SET: FROM and WHERE, up to the statement's end.
+Interpreter::UpdateTarget Interpreter::readTarget(std::size_t target) {
+  TokenReader at = reader_;
+  at.moveTo(target);
+  ObjectName name = readObjectName(at);
+  UpdateTarget result;
+  result.alias = "[" + replaceAll(name.name, "]", "]]") + "]";
+  result.from = reader_.sourceBetween(target, at.position());
+  if (reader_.acceptWord("FROM")) {
+    const std::size_t begin = reader_.position();
+    translator().fromList();
+    result.from = reader_.sourceBetween(begin, reader_.position());
+    at.moveTo(begin);
+    if (const auto found = tableOfAlias(at, reader_.position(), name.name)) name = *found;
+  }
   if (reader_.acceptWord("WHERE")) {
     if (reader_.peek().is("CURRENT")) notUnderstood("cursors aren't kept");
-    where = " where " + translator().condition();
+    const std::size_t begin = reader_.position();
+    translator().condition();
+    result.where = " where " + std::string(reader_.sourceBetween(begin, reader_.position()));
   }
   if (reader_.acceptWord("OPTION")) reader_.skipParentheses();
-  return where;
+  if (act()) result.table = requireTable(localName(name));
+  return result;
 }
 
-// The table to change: its name stands at `target`; with `fromFollows` the reader stands behind the word FROM.
-Interpreter::UpdateTarget Interpreter::updateTarget(std::size_t target, bool fromFollows) {
-  const std::size_t here = reader_.position();
-  reader_.moveTo(target);
-  ObjectName name = readObjectName(reader_);
-  UpdateTarget result;
-  result.alias = quoteName(name.name);
-  if (fromFollows) {
-    reader_.moveTo(here);
-    result.from = translator().fromList();
-    TokenReader list = reader_;
-    list.moveTo(here);
-    const auto found = tableOfAlias(list, reader_.position(), name.name);
-    if (found) name = *found;
-  } else {
-    reader_.moveTo(here);
-  }
-  if (!running()) return result;
-  result.table = requireTable(localName(name));
-  if (result.from.empty()) {
-    result.alias = quoteName(result.table->name);
-    result.from = quoteName(result.table->storage) + " as " + result.alias;
-  }
-  return result;
+// The query that gives the row numbers of the rows to change and, behind them, `values`, in SQLite's words.
+std::string Interpreter::rowsQuery(const UpdateTarget& target, const std::vector<std::string>& values) {
+  std::string text = "select " + target.alias + ".[_rowid_]";
+  for (const std::string& value : values) text += ", " + value;
+  text += " from " + target.from + target.where;
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  return Translator(context(), reader).select();
 }
 
 void Interpreter::updateStatement() {
   reader_.next();
   if (reader_.peek().is("STATISTICS")) return skipWithoutEffect();
   if (reader_.peek().is("TOP")) notUnderstood("UPDATE TOP");
+  if (reader_.peek().kind == TokenKind::Variable) notUnderstood("table variables aren't kept");
   const std::size_t target = reader_.position();
   readObjectName(reader_);
   if (reader_.acceptWord("WITH")) reader_.skipParentheses();
@@ -96,72 +97,65 @@ void Interpreter::updateStatement() {
     const std::string column(reader_.sourceBetween(begin, reader_.position()));
     const Token& sign = reader_.next();
     if (sign.kind != TokenKind::Symbol || sign.raw.back() != '=') notUnderstood("'=' is expected");
+    if (reader_.peek().is("DEFAULT")) notUnderstood("UPDATE with DEFAULT");
     const std::size_t expression = reader_.position();
-    if (reader_.acceptWord("DEFAULT")) notUnderstood("UPDATE with DEFAULT");
-    values.push_back(translator().expression());
-    if (sign.raw == "=") continue;
-    const std::string text = column + " " + std::string(sign.raw.substr(0, sign.raw.size() - 1)) + " (" +
-                             std::string(reader_.sourceBetween(expression, reader_.position())) + ")";
-    const auto tokens = lex(text);
-    TokenReader reader(text, tokens);
-    values.back() = Translator(context(), reader).expression();
+    translator().expression();
+    std::string value = "(" + std::string(reader_.sourceBetween(expression, reader_.position())) + ")";
+    if (sign.raw != "=") value = column + " " + std::string(sign.raw.substr(0, sign.raw.size() - 1)) + " " + value;
+    values.push_back(std::move(value));
   } while (reader_.acceptSymbol(","));
   if (reader_.peek().is("OUTPUT")) notUnderstood("OUTPUT isn't carried out");
-  const UpdateTarget table = updateTarget(target, reader_.acceptWord("FROM"));
-  const std::string where = readWhere();
-  if (!act()) return;
+  const UpdateTarget table = readTarget(target);
+  if (!running()) return;
   std::vector<const TableInfo::Column*> columns;
   for (const std::string& name : names) {
     const auto* column = table.table->find(name);
     if (!column) refuse("Invalid column name '" + name + "'.");
     if (column->identity) refuse("Cannot update identity column '" + column->name + "'.");
-    if (column->computed || column->type.baseName == "timestamp")
+    if (column->computed || column->type.baseName == "timestamp") {
       refuse("The column \"" + column->name + "\" cannot be modified because it is a computed or timestamp column.");
+    }
     columns.push_back(column);
   }
-  atomically([&] { applyUpdate(table, columns, values, where); });
+  const std::string query = rowsQuery(table, values);
+  atomically([&] { applyUpdate(*table.table, columns, query); });
 }
 
-void Interpreter::applyUpdate(const UpdateTarget& target, const std::vector<const TableInfo::Column*>& columns,
-                              const std::vector<std::string>& values, const std::string& where) {
-  std::string sql = "select " + target.alias + "._rowid_";
-  for (const std::string& value : values) sql += ", " + value;
+void Interpreter::applyUpdate(const TableInfo& table, const std::vector<const TableInfo::Column*>& columns,
+                              const std::string& rowsSql) {
   std::vector<std::pair<std::int64_t, std::vector<Value>>> rows;
   {
     std::set<std::int64_t> seen;  // a row that several joined rows meet is changed once
-    sqlite::Statement query(*database_, sql + " from " + target.from + where);
+    sqlite::Statement query(*database_, rowsSql);
     bindVariables(query, session_.variables);
     while (query.step()) {
       if (!seen.insert(query.integer(0)).second) continue;
       auto& row = rows.emplace_back(query.integer(0), std::vector<Value>());
-      for (std::size_t i = 0; i < values.size(); ++i) row.second.push_back(valueOf(query, static_cast<int>(i) + 1));
+      for (std::size_t i = 0; i < columns.size(); ++i) row.second.push_back(valueOf(query, static_cast<int>(i) + 1));
     }
   }
   std::string set;
   for (const auto* column : columns) set += (set.empty() ? "" : ", ") + quoteName(column->name) + " = ?";
-  const TableInfo::Column* version = nullptr;
-  for (const auto& column : target.table->columns)
-    if (column.type.baseName == "timestamp") version = &column;
-  if (version) set += ", " + quoteName(version->name) + " = ?";
-  sqlite::Statement update(*database_,
-                           "update " + quoteName(target.table->storage) + " set " + set + " where _rowid_ = ?");
-  for (auto& [row, news] : rows) {
+  const auto version = std::find_if(table.columns.begin(), table.columns.end(),
+                                    [](const auto& column) { return column.type.baseName == "timestamp"; });
+  if (version != table.columns.end()) set += ", " + quoteName(version->name) + " = ?";
+  sqlite::Statement update(*database_, "update " + quoteName(table.storage) + " set " + set + " where _rowid_ = ?");
+  for (const auto& [row, values] : rows) {
     int at = 0;
-    for (const Value& value : news) {
+    for (const Value& value : values) {
       const auto* column = columns[static_cast<std::size_t>(at)];
       if (value.null && !column->nullable) {
         refuse("Cannot insert the value NULL into column '" + column->name + "', table '" +
-               session_.open().facts.database + "." + target.table->storage +
-               "'; column does not allow nulls. UPDATE fails.");
+               session_.open().facts.database + "." + table.storage + "'; column does not allow nulls. UPDATE fails.");
       }
       update.bind(++at, value.null ? value : convertTo(column->type, value));
     }
-    if (version) update.bind(++at, generated(*target.table, *version));
+    if (version != table.columns.end()) update.bind(++at, generated(table, *version));
     update.bind(++at, row);
     try {
       update.run();
     } catch (const DataError& error) {
-      refuseDuplicate(*target.table, error);
+      refuseDuplicate(table, error);
     }
   }
   setGlobal("@@rowcount", static_cast<std::int64_t>(rows.size()));
@@ -177,12 +171,10 @@ void Interpreter::deleteStatement() {
   readObjectName(reader_);
   if (reader_.acceptWord("WITH")) reader_.skipParentheses();
   if (reader_.peek().is("OUTPUT")) notUnderstood("OUTPUT isn't carried out");
-  const UpdateTarget table = updateTarget(target, reader_.acceptWord("FROM"));
-  const std::string where = readWhere();
-  if (!act()) return;
-  const std::string storage = quoteName(table.table->storage);
-  sqlite::Statement rows(*database_, "delete from " + storage + " where _rowid_ in (select " + table.alias +
-                                         "._rowid_ from " + table.from + where + ")");
+  const UpdateTarget table = readTarget(target);
+  if (!running()) return;
+  sqlite::Statement rows(*database_, "delete from " + quoteName(table.table->storage) + " where _rowid_ in (" +
+                                         rowsQuery(table, {}) + ")");
   bindVariables(rows, session_.variables);
   rows.run();
   const std::int64_t count = sqlite3_changes64(database_->get());
