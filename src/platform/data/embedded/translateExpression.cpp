@@ -403,7 +403,7 @@ Expression Translation::caseExpression() {
 }
 
 Expression Translation::parenthesized() {
-  if (atSelect()) {
+  if (parenthesesHoldQuery()) {
     Query inner = parenthesizedQuery();
     Expression out;
     out.sql = "(" + inner.sql + ")";
@@ -435,7 +435,7 @@ std::string Translation::andCondition() {
 
 std::string Translation::notCondition() {
   if (reader_.acceptWord("not")) return "not (" + notCondition() + ")";
-  if (reader_.peek().isSymbol("(") && !atSelect() && parenthesesHoldCondition()) {
+  if (reader_.peek().isSymbol("(") && parenthesesHoldCondition()) {
     reader_.next();
     std::string inner = "(" + condition() + ")";
     reader_.expectSymbol(")");
@@ -467,6 +467,21 @@ bool Translation::parenthesesHoldCondition() const {
     const bool comparison = token.kind == TokenKind::Symbol && token.raw.find_first_of("=<>!") != std::string::npos;
     if (connective || comparison) return true;
   }
+}
+
+// Whether the brackets at the reader hold a query: SELECT follows, or a query in brackets and UNION.
+bool Translation::parenthesesHoldQuery() const {
+  const Token& first = reader_.peek(1);
+  if (first.is("select") || first.is("with")) return true;
+  if (!first.isSymbol("(") || !atSelect()) return false;
+  int depth = 0;
+  for (std::size_t i = 1; reader_.peek(i).kind != TokenKind::End; ++i) {
+    if (reader_.peek(i).isSymbol("(")) ++depth;
+    if (!reader_.peek(i).isSymbol(")") || --depth > 0) continue;
+    const Token& behind = reader_.peek(i + 1);
+    return behind.is("union") || behind.is("except") || behind.is("intersect");
+  }
+  return false;
 }
 
 std::string Translation::predicate() {
@@ -520,7 +535,7 @@ std::string Translation::quantified(Expression left, std::string_view symbol) {
 std::string Translation::inList(Expression left) {
   std::string sql = left.sql;
   if (!left.column && !isNumericKind(left.kind)) sql += collationFor(left.kind, left.kind);
-  if (atSelect()) return sql + " in (" + parenthesizedQuery().sql + ")";
+  if (parenthesesHoldQuery()) return sql + " in (" + parenthesizedQuery().sql + ")";
   reader_.expectSymbol("(");
   sql += " in (";
   for (bool first = true; first || reader_.acceptSymbol(","); first = false) {

@@ -410,7 +410,7 @@ std::string Translation::tablePrimary() {
     const Table table = namedTable();
     return table.sql + " as " + quoteName(addSource(table.source));
   }
-  if (atSelect() || reader_.peek(1).is("values")) return derivedTable();
+  if (parenthesesHoldQuery() || reader_.peek(1).is("values")) return derivedTable();
   reader_.next();
   std::string inner = "(" + joined() + ")";
   reader_.expectSymbol(")");

@@ -126,6 +126,7 @@ class Translation {
   std::string inList(Expression left);
   std::string like(const Expression& left);
   bool parenthesesHoldCondition() const;
+  bool parenthesesHoldQuery() const;
 
   // translateFunctions.cpp
   Expression functionCall();

@@ -164,7 +164,7 @@ std::string sizeText(const TypeRef& type) {
     case Sizing::Characters:
     case Sizing::WideCharacters:
     case Sizing::Bytes:
-      return type.prec < 0 ? "(max)" : "(" + std::to_string(type.prec) + ")";
+      return "(" + std::to_string(type.prec) + ")";  // -1 for max: SQLite takes numbers only
     case Sizing::Decimal:
       return "(" + std::to_string(type.prec) + "," + std::to_string(type.scale) + ")";
     case Sizing::Fraction:
