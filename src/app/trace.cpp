@@ -14,7 +14,7 @@ std::string logFile(const Program& program) { return program.main.gstrAppPath + 
 void WriteDebugLog(Program& program, const std::string& strText) {
   if (!program.main.gblnDebugMode) return;
   const LocalTime now = program.host.now();
-  char time[16];
+  char time[32];
   std::snprintf(time, sizeof time, "%02d:%02d:%02d     ", now.hour % 100, now.minute % 100, now.second % 100);
   try {
     files::appendLine(logFile(program), time + strText + "\r\n");

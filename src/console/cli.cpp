@@ -1,6 +1,8 @@
 #include <CLI/CLI.hpp>
+#include <unistd.h>
+
 #include <functional>
-#include <ostream>
+#include <iostream>
 
 #include "console/commands.h"
 #include "platform/error.h"
@@ -74,14 +76,25 @@ void addLists(CLI::App& app, CommandLine& line) {
 }
 
 void addCompare(CLI::App& app, CommandLine& line) {
-  CLI::App* compare = app.add_subcommand("compare", "Compare an object of two databases");
+  CLI::App* compare = app.add_subcommand("compare", "Compare two databases, or one object of each");
   compare->add_option("SOURCE", line.compare.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
   compare->add_option("TARGET", line.compare.target)->required();
-  compare->add_option("--type", line.compare.type)->required();
-  compare->add_option("--object", line.compare.objects, "the name, and the Target's name when it is another")
-      ->required()
-      ->expected(1, 2);
-  compare->callback([&line] { line.command = [&line](Console& console) { return runCompare(console, line.compare); }; });
+  CLI::Option* types = compare->add_option("--types", line.compare.types, "types with commas between, or all");
+  CLI::Option* details = compare->add_flag("--details", line.compare.details, "with the lines that differ");
+  CLI::Option* only = compare->add_option("--only", line.compare.only, "compare only objects of this name")
+                          ->allow_extra_args(false);
+  CLI::Option* report = compare->add_option("--report", line.compare.report, "write the report to this file too");
+  CLI::Option* type = compare->add_option("--type", line.compare.type, "the type of --object");
+  CLI::Option* object =
+      compare->add_option("--object", line.compare.objects, "the name, and the Target's name when it is another")
+          ->expected(1, 2);
+  for (CLI::Option* other : {types, details, only, report}) object->excludes(other);
+  type->needs(object);
+  compare->callback([&line] {
+    line.command = [&line](Console& console) {
+      return line.compare.objects.empty() ? runCompareAll(console, line.compare) : runComparePair(console, line.compare);
+    };
+  });
 }
 
 void describe(CLI::App& app, CommandLine& line) {
@@ -104,6 +117,8 @@ int finish(std::ostream& err, ExitCode code, const std::string& message) {
 int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std::ostream& err) {
   try {
     Console console(findFolders(programFile), out, err);
+    console.colours = &out == &std::cout && isatty(STDOUT_FILENO) != 0;
+    console.progress = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
     console.start(line.sets);
     const ExitCode code = line.command(console);
     out.flush();

@@ -35,10 +35,17 @@ ExitCode runOptions(Console& console);
 
 struct CompareArguments {
   std::string source, target;
+  // One pair:
   std::string type;
   std::vector<std::string> objects;  // the Source's name, and the Target's when it is another
+  // Whole databases:
+  std::string types = "all";  // comma-separated
+  bool details = false;
+  std::vector<std::string> only;
+  std::string report;  // file
 };
-ExitCode runCompare(Console& console, const CompareArguments& arguments);
+ExitCode runComparePair(Console& console, const CompareArguments& arguments);
+ExitCode runCompareAll(Console& console, const CompareArguments& arguments);
 
 // Parses the command line and runs the command.
 int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostream& err);

@@ -1,7 +1,9 @@
+#include <algorithm>
+#include <iterator>
 #include <ostream>
 
 #include "compare/structure/modCompareSelected.h"
-#include "compare/structure/modDetails.h"
+#include "compare/structure/modMarkDifferences.h"
 #include "console/commands.h"
 #include "console/panel.h"
 #include "db/mdlObjects.h"
@@ -11,6 +13,28 @@ namespace qrel {
 
 namespace {
 
+struct Mark {
+  std::int32_t value;
+  char sign;
+  const char* colour;  // of a terminal
+};
+constexpr Mark marks[] = {{markUnchanged, ' ', ""},
+                          {markChanged, '~', "\033[32m"},
+                          {markOnlyInTarget, '+', "\033[36m"},
+                          {markOnlyInSource, '-', "\033[31m"},
+                          {markNone, '?', "\033[33m"}};
+
+// A line of text per line, with the sign of its mark before it.
+void printMarkedLines(std::ostream& out, const CompLineArray& lines, bool colours) {
+  for (const CompLine& line : lines) {
+    const Mark& mark = *std::find_if(std::begin(marks), std::end(marks) - 1,
+                                     [&](const Mark& each) { return each.value == line.lngMark; });
+    std::string_view text = line.strLine;
+    while (!text.empty() && (text.back() == '\r' || text.back() == '\n')) text.remove_suffix(1);
+    out << (colours ? mark.colour : "") << mark.sign << ' ' << text << (colours && *mark.colour ? "\033[0m" : "") << '\n';
+  }
+}
+
 // What a pair comparison asks of its surroundings, on a console: the report goes to standard output.
 class ConsoleSteps : public PairComparisonSteps {
  public:
@@ -19,28 +43,36 @@ class ConsoleSteps : public PairComparisonSteps {
   bool CanStartComparison() override { return true; }
   std::vector<std::string> IgnoredColumns(const std::string&) override { return {}; }
   std::string TableTextWithout(int, const std::vector<std::string>&) override { return {}; }
-  void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray&, CompLineArray&, long) override {
+  void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource, CompLineArray& arrTarget,
+                       long type) override {
     different_ = true;
-    GetLineDifferences(console_.program, trimBlanks(paneSource.text()), trimBlanks(paneTarget.text()), details_);
+    std::int32_t error = 0;
+    Mark_Differences(console_.program, paneSource, paneTarget, arrSource, arrTarget, error, type);
+    marked_[0] = arrSource;
+    marked_[1] = arrTarget;
   }
   void ShowReport(const PairReport&) override {
-    console_.out << forConsole(console_.program.report.gstrReportText) << '\n';
-    if (!details_.empty()) console_.out << '\n' << forConsole(details_);
+    console_.out << replaceAll(console_.program.report.gstrReportText, "\r\n", "\n") << '\n';
+    if (!different_) return;
+    const bool colours = console_.colours;
+    for (const int side : {0, 1}) {
+      console_.out << (side == 0 ? "\nSource:\n" : "\nTarget:\n");
+      printMarkedLines(console_.out, marked_[side], colours);
+    }
   }
   bool printRunInProgress() override { return false; }
   void PrintPane(const std::string&, TextPane&) override {}
 
  private:
-  static std::string forConsole(const std::string& text) { return replaceAll(text, "\r\n", "\n"); }
-
   Console& console_;
   bool& different_;
-  std::string details_;
+  CompLineArray marked_[2];
 };
 
 }  // namespace
 
-ExitCode runCompare(Console& console, const CompareArguments& arguments) {
+ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
+  if (arguments.type.empty()) throw CommandFailure{ExitCode::Usage, "--object needs --type."};
   const long type = Console::objectType(arguments.type);
   const std::string names[] = {arguments.objects.front(), arguments.objects.back()};
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};

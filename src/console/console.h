@@ -36,6 +36,8 @@ class Console : private MainSteps {
 
   std::ostream& out;  // results
   std::ostream& err;  // progress and messages
+  bool colours = false;   // `out` is a terminal
+  bool progress = false;  // `err` is a terminal
   Folders folders;
   EmbeddedServers servers;
   DataAccess data;

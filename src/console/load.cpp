@@ -1,5 +1,4 @@
 #include <ostream>
-#include <unistd.h>
 
 #include "console/commands.h"
 #include "console/loadReport.h"
@@ -22,8 +21,7 @@ ExitCode runLoad(Console& console, const LoadArguments& arguments) {
       throw CommandFailure{ExitCode::Usage, "--variable " + variable + ": expected NAME=VALUE."};
     options.variables.emplace_back(variable.substr(0, equals), variable.substr(equals + 1));
   }
-  const bool terminal = isatty(STDERR_FILENO) != 0;
-  if (terminal)
+  if (console.progress)
     options.progress = [&](const std::string& file, std::size_t line) {
       console.err << '\r' << file << ": line " << line << "\033[K" << std::flush;
     };
@@ -34,7 +32,7 @@ ExitCode runLoad(Console& console, const LoadArguments& arguments) {
     console.servers.setVersion(server, arguments.version);
   const LoadReport report = loadScripts(console.servers, server, database,
                                         {arguments.paths.begin(), arguments.paths.end()}, options);
-  if (terminal) console.err << "\r\033[K";
+  if (console.progress) console.err << "\r\033[K";
   if (report.stopped) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user. Nothing was changed."};
   listSkipped(console.err, report);
   printLoadReport(console.out, report);

@@ -1,0 +1,90 @@
+// The comparison of whole databases.
+#include <algorithm>
+#include <ostream>
+
+#include "compare/structure/modCompareAll.h"
+#include "console/commands.h"
+#include "console/panel.h"
+#include "platform/error.h"
+#include "platform/text.h"
+#include "report/modCopyToFile.h"
+
+namespace qrel {
+
+namespace {
+
+// The window of a run without a person: it has the controls and nothing to show them.
+class RunWindow : public Form {
+ public:
+  RunWindow() : Form("frmCompareAll") {}
+};
+
+// Checks the boxes of "tables,views" or "all".
+void checkTypes(Program& program, CompareAllControls& controls, const std::string& types) {
+  if (equalNoCase(types, "all")) {
+    program.settings.AnalyzeConstraints = true;
+    for (std::size_t index = 0; index < 7; ++index) controls.chkObjType[index].setChecked(true);
+    return;
+  }
+  for (std::size_t begin = 0; begin <= types.size();) {
+    const std::size_t comma = std::min(types.find(',', begin), types.size());
+    const long type = Console::objectType(types.substr(begin, comma - begin));
+    if (type == objConstraints) program.settings.AnalyzeConstraints = true;
+    controls.chkObjType[static_cast<std::size_t>(CompareAllIndex(type))].setChecked(true);
+    begin = comma + 1;
+  }
+}
+
+// What happens while the run yields: Ctrl+C stops it, a terminal shows where it is.
+void watchRun(Console& console, CompareAllControls& controls) {
+  console.host.onDoEvents = [&console, &controls] {
+    if (stopRequested()) console.program.state<modCompareAllState>().gblnCancelCompare = true;
+    if (console.progress)
+      console.err << '\r' << controls.lblTime.text() << ' ' << controls.lblCurProcName.text() << "\033[K" << std::flush;
+  };
+}
+
+ExitCode verdict(Console& console, bool incompleteSides) {
+  const modCompareAllState& state = console.program.state<modCompareAllState>();
+  for (const UnreadableObject& object : state.arrUnreadable)
+    console.err << "qrel: the text of " << lowerCase(GetObjectTypeName(object.lngType, true)) << ' ' << object.strName
+                << " in " << (object.side == 0 ? "Source" : "Target")
+                << " can't be had: it is encrypted or unreadable.\n";
+  if (incompleteSides || !state.arrUnreadable.empty()) return ExitCode::Incomplete;
+  return state.lngDifferent + state.lngSourceOnly + state.lngTargetOnly > 0 ? ExitCode::Different : ExitCode::Identical;
+}
+
+}  // namespace
+
+ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
+  Program& program = console.program;
+  RunWindow window;
+  CompareAllControls controls(window);
+  checkTypes(program, controls, arguments.types);
+  const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
+  Workspace workspace;
+  for (const int side : {0, 1}) openPanel(console, workspace, sides[side], side);
+
+  CompareAllInput input;
+  input.arrDatabases = {sides[0].database, sides[1].database};
+  input.blnDetails = arguments.details;
+  input.blnSelective = !arguments.only.empty();
+  input.selection.arrSelectedSource = input.selection.arrSelectedTarget = arguments.only;
+  input.selection.lngSelectedSource = input.selection.lngSelectedTarget = static_cast<long>(arguments.only.size());
+  watchRun(console, controls);
+  std::string flags;
+  const bool finished = CompareAll_Structure(program, controls, flags, input);
+  console.host.onDoEvents = nullptr;
+  if (console.progress) console.err << "\r\033[K";
+  if (!finished) {
+    if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
+    return ExitCode::CannotRead;
+  }
+  console.out << replaceAll(program.report.gstrReportText, "\r\n", "\n") << '\n';
+  std::string path;
+  if (!arguments.report.empty() && !CopyToFile(program, program.report.gstrReportText, "Report", path, arguments.report))
+    return ExitCode::CannotRead;
+  return verdict(console, sides[0].incomplete || sides[1].incomplete);
+}
+
+}  // namespace qrel
