@@ -124,12 +124,15 @@ std::string CompareAllSection::fetchText(int side, const Item& item, long lngId,
     case objTables:
       return GetTableText(program_, run_.server(side), item.strName, run_.database(side), true, lngIgnored, lngId, "",
                           false, "");
-    case objRelationships: return GetRelationshipText(program_, run_.server(side), item.strName, run_.database(side));
-    case objConstraints: return GetConstraintText(program_, run_.server(side), item.strName, run_.database(side));
+    case objRelationships:
+      return GetRelationshipText(program_, run_.server(side), item.strName, run_.database(side));
+    case objConstraints:
+      return GetConstraintText(program_, run_.server(side), item.strName, run_.database(side));
     case objPermissions:
       if (side == 0) program_.host.messageBox("Compare all - structure - permissions - to be finished.");
       return {};
-    default: return GetObjectTextConn(program_, run_.connection(side), run_.server(side), item.strName, "");
+    default:
+      return GetObjectTextConn(program_, run_.connection(side), run_.server(side), item.strName, "");
   }
 }
 
@@ -164,8 +167,8 @@ bool CompareAllSection::identical(const Item& item, Pair& pair) {
   const bool blnSame = program_.settings.IgnoreWhitespace
                            ? CompareProcs_IgnoreWhiteSpaces(program_, strSource, strTarget)
                            : strSource == strTarget;
-  return blnSame || (program_.settings.IgnoreColSeq && pair.arrIds[0] >= 1 && pair.arrIds[1] >= 1 &&
-                     sameButForOrder(item, pair));
+  return blnSame ||
+         (program_.settings.IgnoreColSeq && pair.arrIds[0] >= 1 && pair.arrIds[1] >= 1 && sameButForOrder(item, pair));
 }
 
 bool CompareAllSection::sameButForOrder(const Item& item, const Pair& pair) {
@@ -205,13 +208,17 @@ bool CompareAllSection::targetPass() {
 bool CompareAllSection::existsInSource(const std::string& strName, long lngOtherId,
                                        const NamesInRecordset& namesInSource) {
   switch (type_) {
-    case objTables: return lngOtherId > 0 || ObjectExistsInRecordset(namesInSource, strName);
-    case objRelationships: return !GetRelationshipText(program_, run_.server(0), strName, run_.database(0)).empty();
-    case objConstraints: return !GetConstraintText(program_, run_.server(0), strName, run_.database(0)).empty();
+    case objTables:
+      return lngOtherId > 0 || ObjectExistsInRecordset(namesInSource, strName);
+    case objRelationships:
+      return !GetRelationshipText(program_, run_.server(0), strName, run_.database(0)).empty();
+    case objConstraints:
+      return !GetConstraintText(program_, run_.server(0), strName, run_.database(0)).empty();
     case objPermissions:
       program_.host.messageBox("Compare all - structure - permissions - to be finished");
       return false;
-    default: return ObjectExistsInRecordset(namesInSource, strName);
+    default:
+      return ObjectExistsInRecordset(namesInSource, strName);
   }
 }
 

@@ -13,7 +13,11 @@ namespace qrel {
 // What lasts for a whole run.
 struct CompareAllRun {
   CompareAllRun(Program& theProgram, CompareAllControls& controls, const CompareAllInput& theInput)
-      : program(theProgram), frm(controls), input(theInput), selected(theInput.selection), pulse(theProgram, controls) {}
+      : program(theProgram),
+        frm(controls),
+        input(theInput),
+        selected(theInput.selection),
+        pulse(theProgram, controls) {}
 
   Program& program;
   CompareAllControls& frm;

@@ -16,7 +16,8 @@ bool databasesChosen(Program& program, const std::string& strSourceDb, const std
   return false;
 }
 
-CompareAllReportCall reportCall(const Program& program, const std::string& strSourceDb, const std::string& strTargetDb) {
+CompareAllReportCall reportCall(const Program& program, const std::string& strSourceDb,
+                                const std::string& strTargetDb) {
   CompareAllReportCall call;
   call.arrServers = {program.main.gtypSelServ[0].Name, program.main.gtypSelServ[1].Name};
   call.arrDatabases = {strSourceDb, strTargetDb};

@@ -19,7 +19,8 @@ class frmCompareAllTables : public CompareAllWindow {
   void ShowUp(const std::string& strSourceDb, const std::string& strTargetDb, long enmObjectType, bool blnDetails,
               bool blnStructure, bool& blnResult);
 
-  // The data comparison, with the meaning of CompareAll_Structure's arguments; whoever shows the window for data sets it.
+  // The data comparison, with the meaning of CompareAll_Structure's arguments; whoever shows the window for data sets
+  // it.
   std::function<bool(CompareAllControls& frmOwner, std::string& strTypesFlags, const CompareAllInput& input)>
       CompareAll_Data;
 

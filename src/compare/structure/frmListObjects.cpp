@@ -58,8 +58,7 @@ void frmListObjects::loadList(std::size_t side) {
 void frmListObjects::tickNamesake(std::size_t side, std::size_t row) {
   const std::size_t other = 1 - side;
   const auto namesake = rowsByName_[other].find(pvlSqlObj[side].cell(row, 0));
-  if (namesake != rowsByName_[other].end())
-    pvlSqlObj[other].setTicked(namesake->second, pvlSqlObj[side].ticked(row));
+  if (namesake != rowsByName_[other].end()) pvlSqlObj[other].setTicked(namesake->second, pvlSqlObj[side].ticked(row));
 }
 
 void frmListObjects::tickAll(bool ticked) {

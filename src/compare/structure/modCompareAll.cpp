@@ -70,7 +70,8 @@ std::int32_t versionOf(tServer& server) {
 }
 
 // The tables of that name in the database, whatever the panel filters by; empty when the query fails.
-RecordsetPtr tablesNamed(Program& program, const tServer& server, const std::string& strDb, const std::string& strName) {
+RecordsetPtr tablesNamed(Program& program, const tServer& server, const std::string& strDb,
+                         const std::string& strName) {
   constexpr int noSide = -1;
   RecordsetPtr rs;
   GetAdoRS(program, server, adCmdText,
