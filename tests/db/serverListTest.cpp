@@ -155,7 +155,7 @@ TEST(Panels, LoadAServerWithTheDatabaseUsedLast) {
   // A database that can't be opened is left out when that is asked for, without a message.
   std::ofstream(test.servers.databaseFile("One", "Bar"), std::ios::binary) << std::string(5000, 'x');
   test.program.settings.FilterOfflineDbs = true;
-  load("", false);
+  EXPECT_TRUE(LoadServer(test.program, workspace, false, 1, false));
   EXPECT_EQ(workspace.pvlDb[1].find("Bar"), -1);
   EXPECT_TRUE(test.host.boxes.empty() && !test.program.mdlData.gblnNoConnErrMsg);
 }
