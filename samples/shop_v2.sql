@@ -66,10 +66,10 @@ END
 GO
 
 CREATE PROCEDURE AddOrder
-	@CustomerId INT
+    @CustomerId INT
 AS
-	INSERT INTO dbo.Orders (CustomerId) VALUES (@CustomerId)
-	RETURN SCOPE_IDENTITY()
+    INSERT INTO dbo.Orders (CustomerId) VALUES (@CustomerId)
+    RETURN SCOPE_IDENTITY()
 GO
 
 CREATE PROCEDURE dbo.CloseOrder

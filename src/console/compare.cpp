@@ -47,7 +47,10 @@ class ConsoleSteps : public PairComparisonSteps {
                        long type) override {
     different_ = true;
     std::int32_t error = 0;
+    // A line of one word, such as the empty line before a table's indexes, brings up this box each time.
+    console_.host.silentTitle = "GetFirstWord";
     Mark_Differences(console_.program, paneSource, paneTarget, arrSource, arrTarget, error, type);
+    console_.host.silentTitle.clear();
     marked_[0] = arrSource;
     marked_[1] = arrTarget;
   }
@@ -88,9 +91,9 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
 
   bool different = false;
   ConsoleSteps steps(console, different);
-  const std::size_t problems = console.host.problems();
+  const std::size_t reports = console.host.errorReports();
   CompareSelProcs(console.program, workspace, steps, false, "", "");
-  if (sides[0].incomplete || sides[1].incomplete || console.host.problems() != problems) return ExitCode::Incomplete;
+  if (sides[0].incomplete || sides[1].incomplete || console.host.errorReports() != reports) return ExitCode::Incomplete;
   return different ? ExitCode::Different : ExitCode::Identical;
 }
 

@@ -35,10 +35,9 @@ Answer answerOf(Buttons buttons, int defaultButton) {
 
 }  // namespace
 
-Answer ConsoleHost::messageBox(const std::string& text, Icon icon, const std::string& title, Buttons buttons,
+Answer ConsoleHost::messageBox(const std::string& text, Icon, const std::string& title, Buttons buttons,
                                int defaultButton) {
-  if (icon != Icon::Question) ++problems_;
-  tell(title, text);
+  if (silentTitle.empty() || title != silentTitle) tell(title, text);
   return answerOf(buttons, defaultButton);
 }
 
@@ -46,7 +45,7 @@ void ConsoleHost::tellReadOnlyTexts(Form& form) {
   for (Control* control : form.controls()) {
     const auto* box = dynamic_cast<const TextBox*>(control);
     if (box && box->readOnly && !box->text().empty()) {
-      ++problems_;
+      ++errorReports_;
       tell(form.caption, box->text());
     }
   }

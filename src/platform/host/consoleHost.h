@@ -17,8 +17,10 @@ class ConsoleHost : public Host {
 
   // What a command does in the next modal windows, in order.
   std::deque<std::function<void(Form&)>> windows;
-  // Boxes and windows shown so far that told of a problem.
-  std::size_t problems() const { return problems_; }
+  // Error reports shown so far.
+  std::size_t errorReports() const { return errorReports_; }
+  // Boxes with this title aren't told.
+  std::string silentTitle;
   // Asked at every yield; a command sets it to watch for Ctrl+C.
   std::function<void()> onDoEvents;
 
@@ -43,7 +45,7 @@ class ConsoleHost : public Host {
   void tellReadOnlyTexts(Form& form);
 
   std::ostream& messages_;
-  std::size_t problems_ = 0;
+  std::size_t errorReports_ = 0;
 };
 
 }  // namespace qrel
