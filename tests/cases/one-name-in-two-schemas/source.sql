@@ -1,0 +1,4 @@
+CREATE SCHEMA sales
+GO
+CREATE TABLE sales.t (a int NOT NULL)
+CREATE TABLE u (a int NOT NULL)

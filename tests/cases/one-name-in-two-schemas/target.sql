@@ -1,0 +1,2 @@
+CREATE TABLE t (a int NOT NULL)
+CREATE TABLE u (a int NOT NULL)

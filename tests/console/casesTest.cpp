@@ -1,0 +1,85 @@
+// The golden cases: each folder of tests/cases holds source.sql, target.sql, options and the expected reports, written
+// from the rules by hand. `options` has two lines per run: "exit CODE" and "args ..."; the second run's report is in
+// expected.report.2. An optional first line "version V" makes the server an older one.
+#include <cstdlib>
+#include <sstream>
+
+#include "console/commands.h"
+#include "tests/support.h"
+
+namespace qrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string readFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> words(const std::string& line) {
+  std::istringstream stream(line);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
+struct Run {
+  int code = 0;
+  std::string out, err;
+};
+
+Run run(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), "qrel");
+  std::vector<const char*> pointers;
+  for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+  std::ostringstream out, err;
+  const int code = runConsole(static_cast<int>(pointers.size()), pointers.data(), out, err);
+  return {code, out.str(), err.str()};
+}
+
+std::vector<std::string> caseNames() {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(QREL_CASES)) names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+class Cases : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(Cases, GiveTheReportWrittenByHand) {
+  TemporaryFolder home;
+  setenv("QREL_HOME", home.path().c_str(), 1);
+  const fs::path folder = fs::path(QREL_CASES) / GetParam();
+  std::istringstream options(readFile(folder / "options"));
+  std::string line, version = defaultProductVersion;
+  int number = 0, code = 0;
+  while (std::getline(options, line)) {
+    const std::string word = line.substr(0, line.find(' '));
+    if (word == "version") version = line.substr(8);
+    if (word == "exit") code = std::stoi(line.substr(5));
+    if (word != "args") continue;
+    if (++number == 1) {
+      for (const char* side : {"source", "target"}) {
+        const Run load = run({"load", std::string("case/") + side, (folder / (std::string(side) + ".sql")).string(),
+                              "--version", version});
+        ASSERT_EQ(load.code, 0) << load.err;
+      }
+    }
+    std::vector<std::string> arguments = words(line.substr(5));
+    arguments.insert(arguments.begin(), {"compare", "case/source", "case/target"});
+    const Run compared = run(arguments);
+    const std::string file = number == 1 ? "expected.report" : "expected.report." + std::to_string(number);
+    EXPECT_EQ(compared.out, readFile(folder / file)) << line << '\n' << compared.err;
+    EXPECT_EQ(compared.code, code) << line << '\n' << compared.err;
+  }
+  EXPECT_GT(number, 0) << "no run in options";
+  unsetenv("QREL_HOME");
+}
+
+INSTANTIATE_TEST_SUITE_P(Folders, Cases, ::testing::ValuesIn(caseNames()), [](const auto& each) {
+  std::string name = each.param;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+});
+
+}  // namespace
+}  // namespace qrel

@@ -1,0 +1,139 @@
+// The console's commands as a person calls them: output, messages, exit codes.
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+#include "console/commands.h"
+#include "tests/support.h"
+
+namespace qrel {
+namespace {
+
+class Commands : public ::testing::Test {
+ protected:
+  void SetUp() override { setenv("QREL_HOME", folder.path().c_str(), 1); }
+  void TearDown() override { unsetenv("QREL_HOME"); }
+
+  int run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "qrel");
+    std::vector<const char*> pointers;
+    for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+    std::ostringstream outStream, errStream;
+    const int code = runConsole(static_cast<int>(pointers.size()), pointers.data(), outStream, errStream);
+    out = outStream.str();
+    err = errStream.str();
+    return code;
+  }
+  std::string file(const std::string& name, const std::string& content) { return folder.write(name, content).string(); }
+  bool told(const std::string& text) const { return err.find(text) != std::string::npos; }
+
+  TemporaryFolder folder;
+  std::string out, err;
+};
+
+TEST_F(Commands, LoadListAndPrint) {
+  const std::string script = file("s.sql", "CREATE TABLE b (x int)\nGO\nCREATE TABLE a (y int NOT NULL)\nINSERT a VALUES (1),(2)\n");
+  ASSERT_EQ(run({"load", "S/D", script}), 0) << err;
+  EXPECT_NE(out.find("rows                         2\n"), std::string::npos) << out;
+  EXPECT_EQ(run({"databases", "S"}), 0);
+  EXPECT_EQ(out, "D\nmaster\n");
+  EXPECT_EQ(run({"objects", "S/D", "--type", "tables"}), 0);
+  EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 2);
+  EXPECT_TRUE(out.starts_with("a\t")) << out;
+  EXPECT_EQ(std::count(out.begin(), out.end(), '\t'), 4) << "name, date, id";
+  EXPECT_EQ(run({"text", "S/D", "--type", "tables", "A"}), 0);
+  EXPECT_EQ(out, "[y] [int] NOT NULL") << "and nothing else";
+  EXPECT_EQ(run({"text", script, "--type", "tables", "b"}), 0);
+  EXPECT_EQ(out, "[x] [int] NULL");
+}
+
+TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {
+  const std::string good = file("good.sql", "CREATE TABLE t (a int)");
+  const std::string odd = file("odd.sql", "CREATE TABLE t (a int)\nFROBNICATE the table\n");
+  ASSERT_EQ(run({"load", "S/D", good}), 0) << err;
+  struct Case {
+    std::vector<std::string> arguments;
+    int code;
+    std::string message;
+  };
+  const Case cases[] = {
+      {{}, 2, "subcommand"},
+      {{"compare", "S/D", "S/D", "--object", "t"}, 2, "--type"},
+      {{"objects", "S/D", "--type", "sheep"}, 2, "\"sheep\" is no type"},
+      {{"objects", "justaname"}, 2, "neither SERVER/DATABASE nor"},
+      {{"objects", "S/D", "--set", "Nonsense=1"}, 2, "qrel options"},
+      {{"objects", "S/D", "--set", "CaseSensitive=perhaps"}, 2, "on or off"},
+      {{"objects", "missing.sql"}, 3, "missing.sql"},
+      {{"load", "S/D", "missing.sql"}, 3, "missing.sql"},
+      {{"databases", "Nowhere"}, 3, "qrel load"},
+      {{"objects", "S/Nothing"}, 3, "Cannot open database \"Nothing\""},
+      {{"text", "S/D", "--type", "tables", "nothere"}, 3, "There is no table \"nothere\" in S/D."},
+      {{"compare", "S/D", "S/Nothing"}, 3, "Cannot open database"},
+      {{"load", "S/E", odd}, 4, "odd.sql:2: skipped: FROBNICATE the table"},
+  };
+  for (const Case& each : cases) {
+    EXPECT_EQ(run(each.arguments), each.code) << each.message << '\n' << err;
+    EXPECT_TRUE(told(each.message)) << each.message << "\nbut: " << err;
+  }
+  std::ofstream(folder.path() / "servers" / "S" / "D.mdf", std::ios::binary) << std::string(8192, 'x');
+  EXPECT_EQ(run({"objects", "S/D"}), 3);
+  EXPECT_TRUE(told("D.mdf")) << err;
+}
+
+TEST_F(Commands, AFailedLoadLeavesTheDatabaseAsItWas) {
+  const std::string first = file("first.sql", "CREATE TABLE t (a int)");
+  ASSERT_EQ(run({"load", "S/D", first}), 0);
+  EXPECT_EQ(run({"load", "S/D", first, (folder.path() / "missing.sql").string(), "--replace"}), 3);
+  EXPECT_EQ(run({"text", "S/D", "--type", "tables", "t"}), 0) << err;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path() / "servers" / "S"))
+    EXPECT_EQ(entry.path().string().find("loading"), std::string::npos) << entry.path();
+}
+
+TEST_F(Commands, ServersAreAddedAndRemoved) {
+  ASSERT_EQ(run({"load", "Local/D", file("s.sql", "CREATE TABLE t (a int)")}), 0);
+  EXPECT_EQ(run({"servers", "add", "Nowhere"}), 3);
+  EXPECT_TRUE(told("Cannot connect to the server - server does not exist or access denied."));
+  EXPECT_EQ(run({"servers", "add", "Local", "--database", "D"}), 0) << err;
+  EXPECT_EQ(run({"servers"}), 0);
+  EXPECT_TRUE(out.starts_with("Local\tWindows authentication\tD\t")) << out;
+  EXPECT_EQ(run({"servers", "add", "LOCAL"}), 3);
+  EXPECT_TRUE(told("This server is already added to the list."));
+  EXPECT_EQ(run({"servers", "remove", "Local"}), 0) << err;
+  EXPECT_EQ(run({"servers"}), 0);
+  EXPECT_EQ(out, std::string("Local\tembedded\t\t") + defaultProductVersion + "\n");
+}
+
+TEST_F(Commands, APairIsComparedWithItsMarks) {
+  const std::string source = file("a.sql", "CREATE PROCEDURE dbo.p AS\r\n  SELECT 1\r\n  SELECT 2\r\n");
+  const std::string target = file("b.sql", "CREATE PROCEDURE p AS\r\n  SELECT 1\r\n  SELECT 2\r\n");
+  const std::string other = file("c.sql", "CREATE PROCEDURE dbo.p AS\r\n  SELECT 1\r\n  SELECT 3\r\n  SELECT 2\r\n");
+  const std::vector<std::string> object = {"--type", "procedures", "--object", "p"};
+  const auto compare = [&](const std::string& a, const std::string& b) {
+    std::vector<std::string> arguments = {"compare", a, b};
+    arguments.insert(arguments.end(), object.begin(), object.end());
+    return run(arguments);
+  };
+  EXPECT_EQ(compare(source, target), 0) << out;
+  EXPECT_TRUE(out.find("The selected procedures are identical.\n\nPlease note that option 'Ignore Columns Order' is set "
+                       "ON.\n") != std::string::npos)
+      << out;
+  EXPECT_EQ(compare(source, other), 1) << err;
+  EXPECT_TRUE(out.ends_with("The selected procedures are different.\n\n"
+                            "Source:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n    SELECT 2\n\n"
+                            "Target:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n+   SELECT 3\n    SELECT 2\n"))
+      << out;
+}
+
+TEST_F(Commands, AReportFileHasItsOwnLineEnds) {
+  const std::string script = file("s.sql", "CREATE TABLE t (a int)");
+  const std::string path = (folder.path() / "r.txt").string();
+  EXPECT_EQ(run({"compare", script, script, "--types", "tables", "--report", path}), 0) << err;
+  std::ifstream stream(path, std::ios::binary);
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  EXPECT_TRUE(text.starts_with("Comparison of databases\r\n\r\nSource database ")) << text;
+  EXPECT_EQ(run({"compare", script, script, "--report", "/proc/none/r.txt"}), 3);
+  EXPECT_TRUE(told("/proc/none/r.txt")) << err;
+}
+
+}  // namespace
+}  // namespace qrel
