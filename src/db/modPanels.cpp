@@ -13,7 +13,7 @@ namespace qrel {
 void CheckSQLServerVersion(Program& program, tServer& server) {
   if (!server.Version.empty()) return;
   if (server.RegIndex > 0) server.Version = ReadServerValue(program, server.RegIndex, "Version");
-  // What the registry holds is only a first answer: the server is asked all the same.
+  if (!server.Version.empty()) return;
   const std::string strVersion = GetServerVersion(program, server);
   if (strVersion.empty()) return;
   server.Version = strVersion;

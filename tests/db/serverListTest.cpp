@@ -172,25 +172,25 @@ TEST(Panels, StayAsTheyWereWhenTheServerIsGone) {
   EXPECT_EQ(workspace.pvlDb[0].cell(0, 0), "Old");
 }
 
-TEST(Panels, AskTheServerForItsVersionAlthoughTheRegistryKnowsOne) {
+TEST(Panels, AskTheServerForItsVersionOnceAndNeverAgain) {
   TestProgram test;
   test.servers.create("One", "10.50.1600.1");
   tServer server;
   server.Name = "One";
-  server.Version = "9.00.3042.00";
   AppendServer(test.program, server);
   server.RegIndex = 1;
   CheckSQLServerVersion(test.program, server);
-  EXPECT_EQ(server.Version, "9.00.3042.00") << "a record with a version is complete";
-  server.Version.clear();
-  CheckSQLServerVersion(test.program, server);
   EXPECT_EQ(server.Version, "10.50.1600.1");
   EXPECT_EQ(ReadServerValue(test.program, 1, "Version"), "10.50.1600.1");
-  server.Name = "Nowhere";
+  test.servers.setVersion("One", "11.0.2100.60");
   server.Version.clear();
-  test.program.mdlData.gblnNoConnErrMsg = true;
   CheckSQLServerVersion(test.program, server);
-  EXPECT_EQ(server.Version, "10.50.1600.1") << "without an answer the registry's stands";
+  EXPECT_EQ(server.Version, "10.50.1600.1") << "an upgraded server keeps its old version until it is added anew";
+  server.Name = "Nowhere";
+  server.RegIndex = 0;
+  server.Version.clear();
+  CheckSQLServerVersion(test.program, server);
+  EXPECT_EQ(server.Version, "") << "an unknown version is no error";
 }
 
 TEST(ServerInfoSet, OffersToAddAServerWhenThereIsNone) {
