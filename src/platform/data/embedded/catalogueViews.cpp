@@ -85,7 +85,12 @@ constexpr View newViews[] = {
     {"sys.databases", R"(select name, dbid as database_id, null as source_database_id, crdate as create_date,
   110 as compatibility_level, 'SQL_Latin1_General_CP1_CI_AS' as collation_name, 0 as user_access,
   'MULTI_USER' as user_access_desc, 0 as is_read_only, 0 as state, 'ONLINE' as state_desc, 3 as recovery_model,
-  'SIMPLE' as recovery_model_desc from sysdatabases)"},
+  'SIMPLE' as recovery_model_desc, 1 as owner_sid, 0 as snapshot_isolation_state, 0 as is_read_committed_snapshot_on,
+  0 as is_auto_close_on, 0 as is_auto_shrink_on, 1 as is_auto_create_stats_on, 1 as is_auto_update_stats_on,
+  0 as is_auto_update_stats_async_on, 0 as is_ansi_null_default_on, 0 as is_ansi_nulls_on, 0 as is_ansi_padding_on,
+  0 as is_ansi_warnings_on, 0 as is_arithabort_on, 0 as is_concat_null_yields_null_on, 0 as is_quoted_identifier_on,
+  0 as is_recursive_triggers_on, 0 as is_fulltext_enabled, 0 as is_trustworthy_on, 0 as is_broker_enabled,
+  0 as is_encrypted, 0 as is_cdc_enabled from sysdatabases)"},
     {"sys.objects", R"(select name, id as object_id, null as principal_id, schema_id, parent_obj as parent_object_id,
   xtype as type, case xtype when 'U' then 'USER_TABLE' when 'V' then 'VIEW' when 'P' then 'SQL_STORED_PROCEDURE'
   when 'FN' then 'SQL_SCALAR_FUNCTION' when 'IF' then 'SQL_INLINE_TABLE_VALUED_FUNCTION'
@@ -134,7 +139,8 @@ constexpr View newViews[] = {
     {"sys.foreign_keys", R"(select o.name, o.object_id, o.schema_id, o.parent_object_id, o.type, o.type_desc,
   o.create_date, o.modify_date, r.rkeyid as referenced_object_id, 0 as is_disabled, 0 as is_not_trusted,
   0 as delete_referential_action, 'NO_ACTION' as delete_referential_action_desc, 0 as update_referential_action,
-  'NO_ACTION' as update_referential_action_desc from "sys.objects" o join cat_references r on r.constid = o.object_id)"},
+  'NO_ACTION' as update_referential_action_desc from "sys.objects" o
+  join cat_references r on r.constid = o.object_id)"},
     {"sys.foreign_key_columns", R"(select r.constid as constraint_object_id, k.keyno as constraint_column_id,
   r.fkeyid as parent_object_id, k.fcolid as parent_column_id, r.rkeyid as referenced_object_id,
   k.rcolid as referenced_column_id from cat_references r join cat_referencekeys k on k.constid = r.constid)"},

@@ -58,7 +58,7 @@ std::int64_t wholeNumber(const TypeRef& type, const Value& value) {
       const auto parts = readDecimal(value.text);
       if (!parts) failConversion(type, value);
       std::int64_t number = 0;
-      const std::string whole = (parts->negative ? "-" : "") + (parts->whole.empty() ? "0" : parts->whole);
+      const std::string whole = decimalText({parts->negative, parts->whole, {}}, 0);
       if (std::from_chars(whole.data(), whole.data() + whole.size(), number).ec != std::errc()) failOverflow(type);
       return number;
     }
