@@ -230,6 +230,7 @@ Expression Translation::multiplicative() {
 }
 
 Expression Translation::unary() {
+  const Nesting nesting(*this);
   if (reader_.acceptSymbol("+")) return unary();
   const bool minus = reader_.peek().isSymbol("-");
   if (!minus && !reader_.peek().isSymbol("~")) return collated(primary());
@@ -434,6 +435,7 @@ std::string Translation::andCondition() {
 }
 
 std::string Translation::notCondition() {
+  const Nesting nesting(*this);
   if (reader_.acceptWord("not")) return "not (" + notCondition() + ")";
   if (reader_.peek().isSymbol("(") && parenthesesHoldCondition()) {
     reader_.next();

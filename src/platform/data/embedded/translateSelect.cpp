@@ -64,6 +64,7 @@ bool Translation::atSelect() const {
 // Queries -------------------------------------------------------------------------------------------------------------
 
 Query Translation::query(std::vector<std::string>* assigned) {
+  const Nesting nesting(*this);
   std::string with;
   const std::size_t known = commonTables_.size();
   if (reader_.peek().is("with")) commonTables(with);
@@ -405,6 +406,7 @@ std::string Translation::joinTail(std::string left) {
 }
 
 std::string Translation::tablePrimary() {
+  const Nesting nesting(*this);
   if (!reader_.peek().isSymbol("(")) {
     if (reader_.peek().kind == TokenKind::Variable) refuse("a table variable can't be read");
     const Table table = namedTable();

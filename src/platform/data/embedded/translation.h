@@ -142,10 +142,26 @@ class Translation {
 
   [[noreturn]] void refuse(const std::string& reason) const;
 
+  // Counts how deep expressions, conditions and queries are nested; refuses what would exhaust the stack.
+  class Nesting {
+   public:
+    explicit Nesting(Translation& of) : of_(of) {
+      if (++of_.depth_ > mostNested) of_.refuse("it is nested too deep");
+    }
+    ~Nesting() { --of_.depth_; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+   private:
+    Translation& of_;
+  };
+  static constexpr int mostNested = 300;
+
   const TranslateContext& context_;
   TokenReader& reader_;
   Scope* scope_ = nullptr;
   std::vector<std::pair<std::string, Columns>> commonTables_;
+  int depth_ = 0;
 };
 
 // Words that end an expression, a table or a query, and so are no alias.

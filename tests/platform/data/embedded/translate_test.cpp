@@ -136,8 +136,11 @@ TEST_F(Translate, ErrorsCarryTheServersNumbers) {
     EXPECT_EQ(error.number, number) << sql;
     EXPECT_EQ(error.description, description) << sql;
   }
-  for (const char* sql : {"SELECT id FROM t FOR XML AUTO", "SELECT * FROM t PIVOT (x)", "SELECT FROM t", "SELECT (1"})
-    EXPECT_EQ(server_->error(sql).number, errorNumber::badSql) << sql;
+  const std::string deep(20000, '(');
+  for (const std::string& sql : {std::string("SELECT id FROM t FOR XML AUTO"), std::string("SELECT * FROM t PIVOT (x)"),
+                                 std::string("SELECT FROM t"), std::string("SELECT (1"), "SELECT 1 WHERE " + deep,
+                                 "SELECT " + deep, "SELECT * FROM " + deep, "SELECT " + std::string(20000, '~') + "1"})
+    EXPECT_EQ(server_->error(sql).number, errorNumber::badSql) << sql.substr(0, 40);
 }
 
 TEST(StoredExpression, AsTheServerKeepsIt) {
