@@ -258,7 +258,7 @@ void Catalogue::dropSchema(std::string_view name) {
     refuse("Cannot drop the schema '" + std::string(name) +
            "', because it does not exist or you do not have permission.");
   }
-  auto& query = database_.cached("select name from cat_objects where schema_id = ?1 limit 1");
+  auto& query = database_.cached("select name from cat_objects where schema_id = ?1 order by id limit 1");
   std::string object;
   if (query.bind(1, id).step()) object = query.text(0);
   query.reset();

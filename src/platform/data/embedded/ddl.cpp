@@ -40,6 +40,17 @@ int rankOf(const TypeRef& type) {
   return found == order.end() ? -1 : static_cast<int>(found - order.begin());
 }
 
+// NEXT VALUE FOR a sequence as the server keeps it; empty when the text is something else.
+std::string storedSequenceDefault(std::string_view text) {
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  while (reader.acceptSymbol("(")) {
+  }
+  if (!reader.acceptWord("NEXT") || !reader.acceptWord("VALUE") || !reader.acceptWord("FOR")) return "";
+  const ObjectName name = readObjectName(reader);
+  return "(NEXT VALUE FOR [" + (name.schema.empty() ? "dbo" : name.schema) + "].[" + name.name + "])";
+}
+
 TypeRef namedType(const std::string& text) {
   const auto tokens = lex(text);
   TokenReader reader(text, tokens);
@@ -372,7 +383,9 @@ void DdlReader::check(TableDef& table, const std::string& name, const ColumnDef*
 
 void DdlReader::defaultValue(const std::string& name, ColumnDef* column) {
   reader_.expectWord("DEFAULT");
-  std::string text = storedExpression(expression(), catalogue_.serverMajor());
+  const std::string_view written = expression();
+  std::string text = storedSequenceDefault(written);
+  if (text.empty()) text = storedExpression(written, catalogue_.serverMajor());
   std::string target;
   if (reader_.acceptWord("FOR")) target = reader_.expectIdentifier();
   if (reader_.peek().is("WITH") && reader_.peek(1).is("VALUES")) {

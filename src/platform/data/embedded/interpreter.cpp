@@ -12,9 +12,11 @@ namespace qrel::tsql {
 namespace {
 
 // Batches longer than this are lexed piece by piece where they are rows of INSERTs.
-constexpr std::size_t pieceSize = 48 * 1024;
+constexpr std::size_t pieceSize = 16 * 1024;
 constexpr std::size_t firstWordsLength = 60;
 constexpr int mostTurns = 1000000;
+// Statements within statements, and brackets within brackets, beyond which nothing is read: both are read by recursion.
+constexpr int mostNesting = 200;
 
 bool isModuleWord(const Token& token) {
   return token.is("PROC") || token.is("PROCEDURE") || token.is("VIEW") || token.is("FUNCTION") || token.is("TRIGGER");
@@ -30,6 +32,22 @@ bool isModuleBatch(std::string_view batch) {
     if (reader.acceptWord("OR")) reader.acceptWord("ALTER");
   }
   return isModuleWord(reader.peek());
+}
+
+// How deep brackets, CASE and runs of signs and NOTs go between two tokens.
+int nestingOf(const std::vector<Token>& tokens, std::size_t begin, std::size_t end) {
+  int deepest = 0;
+  int open = 0;
+  int run = 0;
+  for (std::size_t i = begin; i < end; ++i) {
+    const Token& token = tokens[i];
+    const bool prefix = token.isSymbol("-") || token.isSymbol("+") || token.isSymbol("~") || token.is("NOT");
+    run = prefix ? run + 1 : 0;
+    if (token.isSymbol("(") || token.is("CASE")) ++open;
+    if ((token.isSymbol(")") || token.is("END")) && open > 0) --open;
+    deepest = std::max(deepest, open + run);
+  }
+  return deepest;
 }
 
 bool beginsTransaction(const Token& behindBegin) {
@@ -50,6 +68,11 @@ class Continuation {
         wantsQuery_(first.is("INSERT")),
         wantsStatement_(first.is("WITH")),
         alter_(first.is("ALTER")) {}
+
+  // Tells of each token in turn that stands in no brackets.
+  void pass(const Token& token) {
+    if (token.is("VALUES")) wantsQuery_ = false;
+  }
 
   bool continues(const Token& previous, const Token& token) {
     if (merge_) return true;  // a MERGE ends with its semicolon alone
@@ -107,6 +130,7 @@ void Interpreter::run(std::string_view batch) {
 void Interpreter::runPiece(std::string_view text) {
   tokens_ = lex(text);
   reader_ = TokenReader(text, tokens_);
+  deep_ = nestingOf(tokens_, 0, tokens_.size()) > mostNesting;
   while (!reader_.atEnd() && flow_ == Flow::Normal) {
     const std::size_t before = reader_.position();
     statement();
@@ -119,6 +143,13 @@ void Interpreter::statement() {
   const Token& first = reader_.peek();
   if (first.isSymbol(";")) {
     reader_.next();
+    return;
+  }
+  if (++statementDepth_ > mostNesting) {
+    parsed_ = true;
+    const std::size_t start = reader_.position();
+    reader_.moveTo(tokens_.size() - 1);
+    statementFailed(start, Kind::Skipped, "nested too deeply", errorNumber::badSql);
   } else if (first.is("IF")) {
     ifStatement();
   } else if (first.is("WHILE")) {
@@ -128,6 +159,11 @@ void Interpreter::statement() {
   } else {
     simpleStatement();
   }
+  --statementDepth_;
+}
+
+void Interpreter::checkNesting(std::size_t start) const {
+  if (deep_ && nestingOf(tokens_, start, likelyEnd(start)) > mostNesting) notUnderstood("nested too deeply");
 }
 
 Interpreter::Handler Interpreter::handlerOf(const Token& token) const {
@@ -199,6 +235,7 @@ void Interpreter::simpleStatement() {
       return;
     }
     if (!handler) notUnderstood("unknown statement");
+    checkNesting(start);
     const bool told = running();
     (this->*handler)();
     if (told && !silent_) tell(start, made_.empty() ? Kind::Ran : Kind::Made, made_, rows_);
@@ -206,7 +243,10 @@ void Interpreter::simpleStatement() {
     statementFailed(start, Kind::Skipped, error.reason, errorNumber::badSql);
   } catch (const DataError& error) {
     if (error.number == errorNumber::cannotConnect || !listener_) {
-      if (running()) throw;  // the file itself is in trouble, or there is nobody to tell
+      // The file itself is in trouble, or there is nobody to tell.
+      if (running())
+        throw DataError(error.number, error.description, error.sqlState,
+                        error.sql.empty() ? std::string(batch_) : error.sql);
     }
     statementFailed(start, Kind::Failed, error.description, error.number);
   }
@@ -237,9 +277,9 @@ void Interpreter::tell(std::size_t start, Kind kind, std::string what, std::int6
 }
 
 std::string Interpreter::firstWords(std::size_t start) const {
-  const std::string_view text = reader_.source().substr(tokens_[start].begin, 4 * firstWordsLength);
+  const std::size_t end = std::max(reader_.position(), start + 1);
   std::string words;
-  for (const char c : text.substr(0, text.find(';'))) {
+  for (const char c : reader_.sourceBetween(start, end)) {
     const bool blank = static_cast<unsigned char>(c) <= 0x20;
     if (!blank) {
       words += c;
@@ -261,6 +301,7 @@ std::size_t Interpreter::likelyEnd(std::size_t start) const {
     if (token.isSymbol("(")) ++brackets;
     if (token.isSymbol(")")) brackets = std::max(0, brackets - 1);
     if (brackets > 0) continue;
+    continuation.pass(token);
     if (token.is("CASE")) ++blocks;
     if (token.is("END") && blocks-- == 0) return i;
     if (blocks > 0) continue;
@@ -364,19 +405,18 @@ void Interpreter::ifStatement() {
   bool second = false;
   parsed_ = false;
   try {
+    checkNesting(start);
     reader_.next();
     const std::string sql = translator().condition();
     parsed_ = true;
     if (running()) first = evaluateCondition(sql), second = !first;
   } catch (const NotUnderstood& error) {
-    const bool read = std::exchange(parsed_, true);
+    if (!std::exchange(parsed_, true)) skipToBody(start);
     statementFailed(start, Kind::Skipped, error.reason, errorNumber::badSql);
-    if (!read) skipToBody(start);
   } catch (const DataError& error) {
     if (running() && (!listener_ || error.number == errorNumber::cannotConnect)) throw;
-    const bool read = std::exchange(parsed_, true);
+    if (!std::exchange(parsed_, true)) skipToBody(start);
     statementFailed(start, Kind::Failed, error.description, error.number);
-    if (!read) skipToBody(start);
   }
   executing_ = was && first;
   statement();
@@ -400,20 +440,19 @@ void Interpreter::whileStatement() {
     bool goesOn = false;
     parsed_ = false;
     try {
+      checkNesting(start);
       const std::string sql = translator().condition();
       parsed_ = true;
       goesOn = running() && evaluateCondition(sql);
       if (goesOn && turn >= mostTurns) refuseLoop();
     } catch (const NotUnderstood& error) {
-      const bool read = std::exchange(parsed_, true);
+      if (!std::exchange(parsed_, true)) skipToBody(start);
       statementFailed(start, Kind::Skipped, error.reason, errorNumber::badSql);
-      if (!read) skipToBody(start);
       goesOn = false;
     } catch (const DataError& error) {
       if (running() && (!listener_ || error.number == errorNumber::cannotConnect)) throw;
-      const bool read = std::exchange(parsed_, true);
+      if (!std::exchange(parsed_, true)) skipToBody(start);
       statementFailed(start, Kind::Failed, error.description, error.number);
-      if (!read) skipToBody(start);
       goesOn = false;
     }
     executing_ = was && goesOn;

@@ -79,6 +79,7 @@ class Interpreter {
   // interpreter.cpp: the run of statements, control flow, errors
   void runPiece(std::string_view text);
   void statement();
+  void checkNesting(std::size_t start) const;
   void simpleStatement();
   Handler handlerOf(const Token& token) const;
   void block();
@@ -211,6 +212,8 @@ class Interpreter {
   bool silent_ = false;  // nothing is told of the current statement: its parts have told it
   Flow flow_ = Flow::Normal;
   int blockDepth_ = 0;
+  int statementDepth_ = 0;
+  bool deep_ = false;  // something in the piece is nested deeper than can be read
   std::string made_;
   std::int64_t rows_ = 0;
   std::vector<Value> row_;

@@ -33,7 +33,7 @@ CommandResult Session::run(std::string_view batch, BatchListener* listener, cons
 void Session::moveTo(std::shared_ptr<OpenDatabase> open) {
   commitAll();
   open_ = std::move(open);
-  state_ = std::make_unique<SessionState>();
+  *state_ = SessionState();  // whoever runs a batch holds on to it
 }
 
 void Session::commitAll() {

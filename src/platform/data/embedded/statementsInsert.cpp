@@ -156,6 +156,7 @@ Value Interpreter::defaultOf(const InsertPlan::Column& source) {
   if (source.fixed) return *source.fixed;
   if (source.sequence)
     return convertTo(source.column->type, Value::ofInteger(catalogue_->nextSequenceValue(*source.sequence)));
+  if (source.sql.empty()) return {};
   const Value value = evaluate(source.sql);
   return value.null ? value : convertTo(source.column->type, value);
 }
