@@ -30,10 +30,14 @@ struct LoadReport {
 };
 
 struct LoadOptions {
-  bool replace = false;                                                     // an existing database is emptied first
-  std::function<void(const std::string& file, std::size_t line)> progress;  // now and then
-  std::function<bool()> stop;                                               // asked between statements
-  std::vector<std::pair<std::string, std::string>> variables;  // sqlcmd $(name), on top of the script's :setvar
+  // An existing database is emptied first.
+  bool replace = false;
+  // Told now and then where the load stands.
+  std::function<void(const std::string& file, std::size_t line)> progress;
+  // Asked between statements; true ends the load, which then leaves the database as it was.
+  std::function<bool()> stop;
+  // sqlcmd $(name), on top of the script's :setvar.
+  std::vector<std::pair<std::string, std::string>> variables;
 };
 
 // Loads files in the given order, folders as their .sql files in name order (one level). USE, CREATE DATABASE and DROP
