@@ -234,6 +234,10 @@ TEST_F(CompareAllReports, TablesMeetTheNamesakeInTheirSchemaFromVersion9On) {
             "Comparison of tables\nThere are 2 tables in Source database.\nThere are 2 tables in Target database.\n"
             "List of tables which differ:\n\ts.t\n\t(1 table)\n"
             "One table [dbo.t] has identical structure in both databases.");
+  load("CREATE TABLE t (a int)", "CREATE TABLE T (a int)");
+  EXPECT_EQ(section(objTables), counts + "The structure of all tables in both databases is identical.")
+      << "the server finds a namesake in another case";
+
   long lngOtherId = 7;
   bool blnProceed = false;
   auto& [source, target] = program.main.gtypSelServ;

@@ -45,6 +45,7 @@ bool CompareAllSection::loadLists() {
                 run_.database(side), false, "", side, true);
     if (!run_.pulse.goOn(true)) return false;
   }
+  if (type_ == objTables) namesakes_.emplace(program_, run_.input.arrDatabases);
   return true;
 }
 
@@ -64,6 +65,9 @@ bool CompareAllSection::proceed(const std::string& strName) const {
 bool CompareAllSection::findNamesake(int side, const std::string& strName, long lngId, long& lngOtherId,
                                      bool& blnProceed) {
   const int other = 1 - side;
+  lngOtherId = namesakes_ ? namesakes_->find(side, bareName(strName), lngId) : 0;
+  blnProceed = lngOtherId > 0;
+  if (blnProceed) return true;
   return CompareAll_CheckForDuplicateNames(program_, type_, run_.server(side), strName, run_.database(side),
                                            run_.server(other), run_.database(other), lngId, lngOtherId, blnProceed);
 }

@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "compare/structure/CompareAllReport.h"
+#include "compare/structure/TableNamesakes.h"
 
 namespace qrel {
 
@@ -77,6 +78,7 @@ class CompareAllSection {
   CompareAllRun& run_;
   Program& program_;
   long type_;
+  std::optional<TableNamesakes> namesakes_;                     // of a comparison of tables
   std::optional<std::unordered_set<std::string>> targetNames_;  // bare, lower case; made when first asked for
 };
 
