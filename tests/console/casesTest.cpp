@@ -1,10 +1,12 @@
 // The golden cases: each folder of tests/cases holds source.sql, target.sql, options and the expected reports, written
 // from the rules by hand. `options` has two lines per run: "exit CODE" and "args ..."; the second run's report is in
 // expected.report.2. An optional first line "version V" makes the server an older one.
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 
-#include "console/commands.h"
+#include "tests/console/runQrel.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -20,20 +22,6 @@ std::string readFile(const fs::path& path) {
 std::vector<std::string> words(const std::string& line) {
   std::istringstream stream(line);
   return {std::istream_iterator<std::string>(stream), {}};
-}
-
-struct Run {
-  int code = 0;
-  std::string out, err;
-};
-
-Run run(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), "qrel");
-  std::vector<const char*> pointers;
-  for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
-  std::ostringstream out, err;
-  const int code = runConsole(static_cast<int>(pointers.size()), pointers.data(), out, err);
-  return {code, out.str(), err.str()};
 }
 
 std::vector<std::string> caseNames() {
@@ -59,14 +47,14 @@ TEST_P(Cases, GiveTheReportWrittenByHand) {
     if (word != "args") continue;
     if (++number == 1) {
       for (const char* side : {"source", "target"}) {
-        const Run load = run({"load", std::string("case/") + side, (folder / (std::string(side) + ".sql")).string(),
+        const QrelRun load = runQrel({"load", std::string("case/") + side, (folder / (std::string(side) + ".sql")).string(),
                               "--version", version});
         ASSERT_EQ(load.code, 0) << load.err;
       }
     }
     std::vector<std::string> arguments = words(line.substr(5));
     arguments.insert(arguments.begin(), {"compare", "case/source", "case/target"});
-    const Run compared = run(arguments);
+    const QrelRun compared = runQrel(arguments);
     const std::string file = number == 1 ? "expected.report" : "expected.report." + std::to_string(number);
     EXPECT_EQ(compared.out, readFile(folder / file)) << line << '\n' << compared.err;
     EXPECT_EQ(compared.code, code) << line << '\n' << compared.err;

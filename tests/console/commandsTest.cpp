@@ -1,9 +1,8 @@
 // The console's commands as a person calls them: output, messages, exit codes.
 #include <algorithm>
 #include <cstdlib>
-#include <sstream>
 
-#include "console/commands.h"
+#include "tests/console/runQrel.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -14,15 +13,11 @@ class Commands : public ::testing::Test {
   void SetUp() override { setenv("QREL_HOME", folder.path().c_str(), 1); }
   void TearDown() override { unsetenv("QREL_HOME"); }
 
-  int run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "qrel");
-    std::vector<const char*> pointers;
-    for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
-    std::ostringstream outStream, errStream;
-    const int code = runConsole(static_cast<int>(pointers.size()), pointers.data(), outStream, errStream);
-    out = outStream.str();
-    err = errStream.str();
-    return code;
+  int run(const std::vector<std::string>& arguments) {
+    const QrelRun result = runQrel(arguments);
+    out = result.out;
+    err = result.err;
+    return result.code;
   }
   std::string file(const std::string& name, const std::string& content) { return folder.write(name, content).string(); }
   bool told(const std::string& text) const { return err.find(text) != std::string::npos; }
