@@ -1,0 +1,220 @@
+// The report window through its buttons, and the files it writes.
+#include "report/frmReport.h"
+
+#include <algorithm>
+
+#include "app/Workspace.h"
+#include "app/modRegistry.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "report/modCopyToFile.h"
+#include "tests/support.h"
+
+namespace qrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A report window in a folder of its own, with saved processes that only note what they are asked.
+class Report : public ::testing::Test {
+ protected:
+  Report() {
+    fs::create_directory(folder());
+    fs::current_path(folder());
+    test.program.main.gstrDataPath = folder().string() + "/";
+    test.program.report.gstrReportText = "  Source: x\r\nend";
+    steps().SaveComparison = [this](const tReportInput& told, bool& saved, std::string& name) {
+      calls.push_back("save " + told.strServer1 + " " + std::to_string(told.arrSource.size()));
+      saved = true;
+      name = "mine";
+    };
+    steps().RecordExportingResultsToTxtFile = [this](const std::string& name, const std::string& path,
+                                                     std::int32_t exportType, bool, std::int32_t compType) {
+      calls.push_back("file " + name + " " + fs::path(path).filename().string() + " " + std::to_string(exportType) +
+                      " " + std::to_string(compType));
+    };
+    steps().AddPrintInfoToSavedProcess = [this](const std::string& name, bool print) {
+      calls.push_back("print " + name);
+      return print;
+    };
+    input.strTitle = "Comparison Report";
+    input.strServer1 = "S1";
+    input.lngCompType = 1;
+  }
+  ~Report() override { fs::current_path(before_); }
+
+  fs::path folder() const { return test.folder.path() / "data"; }
+  std::string path(const std::string& name) const { return (folder() / name).string(); }
+  ReportProcessSteps& steps() { return test.program.state<ReportProcessSteps>(); }
+  // Opens the window for a person who does this.
+  void show(const std::function<void(frmReport&)>& person) {
+    test.host.windows.push_back([person](Form& form) { person(dynamic_cast<frmReport&>(form)); });
+    frmReport(test.program).ShowUp(input);
+  }
+
+  TestProgram test;
+  tReportInput input;
+  std::vector<std::string> calls;
+
+ private:
+  fs::path before_ = fs::current_path();
+};
+
+// The pane's lines keep their CR, and each gets a CR LF.
+constexpr const char* written = "Source: x\r\r\nend\r\n";
+
+TEST_F(Report, ShowsTheTextAndCopiesIt) {
+  SaveSettingDWord(test.store, HKEY_CURRENT_USER, "Software\\Qrel\\TXText", "PageWidth", 30000);
+  SaveSettingDWord(test.store, HKEY_CURRENT_USER, "Software\\Qrel\\TXText", "PageHeight", 100);
+  show([&](frmReport& window) {
+    EXPECT_EQ(window.caption, "Comparison Report");
+    EXPECT_EQ(window.txtReport.text(), test.program.report.gstrReportText);
+    EXPECT_EQ(window.txtReport.pageWidth, 30000);
+    EXPECT_EQ(window.txtReport.pageHeight, 15840) << "too small a page is raised";
+    window.cmdCopyClip.personClicks();
+    window.personPressesEsc();
+    EXPECT_TRUE(window.closed());
+  });
+  EXPECT_EQ(test.host.clipboard, std::string("  ") + written);
+}
+
+TEST_F(Report, RecordsTheFirstFileAfterASave) {
+  input.lngSelCountSource = 0;
+  input.arrSource = {"left over"};
+  test.host.files = {path("a.txt"), "", path("b.txt"), path("c.txt")};
+  show([&](frmReport& window) {
+    window.cmdCopyToFile.personClicks();  // nothing saved yet
+    window.cmdSave.personClicks();
+    for (int i = 0; i < 3; ++i) window.cmdCopyToFile.personClicks();  // the first one is cancelled
+    window.cmdPrint.personClicks();
+  });
+  EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "file mine b.txt 0 1"}));
+  EXPECT_EQ(files::readWholeFile(path("c.txt")), written);
+  EXPECT_EQ(test.host.fileDialogs.front().defaultFile, path("Report.txt"));
+  EXPECT_EQ(test.host.fileDialogs.front().title, "Specify Target File");
+}
+
+TEST_F(Report, RecordsThePrintingAfterASaveOnce) {
+  show([&](frmReport& window) {
+    window.cmdPrint.personClicks();
+    window.cmdSave.personClicks();
+    window.cmdPrint.personClicks();
+    window.cmdPrint.personClicks();
+  });
+  EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "print mine"}));
+  ASSERT_EQ(test.host.printed.size(), 3U);
+  EXPECT_EQ(test.host.printed[0].title, "Quorrel Report");
+  EXPECT_EQ(test.host.printed[0].text, test.program.report.gstrReportText);
+  ASSERT_EQ(test.host.boxes.size(), 1U);
+  EXPECT_EQ(test.host.boxes[0].icon, Icon::Information);
+  EXPECT_EQ(
+      test.host.boxes[0].text,
+      "Printing info was added to the saved comparison process:\r\n\t- process name:\t'mine'\r\n\r\nNext time when "
+      "this process is run, the program will automatically print final report on the default printer.");
+}
+
+TEST_F(Report, ASecondCommandIsInertWhileOneRuns) {
+  frmReport window(test.program);
+  steps().SaveComparison = [&](const tReportInput&, bool&, std::string&) {
+    window.cmdPrint.personClicks();
+    window.cmdCopyToFile.personClicks();
+    window.cmdSave.personClicks();
+    throw RuntimeError(75, "no room");
+  };
+  test.host.windows = {[&](Form&) { window.cmdSave.personClicks(); }, [](Form&) {}};
+  window.ShowUp(input);
+  EXPECT_TRUE(test.host.printed.empty());
+  EXPECT_EQ(test.host.shown, (std::vector<std::string>{"frmReport", "frmErrorReport"}));
+  window.cmdPrint.personClicks();
+  EXPECT_EQ(test.host.printed.size(), 1U) << "an error ends the command";
+}
+
+TEST_F(Report, HasNoSaveButtonWithoutAComparisonOrSavedProcesses) {
+  const auto saveButtonOf = [](bool& visible) {
+    return [&visible](Form& form) { visible = form.find("cmdSave")->visible(); };
+  };
+  bool usual = false, generic = true, alone = true;
+  test.host.windows = {saveButtonOf(usual), saveButtonOf(generic), saveButtonOf(alone)};
+  frmReport window(test.program);
+  window.ShowUp(input);
+  window.ShowUp_Generic("References");
+  EXPECT_EQ(window.caption, "References");
+  steps() = {};
+  window.ShowUp(input);
+  EXPECT_TRUE(usual);
+  EXPECT_FALSE(generic);
+  EXPECT_FALSE(alone);
+}
+
+TEST_F(Report, ReplayWritesAndPrintsOnceAndRecordsNothing) {
+  input.blnAuto = input.blnPrint = true;
+  input.strExportPath = path("out.txt");
+  show([&](frmReport& window) {
+    EXPECT_EQ(files::readWholeFile(input.strExportPath), written);
+    window.activate();
+    EXPECT_EQ(test.host.printed.size(), 1U);
+    test.host.files = {path("asked.txt")};
+    window.cmdCopyToFile.personClicks();  // from now on as usual
+    window.cmdSave.personClicks();
+    window.cmdPrint.personClicks();
+  });
+  EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "print mine"}));
+}
+
+TEST_F(Report, ReplayGoesOnToPrintWhenTheFileCannotBeWritten) {
+  input.blnAuto = input.blnPrint = true;
+  input.strExportPath = path("missing/out.txt");
+  test.program.main.gblnCloseAfterRun = true;
+  std::string problem;
+  test.host.windows.push_back([&](Form& form) { problem = dynamic_cast<TextBox&>(*form.find("txtErrDesc")).text(); });
+  show([](frmReport&) { ADD_FAILURE() << "the window closes by itself"; });
+  EXPECT_NE(problem.find("(mdlMain:CopyToFile)"), std::string::npos) << problem;
+  EXPECT_EQ(test.host.printed.size(), 1U);
+}
+
+TEST_F(Report, ClosingRemovesTemporaryFilesOfTheCurrentFolder) {
+  fs::create_directory("folder.tmp");
+  for (const char* name : {"a.tmp", "B.TMP", ".hidden.tmp", "tmp", "a.tmp.txt", "folder.tmp/a.tmp"})
+    test.folder.write("data/" + std::string(name), "x");
+  show([](frmReport& window) {
+    EXPECT_TRUE(files::exists("a.tmp"));
+    window.cmdExit.personClicks();
+  });
+  std::vector<std::string> left;
+  for (const auto& entry : fs::recursive_directory_iterator(".")) left.push_back(entry.path().filename().string());
+  std::sort(left.begin(), left.end());
+  EXPECT_EQ(left, (std::vector<std::string>{".hidden.tmp", "a.tmp", "a.tmp.txt", "folder.tmp", "tmp"}));
+}
+
+TEST_F(Report, CopyToFileNeedsATextAndATarget) {
+  std::string chosen = "old";
+  EXPECT_FALSE(CopyToFile(test.program, "   ", "Report", chosen, ""));
+  EXPECT_TRUE(test.host.fileDialogs.empty());
+  EXPECT_EQ(chosen, "");
+  test.host.files = {""};
+  EXPECT_FALSE(CopyToFile(test.program, "x", "Report", chosen, ""));
+  test.folder.write("data/r.txt", "a longer text that was there");
+  EXPECT_TRUE(CopyToFile(test.program, " x\ty ", "Report", chosen, path("r.txt")));
+  EXPECT_EQ(chosen, path("r.txt"));
+  EXPECT_EQ(files::readWholeFile(chosen), "x\ty");
+}
+
+TEST_F(Report, CopiesAPaneOnlyForASelectedObject) {
+  Workspace workspace;
+  workspace.txtTXProc[1].setText("CREATE VIEW v");
+  CopyObjectToClipboard(test.program, workspace, 1);
+  CopyObjectToFile(test.program, workspace, 1);
+  ASSERT_EQ(test.host.boxes.size(), 2U);
+  EXPECT_EQ(test.host.boxes[1].title + ": " + test.host.boxes[1].text, "Cannot Copy: There is nothing to copy.");
+  workspace.pvlSqlObj[1].add("other");
+  workspace.pvlSqlObj[1].select(workspace.pvlSqlObj[1].add("v"));
+  test.host.files = {path("v.sql")};
+  CopyObjectToClipboard(test.program, workspace, 1);
+  CopyObjectToFile(test.program, workspace, 1);
+  EXPECT_EQ(test.host.clipboard, "CREATE VIEW v\r\n");
+  EXPECT_EQ(test.host.fileDialogs.at(0).defaultFile, path("v.txt"));
+  EXPECT_EQ(files::readWholeFile(path("v.sql")), "CREATE VIEW v\r\n");
+}
+
+}  // namespace
+}  // namespace qrel
