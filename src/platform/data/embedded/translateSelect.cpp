@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "platform/data/embedded/translation.h"
 #include "platform/error.h"
@@ -8,19 +9,17 @@ namespace qrel::tsql {
 
 namespace {
 
-// Sets a scope for the length of a query.
+// Puts another scope in force and brings the one before back.
 class ScopeGuard {
  public:
-  ScopeGuard(Scope*& current, Scope& own) : current_(current) {
-    own.outer = current;
-    current = &own;
-  }
-  ~ScopeGuard() { current_ = current_->outer; }
+  ScopeGuard(Scope*& current, Scope* next) : current_(current), before_(std::exchange(current, next)) {}
+  ~ScopeGuard() { current_ = before_; }
   ScopeGuard(const ScopeGuard&) = delete;
   ScopeGuard& operator=(const ScopeGuard&) = delete;
 
  private:
   Scope*& current_;
+  Scope* before_;
 };
 
 bool startsStatement(const Token& token) {
@@ -185,7 +184,8 @@ Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& 
   }
   reader_.expectWord("select");
   Scope own;
-  const ScopeGuard guard(scope_, own);
+  own.outer = scope_;
+  const ScopeGuard guard(scope_, &own);
   const Top top = readTop();
   limit = top.limit;
   // The columns' types must be known before the list is read: FROM goes first.
@@ -357,8 +357,7 @@ std::string Translation::orderItem(const Columns& columns, bool compound) {
 
 std::string Translation::fromList() {
   Scope own;
-  std::unique_ptr<ScopeGuard> guard;
-  if (!scope_) guard = std::make_unique<ScopeGuard>(scope_, own);
+  const ScopeGuard guard(scope_, scope_ ? scope_ : &own);
   std::string sql = joined();
   while (reader_.acceptSymbol(",")) sql += ", " + joined();
   return sql;
@@ -550,8 +549,7 @@ std::string Translation::valuesRows(Columns& columns) {
 std::string Translation::derivedTable() {
   Query body;
   {
-    Scope* const neighbours = scope_;
-    scope_ = scope_->outer;
+    const ScopeGuard guard(scope_, scope_->outer);
     if (reader_.peek(1).is("values")) {
       reader_.next();
       body.sql = valuesRows(body.columns);
@@ -559,7 +557,6 @@ std::string Translation::derivedTable() {
     } else {
       body = parenthesizedQuery();
     }
-    scope_ = neighbours;
   }
   Source source;
   source.exposed = readAlias();
