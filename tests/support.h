@@ -3,41 +3,16 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 
 #include "app/Program.h"
 #include "platform/data/embedded/instances.h"
 #include "platform/data/embedded/loader.h"
 #include "platform/host/scriptedHost.h"
+#include "tests/platform/temporaryFolder.h"
 
 namespace qrel {
-
-// A folder that is gone with the object.
-class TemporaryFolder {
- public:
-  TemporaryFolder()
-      : path_(std::filesystem::temp_directory_path() / ("qrel-test-" + std::to_string(std::random_device{}()))) {
-    std::filesystem::create_directories(path_);
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-  std::filesystem::path write(const std::string& name, const std::string& content) const {
-    std::ofstream(path_ / name, std::ios::binary) << content;
-    return path_ / name;
-  }
-
- private:
-  std::filesystem::path path_;
-};
 
 class TestProgram {
  public:
