@@ -1,6 +1,7 @@
 #include "db/frmAddServer.h"
 
 #include "app/modRegistry.h"
+#include "app/settings.h"
 #include "db/mdlServers.h"
 #include "platform/text.h"
 
@@ -66,8 +67,9 @@ bool frmAddServer::inputIsValid() {
     if (trimmed(txtLogin).empty()) return refuse(txtLogin, "Please enter Login name.");
     trimmed(txtPassword);
   }
-  // A count without servers in memory can't be loaded: the key is dropped before the server is added.
-  if (program_.servers.gtypServers.empty() && GetServersCount(program_) > 0 && program_.servers.gtypServers.empty())
+  // A count without servers in memory is one that can't be loaded: the key goes before the server is added. A key that
+  // does hold servers has subkeys and stays.
+  if (program_.servers.gtypServers.empty() && ReadNumber(program_, "Count") >= 1)
     DeleteRegKey(program_.store, HKEY_CURRENT_USER, std::string(productKey) + "\\Servers");
   if (IsServerInList(program_, txtServer.text()))
     return refuse(txtServer, "This server is already added to the list.");

@@ -106,6 +106,18 @@ TEST(AddServer, RefusesInTheToldOrderAndAddsAServerThatAnswers) {
   EXPECT_EQ(test.host.boxes.back().text, "This server is already added to the list.");
 }
 
+TEST(AddServer, RepairsACountWithoutServers) {
+  TestProgram test;
+  test.servers.create("Local");
+  SaveSettingDWord(test.store, HKEY_CURRENT_USER, "Software\\Qrel\\Servers", "Count", 3);
+  test.host.windows.push_back([&](Form& window) {
+    dynamic_cast<frmAddServer&>(window).txtServer.personTypes("Local");
+    window.personPressesEnter();
+  });
+  EXPECT_TRUE(MenuAddServer(test.program));
+  EXPECT_EQ(names(test.program), "1Local ");
+}
+
 TEST(RemoveServer, AsksFirst) {
   TestProgram test;
   EXPECT_FALSE(MenuRemoveServer(test.program));
