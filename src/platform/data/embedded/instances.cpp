@@ -134,10 +134,11 @@ fs::path EmbeddedServers::folder(std::string_view name) const {
 }
 
 std::string EmbeddedServers::createTemporary() {
+  std::string name;
+  for (int number = 1; name.empty() || exists(name); ++number) name = "script" + std::to_string(number);
   std::random_device random;
   for (int attempt = 0; attempt < 100; ++attempt) {
-    const std::string name = "qrel-" + std::to_string(random()) + std::to_string(random() % 1000);
-    const fs::path folder = fs::temp_directory_path() / name;
+    const fs::path folder = fs::temp_directory_path() / ("qrel-" + std::to_string(random()) + std::to_string(random()));
     std::error_code error;
     if (!fs::create_directory(folder, error)) {
       if (error) fail("The folder '" + folder.string() + "' cannot be made: " + error.message() + ".");

@@ -28,7 +28,8 @@ class EmbeddedServers {
   void setVersion(std::string_view name, std::string_view productVersion);
   std::string productVersion(std::string_view name) const;
   std::filesystem::path folder(std::string_view name) const;
-  // An instance in a folder of its own under the system's temporary folder, gone with this object. Returns its name.
+  // An instance in a folder of its own under the system's temporary folder, gone with this object. Returns its name:
+  // "script1", or the next number that no instance has.
   std::string createTemporary();
 
   // Databases are the .mdf files of the folder; names compare without case. Path for a new or existing one.
