@@ -31,7 +31,8 @@ class TestProgram {
     if (!servers.exists(server)) servers.create(server, version);
     const LoadReport report = loadScripts(servers, server, database, {folder.write(database + ".sql", script)}, {});
     for (const auto* list : {&report.skipped, &report.failed})
-      for (const SkippedStatement& each : *list) ADD_FAILURE() << each.line << ": " << each.firstWords << ": " << each.reason;
+      for (const SkippedStatement& each : *list)
+        ADD_FAILURE() << each.line << ": " << each.firstWords << ": " << each.reason;
   }
 
   // The record of an embedded server, its version known.

@@ -27,15 +27,15 @@ struct mdlMainState {
   std::string gstrTablesCompsIni, gstrCompsIni;
   std::string gstrIgnoredColsDataIni, gstrIgnoredColsStructIni, gstrIgnoredColsDataAnalysisIni;
   bool gblnDebugMode = false;
-  std::int32_t glngRunSavedCompId = 0;      // 0: interactive
-  std::array<tServer, 2> gtypSelServ;       // 0 Source, 1 Target
+  std::int32_t glngRunSavedCompId = 0;  // 0: interactive
+  std::array<tServer, 2> gtypSelServ;   // 0 Source, 1 Target
   bool gblnCloseAfterRun = false;
 };
 
 // Settings that are read at start; the rest is read from the store at each use (settings.h has the table of all).
 struct SettingsState {
-  std::int32_t Timeout = 30;     // seconds
-  std::int32_t CacheSize = 5;    // rows
+  std::int32_t Timeout = 30;   // seconds
+  std::int32_t CacheSize = 5;  // rows
   std::int32_t glngCursorLocation = 2;
   std::int32_t glngMaxRowsInDiffTable = 500;
   bool Run = false;

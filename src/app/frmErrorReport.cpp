@@ -13,16 +13,18 @@ std::string introduction() {
   const std::string name = programName;
   const std::string gap = "\r\n\r\n";
   return "Regrettably, a problem has occurred in " + name + "." + gap + name +
-         " may continue to function after this, but if you have further problems you should restart the program." + gap +
-         "We'd like to fix this problem quickly, but we need your help.  Can " + name +
-         " submit a bug report on your behalf to Marlpine Software?  And, can you please take just a moment to jot down "
+         " may continue to function after this, but if you have further problems you should restart the program." +
+         gap + "We'd like to fix this problem quickly, but we need your help.  Can " + name +
+         " submit a bug report on your behalf to Marlpine Software?  And, can you please take just a moment to jot "
+         "down "
          "what steps we should take to reproduce the problem?" +
          gap + "Your report is confidential, and only the information you see below is included in the report.";
 }
 
 std::string describe(const tErrorReport& report) {
-  std::string text = report.ProgVer + " " + std::to_string(report.BuildNum) + " Error " + std::to_string(report.ErrNum) +
-                     " (" + report.ModuleName + ":" + report.ProcName + ")\r\n\r\n" + report.ErrDesc;
+  std::string text = report.ProgVer + " " + std::to_string(report.BuildNum) + " Error " +
+                     std::to_string(report.ErrNum) + " (" + report.ModuleName + ":" + report.ProcName + ")\r\n\r\n" +
+                     report.ErrDesc;
   if (!report.ExtraDesc.empty()) text += "\r\n\r\n" + report.ExtraDesc;
   return text;
 }
@@ -61,10 +63,11 @@ std::string frmErrorReport::requestUrl() const {
          "&Email=" + plusForBlanks(trimBlanks(txtEmail.text())) + "&ExtraDesc=" + plusForBlanks(report_.ExtraDesc);
 }
 
-void ShowErrorReport(Program& program, std::int32_t lngErrNum, const std::string& strErrDesc, const std::string& strModuleName,
-                     const std::string& strProcName, const std::string& strExtraDesc) {
-  frmErrorReport form(program.host, {lngErrNum, strErrDesc, programVersion, programBuild, strModuleName, strProcName,
-                                     strExtraDesc});
+void ShowErrorReport(Program& program, std::int32_t lngErrNum, const std::string& strErrDesc,
+                     const std::string& strModuleName, const std::string& strProcName,
+                     const std::string& strExtraDesc) {
+  frmErrorReport form(program.host,
+                      {lngErrNum, strErrDesc, programVersion, programBuild, strModuleName, strProcName, strExtraDesc});
   form.ShowUp();
 }
 

@@ -56,14 +56,16 @@ void CheckProgramVersion(Program& program, const std::string& strAppVer) {
 }
 
 void ReadOptions(Program& program, MainSteps& steps) {
-  const auto read = [&](const char* strName) { applySetting(program, *findSetting(strName), ReadNumber(program, strName)); };
+  const auto read = [&](const char* strName) {
+    applySetting(program, *findSetting(strName), ReadNumber(program, strName));
+  };
   read("Run");
   read("Timeout");
   steps.LoadServers();
   for (const char* strName :
        {"MaxRowsInDiffTable", "ShowOwners", "CaseSensitive", "DataCaseSensitive", "IgnoreWhitespace", "IgnoreComments",
-        "IgnoreIndexes", "CursorConnectionUseServer", "CacheSize", "IgnoreSysObjects", "FilterOfflineDbs", "IgnoreColSeq",
-        "AutoSelTargetObj", "AnalyzeConstraints", "AutoSaveSchemas"})
+        "IgnoreIndexes", "CursorConnectionUseServer", "CacheSize", "IgnoreSysObjects", "FilterOfflineDbs",
+        "IgnoreColSeq", "AutoSelTargetObj", "AnalyzeConstraints", "AutoSaveSchemas"})
     read(strName);
 }
 
@@ -88,11 +90,13 @@ bool CheckMdac(Program& program) {
   program.host.setPointer(Pointer::Hourglass);
   const std::string gap = "\r\n\r\n";
   program.host.messageBox(
-      "The program detected that this computer has no MDAC installed, or the installed version of MDAC is lower than 2.5." +
+      "The program detected that this computer has no MDAC installed, or the installed version of MDAC is lower than "
+      "2.5." +
           gap + "To connect to the server this program requires MDAC 2.5 or higher to be installed." + gap +
           "MDAC means: Microsoft Data Access Components." + gap +
           "For more information about installing Microsoft Data Access Components please visit "
-          "https://learn.microsoft.com/sql/connect" + gap + "or contact support@marlpine.example." + gap,
+          "https://learn.microsoft.com/sql/connect" +
+          gap + "or contact support@marlpine.example." + gap,
       Icon::Critical, "Cannot Continue - MDAC Missing Or Out Of Date");
   return false;
 }

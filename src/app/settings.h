@@ -22,8 +22,8 @@ struct Setting {
   const char* subkey;  // below the product key: "", "\\Servers", "\\Comparisons", "\\TXText"
   SettingKind kind;
   std::int32_t standard;
-  bool SettingsState::* global;
-  std::int32_t SettingsState::* globalNumber;
+  bool SettingsState::*global;
+  std::int32_t SettingsState::*globalNumber;
   const char* meaning;  // one line for a person
 };
 

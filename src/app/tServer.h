@@ -8,13 +8,13 @@
 namespace qrel {
 
 struct tServer {
-  std::string Name;       // as typed; the key of the list
-  bool SQLAuth = false;   // SQL Server authentication with LoginName and Password; otherwise Windows authentication
+  std::string Name;      // as typed; the key of the list
+  bool SQLAuth = false;  // SQL Server authentication with LoginName and Password; otherwise Windows authentication
   std::string LoginName;
   std::string Password;
-  std::string MRUDb;      // the database last chosen
-  std::int32_t RegIndex = 0;  // 1-based place in the list, 0: none
-  std::string Version;        // "11.0.2100.60", empty until first read
+  std::string MRUDb;            // the database last chosen
+  std::int32_t RegIndex = 0;    // 1-based place in the list, 0: none
+  std::string Version;          // "11.0.2100.60", empty until first read
   std::int32_t VersionNum = 0;  // major version, 0 until computed
   bool SchemaCheckPerformed = false;
   bool AddSchema = false;

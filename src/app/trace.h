@@ -7,8 +7,8 @@
 
 namespace qrel {
 
-// Appends "hh:mm:ss", five blanks and the text as a line to ErrorLog.txt in the program's folder, if debug mode is on. A
-// trace that can't be written is left out silently.
+// Appends "hh:mm:ss", five blanks and the text as a line to ErrorLog.txt in the program's folder, if debug mode is on.
+// A trace that can't be written is left out silently.
 void WriteDebugLog(Program& program, const std::string& strText);
 // Deletes ErrorLog.txt if it is there.
 void ClearDebugLog(Program& program);

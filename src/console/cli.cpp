@@ -1,5 +1,5 @@
-#include <CLI/CLI.hpp>
 #include <unistd.h>
+#include <CLI/CLI.hpp>
 
 #include <functional>
 #include <iostream>
@@ -55,11 +55,13 @@ void addServers(CLI::App& app, CommandLine& line) {
 void addLists(CLI::App& app, CommandLine& line) {
   CLI::App* databases = app.add_subcommand("databases", "List the databases of a server");
   databases->add_option("SERVER", line.name)->required();
-  databases->callback([&line] { line.command = [&line](Console& console) { return runDatabases(console, line.name); }; });
+  databases->callback(
+      [&line] { line.command = [&line](Console& console) { return runDatabases(console, line.name); }; });
 
   CLI::App* objects = app.add_subcommand("objects", "List objects: name, tab, date, tab, id");
   objects->add_option("SIDE", line.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
-  objects->add_option("--type", line.type, "tables, procedures, functions, views, triggers, relationships, constraints");
+  objects->add_option("--type", line.type,
+                      "tables, procedures, functions, views, triggers, relationships, constraints");
   objects->callback(
       [&line] { line.command = [&line](Console& console) { return runObjects(console, line.side, line.type); }; });
 
@@ -81,8 +83,8 @@ void addCompare(CLI::App& app, CommandLine& line) {
   compare->add_option("TARGET", line.compare.target)->required();
   CLI::Option* types = compare->add_option("--types", line.compare.types, "types with commas between, or all");
   CLI::Option* details = compare->add_flag("--details", line.compare.details, "with the lines that differ");
-  CLI::Option* only = compare->add_option("--only", line.compare.only, "compare only objects of this name")
-                          ->allow_extra_args(false);
+  CLI::Option* only =
+      compare->add_option("--only", line.compare.only, "compare only objects of this name")->allow_extra_args(false);
   CLI::Option* report = compare->add_option("--report", line.compare.report, "write the report to this file too");
   CLI::Option* type = compare->add_option("--type", line.compare.type, "the type of --object");
   CLI::Option* object =
@@ -92,7 +94,8 @@ void addCompare(CLI::App& app, CommandLine& line) {
   type->needs(object);
   compare->callback([&line] {
     line.command = [&line](Console& console) {
-      return line.compare.objects.empty() ? runCompareAll(console, line.compare) : runComparePair(console, line.compare);
+      return line.compare.objects.empty() ? runCompareAll(console, line.compare)
+                                          : runComparePair(console, line.compare);
     };
   });
 }

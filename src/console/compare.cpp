@@ -31,7 +31,8 @@ void printMarkedLines(std::ostream& out, const CompLineArray& lines, bool colour
                                      [&](const Mark& each) { return each.value == line.lngMark; });
     std::string_view text = line.strLine;
     while (!text.empty() && (text.back() == '\r' || text.back() == '\n')) text.remove_suffix(1);
-    out << (colours ? mark.colour : "") << mark.sign << ' ' << text << (colours && *mark.colour ? "\033[0m" : "") << '\n';
+    out << (colours ? mark.colour : "") << mark.sign << ' ' << text << (colours && *mark.colour ? "\033[0m" : "")
+        << '\n';
   }
 }
 

@@ -82,7 +82,8 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
   }
   console.out << replaceAll(program.report.gstrReportText, "\r\n", "\n") << '\n';
   std::string path;
-  if (!arguments.report.empty() && !CopyToFile(program, program.report.gstrReportText, "Report", path, arguments.report))
+  if (!arguments.report.empty() &&
+      !CopyToFile(program, program.report.gstrReportText, "Report", path, arguments.report))
     return ExitCode::CannotRead;
   return verdict(console, sides[0].incomplete || sides[1].incomplete);
 }

@@ -40,8 +40,14 @@ void watchForStop() {
 }
 
 Console::Console(const Folders& where, std::ostream& results, std::ostream& messages)
-    : out(results), err(messages), folders(where), servers(where.servers), data(servers), store(where.settings),
-      host(messages), program(host, data, store) {
+    : out(results),
+      err(messages),
+      folders(where),
+      servers(where.servers),
+      data(servers),
+      store(where.settings),
+      host(messages),
+      program(host, data, store) {
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
 }
@@ -52,7 +58,8 @@ void Console::applySet(const std::string& set) {
   const std::size_t equals = set.find('=');
   const Setting* setting = findSetting(set.substr(0, equals));
   if (equals == std::string::npos || !setting)
-    throw CommandFailure{ExitCode::Usage, "--set " + set + ": expected OPTION=VALUE with an option of \"qrel options\"."};
+    throw CommandFailure{ExitCode::Usage,
+                         "--set " + set + ": expected OPTION=VALUE with an option of \"qrel options\"."};
   const std::string value = lowerCase(set.substr(equals + 1));
   const bool digits = !value.empty() && value.find_first_not_of("0123456789") == std::string::npos && value.size() < 10;
   std::int32_t number = 0;
@@ -113,8 +120,10 @@ Side Console::sideFromScripts(const fs::path& path) {
 }
 
 long Console::objectType(const std::string& word) {
-  for (const long type : {objTables, objProcedures, objFunctions, objViews, objTriggers, objRelationships, objConstraints})
-    if (equalNoCase(word, GetObjectTypeName(type, false)) || equalNoCase(word, GetObjectTypeName(type, true))) return type;
+  for (const long type :
+       {objTables, objProcedures, objFunctions, objViews, objTriggers, objRelationships, objConstraints})
+    if (equalNoCase(word, GetObjectTypeName(type, false)) || equalNoCase(word, GetObjectTypeName(type, true)))
+      return type;
   throw CommandFailure{ExitCode::Usage, "\"" + word +
                                             "\" is no type: expected tables, procedures, functions, views, triggers, "
                                             "relationships or constraints."};

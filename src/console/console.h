@@ -34,8 +34,8 @@ class Console : private MainSteps {
  public:
   Console(const Folders& folders, std::ostream& out, std::ostream& err);
 
-  std::ostream& out;  // results
-  std::ostream& err;  // progress and messages
+  std::ostream& out;      // results
+  std::ostream& err;      // progress and messages
   bool colours = false;   // `out` is a terminal
   bool progress = false;  // `err` is a terminal
   Folders folders;

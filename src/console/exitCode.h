@@ -4,7 +4,7 @@
 namespace qrel {
 
 enum class ExitCode : int {
-  Identical = 0,   // also: the command did what it was asked to
+  Identical = 0,  // also: the command did what it was asked to
   Different = 1,
   Usage = 2,       // wrong words on the command line
   CannotRead = 3,  // cannot connect, read or write

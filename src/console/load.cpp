@@ -30,8 +30,8 @@ ExitCode runLoad(Console& console, const LoadArguments& arguments) {
     console.servers.create(server, arguments.version.empty() ? defaultProductVersion : arguments.version);
   else if (!arguments.version.empty())
     console.servers.setVersion(server, arguments.version);
-  const LoadReport report = loadScripts(console.servers, server, database,
-                                        {arguments.paths.begin(), arguments.paths.end()}, options);
+  const LoadReport report =
+      loadScripts(console.servers, server, database, {arguments.paths.begin(), arguments.paths.end()}, options);
   if (console.progress) console.err << "\r\033[K";
   if (report.stopped) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user. Nothing was changed."};
   listSkipped(console.err, report);

@@ -7,15 +7,21 @@ namespace qrel {
 
 void printLoadReport(std::ostream& out, const LoadReport& report) {
   const std::pair<const char*, std::int64_t> rows[] = {
-      {"tables", report.tables},       {"procedures", report.procedures},
-      {"functions", report.functions}, {"views", report.views},
-      {"triggers", report.triggers},   {"relationships", report.relationships},
-      {"indexes", report.indexes},     {"types", report.types},
-      {"sequences", report.sequences}, {"rows", report.rows},
+      {"tables", report.tables},
+      {"procedures", report.procedures},
+      {"functions", report.functions},
+      {"views", report.views},
+      {"triggers", report.triggers},
+      {"relationships", report.relationships},
+      {"indexes", report.indexes},
+      {"types", report.types},
+      {"sequences", report.sequences},
+      {"rows", report.rows},
       {"statements skipped", static_cast<std::int64_t>(report.skipped.size())},
       {"statements refused", static_cast<std::int64_t>(report.failed.size())},
   };
-  for (const auto& [what, count] : rows) out << std::left << std::setw(20) << what << std::right << std::setw(10) << count << '\n';
+  for (const auto& [what, count] : rows)
+    out << std::left << std::setw(20) << what << std::right << std::setw(10) << count << '\n';
 }
 
 namespace {

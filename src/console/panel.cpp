@@ -62,8 +62,9 @@ void selectObject(Console& console, Workspace& workspace, const Side& side, int 
   const std::vector<std::size_t> rows = rowsNamed(list, name);
   const std::string where = side.server.Name + "/" + side.database;
   if (rows.empty())
-    throw CommandFailure{ExitCode::CannotRead, "There is no " + lowerCase(GetObjectTypeName(workspace.objectType(), true)) +
-                                                   " \"" + name + "\" in " + where + "."};
+    throw CommandFailure{ExitCode::CannotRead, "There is no " +
+                                                   lowerCase(GetObjectTypeName(workspace.objectType(), true)) + " \"" +
+                                                   name + "\" in " + where + "."};
   if (rows.size() > 1) {
     for (const std::size_t row : rows) console.err << "  " << list.cell(row, 0) << '\n';
     throw CommandFailure{ExitCode::CannotRead, "\"" + name + "\" is the name of several objects in " + where +
@@ -77,8 +78,8 @@ bool showSelected(Console& console, Workspace& workspace, const Side& side, int 
   TextPane& pane = workspace.txtTXProc[at(index)];
   pane.setText("");
   CheckList& list = workspace.pvlSqlObj[at(index)];
-  UpdateProcedureTextBox(program, program.main.gtypSelServ[at(index)], pane, list, workspace.objectType(), side.database, "", 0,
-                         index, true);
+  UpdateProcedureTextBox(program, program.main.gtypSelServ[at(index)], pane, list, workspace.objectType(),
+                         side.database, "", 0, index, true);
   if (!pane.text().empty()) return true;
   console.err << "qrel: the text of " << Workspace::selectedText(list) << " in " << side.server.Name << '/'
               << side.database << " can't be had: it is encrypted or unreadable.\n";

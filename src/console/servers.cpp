@@ -11,8 +11,8 @@ namespace qrel {
 
 ExitCode runServers(Console& console) {
   for (const tServer& server : console.program.servers.gtypServers)
-    console.out << server.Name << '\t' << (server.SQLAuth ? "login " + server.LoginName : "Windows authentication") << '\t'
-                << server.MRUDb << '\t' << server.Version << '\n';
+    console.out << server.Name << '\t' << (server.SQLAuth ? "login " + server.LoginName : "Windows authentication")
+                << '\t' << server.MRUDb << '\t' << server.Version << '\n';
   for (const std::string& name : console.servers.list())
     if (!IsServerInList(console.program, name))
       console.out << name << "\tembedded\t\t" << console.servers.productVersion(name) << '\n';

@@ -71,8 +71,7 @@ bool frmAddServer::inputIsValid() {
   // does hold servers has subkeys and stays.
   if (program_.servers.gtypServers.empty() && ReadNumber(program_, "Count") >= 1)
     DeleteRegKey(program_.store, HKEY_CURRENT_USER, std::string(productKey) + "\\Servers");
-  if (IsServerInList(program_, txtServer.text()))
-    return refuse(txtServer, "This server is already added to the list.");
+  if (IsServerInList(program_, txtServer.text())) return refuse(txtServer, "This server is already added to the list.");
   return true;
 }
 
@@ -92,7 +91,8 @@ void frmAddServer::ok() {
   const tServer server = serverFromInput();
   if (!TestServerConnection(program_, server)) {
     program_.host.messageBox(
-        "Cannot connect to the server - server does not exist or access denied.\r\n\r\nPlease enter correct server data.",
+        "Cannot connect to the server - server does not exist or access denied.\r\n\r\nPlease enter correct server "
+        "data.",
         Icon::Warning, "Cannot Connect To The Server");
     txtServer.setFocus(true);
     return;

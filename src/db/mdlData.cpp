@@ -85,15 +85,16 @@ RecordsetPtr openRecordset(Program& program, Command& command) {
 }  // namespace
 
 std::string connectionStringForQuery(const tServer& server, const std::string& strDb, bool blnCommandGiven) {
-  std::string text = server.LocalDb ? "Provider=SQLNCLI11;Server=" + server.Name + ";"
-                                    : "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + server.Name + ";";
+  std::string text = server.LocalDb
+                         ? "Provider=SQLNCLI11;Server=" + server.Name + ";"
+                         : "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + server.Name + ";";
   if (blnCommandGiven) text += "Initial Catalog=" + strDb + ";";
   return text + loginPart(server);
 }
 
 std::string connectionStringForRun(const tServer& server, const std::string& strDb) {
-  return "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + server.Name + ";Initial Catalog=" + strDb + ";" +
-         loginPart(server);
+  return "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + server.Name + ";Initial Catalog=" + strDb +
+         ";" + loginPart(server);
 }
 
 std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const std::string& strSql,
@@ -101,8 +102,7 @@ std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, 
   const PointerScope pointer(program.host, Pointer::Hourglass);
   rs.reset();
   try {
-    const ConnectionPtr connection =
-        openConnection(program, connectionStringForQuery(server, strDb, !strSql.empty()));
+    const ConnectionPtr connection = openConnection(program, connectionStringForQuery(server, strDb, !strSql.empty()));
     if (strSql.empty()) return 0;
     Command command = makeCommand(program, connection, commandType, strSql);
     const std::vector<std::string> names = addValues(program, command, extras);
@@ -119,9 +119,9 @@ std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, 
       extras->errDescription = info.description;
     }
     if (!program.mdlData.gblnNoConnErrMsg)
-      ShowErrorReport(program, info.number, info.description, "mdlData", "GetAdoRS",
-                      "Server connection failed; cursor location = " +
-                          std::to_string(program.settings.glngCursorLocation));
+      ShowErrorReport(
+          program, info.number, info.description, "mdlData", "GetAdoRS",
+          "Server connection failed; cursor location = " + std::to_string(program.settings.glngCursorLocation));
     return -1;
   }
 }
@@ -137,8 +137,8 @@ std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, co
     rs.reset();
     const ErrorInfo info = describeError(error);
     if (!program.mdlData.gblnNoConnErrMsg)
-      program.host.messageBox("Server connection failed.\r\n\r\nRun time error: " + std::to_string(info.number) + "\r\n" +
-                                  info.description + "\r\n\r\nCommand failed: \r\n\r\n" + strSql,
+      program.host.messageBox("Server connection failed.\r\n\r\nRun time error: " + std::to_string(info.number) +
+                                  "\r\n" + info.description + "\r\n\r\nCommand failed: \r\n\r\n" + strSql,
                               Icon::Warning);
     return -1;
   }
@@ -245,8 +245,8 @@ bool NullExistsInColumn(Program& program, const tServer& server, const std::stri
                         const std::string& strColumn) {
   return trap(program, "mdlData", "NullExistsInColumn", false, [&] {
     RecordsetPtr rs;
-    const std::string strSql = "IF EXISTS (SELECT TOP (1) [" + strColumn + "] FROM [" + strTable + "] WHERE [" + strColumn +
-                               "]  IS NULL) SELECT 1 ELSE SELECT 0";
+    const std::string strSql = "IF EXISTS (SELECT TOP (1) [" + strColumn + "] FROM [" + strTable + "] WHERE [" +
+                               strColumn + "]  IS NULL) SELECT 1 ELSE SELECT 0";
     if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) == -1 || !hasRecords(rs)) return false;
     const Field field = rs->Fields(0);
     return !field.IsNull() && integerOf(field.cell) == 1;
@@ -280,7 +280,8 @@ std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::s
     }
   }
   if (result == -1 || !hasRecords(rs)) {
-    program.host.messageBox("Error while attempting to count records in table: " + extras.errDescription, Icon::Warning);
+    program.host.messageBox("Error while attempting to count records in table: " + extras.errDescription,
+                            Icon::Warning);
     return -1;
   }
   return integerOf(rs->Fields("RecsCount").cell);

@@ -12,7 +12,8 @@
 
 namespace qrel {
 
-// A record set as the query layer hands it out: empty when the query failed or gave none. The caller owns and closes it.
+// A record set as the query layer hands it out: empty when the query failed or gave none. The caller owns and closes
+// it.
 using RecordsetPtr = std::unique_ptr<Recordset>;
 using ConnectionPtr = std::shared_ptr<Connection>;
 
@@ -31,9 +32,9 @@ struct AdoExtras {
   std::string errDescription;
 };
 
-// Runs strSql in strDb on a connection of its own. Returns the command's return value (0 for ordinary text) or -1 on any
-// failure, after an error report unless gblnNoConnErrMsg is set. An empty strSql only connects, to the login's default
-// database. With the client-side cursor the record set comes back disconnected.
+// Runs strSql in strDb on a connection of its own. Returns the command's return value (0 for ordinary text) or -1 on
+// any failure, after an error report unless gblnNoConnErrMsg is set. An empty strSql only connects, to the login's
+// default database. With the client-side cursor the record set comes back disconnected.
 std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const std::string& strSql,
                       RecordsetPtr& rs, const std::string& strDb, AdoExtras* extras = nullptr);
 

@@ -34,14 +34,19 @@ constexpr ObjectTypeRow objectTypes[] = {
 // The condition of a plain type. Functions keep their "or" without brackets: what is appended binds to the last term.
 std::string plainClause(long type) {
   switch (type) {
-    case objProcedures: return "OBJECTPROPERTY(id, N'IsProcedure') = 1";
+    case objProcedures:
+      return "OBJECTPROPERTY(id, N'IsProcedure') = 1";
     case objFunctions:
       return "OBJECTPROPERTY(id, N'IsInlineFunction') = 1 or OBJECTPROPERTY(id, N'IsScalarFunction') = 1  or "
              "OBJECTPROPERTY(id, N'IsTableFunction') = 1";
-    case objViews: return "OBJECTPROPERTY(id, N'IsView') = 1";
-    case objTriggers: return "OBJECTPROPERTY(id, N'IsTrigger') = 1";
-    case objTables: return "OBJECTPROPERTY(id, N'IsUserTable') = 1";
-    default: return {};
+    case objViews:
+      return "OBJECTPROPERTY(id, N'IsView') = 1";
+    case objTriggers:
+      return "OBJECTPROPERTY(id, N'IsTrigger') = 1";
+    case objTables:
+      return "OBJECTPROPERTY(id, N'IsUserTable') = 1";
+    default:
+      return {};
   }
 }
 
@@ -94,8 +99,7 @@ std::string GetObjectTypeName(long type, bool blnSingular) {
 
 std::string BuildObjSQLString(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
                               const std::string& strFilter, int side) {
-  if (!plainClause(type).empty())
-    return plainQuery(program, type, blnIgnoreSysObjects, strObjName, strFilter, side);
+  if (!plainClause(type).empty()) return plainQuery(program, type, blnIgnoreSysObjects, strObjName, strFilter, side);
   if (type == objRelationships) return relationshipsQuery();
   if (type == objConstraints) return constraintsQuery();
   if (type == objPermissions) return permissionsQuery(blnIgnoreSysObjects);

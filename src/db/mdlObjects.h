@@ -26,8 +26,8 @@ enum enmObjectType : long {
 std::string GetObjectTypeName(long type, bool blnSingular);
 
 // The query for a type's objects: name, reference date, id, in order of name. strFilter is a condition on the name,
-// such as "LIKE 'a%'"; side (0 Source, 1 Target) selects the schema filter. An unknown code shows a message and gives an
-// empty text.
+// such as "LIKE 'a%'"; side (0 Source, 1 Target) selects the schema filter. An unknown code shows a message and gives
+// an empty text.
 std::string BuildObjSQLString(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
                               const std::string& strFilter, int side);
 

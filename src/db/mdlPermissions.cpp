@@ -72,7 +72,8 @@ std::string GetPermissionText(Program& program, int side, long lngId) {
   }
   if (lngId < 1) return {};
   const auto& rows = program.state<mdlPermissionsState>().arrPermissions[static_cast<std::size_t>(side)];
-  if (static_cast<std::size_t>(lngId) > rows.size()) throw RuntimeError(errorNumber::subscript, "Subscript out of range");
+  if (static_cast<std::size_t>(lngId) > rows.size())
+    throw RuntimeError(errorNumber::subscript, "Subscript out of range");
   const tPermission& row = rows[static_cast<std::size_t>(lngId - 1)];
   std::string text = row.PermissionName + "\r\n" + row.TypeDesc + " ";
   if (!row.SchemaName.empty()) text += row.SchemaName + ".";

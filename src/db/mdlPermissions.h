@@ -28,7 +28,8 @@ struct mdlPermissionsState {
 std::string permissionsQuery(bool blnIgnoreSysObjects);
 // True also for an empty or missing record set.
 bool ConvertRecordsetToPermissionsArray(Program& program, RecordsetPtr& rs, std::vector<tPermission>& arr);
-bool ConvertPermissionsArrayToTwoStrArray(Program& program, const std::vector<tPermission>& arr, std::vector<TwoStr>& arrList);
+bool ConvertPermissionsArrayToTwoStrArray(Program& program, const std::vector<tPermission>& arr,
+                                          std::vector<TwoStr>& arrList);
 // The three lines of row lngId (1-based) of the side's array; empty below 1.
 std::string GetPermissionText(Program& program, int side, long lngId);
 // "TABLE", "TABLE COLUMN", "VIEW", "FUNCTION", otherwise the type's description.

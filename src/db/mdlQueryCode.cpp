@@ -28,11 +28,13 @@ std::string GetTableText(Program& program, tServer& server, const std::string& s
 namespace {
 
 std::string columnsQuery(const std::string& strTable, long lngId) {
-  const std::string condition = lngId >= 1 ? "WHERE sco.id = " + std::to_string(lngId) + " "
-                                           : "WHERE sob.name = '" + strTable + "' ";
+  const std::string condition =
+      lngId >= 1 ? "WHERE sco.id = " + std::to_string(lngId) + " " : "WHERE sob.name = '" + strTable + "' ";
   return "SELECT sco.[name] AS [column], sco.autoval, sco.isnullable, "
          "sco.length, sco.prec, sco.scale, sty.[name] AS datatype, "
-         "ident_seed('" + strTable + "') AS identityseed, ident_incr('" + strTable + "') AS identityincrement, "
+         "ident_seed('" +
+         strTable + "') AS identityseed, ident_incr('" + strTable +
+         "') AS identityincrement, "
          "isID=case when sco.status&128=0 then '' else 'Y' end "
          ", sco.cdefault, sob.[id] AS [table_id], sco.[colid] AS [col_id] "
          "FROM sysobjects sob INNER JOIN syscolumns sco ON sob.id = sco.id "
@@ -102,10 +104,9 @@ tTableColumn readColumn(Program& program, const tServer& server, const std::stri
 
 [[noreturn]] void raiseStructureError(const tServer& server, const std::string& strDb, const std::string& strTable,
                                       const ErrorInfo& info) {
-  throw RuntimeError(info.number,
-                     "Error occured while attempting to get the structure of table\r\n\r\n'" + strTable +
-                         "'\r\n\r\nin SQL Server database\r\n\r\n'" + server.Name + "." + strDb + "'\r\n\r\nError " +
-                         std::to_string(info.number) + " (" + info.description + ").");
+  throw RuntimeError(info.number, "Error occured while attempting to get the structure of table\r\n\r\n'" + strTable +
+                                      "'\r\n\r\nin SQL Server database\r\n\r\n'" + server.Name + "." + strDb +
+                                      "'\r\n\r\nError " + std::to_string(info.number) + " (" + info.description + ").");
 }
 
 void readColumns(Program& program, const tServer& server, const std::string& strDb, Recordset& rs,
@@ -163,8 +164,8 @@ std::string indexesQuery(const std::string& strTable, bool blnClusteredOnly) {
          "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
          "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
          "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
-         "WHERE so2.name = '" + strTable + "' AND " +
-         (blnClusteredOnly ? "si.indid = 1 AND " : "si.indid BETWEEN 1 AND 254 AND ") +
+         "WHERE so2.name = '" +
+         strTable + "' AND " + (blnClusteredOnly ? "si.indid = 1 AND " : "si.indid BETWEEN 1 AND 254 AND ") +
          "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
          "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 "
          "ORDER BY sk.indid, sk.keyno";
@@ -173,7 +174,8 @@ std::string indexesQuery(const std::string& strTable, bool blnClusteredOnly) {
 // The opening of a table's first index; those behind it open with "INDEX" alone.
 std::string firstOpening(long lngIndId, const std::string& strIndex, const std::string& strIndexSuffix) {
   if (lngIndId != 1) return "INDEX [" + strIndex + "] (";
-  if (lowerCase(strIndex).starts_with("pk")) return "CONSTRAINT [" + strIndex + strIndexSuffix + "] PRIMARY KEY CLUSTERED (";
+  if (lowerCase(strIndex).starts_with("pk"))
+    return "CONSTRAINT [" + strIndex + strIndexSuffix + "] PRIMARY KEY CLUSTERED (";
   return "CLUSTERED INDEX [" + strIndex + strIndexSuffix + "] (";
 }
 
@@ -191,8 +193,7 @@ struct IndexWalk {
   long count = 0;
 
   void run(Recordset& rs, const std::string& strIndexSuffix, bool blnFillArray) {
-    std::string strLine =
-        firstOpening(integerOf(rs.Fields("indid").cell), rs.Fields("index").Text(), strIndexSuffix);
+    std::string strLine = firstOpening(integerOf(rs.Fields("indid").cell), rs.Fields("index").Text(), strIndexSuffix);
     while (!rs.Eof()) {
       const long lngIndId = integerOf(rs.Fields("indid").cell);
       strLine += "[" + rs.Fields("column").Text() + "], ";
@@ -244,8 +245,8 @@ long GetColumnsCount(Program& program, tServer& server, const std::string& strDb
   std::vector<tTableColumn> arrColumns;
   long lngUpper = -1;
   long lngIgnored = 0;
-  GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored, lngId,
-                    "");
+  GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored,
+                    lngId, "");
   return lngUpper + 1;
 }
 
@@ -254,7 +255,8 @@ std::string GetDefaultValue(Program& program, const tServer& server, const std::
   RecordsetPtr rs;
   GetAdoRS(program, server, adCmdText,
            "SELECT [ctext] FROM syscomments WHERE id IN (SELECT cdefault FROM syscolumns "
-           "WHERE id = " + std::to_string(lngTableId) + " AND colid = " + std::to_string(lngColId) + " AND cdefault > 0)",
+           "WHERE id = " +
+               std::to_string(lngTableId) + " AND colid = " + std::to_string(lngColId) + " AND cdefault > 0)",
            rs, strDb);
   return hasRecords(rs) ? rs->Fields("ctext").Text() : std::string();
 }

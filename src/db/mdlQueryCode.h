@@ -12,14 +12,14 @@ namespace qrel {
 
 // One column, or one entry of an index.
 struct tTableColumn {
-  std::string strName;            // the column's or the index's name
-  std::string strType;            // the type as the server gives it
-  std::string strPrec;            // for types that have one
-  std::string strTypeText;        // "varchar (50)", "decimal (18,2) "
-  std::string strLine;            // the column's whole line, or the column of the index entry
-  std::int16_t blnMatched = 0;    // for the update script
+  std::string strName;          // the column's or the index's name
+  std::string strType;          // the type as the server gives it
+  std::string strPrec;          // for types that have one
+  std::string strTypeText;      // "varchar (50)", "decimal (18,2) "
+  std::string strLine;          // the column's whole line, or the column of the index entry
+  std::int16_t blnMatched = 0;  // for the update script
   std::int32_t lngScriptStatus = 0;
-  std::string strDefinition;      // the index's whole line
+  std::string strDefinition;  // the index's whole line
 };
 
 // Who knows a table's ignored columns. Set by the layer that keeps them; unset means none.
@@ -28,21 +28,22 @@ struct IgnoredColumnsSource {
       lookUp;
 };
 
-// The whole text: the columns and, unless IgnoreIndexes is set or only the clustered one is wanted, the indexes behind an
-// empty line. lngIgnored receives the number of ignored columns (0 without blnIgnoreCols). lngId 0: the table by name.
+// The whole text: the columns and, unless IgnoreIndexes is set or only the clustered one is wanted, the indexes behind
+// an empty line. lngIgnored receives the number of ignored columns (0 without blnIgnoreCols). lngId 0: the table by
+// name.
 std::string GetTableText(Program& program, tServer& server, const std::string& strTable, const std::string& strDb,
                          bool blnIgnoreCols, long& lngIgnored, long lngId, const std::string& strLineSuffix,
                          bool blnClusteredOnly, const std::string& strIndexSuffix);
 
-// The columns: text and array (from 0; lngUpper is its highest index, -1 for none). An unknown table gives an empty text
-// and True; False comes after an error report, with what was read by then.
+// The columns: text and array (from 0; lngUpper is its highest index, -1 for none). An unknown table gives an empty
+// text and True; False comes after an error report, with what was read by then.
 bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
                        const std::string& strLineSuffix);
 
-// The index lines, each with a line end; empty for a table without indexes, and for one without any child object such as
-// a constraint. With blnFillArray lngCount receives the number of indexes and arrIndexes an entry per index column.
+// The index lines, each with a line end; empty for a table without indexes, and for one without any child object such
+// as a constraint. With blnFillArray lngCount receives the number of indexes and arrIndexes an entry per index column.
 std::string GetIndexes(Program& program, const tServer& server, const std::string& strTable, const std::string& strDb,
                        bool blnClusteredOnly, const std::string& strIndexSuffix, bool blnFillArray,
                        std::vector<tTableColumn>& arrIndexes, long& lngCount);

@@ -61,7 +61,8 @@ std::string ReadServerValue(Program& program, std::int32_t lngRegIndex, const st
   return GetSettingString(program.store, HKEY_CURRENT_USER, serverKey(lngRegIndex), strValue, "");
 }
 
-void SaveServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue, const std::string& strText) {
+void SaveServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue,
+                     const std::string& strText) {
   SaveSettingString(program.store, HKEY_CURRENT_USER, serverKey(lngRegIndex), strValue, strText);
 }
 
@@ -189,7 +190,8 @@ bool ServerInfoSet(Program& program, const std::function<void()>& addServer) {
   if (!CheckMdac(program)) return false;
   if (program.main.gtypSelServ[0].Name.empty()) {
     program.host.messageBox(
-        "There is no SQL server to connect to.\r\n\r\nPlease add server by filling in following form or by clicking menu "
+        "There is no SQL server to connect to.\r\n\r\nPlease add server by filling in following form or by clicking "
+        "menu "
         "item 'Tools' -> 'Add Server' and specifying info for the server.",
         Icon::Information, "No SQL Server");
     if (addServer)

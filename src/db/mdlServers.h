@@ -35,7 +35,8 @@ bool IsServerInList(Program& program, const std::string& strName);
 bool TestServerConnection(Program& program, const tServer& server);
 
 // Writes one text value of a server's registry key.
-void SaveServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue, const std::string& strText);
+void SaveServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue,
+                     const std::string& strText);
 std::string ReadServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue);
 
 // The commands "Add Server" and "Remove Server": open the dialog; True when the list changed.

@@ -84,15 +84,21 @@ std::string GetTextOfObject(Program& program, tServer& server, const std::string
     case objProcedures:
     case objFunctions:
     case objViews:
-    case objTriggers: return GetObjectText(program, server, strObjName, strDb, type);
+    case objTriggers:
+      return GetObjectText(program, server, strObjName, strDb, type);
     case objTables: {
       long lngIgnored = 0;
       return GetTableText(program, server, strObjName, strDb, false, lngIgnored, lngId, "", false, "");
     }
-    case objRelationships: return GetRelationshipText(program, server, strObjName, strDb);
-    case objConstraints: return GetConstraintText(program, server, strObjName, strDb);
-    case objPermissions: return GetPermissionText(program, side, lngId);
-    default: program.host.messageBox("SHOULDN'T HAPPEN"); return {};
+    case objRelationships:
+      return GetRelationshipText(program, server, strObjName, strDb);
+    case objConstraints:
+      return GetConstraintText(program, server, strObjName, strDb);
+    case objPermissions:
+      return GetPermissionText(program, side, lngId);
+    default:
+      program.host.messageBox("SHOULDN'T HAPPEN");
+      return {};
   }
 }
 
@@ -123,42 +129,47 @@ std::string GetRelationshipText(Program& program, const tServer& server, const s
            "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
            "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
            "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
-           "WHERE so.name = '" + strObjName + "' ORDER BY scf.name",
+           "WHERE so.name = '" +
+               strObjName + "' ORDER BY scf.name",
            rs, strDb);
   requireRecordset(rs);
   if (!hasRecords(rs)) return {};
-  return TrimBlanksAndBreaks("TABLE " + rs->Fields("tablename").Text() + "\r\nCONSTRAINT [" +
-                             rs->Fields("foreignkey").Text() + "]\r\nFOREIGN KEY [" + rs->Fields("foreigncolumn").Text() +
-                             "]\r\nREFERENCES [" + rs->Fields("referencedtable").Text() + "] [" +
-                             rs->Fields("referencedcolumn").Text() + "]");
+  return TrimBlanksAndBreaks(
+      "TABLE " + rs->Fields("tablename").Text() + "\r\nCONSTRAINT [" + rs->Fields("foreignkey").Text() +
+      "]\r\nFOREIGN KEY [" + rs->Fields("foreigncolumn").Text() + "]\r\nREFERENCES [" +
+      rs->Fields("referencedtable").Text() + "] [" + rs->Fields("referencedcolumn").Text() + "]");
 }
 
 std::string GetConstraintText(Program& program, const tServer& server, const std::string& strObjName,
                               const std::string& strDb) {
   return trap(program, "modObjectText", "GetConstraintText", std::string(), [&]() -> std::string {
     RecordsetPtr rs;
-    GetAdoRS(program, server, adCmdText,
-             "SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, so2.name as "
-             "[tablename] "
-             "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
-             "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
-             "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
-             "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
-             "WHERE "
-             "si.indid = 1 AND "
-             " si.name = '" + strObjName + "' AND "
-             "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
-             "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 ",
-             rs, strDb);
+    GetAdoRS(
+        program, server, adCmdText,
+        "SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, so2.name as "
+        "[tablename] "
+        "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
+        "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
+        "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
+        "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
+        "WHERE "
+        "si.indid = 1 AND "
+        " si.name = '" +
+            strObjName +
+            "' AND "
+            "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
+            "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 ",
+        rs, strDb);
     requireRecordset(rs);
     if (!hasRecords(rs)) return {};
-    return TrimBlanksAndBreaks("CONSTRAINT [" + rs->Fields("name").Text() + "] \r\nPRIMARY KEY CLUSTERED \r\nON COLUMN [" +
-                               rs->Fields("column").Text() + "]\r\nON TABLE [" + rs->Fields("tablename").Text() + "]");
+    return TrimBlanksAndBreaks("CONSTRAINT [" + rs->Fields("name").Text() +
+                               "] \r\nPRIMARY KEY CLUSTERED \r\nON COLUMN [" + rs->Fields("column").Text() +
+                               "]\r\nON TABLE [" + rs->Fields("tablename").Text() + "]");
   });
 }
 
-std::string GetExtendedObjectName(Program& program, tServer& server, const std::string& strDb, const std::string& strName,
-                                  long type, long lngId) {
+std::string GetExtendedObjectName(Program& program, tServer& server, const std::string& strDb,
+                                  const std::string& strName, long type, long lngId) {
   const std::string name = strName.substr(strName.rfind('.') + 1);
   const auto qualified = [&](const std::string& prefix) {
     return AddSquareBrackets(prefix) + "." + AddSquareBrackets(name);
@@ -251,8 +262,7 @@ std::string RecordsetToString(Program& program, const std::function<bool()>& can
     program.host.doEvents();
     std::string row = name;
     if (type == objTables) {
-      std::string strTable =
-          GetExtendedObjectName(program, server, strDb, name, type, integerOf(rs->Fields(2).cell));
+      std::string strTable = GetExtendedObjectName(program, server, strDb, name, type, integerOf(rs->Fields(2).cell));
       const std::int32_t count = GetNumberOfRecordsInTable(program, server, strTable, strDb);
       if (count == -1) return result + "\r\n*** OPERATION ABORTED - ERROR OCCURRED.***\r\n\r\n";
       row += " (" + withThousands(count) + (count == 1 ? " record)" : " records)");

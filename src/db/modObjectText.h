@@ -32,8 +32,8 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
                               const std::string& strDb);
 
 // The name as the program's own SQL uses it: "[name]", or "[schema].[name]" where that is known. lngId 0: by name.
-std::string GetExtendedObjectName(Program& program, tServer& server, const std::string& strDb, const std::string& strName,
-                                  long type, long lngId);
+std::string GetExtendedObjectName(Program& program, tServer& server, const std::string& strDb,
+                                  const std::string& strName, long type, long lngId);
 
 // The head of an object's script; strDrop receives the guarded DROP. strName as GetExtendedObjectName gives it.
 std::string GetScriptHeader(Program& program, const std::string& strDb, long type, const std::string& strName,

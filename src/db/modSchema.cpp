@@ -23,13 +23,20 @@ namespace {
 
 std::string xtypeLetter(long type) {
   switch (type) {
-    case objProcedures: return "P";
-    case objFunctions: return "FN";
-    case objViews: return "V";
-    case objTriggers: return "TR";
-    case objTables: return "U";
-    case objRelationships: return "F";
-    default: return {};
+    case objProcedures:
+      return "P";
+    case objFunctions:
+      return "FN";
+    case objViews:
+      return "V";
+    case objTriggers:
+      return "TR";
+    case objTables:
+      return "U";
+    case objRelationships:
+      return "F";
+    default:
+      return {};
   }
 }
 
@@ -55,10 +62,12 @@ std::string GetOwner(Program& program, const tServer& server, const std::string&
                      long type) {
   try {
     RecordsetPtr rs;
-    GetAdoRS(program, server, adCmdText,
-             "SELECT so.name AS ObjectName, su.name AS Owner FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid "
-             "WHERE so.name = '" + strObjName + "' AND so.xtype = '" + xtypeLetter(type) + "'",
-             rs, strDb);
+    GetAdoRS(
+        program, server, adCmdText,
+        "SELECT so.name AS ObjectName, su.name AS Owner FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid "
+        "WHERE so.name = '" +
+            strObjName + "' AND so.xtype = '" + xtypeLetter(type) + "'",
+        rs, strDb);
     return hasRecords(rs) ? rs->Fields(1).Text() : std::string();
   } catch (const std::exception& error) {
     const ErrorInfo info = describeError(error);
@@ -100,7 +109,8 @@ void LoadOwners(Program& program, const tServer& server, const std::string& strD
   WriteDebugLog(program, "End LoadOwners");
 }
 
-long GetAllSchemas(Program& program, const tServer& server, const std::string& strDb, std::vector<std::string>& arrSchemas) {
+long GetAllSchemas(Program& program, const tServer& server, const std::string& strDb,
+                   std::vector<std::string>& arrSchemas) {
   arrSchemas.clear();
   const char* strSql =
       "SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.schemata WHERE SCHEMA_NAME NOT IN "
@@ -132,10 +142,14 @@ std::string schemaFromTriggerSource(const std::string& strSource) {
 std::string schemaQuery(long type) {
   switch (type) {
     case objProcedures:
-    case objFunctions: return "SELECT ROUTINE_SCHEMA FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_NAME = '";
-    case objViews: return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = '";
-    case objTables: return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_NAME = '";
-    default: return {};
+    case objFunctions:
+      return "SELECT ROUTINE_SCHEMA FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_NAME = '";
+    case objViews:
+      return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = '";
+    case objTables:
+      return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_NAME = '";
+    default:
+      return {};
   }
 }
 
@@ -166,14 +180,16 @@ bool Db_GetObjSchemaById(Program& program, tServer& server, long, const std::str
   RecordsetPtr rs;
   std::int32_t result = -1;
   const auto byUser = [&] {
-    return GetAdoRS(program, server, adCmdText, "SELECT USER_NAME(uid) FROM sysobjects WHERE [id] = " + strId, rs, strDb);
+    return GetAdoRS(program, server, adCmdText, "SELECT USER_NAME(uid) FROM sysobjects WHERE [id] = " + strId, rs,
+                    strDb);
   };
   const bool implemented =
       server.VersionNum >= 9 && Is_OBJECT_SCHEMA_NAME_Implemented(server.Version, server.VersionNum);
   if (server.VersionNum >= 9 && !implemented) server.VersionNum = 8;
   if (implemented)
-    result = GetAdoRS(program, server, adCmdText,
-                      "SELECT OBJECT_SCHEMA_NAME([object_id]) FROM sys.objects WHERE [object_id] = " + strId, rs, strDb);
+    result =
+        GetAdoRS(program, server, adCmdText,
+                 "SELECT OBJECT_SCHEMA_NAME([object_id]) FROM sys.objects WHERE [object_id] = " + strId, rs, strDb);
   else
     result = byUser();
   if (result == -1 && server.VersionNum >= 9) {

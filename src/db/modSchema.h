@@ -34,7 +34,8 @@ void LoadOwners(Program& program, const tServer& server, const std::string& strD
                 ComboBox& comboOwners);
 
 // All schemas that a user may have, in order of name; returns their number, -1 when the query failed.
-long GetAllSchemas(Program& program, const tServer& server, const std::string& strDb, std::vector<std::string>& arrSchemas);
+long GetAllSchemas(Program& program, const tServer& server, const std::string& strDb,
+                   std::vector<std::string>& arrSchemas);
 // The schema of an object by name; empty when it isn't known. A trigger's is read from its source.
 std::string GetSchemaForObject(Program& program, const tServer& server, const std::string& strDb,
                                const std::string& strObjName, long type);

@@ -45,7 +45,8 @@ class DataError : public RuntimeError {
  public:
   DataError(std::int32_t errorNumber, std::string errorDescription, std::string errorSqlState = {},
             std::string failedSql = {})
-      : RuntimeError(errorNumber, std::move(errorDescription)), sqlState(std::move(errorSqlState)),
+      : RuntimeError(errorNumber, std::move(errorDescription)),
+        sqlState(std::move(errorSqlState)),
         sql(std::move(failedSql)) {}
 
   std::string sqlState;

@@ -30,8 +30,8 @@ void writeAtomically(const std::filesystem::path& path, std::string_view bytes, 
 // Removes a file; none of that name is no error.
 void removeFile(const std::filesystem::path& path);
 
-// Removes the files of a folder whose names end with `ending`, in upper or lower case; hidden ones (".name"), folders and
-// all that can't be removed stay.
+// Removes the files of a folder whose names end with `ending`, in upper or lower case; hidden ones (".name"), folders
+// and all that can't be removed stay.
 void removeFilesEndingWith(const std::filesystem::path& folder, std::string_view ending);
 
 // Makes a folder with the folders above it that are missing; new ones are open to their owner alone with OwnerOnly.

@@ -1,9 +1,9 @@
 // Start-up, settings, trace and the error report.
+#include "app/frmErrorReport.h"
 #include "app/mdlMain.h"
 #include "app/modRegistry.h"
 #include "app/settings.h"
 #include "app/trace.h"
-#include "app/frmErrorReport.h"
 #include "app/trap.h"
 #include "tests/support.h"
 
@@ -30,9 +30,14 @@ std::int32_t runWith(TestProgram& test, const std::string& commandLine) {
 }
 
 TEST(Main, TakesTheProcessIdFromTheCommandLine) {
-  const std::pair<const char*, std::int32_t> cases[] = {
-      {"", 0}, {"/RunSavedComp 12", 12}, {"/runsavedcomp 7", 7}, {"/RunSavedComp", 0}, {"/RunSavedComp abc", 0},
-      {"/Other 1 /RunSavedComp 7", 7}, {"/RunSavedComp 7/8", 7}, {"RunSavedComp 9", 0}};
+  const std::pair<const char*, std::int32_t> cases[] = {{"", 0},
+                                                        {"/RunSavedComp 12", 12},
+                                                        {"/runsavedcomp 7", 7},
+                                                        {"/RunSavedComp", 0},
+                                                        {"/RunSavedComp abc", 0},
+                                                        {"/Other 1 /RunSavedComp 7", 7},
+                                                        {"/RunSavedComp 7/8", 7},
+                                                        {"RunSavedComp 9", 0}};
   for (const auto& [line, id] : cases) {
     TestProgram test;
     EXPECT_EQ(runWith(test, line), id) << line;

@@ -47,8 +47,8 @@ TEST_P(Cases, GiveTheReportWrittenByHand) {
     if (word != "args") continue;
     if (++number == 1) {
       for (const char* side : {"source", "target"}) {
-        const QrelRun load = runQrel({"load", std::string("case/") + side, (folder / (std::string(side) + ".sql")).string(),
-                              "--version", version});
+        const QrelRun load = runQrel({"load", std::string("case/") + side,
+                                      (folder / (std::string(side) + ".sql")).string(), "--version", version});
         ASSERT_EQ(load.code, 0) << load.err;
       }
     }

@@ -27,7 +27,8 @@ class Commands : public ::testing::Test {
 };
 
 TEST_F(Commands, LoadListAndPrint) {
-  const std::string script = file("s.sql", "CREATE TABLE b (x int)\nGO\nCREATE TABLE a (y int NOT NULL)\nINSERT a VALUES (1),(2)\n");
+  const std::string script =
+      file("s.sql", "CREATE TABLE b (x int)\nGO\nCREATE TABLE a (y int NOT NULL)\nINSERT a VALUES (1),(2)\n");
   ASSERT_EQ(run({"load", "S/D", script}), 0) << err;
   EXPECT_NE(out.find("rows                         2\n"), std::string::npos) << out;
   EXPECT_EQ(run({"databases", "S"}), 0);
@@ -109,13 +110,15 @@ TEST_F(Commands, APairIsComparedWithItsMarks) {
     return run(arguments);
   };
   EXPECT_EQ(compare(source, target), 0) << out;
-  EXPECT_TRUE(out.find("The selected procedures are identical.\n\nPlease note that option 'Ignore Columns Order' is set "
-                       "ON.\n") != std::string::npos)
+  EXPECT_TRUE(
+      out.find("The selected procedures are identical.\n\nPlease note that option 'Ignore Columns Order' is set "
+               "ON.\n") != std::string::npos)
       << out;
   EXPECT_EQ(compare(source, other), 1) << err;
-  EXPECT_TRUE(out.ends_with("The selected procedures are different.\n\n"
-                            "Source:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n    SELECT 2\n\n"
-                            "Target:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n+   SELECT 3\n    SELECT 2\n"))
+  EXPECT_TRUE(
+      out.ends_with("The selected procedures are different.\n\n"
+                    "Source:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n    SELECT 2\n\n"
+                    "Target:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n+   SELECT 3\n    SELECT 2\n"))
       << out;
 }
 

@@ -81,10 +81,11 @@ TEST(Catalogue, BelowVersion9HasNoPrefixes) {
 
 TEST(Catalogue, FilterBindsToTheLastTermOfFunctions) {
   TestProgram test;
-  EXPECT_EQ(BuildObjSQLString(test.program, objFunctions, true, "f", "LIKE 'a%'", 0),
-            "select name, refdate, id from sysobjects where OBJECTPROPERTY(id, N'IsInlineFunction') = 1 or "
-            "OBJECTPROPERTY(id, N'IsScalarFunction') = 1  or OBJECTPROPERTY(id, N'IsTableFunction') = 1 and xtype <> 'S'  "
-            "and name = 'f'  and [name] LIKE 'a%' order by name");
+  EXPECT_EQ(
+      BuildObjSQLString(test.program, objFunctions, true, "f", "LIKE 'a%'", 0),
+      "select name, refdate, id from sysobjects where OBJECTPROPERTY(id, N'IsInlineFunction') = 1 or "
+      "OBJECTPROPERTY(id, N'IsScalarFunction') = 1  or OBJECTPROPERTY(id, N'IsTableFunction') = 1 and xtype <> 'S'  "
+      "and name = 'f'  and [name] LIKE 'a%' order by name");
   auto& filter = test.program.state<modSchemaState>();
   filter.gblnSchemaFilter[1] = true;
   filter.gstrSchemaFilter[1] = "dbo,sales";
@@ -149,10 +150,13 @@ TEST(Scripts, HeaderAndExec) {
   TestProgram test;
   std::string drop;
   const std::string header = GetScriptHeader(test.program, "Db", objViews, "[v]", drop);
-  EXPECT_EQ(drop, "IF EXISTS (SELECT * FROM dbo.sysobjects\r\nWHERE id = object_id('[v]') AND OBJECTPROPERTY(id, 'IsView') "
-                  "= 1)\r\nDROP View[v]");
-  EXPECT_EQ(header, "USE [Db]\r\nGO\r\n/****** Object: View [v]      ---- Script Date: 2026-01-02 03:04:05 ******/\r\n"
-                    "SET ANSI_NULLS ON\r\nGO\r\nSET QUOTED_IDENTIFIER ON\r\nGO\r\n" + drop + "\r\nGO");
+  EXPECT_EQ(drop,
+            "IF EXISTS (SELECT * FROM dbo.sysobjects\r\nWHERE id = object_id('[v]') AND OBJECTPROPERTY(id, 'IsView') "
+            "= 1)\r\nDROP View[v]");
+  EXPECT_EQ(header,
+            "USE [Db]\r\nGO\r\n/****** Object: View [v]      ---- Script Date: 2026-01-02 03:04:05 ******/\r\n"
+            "SET ANSI_NULLS ON\r\nGO\r\nSET QUOTED_IDENTIFIER ON\r\nGO\r\n" +
+                drop + "\r\nGO");
   std::string sql = "-- x\nCreate VIEW v AS SELECT 'a'";
   EXPECT_EQ(WrapSqlInExec(sql, "Db"), "EXEC ('USE Db EXEC (''Create VIEW v AS SELECT ''''a'''''')')");
   EXPECT_EQ(sql, "Create VIEW v AS SELECT 'a'");
@@ -181,9 +185,8 @@ TEST(QueryLayer, FailuresSpeakUnlessToldToBeSilent) {
   tServer server = TestProgram::server("New");
   std::vector<std::string> reports;
   const auto expectReport = [&] {
-    test.host.windows.push_back([&](Form& form) {
-      reports.push_back(dynamic_cast<TextBox*>(form.find("txtErrDesc"))->text());
-    });
+    test.host.windows.push_back(
+        [&](Form& form) { reports.push_back(dynamic_cast<TextBox*>(form.find("txtErrDesc"))->text()); });
   };
   RecordsetPtr rs;
   AdoExtras extras;
@@ -219,7 +222,8 @@ TEST(QueryLayer, FailuresSpeakUnlessToldToBeSilent) {
 
 TEST(QueryLayer, CountsRecordsWithTheSchemaOnASecondAttempt) {
   TestProgram test;
-  test.load("New", "Db", "CREATE SCHEMA s\nGO\nCREATE TABLE s.far (a int)\nINSERT s.far VALUES (1)\nCREATE TABLE s.far2 (a int)");
+  test.load("New", "Db",
+            "CREATE SCHEMA s\nGO\nCREATE TABLE s.far (a int)\nINSERT s.far VALUES (1)\nCREATE TABLE s.far2 (a int)");
   tServer server = TestProgram::server("New");
   std::string table = "far";
   EXPECT_EQ(GetNumberOfRecordsInTable(test.program, server, table, "Db"), 1);
@@ -239,10 +243,10 @@ TEST(QueryLayer, ParametersAreSizedAndMinusOneIsNull) {
   Command command;
   const auto add = [&](const ParamValue& value, int direction) {
     const std::string name = AddParameter(test.program, command, value, direction);
-    return name.substr(0, 3) + (command.Parameters.empty() || name.empty()
-                                    ? ""
-                                    : std::to_string(command.Parameters.back().Size) +
-                                          (command.Parameters.back().Value.null ? "n" : "v"));
+    return name.substr(0, 3) +
+           (command.Parameters.empty() || name.empty()
+                ? ""
+                : std::to_string(command.Parameters.back().Size) + (command.Parameters.back().Value.null ? "n" : "v"));
   };
   EXPECT_EQ(add(std::string("abc"), adParamInput), "str3v");
   EXPECT_EQ(add(std::string(), adParamInput), "str1v");
@@ -256,9 +260,10 @@ TEST(QueryLayer, ParametersAreSizedAndMinusOneIsNull) {
 }
 
 TEST(Schema, FunctionIsKnownToSomeBuildsOfVersion9) {
-  const std::pair<const char*, bool> cases[] = {{"9.00.3042", true},     {"9.00.3042.00", false}, {"9.00.2047", false},
+  const std::pair<const char*, bool> cases[] = {{"9.00.3042", true},    {"9.00.3042.00", false}, {"9.00.2047", false},
                                                 {"11.0.2100.60", true}, {"8.00.2039", false},    {"10.0", false}};
-  for (const auto& [version, known] : cases) EXPECT_EQ(Is_OBJECT_SCHEMA_NAME_Implemented(version, -1), known) << version;
+  for (const auto& [version, known] : cases)
+    EXPECT_EQ(Is_OBJECT_SCHEMA_NAME_Implemented(version, -1), known) << version;
 
   TestProgram test;
   test.load("Nine", "Db", "CREATE SCHEMA s\nGO\nCREATE TABLE s.t (a int)", "9.00.3042.00");

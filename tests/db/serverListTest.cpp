@@ -3,9 +3,9 @@
 #include "app/settings.h"
 #include "db/frmAddServer.h"
 #include "db/frmDeleteServer.h"
+#include "db/mdlObjects.h"
 #include "db/mdlServers.h"
 #include "db/modPanels.h"
-#include "db/mdlObjects.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -85,8 +85,9 @@ TEST(AddServer, RefusesInTheToldOrderAndAddsAServerThatAnswers) {
     form.chkLocalDb.personSets(true);
     EXPECT_TRUE(form.optGen0.chosen() && !form.txtLogin.enabled());
     EXPECT_EQ(form.txtServer.text(), "(localdb)\\InstanceName");
-    EXPECT_EQ(press(), "Cannot connect to the server - server does not exist or access denied.\r\n\r\n"
-                       "Please enter correct server data.");
+    EXPECT_EQ(press(),
+              "Cannot connect to the server - server does not exist or access denied.\r\n\r\n"
+              "Please enter correct server data.");
     EXPECT_EQ(test.host.boxes.back().title, "Cannot Connect To The Server");
     form.txtServer.personTypes("(localdb)\\local");
     form.personPressesEnter();

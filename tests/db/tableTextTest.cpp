@@ -71,7 +71,8 @@ TEST(TableText, IsRightToTheBlank) {
 
 TEST(TableText, OfAnOldServerShowsNoDefaults) {
   TestProgram test;
-  test.load("Old", "Db", "CREATE TABLE t (a int NOT NULL DEFAULT 5, b varchar(7) PRIMARY KEY NONCLUSTERED)", "8.00.2039");
+  test.load("Old", "Db", "CREATE TABLE t (a int NOT NULL DEFAULT 5, b varchar(7) PRIMARY KEY NONCLUSTERED)",
+            "8.00.2039");
   const std::string text = tableText(test, TestProgram::server("Old", "8.00.2039"), "t");
   EXPECT_TRUE(text.starts_with("[a] [int] NOT NULL\r\n[b] [varchar] (7) NOT NULL\r\n\r\nINDEX [PK__t__")) << text;
   EXPECT_TRUE(text.ends_with("] ([b])\r\n")) << text;
@@ -91,8 +92,7 @@ GO
 CREATE TABLE sales.far (a int IDENTITY(5,2) NOT NULL)
 )");
   const tServer server = TestProgram::server("New");
-  EXPECT_EQ(tableText(test, server, "bare"),
-            "[a] [int] NULL\r\n[m] [varchar] (-1) NULL\r\n[nm] [nvarchar] (-1) NULL")
+  EXPECT_EQ(tableText(test, server, "bare"), "[a] [int] NULL\r\n[m] [varchar] (-1) NULL\r\n[nm] [nvarchar] (-1) NULL")
       << "a table without a child object shows no index";
   EXPECT_EQ(tableText(test, server, "heap"),
             "[a] [int] NULL\r\n[b] [int] NULL\r\n\r\nCONSTRAINT [pkish] PRIMARY KEY CLUSTERED ([b])\r\n")
@@ -133,14 +133,14 @@ TEST(TableText, OfABrokenDatabaseIsReported) {
   std::ofstream(test.servers.databaseFile("New", "Db"), std::ios::binary) << std::string(5000, 'x');
   std::vector<std::string> reports;
   for (int i = 0; i < 3; ++i)
-    test.host.windows.push_back([&](Form& form) {
-      reports.push_back(dynamic_cast<TextBox*>(form.find("txtErrDesc"))->text());
-    });
+    test.host.windows.push_back(
+        [&](Form& form) { reports.push_back(dynamic_cast<TextBox*>(form.find("txtErrDesc"))->text()); });
   EXPECT_EQ(tableText(test, TestProgram::server("New"), "t"), "");
   ASSERT_EQ(reports.size(), 3U) << "the structure, then the indexes' query and what follows from it";
-  EXPECT_NE(reports[0].find("(mdlQueryCode:GetTableStructure)\r\n\r\nError occured while attempting to get the structure of "
-                            "table\r\n\r\n't'\r\n\r\nin SQL Server database\r\n\r\n'New.Db'\r\n\r\nError -2147467259 ("),
-            std::string::npos)
+  EXPECT_NE(
+      reports[0].find("(mdlQueryCode:GetTableStructure)\r\n\r\nError occured while attempting to get the structure of "
+                      "table\r\n\r\n't'\r\n\r\nin SQL Server database\r\n\r\n'New.Db'\r\n\r\nError -2147467259 ("),
+      std::string::npos)
       << reports[0];
 }
 

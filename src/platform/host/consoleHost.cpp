@@ -23,12 +23,16 @@ namespace {
 
 Answer answerOf(Buttons buttons, int defaultButton) {
   switch (buttons) {
-    case Buttons::Ok: return Answer::Ok;
-    case Buttons::OkCancel: return defaultButton == 2 ? Answer::Cancel : Answer::Ok;
-    case Buttons::YesNo: return defaultButton == 2 ? Answer::No : Answer::Yes;
+    case Buttons::Ok:
+      return Answer::Ok;
+    case Buttons::OkCancel:
+      return defaultButton == 2 ? Answer::Cancel : Answer::Ok;
+    case Buttons::YesNo:
+      return defaultButton == 2 ? Answer::No : Answer::Yes;
     case Buttons::YesNoCancel:
       return defaultButton == 3 ? Answer::Cancel : defaultButton == 2 ? Answer::No : Answer::Yes;
-    case Buttons::RetryCancel: return defaultButton == 2 ? Answer::Cancel : Answer::Retry;
+    case Buttons::RetryCancel:
+      return defaultButton == 2 ? Answer::Cancel : Answer::Retry;
   }
   return Answer::Cancel;
 }

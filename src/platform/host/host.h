@@ -15,7 +15,7 @@ enum class Answer : std::uint8_t { Ok, Cancel, Yes, No, Retry };
 enum class Pointer : int { Default = 0, Hourglass = 11 };
 
 struct Screen {
-  int width = 0;   // pixels
+  int width = 0;  // pixels
   int height = 0;
 };
 
@@ -33,9 +33,9 @@ struct FileDialog {
 
 // Pages of text for the printer.
 struct PrintJob {
-  std::string title;   // of the job
+  std::string title;  // of the job
   std::string text;
-  std::string header;  // on each page; empty: none
+  std::string header;        // on each page; empty: none
   bool pageNumbers = false;  // "Page: x of y" at the foot
 };
 

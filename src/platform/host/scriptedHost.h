@@ -20,14 +20,14 @@ class ScriptedHost : public Host {
     Buttons buttons = Buttons::Ok;
   };
 
-  std::vector<Box> boxes;                               // every box shown, in order
-  std::deque<Answer> answers;                           // for boxes with more than one button
-  std::deque<std::function<void(Form&)>> windows;       // what a person does in each modal window, in order
-  std::vector<std::string> opened;                      // URLs and files
-  std::vector<std::string> shown;                       // names of all windows shown, in order
-  std::function<void()> onDoEvents;                     // what a person does while a run yields
-  std::deque<std::string> files;                        // answers of file dialogs; an empty one cancels
-  std::vector<FileDialog> fileDialogs;                  // the dialogs shown
+  std::vector<Box> boxes;                          // every box shown, in order
+  std::deque<Answer> answers;                      // for boxes with more than one button
+  std::deque<std::function<void(Form&)>> windows;  // what a person does in each modal window, in order
+  std::vector<std::string> opened;                 // URLs and files
+  std::vector<std::string> shown;                  // names of all windows shown, in order
+  std::function<void()> onDoEvents;                // what a person does while a run yields
+  std::deque<std::string> files;                   // answers of file dialogs; an empty one cancels
+  std::vector<FileDialog> fileDialogs;             // the dialogs shown
   std::string clipboard;
   std::vector<PrintJob> printed;
   LocalTime time{2026, 1, 2, 3, 4, 5};

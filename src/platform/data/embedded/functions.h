@@ -13,8 +13,8 @@ class Catalogue;
 struct ServerFacts {
   std::string server;
   std::string database;
-  std::string productVersion;             // "11.0.2100.60"
-  std::filesystem::path folder;           // the instance's folder, for the list of databases
+  std::string productVersion;    // "11.0.2100.60"
+  std::filesystem::path folder;  // the instance's folder, for the list of databases
 };
 
 // The collations alone: q_text (no case, no trailing blanks), q_decimal, q_date (dates in any
@@ -24,7 +24,8 @@ void registerCollations(sqlite::Database& database);
 // Registers everything that translated SQL calls: the collations; LIKE
 // with sets; OBJECTPROPERTY, INDEXPROPERTY, OBJECT_ID, OBJECT_NAME, OBJECT_SCHEMA_NAME, SCHEMA_NAME, USER_NAME,
 // IDENT_SEED, IDENT_INCR, SERVERPROPERTY, DB_NAME, DB_ID, TYPE_ID, COL_LENGTH, getdate and its family, string, date and
-// conversion functions (q_convert(value, type text, prec, scale, style)). `facts` and `catalogue` must outlive the handle.
+// conversion functions (q_convert(value, type text, prec, scale, style)). `facts` and `catalogue` must outlive the
+// handle.
 void registerFunctions(sqlite::Database& database, const Catalogue& catalogue, const ServerFacts& facts);
 
 }  // namespace qrel::tsql

@@ -11,14 +11,14 @@ namespace qrel::tsql {
 
 enum class TokenKind : std::uint8_t {
   End,
-  Word,        // keyword or bare identifier, also #temp
-  Name,        // [bracketed] or "quoted" identifier; `text` is the name itself
-  String,      // 'text' or N'text'; `text` is the value, `national` tells the N
-  Number,      // 12, 1.5, 1e3, .5
-  Money,       // $12.5
-  Binary,      // 0x...
-  Variable,    // @x, @@x
-  Symbol,      // one operator or punctuation mark: ( ) , ; . = <> != < > <= >= + - * / % & | ^ ~ += ...
+  Word,      // keyword or bare identifier, also #temp
+  Name,      // [bracketed] or "quoted" identifier; `text` is the name itself
+  String,    // 'text' or N'text'; `text` is the value, `national` tells the N
+  Number,    // 12, 1.5, 1e3, .5
+  Money,     // $12.5
+  Binary,    // 0x...
+  Variable,  // @x, @@x
+  Symbol,    // one operator or punctuation mark: ( ) , ; . = <> != < > <= >= + - * / % & | ^ ~ += ...
 };
 
 // `begin` and `end` are byte offsets into the lexed text; `line` is 1-based within it.
@@ -35,7 +35,7 @@ struct Token {
   // The name or word without brackets, as written.
   std::string_view name() const { return kind == TokenKind::Name || kind == TokenKind::String ? text : raw; }
   bool isIdentifier() const { return kind == TokenKind::Word || kind == TokenKind::Name; }
-  bool is(std::string_view keyword) const;        // a Word equal to it without case
+  bool is(std::string_view keyword) const;  // a Word equal to it without case
   bool isSymbol(std::string_view symbol) const { return kind == TokenKind::Symbol && raw == symbol; }
 };
 

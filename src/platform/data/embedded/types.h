@@ -41,8 +41,8 @@ struct TypeRef {
 };
 
 class Catalogue;
-// The type of a bare system type name; `size` and `scale` as in name(size,scale): 0 and -1 where they are absent, size -1
-// for max. Raises DataError 0x80040E14 for a size the type can't have.
+// The type of a bare system type name; `size` and `scale` as in name(size,scale): 0 and -1 where they are absent, size
+// -1 for max. Raises DataError 0x80040E14 for a size the type can't have.
 TypeRef systemTypeRef(const SystemType& type, int size = 0, int scale = -1);
 
 // Reads "decimal(18,2)", "[varchar](max)", "double precision", "dbo.Name" ... at the reader. Unknown names raise
@@ -50,17 +50,17 @@ TypeRef systemTypeRef(const SystemType& type, int size = 0, int scale = -1);
 TypeRef readType(TokenReader& reader, const Catalogue* catalogue);
 
 // The declaration of a column in the SQLite table: affinity, type text and collation, such as
-// "TEXT decimal(18,2) COLLATE q_decimal". decimal, money, dates, GUIDs and text are TEXT in their text form; binary BLOB;
-// bit and integers INTEGER; float and real REAL.
+// "TEXT decimal(18,2) COLLATE q_decimal". decimal, money, dates, GUIDs and text are TEXT in their text form; binary
+// BLOB; bit and integers INTEGER; float and real REAL.
 std::string storageDeclaration(const TypeRef& type);
 // The reverse, from sqlite3_column_decltype: type name, DataType, precision and scale.
 ColumnInfo columnFromDeclaration(std::string_view name, std::string_view declaration);
 
-// Brings a value into the stored form of a type: digits rounded to the scale, dates in any of the server's literal forms
-// to yyyy-mm-dd hh:mm:ss.f, char and binary padded, GUIDs in braces and upper case, 0x... to bytes for binary columns.
-// Fractions of seconds lose their trailing zeros.
-// Raises DataError 0x80040E14 with the server's words for what doesn't convert or doesn't fit ("String or binary data
-// would be truncated.", "Conversion failed when converting ...", "Arithmetic overflow error ...").
+// Brings a value into the stored form of a type: digits rounded to the scale, dates in any of the server's literal
+// forms to yyyy-mm-dd hh:mm:ss.f, char and binary padded, GUIDs in braces and upper case, 0x... to bytes for binary
+// columns. Fractions of seconds lose their trailing zeros. Raises DataError 0x80040E14 with the server's words for what
+// doesn't convert or doesn't fit ("String or binary data would be truncated.", "Conversion failed when converting ...",
+// "Arithmetic overflow error ...").
 Value convertTo(const TypeRef& type, const Value& value);
 // CONVERT(varchar, date, style) and the like: a value as text.
 std::string dateText(std::string_view storedDate, int style);
