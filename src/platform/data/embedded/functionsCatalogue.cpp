@@ -351,8 +351,9 @@ void addCatalogueFunctions(FunctionSurroundings& to) {
   addFunction<objectSchemaName>(to, "object_schema_name", -1, false);
   addFunction<objectProperty>(to, "objectproperty", 2, false);
   addFunction<indexProperty>(to, "indexproperty", 3, false);
-  addFunction<identitySeed>(to, "ident_seed", 1, false);
-  addFunction<identityIncrement>(to, "ident_incr", 1, false);
+  // The same within one query: SQLite then asks once and not for each row.
+  addFunction<identitySeed>(to, "ident_seed", 1, true);
+  addFunction<identityIncrement>(to, "ident_incr", 1, true);
   addFunction<identityCurrent>(to, "ident_current", 1, false);
   addFunction<columnLength>(to, "col_length", 2, false);
   addFunction<columnName>(to, "col_name", 2, false);

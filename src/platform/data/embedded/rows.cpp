@@ -15,13 +15,22 @@ namespace {
 
 class StatementRows : public RowSource {
  public:
-  StatementRows(std::shared_ptr<OpenDatabase> open, const std::string& sql, std::map<std::string, Value> variables,
+  StatementRows(std::shared_ptr<OpenDatabase> open, LiftedQuery query, std::map<std::string, Value> variables,
                 std::string_view originalSql)
       : open_(std::move(open)),
-        sql_(sql),
+        sql_(std::move(query.sql)),
+        reusable_(query.reusable),
         original_(originalSql),
-        variables_(std::move(variables)),
-        statement_(prepare(sql_)) {
+        variables_(std::move(variables)) {
+    for (std::size_t i = 0; i < query.literals.size(); ++i)
+      variables_[":q" + std::to_string(i + 1)] = std::move(query.literals[i]);
+    statement_ = withSql([&] {
+      return reusable_ ? open_->statements.take(open_->database, sql_) : sqlite::Statement(open_->database, sql_);
+    });
+    withSql([&] {
+      bindVariables(statement_, variables_);
+      return true;
+    });
     const int count = sqlite3_column_count(statement_.get());
     columns_.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
@@ -33,6 +42,10 @@ class StatementRows : public RowSource {
     pending_ = withSql([&] { return statement_.step(); });
     ended_ = !pending_;
     typeExpressions();
+  }
+
+  ~StatementRows() override {
+    if (reusable_) open_->statements.giveBack(sql_, std::move(statement_));
   }
 
   const std::vector<ColumnInfo>& columns() const override { return columns_; }
@@ -56,21 +69,14 @@ class StatementRows : public RowSource {
 
   std::int64_t count() override {
     return withSql([&] {
-      sqlite::Statement counting = prepare("select count(*) from (" + sql_ + ")");
+      sqlite::Statement counting(open_->database, "select count(*) from (" + sql_ + ")");
+      bindVariables(counting, variables_);
       counting.step();
       return counting.integer(0);
     });
   }
 
  private:
-  sqlite::Statement prepare(const std::string& sql) {
-    return withSql([&] {
-      sqlite::Statement statement(open_->database, sql);
-      bindVariables(statement, variables_);
-      return statement;
-    });
-  }
-
   // An error tells the SQL that the caller sent, not its translation.
   template <typename Body>
   auto withSql(Body body) -> decltype(body()) {
@@ -141,6 +147,7 @@ class StatementRows : public RowSource {
 
   std::shared_ptr<OpenDatabase> open_;
   std::string sql_;
+  bool reusable_;
   std::string original_;
   std::map<std::string, Value> variables_;
   sqlite::Statement statement_;
@@ -153,7 +160,7 @@ class StatementRows : public RowSource {
 
 std::unique_ptr<RowSource> queryRows(std::shared_ptr<OpenDatabase> open, const std::string& sqliteSql,
                                      const std::map<std::string, Value>& variables, std::string_view originalSql) {
-  return std::make_unique<StatementRows>(std::move(open), sqliteSql, variables, originalSql);
+  return std::make_unique<StatementRows>(std::move(open), liftLiterals(sqliteSql), variables, originalSql);
 }
 
 }  // namespace qrel::tsql

@@ -13,6 +13,7 @@
 #include "platform/data/embedded/functions.h"
 #include "platform/data/embedded/lexer.h"
 #include "platform/data/embedded/sqlite.h"
+#include "platform/data/embedded/statementCache.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/provider.h"
 
@@ -27,6 +28,7 @@ class OpenDatabase {
   ServerFacts facts;
   sqlite::Database database;
   Catalogue catalogue;
+  StatementCache statements;
 };
 
 // What became of one statement.
