@@ -31,6 +31,14 @@ std::vector<std::string> caseNames() {
   return names;
 }
 
+// The report of a run that took no time at all, whatever the machine.
+std::string withoutTime(std::string report) {
+  const std::string label = "Time Elapsed: ";
+  const std::size_t at = report.rfind(label);
+  if (at != std::string::npos) report.replace(at + label.size(), 8, "00:00:00");
+  return report;
+}
+
 class Cases : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(Cases, GiveTheReportWrittenByHand) {
@@ -56,7 +64,7 @@ TEST_P(Cases, GiveTheReportWrittenByHand) {
     arguments.insert(arguments.begin(), {"compare", "case/source", "case/target"});
     const QrelRun compared = runQrel(arguments);
     const std::string file = number == 1 ? "expected.report" : "expected.report." + std::to_string(number);
-    EXPECT_EQ(compared.out, readFile(folder / file)) << line << '\n' << compared.err;
+    EXPECT_EQ(withoutTime(compared.out), readFile(folder / file)) << line << '\n' << compared.err;
     EXPECT_EQ(compared.code, code) << line << '\n' << compared.err;
   }
   EXPECT_GT(number, 0) << "no run in options";
