@@ -121,7 +121,13 @@ void EmbeddedServers::setVersion(std::string_view name, std::string_view product
 }
 
 std::string EmbeddedServers::productVersion(std::string_view name) const {
-  std::ifstream in(folder(name) / versionFile);
+  return versionIn(folder(name)).value_or(defaultProductVersion);
+}
+
+std::optional<std::string> EmbeddedServers::versionIn(const fs::path& folder) {
+  std::ifstream in(folder / versionFile);
+  std::error_code ignored;
+  if (!in && !fs::exists(folder / versionFile, ignored)) return {};
   std::string version;
   in >> version;
   return isVersion(version) ? version : defaultProductVersion;

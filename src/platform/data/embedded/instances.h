@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,8 @@ class EmbeddedServers {
   void create(std::string_view name, std::string_view productVersion = defaultProductVersion);
   void setVersion(std::string_view name, std::string_view productVersion);
   std::string productVersion(std::string_view name) const;
+  // The same of an instance's folder; nothing when the folder holds no instance.
+  static std::optional<std::string> versionIn(const std::filesystem::path& folder);
   std::filesystem::path folder(std::string_view name) const;
   // An instance in a folder of its own under the system's temporary folder, gone with this object. Returns its name:
   // "script1", or the next number that no instance has.

@@ -85,29 +85,35 @@ class EmbeddedConnection : public ProviderConnection {
 
 }  // namespace
 
+// An open file, and which one it was when it was opened.
+struct EmbeddedProvider::Idle {
+  std::unique_ptr<tsql::OpenDatabase> open;
+  FileIdentity identity;
+};
+
 // Open files that nobody uses at the moment, the latest last.
 class EmbeddedProvider::Pool {
  public:
-  // Empty when no open handle of this file is idle. Handles of a file that was replaced meanwhile are closed.
-  std::unique_ptr<tsql::OpenDatabase> take(const fs::path& file, const FileIdentity& identity,
-                                           const std::string& productVersion) {
+  // The latest idle handle that `asked` names and whose file and server are still what they were; no handle when there
+  // is none. Handles that are outdated by now are closed.
+  template <typename Asked>
+  Idle take(Asked asked) {
     std::list<Idle> gone;  // closed behind the lock
     const std::lock_guard lock(mutex_);
-    for (auto each = idle_.begin(); each != idle_.end();) {
-      const auto next = std::next(each);
-      if (each->open->database.file() == file) {
-        const bool same =
-            identity.usable && each->identity == identity && each->open->facts.productVersion == productVersion;
-        if (same) {
-          std::unique_ptr<tsql::OpenDatabase> found = std::move(each->open);
-          idle_.erase(each);
-          return found;
-        }
-        gone.splice(gone.end(), idle_, each);
+    for (auto each = idle_.end(); each != idle_.begin();) {
+      const auto candidate = std::prev(each);
+      if (!asked(std::as_const(*candidate->open))) {
+        each = candidate;
+        continue;
       }
-      each = next;
+      if (stillStands(*candidate)) {
+        Idle found = std::move(*candidate);
+        idle_.erase(candidate);
+        return found;
+      }
+      gone.splice(gone.end(), idle_, candidate);
     }
-    return nullptr;
+    return {};
   }
 
   void giveBack(std::unique_ptr<tsql::OpenDatabase> open, const FileIdentity& identity) {
@@ -123,10 +129,12 @@ class EmbeddedProvider::Pool {
   }
 
  private:
-  struct Idle {
-    std::unique_ptr<tsql::OpenDatabase> open;
-    FileIdentity identity;
-  };
+  static bool stillStands(const Idle& idle) {
+    const FileIdentity now = identityOf(idle.open->database.file());
+    return now.usable && now == idle.identity &&
+           EmbeddedServers::versionIn(idle.open->facts.folder) == idle.open->facts.productVersion;
+  }
+
   std::mutex mutex_;
   std::list<Idle> idle_;
 };
@@ -152,11 +160,26 @@ std::unique_ptr<ProviderConnection> EmbeddedProvider::open(const ConnectionStrin
   std::string instance(trimBlanks(connectionString.server()));
   if (equalNoCase(std::string_view(instance).substr(0, localPrefix.size()), localPrefix))
     instance.erase(0, localPrefix.size());
+  std::string wanted(trimBlanks(connectionString.database()));
+  if (wanted.empty()) wanted = "master";
+  // A handle under the very names that are asked for spares the search through the folders.
+  Idle used = pool_->take(
+      [&](const tsql::OpenDatabase& open) { return open.facts.database == wanted && open.facts.server == instance; });
+  if (!used.open) used = find(instance, wanted);
+  used.open->catalogue.forget();
+  used.open->database.startClock(0);
+  std::shared_ptr<tsql::OpenDatabase> shared(
+      used.open.release(), [pool = std::weak_ptr(pool_), identity = used.identity](tsql::OpenDatabase* done) {
+        std::unique_ptr<tsql::OpenDatabase> owned(done);
+        if (const auto alive = pool.lock()) alive->giveBack(std::move(owned), identity);
+      });
+  return std::make_unique<EmbeddedConnection>(std::move(shared));
+}
+
+EmbeddedProvider::Idle EmbeddedProvider::find(const std::string& instance, const std::string& wanted) {
   if (!servers_.exists(instance))
     cannotConnect("SQL Server does not exist or access denied: there is no embedded server '" + instance +
                   "'. \"qrel load " + instance + "/DATABASE FILE\" makes one from a script.");
-  std::string wanted(trimBlanks(connectionString.database()));
-  if (wanted.empty()) wanted = "master";
   const std::vector<std::string> databases = servers_.databases(instance);
   const auto found = std::find_if(databases.begin(), databases.end(),
                                   [&](const std::string& name) { return equalNoCase(name, wanted); });
@@ -166,23 +189,14 @@ std::unique_ptr<ProviderConnection> EmbeddedProvider::open(const ConnectionStrin
                       "server's databases, or make this one with \"qrel load " + instance + "/" + wanted + " FILE\".",
                   "42000");
   const fs::path file = servers_.databaseFile(instance, *found);
-  const std::string version = servers_.productVersion(instance);
-  const FileIdentity identity = identityOf(file);
-  std::unique_ptr<tsql::OpenDatabase> open = pool_->take(file, identity, version);
-  if (!open) {
-    const tsql::ServerFacts facts{instance, *found, version, servers_.folder(instance)};
-    open = std::make_unique<tsql::OpenDatabase>(file, facts, majorVersion(version), sqlite::OpenMode::ReadWrite);
-    checkCatalogue(*open);
-  }
-  open->catalogue.forget();
-  open->database.startClock(0);
-  std::shared_ptr<tsql::OpenDatabase> shared(open.release(),
-                                             [pool = std::weak_ptr(pool_), identity](tsql::OpenDatabase* used) {
-                                               std::unique_ptr<tsql::OpenDatabase> owned(used);
-                                               if (const auto alive = pool.lock())
-                                                 alive->giveBack(std::move(owned), identity);
-                                             });
-  return std::make_unique<EmbeddedConnection>(std::move(shared));
+  Idle idle = pool_->take([&](const tsql::OpenDatabase& open) { return open.database.file() == file; });
+  if (idle.open) return idle;
+  idle.identity = identityOf(file);
+  const tsql::ServerFacts facts{instance, *found, servers_.productVersion(instance), servers_.folder(instance)};
+  idle.open = std::make_unique<tsql::OpenDatabase>(file, facts, majorVersion(facts.productVersion),
+                                                   sqlite::OpenMode::ReadWrite);
+  checkCatalogue(*idle.open);
+  return idle;
 }
 
 }  // namespace qrel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "platform/data/connectionString.h"
 #include "platform/data/embedded/instances.h"
@@ -19,7 +20,11 @@ class EmbeddedProvider : public Provider {
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override;
 
  private:
+  struct Idle;
   class Pool;
+
+  // By way of the folders, whatever the names' case.
+  Idle find(const std::string& instance, const std::string& wanted);
 
   EmbeddedServers& servers_;
   std::shared_ptr<Pool> pool_;

@@ -31,16 +31,11 @@ class StatementRows : public RowSource {
       bindVariables(statement_, variables_);
       return true;
     });
-    const int count = sqlite3_column_count(statement_.get());
-    columns_.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-      const char* name = sqlite3_column_name(statement_.get(), i);
-      const char* declared = sqlite3_column_decltype(statement_.get(), i);
-      columns_.push_back(columnFromDeclaration(name ? name : "", declared ? declared : ""));
-    }
-    // The first row is looked for at once: an error belongs to the command, not to its first fetch.
+    // The first row is looked for at once: an error belongs to the command, not to its first fetch. Only then a kept
+    // statement knows what has become of the columns meanwhile.
     pending_ = withSql([&] { return statement_.step(); });
     ended_ = !pending_;
+    readColumns();
     typeExpressions();
   }
 
@@ -97,6 +92,16 @@ class StatementRows : public RowSource {
     ended_ = !statement_.step();
     if (ended_) statement_.reset();  // lets go of the file's read lock
     return !ended_;
+  }
+
+  void readColumns() {
+    const int count = sqlite3_column_count(statement_.get());
+    columns_.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+      const char* name = sqlite3_column_name(statement_.get(), i);
+      const char* declared = sqlite3_column_decltype(statement_.get(), i);
+      columns_.push_back(columnFromDeclaration(name ? name : "", declared ? declared : ""));
+    }
   }
 
   // Columns without a declaration are typed by the first row's value.

@@ -10,6 +10,8 @@ namespace qrel::tsql {
 namespace {
 
 constexpr std::size_t mostEntries = 32;
+// Long lists of literals are seldom asked for twice, and SQLite binds only so many.
+constexpr std::size_t mostLiterals = 100;
 
 bool mustKeepLiterals(std::string_view sql) {
   const std::string upper = upperCase(sql);
@@ -70,6 +72,7 @@ LiftedQuery liftLiterals(std::string_view sql) {
       end = c == '"' || c == '\'' ? behindQuoted(sql, at) : at + 1;
       lifted.sql += sql.substr(at, end - at);
     }
+    if (lifted.literals.size() > mostLiterals) return {std::string(sql), {}, false};
     if (sql[end - 1] != ' ') before = sql[end - 1];
     at = end;
   }

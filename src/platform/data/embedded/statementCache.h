@@ -19,7 +19,7 @@ struct LiftedQuery {
 };
 
 // Lifts the text literals, and the whole numbers behind "=". Queries in which a literal may have to be one (grouping,
-// set operators, window functions) or whose columns may change (*) are left as they are.
+// set operators, window functions), whose columns may change (*) or that hold very many literals are left as they are.
 LiftedQuery liftLiterals(std::string_view sql);
 
 class StatementCache {

@@ -55,6 +55,24 @@ TEST(EmbeddedProvider, SeesTheFileThatTookTheOldOnesPlace) {
   EXPECT_EQ(server.error("SELECT COUNT(*) FROM a").number, errorNumber::invalidObjectName);
 }
 
+TEST(EmbeddedProvider, NoticesWhatBecameOfAFileItHadOpen) {
+  EmbeddedServer server;
+  const auto folder = server.servers.folder("S");
+  const std::string version = "SELECT CAST(SERVERPROPERTY('ProductVersion') AS varchar(20))";
+  EXPECT_EQ(server.line(version), defaultProductVersion);
+  server.servers.setVersion("S", "8.0.194");
+  EXPECT_EQ(server.line(version), "8.0.194");
+  std::filesystem::resize_file(folder / "shop.mdf", 0);
+  EXPECT_EQ(openError(server, "shop").number, errorNumber::cannotConnect) << "emptied";
+  server.run("SELECT 1", "master");
+  std::filesystem::remove(folder / "master.mdf");
+  EXPECT_EQ(openError(server, "master").number, errorNumber::cannotConnect) << "gone";
+  server.servers.createDatabase("S", "last");
+  server.run("SELECT 1", "last");
+  std::filesystem::remove(folder / "instance.txt");
+  EXPECT_EQ(openError(server, "last").number, errorNumber::cannotConnect) << "no server any more";
+}
+
 TEST(EmbeddedProvider, ConnectionsSeeEachOthersChanges) {
   EmbeddedServer server;
   const auto first = server.connect();

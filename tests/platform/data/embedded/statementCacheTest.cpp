@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/data/recordset.h"
+#include "tests/platform/data/embedded/embeddedServer.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -27,6 +28,16 @@ TEST(LiftLiterals, TakesTextsAndComparedNumbersOnly) {
       {"select count(*) from t where a = 1", "select count(*) from t where a = :q1|1"},
   };
   for (const auto& [sql, expected] : cases) EXPECT_EQ(lifted(sql), expected);
+}
+
+TEST(LiftLiterals, LeavesLongListsAsTheyAre) {
+  std::string sql = "select a where b in (''";
+  for (int i = 0; i < 1000; ++i) sql += ", 'k'";
+  sql += ") and c = 1";
+  const tsql::LiftedQuery query = tsql::liftLiterals(sql);
+  EXPECT_FALSE(query.reusable);
+  EXPECT_EQ(query.sql, sql);
+  EXPECT_TRUE(query.literals.empty());
 }
 
 TEST(StatementCache, GivesEachQueryItsOwnRows) {
@@ -55,6 +66,17 @@ TEST(StatementCache, GivesEachQueryItsOwnRows) {
   EXPECT_EQ(integerOf(open("SELECT n FROM t WHERE s = ':q1'").Fields("n").cell), 3);
   EXPECT_TRUE(open("SELECT n FROM t WHERE s = 'none'").Eof());
   EXPECT_EQ(open("SELECT n FROM t WHERE s = 'none' OR n = 1").RecordCount(), 1);
+}
+
+TEST(StatementCache, FollowsATableThatChanges) {
+  EmbeddedServer server;
+  const char* query = "SELECT a FROM t WHERE a = '5'";
+  server.run("CREATE TABLE t (A int)\nINSERT t VALUES (5)");
+  const auto column = [&] { return server.connect()->execute({query, 30, {}}).rows->columns().at(0); };
+  EXPECT_EQ(column().type, DataType::Integer);
+  server.run("DROP TABLE t\nCREATE TABLE t (a varchar(9))\nINSERT t VALUES ('5')");
+  EXPECT_EQ(column().type, DataType::Text);
+  EXPECT_EQ(server.line(query), "5");
 }
 
 }  // namespace
