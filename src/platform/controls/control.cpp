@@ -38,6 +38,15 @@ void Button::personClicks() {
   if (enabled() && visible() && !muted() && onClick) onClick();
 }
 
+void LinkLabel::personClicks() {
+  if (enabled() && visible() && !muted() && onClick) onClick();
+}
+
+void ProgressBar::setValue(double percent) {
+  value_ = percent;
+  changed();
+}
+
 void TextBox::personTypes(std::string text) {
   if (readOnly || !enabled()) return;
   setText(std::move(text));

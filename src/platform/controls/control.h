@@ -46,6 +46,10 @@ class Control {
   // Asks for the keyboard focus; `selectAll` with the text selected.
   void setFocus(bool selectAll = false);
   std::size_t focusRequests() const { return focusRequests_; }
+  // The face tells that the mouse pointer or the keyboard focus came here (true) or went (false).
+  std::function<void(bool here)> onPointedAt;
+  // The face tells that a mouse button went up over the control: 1 left, 2 right.
+  std::function<void(int button)> onMouseUp;
   bool selectAllOnFocus() const { return selectAll_; }
 
  protected:
@@ -93,6 +97,14 @@ class TextBox : public TextControl {
   bool readOnly = false;
   std::function<void()> onChange;
   void personTypes(std::string text);
+};
+
+// A text that acts like a link.
+class LinkLabel : public TextControl {
+ public:
+  using TextControl::TextControl;
+  std::function<void()> onClick;
+  void personClicks();
 };
 
 // A check box, or one of a group of option buttons.
@@ -194,6 +206,17 @@ class CheckList : public Control {
   void rowsChanged();
   std::vector<Row> rows_;
   bool redraw_ = true;
+};
+
+// How far a work has come.
+class ProgressBar : public Control {
+ public:
+  using Control::Control;
+  double value() const { return value_; }  // percent; a face shows what lies between 0 and 100
+  void setValue(double percent);
+
+ private:
+  double value_ = 0;
 };
 
 // A timer that ticks while it is enabled and the program yields to events. Made disabled.

@@ -14,6 +14,11 @@ void Form::close() {
   if (onClosed) onClosed();
 }
 
+void Form::personPressesKey(std::string_view key) {
+  for (const Key& one : keys_)
+    if (one.key == key) return one.action();
+}
+
 void Form::personPressesEnter() {
   for (Control* control : controls_)
     if (auto* button = dynamic_cast<Button*>(control); button && button->isDefault) return button->personClicks();

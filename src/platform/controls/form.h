@@ -36,15 +36,25 @@ class Form {
   void reopen() { closed_ = false; }
   std::function<void()> onClosed;  // set by the host
 
+  // A key of the whole window, "F5" or "Alt+O", and what it does. The face only delivers it.
+  struct Key {
+    std::string key;
+    std::function<void()> action;
+  };
+  const std::vector<Key>& keys() const { return keys_; }
+  void personPressesKey(std::string_view key);
+
   // Presses the button that Enter or Esc stands for.
   void personPressesEnter();
   void personPressesEsc();
 
  protected:
   void add(Control& control) { controls_.push_back(&control); }
+  void addKey(std::string key, std::function<void()> action) { keys_.push_back({std::move(key), std::move(action)}); }
 
  private:
   std::vector<Control*> controls_;
+  std::vector<Key> keys_;
   bool closed_ = false;
 };
 

@@ -9,8 +9,18 @@ void TextPane::setText(std::string text) {
   text_ = std::move(text);
   lineStarts_.clear();
   backgrounds_.clear();
-  selectionStart_ = selectionLength_ = 0;
+  selectionStart_ = selectionLength_ = topLine_ = 0;
   changed();
+}
+
+void TextPane::setTopLine(std::size_t line) {
+  topLine_ = line;
+  changed();
+}
+
+void TextPane::personScrolls(std::size_t line) {
+  topLine_ = line;
+  if (!muted() && onScroll) onScroll();
 }
 
 void TextPane::findLines() const {

@@ -21,7 +21,7 @@ class TextPane : public Control {
   };
 
   const std::string& text() const { return text_; }
-  // Selection, caret and backgrounds are gone afterwards.
+  // Selection, caret, scrolling and backgrounds are gone afterwards.
   void setText(std::string text);
 
   std::size_t lineCount() const;
@@ -40,6 +40,12 @@ class TextPane : public Control {
   void setBackgrounds(std::vector<Range> backgrounds);
   void clearBackgrounds();
 
+  // The line that a face shows at the top. A person's scrolling raises the event, code doesn't.
+  std::size_t topLine() const { return topLine_; }
+  void setTopLine(std::size_t line);
+  void personScrolls(std::size_t line);
+  std::function<void()> onScroll;
+
   // Page measures in twips, font size in points.
   int pageWidth = 0;
   int pageHeight = 0;
@@ -52,6 +58,7 @@ class TextPane : public Control {
   mutable std::vector<std::size_t> lineStarts_;  // filled when first asked for
   std::size_t selectionStart_ = 0;
   std::size_t selectionLength_ = 0;
+  std::size_t topLine_ = 0;
   std::vector<Range> backgrounds_;
 };
 

@@ -28,6 +28,7 @@ class ConsoleHost : public Host {
                     int defaultButton) override;
   void showModal(Form& form) override;
   void show(Form& form) override;
+  long popUpMenu(const std::vector<MenuItem>&) override { return 0; }
   void doEvents() override;
   bool openUrl(const std::string&) override { return false; }
   // There is nobody to choose a file: always cancelled.

@@ -4,10 +4,12 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace qrel {
 
 class Form;
+struct MenuItem;
 
 enum class Icon : std::uint8_t { None, Information, Question, Warning, Critical };
 enum class Buttons : std::uint8_t { Ok, OkCancel, YesNo, YesNoCancel, RetryCancel };
@@ -50,6 +52,8 @@ class Host {
   virtual void showModal(Form& form) = 0;
   // Loads and activates a window that stays.
   virtual void show(Form& form) = 0;
+  // Opens a menu under the pointer and waits; the id of the chosen item, 0 when it was closed without a choice.
+  virtual long popUpMenu(const std::vector<MenuItem>& items) = 0;
   // Lets waiting events run.
   virtual void doEvents() = 0;
 

@@ -37,6 +37,17 @@ void ScriptedHost::show(Form& form) {
   form.activate();
 }
 
+long ScriptedHost::popUpMenu(const std::vector<MenuItem>& items) {
+  menus.push_back(items);
+  if (menuChoices.empty()) {
+    unexpected.push_back("menu");
+    return 0;
+  }
+  const long id = menuChoices.front();
+  menuChoices.pop_front();
+  return id;
+}
+
 void ScriptedHost::doEvents() {
   if (onDoEvents) onDoEvents();
 }

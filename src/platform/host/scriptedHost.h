@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/controls/menu.h"
 #include "platform/host/host.h"
 
 namespace qrel {
@@ -28,6 +29,8 @@ class ScriptedHost : public Host {
   std::function<void()> onDoEvents;                // what a person does while a run yields
   std::deque<std::string> files;                   // answers of file dialogs; an empty one cancels
   std::vector<FileDialog> fileDialogs;             // the dialogs shown
+  std::deque<long> menuChoices;                    // ids chosen in menus that open; 0 closes one
+  std::vector<std::vector<MenuItem>> menus;        // the menus that opened
   std::string clipboard;
   std::vector<PrintJob> printed;
   LocalTime time{2026, 1, 2, 3, 4, 5};
@@ -37,6 +40,7 @@ class ScriptedHost : public Host {
                     int defaultButton) override;
   void showModal(Form& form) override;
   void show(Form& form) override;
+  long popUpMenu(const std::vector<MenuItem>& items) override;
   void doEvents() override;
   bool openUrl(const std::string& url) override;
   std::string saveFileDialog(const FileDialog& dialog) override;
