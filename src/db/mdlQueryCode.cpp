@@ -114,7 +114,10 @@ void readColumns(Program& program, const tServer& server, const std::string& str
                  std::vector<tTableColumn>& arrColumns) {
   for (; !rs.Eof(); rs.MoveNext()) {
     const std::string strColumn = rs.Fields("column").Text();
-    if (std::find(arrIgnored.begin(), arrIgnored.end(), strColumn) != arrIgnored.end()) continue;
+    const auto isColumn = [strLower = lowerCase(strColumn)](const std::string& strIgnored) {
+      return lowerCase(strIgnored) == strLower;
+    };
+    if (std::any_of(arrIgnored.begin(), arrIgnored.end(), isColumn)) continue;
     arrColumns.push_back(readColumn(program, server, strDb, rs));
     strText += arrColumns.back().strLine + strLineSuffix + "\r\n";
   }

@@ -40,12 +40,15 @@ void ImageButton::setImage(int image) {
 frmMain::frmMain(Program& program, MainWindowSteps steps)
     : Form("frmMain"),
       optType(typeButtons()),
+      cmdCopyClip(buttonPair("cmdCopyClip")),
+      cmdCopyToFile(buttonPair("cmdCopyToFile")),
       srtFiltering(buttonPair("srtFiltering")),
       cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
       cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
       cmdNonExistent(buttonPair("cmdNonExistent")),
       program_(program),
-      steps_(std::move(steps)) {
+      steps_(std::move(steps)),
+      compare_(program, *this) {
   registerControls();
   setUpControls();
   wireEvents();
@@ -56,6 +59,7 @@ void frmMain::registerControls() {
   for (OptionButton& button : optType) add(button);
   add(cmdConnect);
   add(cmdCompare);
+  add(cmdCompareAll);
   add(lblSource);
   add(lblTarget);
   const auto addPair = [this](auto& pair) {
@@ -66,6 +70,8 @@ void frmMain::registerControls() {
   addPair(workspace.cmbOwners);
   addPair(workspace.pvlSqlObj);
   addPair(workspace.txtTXProc);
+  addPair(cmdCopyClip);
+  addPair(cmdCopyToFile);
   addPair(srtFiltering);
   addPair(cmdFilterBySchema);
   addPair(cmdFilterByOwner);
@@ -86,9 +92,13 @@ void frmMain::setUpControls() {
   workspace.cmbType.setToolTip("Select object type (F6)");
   cmdConnect.setToolTip("Connect to the server (F5)");
   cmdCompare.setToolTip("Compare selected tables (F7)");
+  cmdCompareAll.setToolTip("Compare all objects (F8)");
   lblSource.setText("Source");
   lblTarget.setText("Target");
+  const std::string strCopy = "Copy selected object structure to the ";
   for (std::size_t side = 0; side < 2; ++side) {
+    cmdCopyClip[side].setToolTip(strCopy + "clipboard (Alt + " + (side == 0 ? "O)" : "Y)"));
+    cmdCopyToFile[side].setToolTip(strCopy + "file (Alt + " + (side == 0 ? "P)" : "I)"));
     srtFiltering[side].setVisible(false);
     cmdFilterByOwner[side].setVisible(false);
     cmdNonExistent[side].setVisible(false);
@@ -99,6 +109,8 @@ void frmMain::setUpControls() {
 void frmMain::wireEvents() {
   workspace.cmbType.onClick = [this] { cmbType_Click(); };
   cmdConnect.onClick = [this] { cmdConnect_Click(); };
+  cmdCompare.onClick = [this] { cmdCompare_Click(); };
+  cmdCompareAll.onClick = [this] { cmdCompareAll_Click(); };
   for (int i = 0; i < static_cast<int>(optType.size()); ++i)
     optType[static_cast<std::size_t>(i)].onClick = [this, i] { optType_Click(i); };
   for (int Index = 0; Index < 2; ++Index) {
@@ -114,6 +126,8 @@ void frmMain::wireEvents() {
     workspace.pvlSqlObj[side].onClick = [this, side, Index] {
       pvlSqlObj_SelectChange(Index, workspace.pvlSqlObj[side].firstSelected());
     };
+    cmdCopyClip[side].onClick = [this, Index] { cmdCopyClip_Click(Index); };
+    cmdCopyToFile[side].onClick = [this, Index] { cmdCopyToFile_Click(Index); };
     srtFiltering[side].onClick = [this, Index] { srtFiltering_Click(Index); };
     cmdFilterBySchema[side].onClick = [this, Index] { cmdFilterBySchema_Click(Index); };
     cmdFilterByOwner[side].onClick = [this, Index] { cmdFilterByOwner_Click(Index); };

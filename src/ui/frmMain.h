@@ -13,6 +13,7 @@
 #include "app/Program.h"
 #include "app/Workspace.h"
 #include "platform/controls/form.h"
+#include "ui/mainCompare.h"
 
 namespace qrel {
 
@@ -60,6 +61,9 @@ class frmMain : public Form {
   std::array<OptionButton, 7> optType;  // a second way to choose the type
   ImageButton cmdConnect{"cmdConnect"};
   Button cmdCompare{"cmdCompare"};
+  Button cmdCompareAll{"cmdCompareAll"};
+  std::array<Button, 2> cmdCopyClip;
+  std::array<Button, 2> cmdCopyToFile;
   std::array<Button, 2> srtFiltering;  // visible while its panel is filtered; a click removes the filters
   std::array<Button, 2> cmdFilterBySchema;
   std::array<Button, 2> cmdFilterByOwner;  // never visible
@@ -125,6 +129,20 @@ class frmMain : public Form {
   // Shows which panels are filtered. penmFilterType selects the words of the tips: 1 schema, 2 owner.
   void Filtering_UpdateDisplay(long penmFilterType);
 
+  // The structure comparisons (mainCompare.cpp). The two buttons do nothing while the window is busy, and keep it busy.
+  void cmdCompare_Click();
+  void cmdCompareAll_Click();
+  // One type; lngTypeIndex is its place in the order Tables, Procedures, Functions, Views, Triggers, Relationships,
+  // Constraints, from 0.
+  void CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelective, bool blnDetails);
+  void CompareHighlightedSections();
+  void ShowColorSchema();
+  // The text of a panel's pane.
+  void cmdCopyClip_Click(int Index);
+  void cmdCopyToFile_Click(int Index);
+  // Prints it under strPrefix and the object's description. An empty pane is told unless blnSilent is set.
+  void PrintStructure(int Index, bool blnSilent, const std::string& strPrefix);
+
  private:
   void registerControls();
   void wireEvents();
@@ -142,6 +160,7 @@ class frmMain : public Form {
 
   Program& program_;
   MainWindowSteps steps_;
+  MainCompare compare_;
   bool filtering_ = false;  // a filter command is running
 };
 

@@ -1,0 +1,136 @@
+#include "ui/mainCompare.h"
+
+#include <utility>
+
+#include "app/mdlMain.h"
+#include "app/trap.h"
+#include "compare/structure/frmColorSchema.h"
+#include "compare/structure/modMarkDifferences.h"
+#include "db/mdlQueryCode.h"
+#include "db/modPanels.h"
+#include "platform/text.h"
+#include "report/frmReport.h"
+#include "report/modCopyToFile.h"
+#include "ui/flagScope.h"
+#include "ui/frmMain.h"
+
+namespace qrel {
+
+namespace {
+
+constexpr std::int32_t structureComparison = 1;  // the report's comparison type
+
+// What both kinds of report call have in common.
+template <class Call>
+tReportInput reportInput(const Call& call) {
+  tReportInput input;
+  input.strTitle = call.strTitle;
+  input.strServer1 = call.arrServers[0];
+  input.strServer2 = call.arrServers[1];
+  input.strDb1 = call.arrDatabases[0];
+  input.strDb2 = call.arrDatabases[1];
+  input.lngCompType = structureComparison;
+  input.lngCompSubType = call.intCompSubType;
+  input.strEncObjTypes = call.strObjectTypes;
+  return input;
+}
+
+}  // namespace
+
+bool MainCompare::CanStartComparison() { return CheckMdac(program_); }
+
+std::vector<std::string> MainCompare::IgnoredColumns(const std::string& strFullName) {
+  const auto& lookUp = program_.state<IgnoredColumnsSource>().lookUp;
+  if (!lookUp) return {};
+  for (int Index = 0; Index < 2; ++Index) {
+    std::string strServer, strDb, strObject;
+    long lngObjId = 0;
+    window_.GetNamesOfSelServerDbAndObject(Index, strServer, strDb, strObject, lngObjId);
+    if (!strObject.empty() && strFullName == strServer + "." + strDb + "." + strObject)
+      return lookUp(program_.main.gtypSelServ[static_cast<std::size_t>(Index)], strDb, strObject);
+  }
+  return {};
+}
+
+std::string MainCompare::TableTextWithout(int side, const std::vector<std::string>&) {
+  std::string strServer, strDb, strObject;
+  long lngObjId = 0, lngIgnored = 0;
+  window_.GetNamesOfSelServerDbAndObject(side, strServer, strDb, strObject, lngObjId);
+  return GetTableText(program_, program_.main.gtypSelServ[static_cast<std::size_t>(side)], strObject, strDb, true,
+                      lngIgnored, lngObjId, "", false, "");
+}
+
+void MainCompare::MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource,
+                                  CompLineArray& arrTarget, long lngType) {
+  std::int32_t lngError = 0;
+  Mark_Differences(program_, paneSource, paneTarget, arrSource, arrTarget, lngError, lngType);
+}
+
+void MainCompare::ShowReport(const PairReport& report) {
+  tReportInput input = reportInput(report);
+  input.strTable1 = report.arrObjects[0];
+  input.strTable2 = report.arrObjects[1];
+  frmReport(program_).ShowUp(std::move(input));
+}
+
+bool MainCompare::printRunInProgress() { return program_.state<PrintRunState>().gblnCompareAndPrint; }
+
+void MainCompare::PrintPane(const std::string& strHeading, TextPane& pane) {
+  window_.PrintStructure(&pane == &window_.workspace.txtTXProc[1] ? 1 : 0, false, strHeading);
+}
+
+std::string MainCompare::DatabaseName(int side) const { return SelectedDatabase(window_.workspace, side); }
+
+void MainCompare::ShowReport(const CompareAllReportCall& call) {
+  tReportInput input = reportInput(call);
+  input.lngCompSubSubType = call.intDetailType;
+  input.blnAuto = call.blnSavedProcess;
+  input.lngSelCountSource = static_cast<std::int32_t>(call.selection.lngSelectedSource);
+  input.lngSelCountTarget = static_cast<std::int32_t>(call.selection.lngSelectedTarget);
+  input.arrSource = call.selection.arrSelectedSource;
+  input.arrTarget = call.selection.arrSelectedTarget;
+  frmReport(program_).ShowUp(std::move(input));
+}
+
+void frmMain::cmdCompare_Click() {
+  if (workspace.mblnBusy) return;
+  const FlagScope busy(workspace.mblnBusy);
+  CompareSelProcs(program_, workspace, compare_, false, "", "");
+}
+
+void frmMain::cmdCompareAll_Click() {
+  if (workspace.mblnBusy) return;
+  const FlagScope busy(workspace.mblnBusy);
+  qrel::cmdCompareAll_Click(program_, compare_);
+}
+
+void frmMain::CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelective, bool blnDetails) {
+  qrel::CompStruct_BulkSel_SimpleDet_All(program_, compare_, lngTypeIndex, blnSelective, blnDetails);
+}
+
+void frmMain::CompareHighlightedSections() { qrel::CompareHighlightedSections(program_, workspace, compare_); }
+
+void frmMain::ShowColorSchema() { qrel::ShowColorSchema(program_); }
+
+void frmMain::cmdCopyClip_Click(int Index) { CopyObjectToClipboard(program_, workspace, Index); }
+
+void frmMain::cmdCopyToFile_Click(int Index) { CopyObjectToFile(program_, workspace, Index); }
+
+void frmMain::PrintStructure(int Index, bool blnSilent, const std::string& strPrefix) {
+  trap(program_, "frmMain", "PrintStructure", [&] {
+    const std::string& strText = workspace.txtTXProc[static_cast<std::size_t>(Index)].text();
+    if (trimBlanks(strText).empty()) {
+      if (!blnSilent)
+        program_.host.messageBox("Cannot continue - there is no structure displayed for selected table.",
+                                 Icon::Information, "Cannot Continue");
+      return;
+    }
+    std::string strServer, strDb, strObject;
+    long lngObjId = 0;
+    GetNamesOfSelServerDbAndObject(Index, strServer, strDb, strObject, lngObjId);
+    program_.host.print(
+        {caption, strText, strPrefix + strObject + " (Database: " + strDb + ", Server: " + strServer + ")", false});
+  });
+}
+
+}  // namespace qrel

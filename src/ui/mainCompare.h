@@ -1,0 +1,43 @@
+// The main window as the comparisons see it: they ask it for the selection, and show and print through it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "compare/structure/compareAllCommands.h"
+#include "compare/structure/modCompareSelected.h"
+
+namespace qrel {
+
+class frmMain;
+
+// Set while all tables are compared for printing: a pair that differs is printed, and no report window opens.
+struct PrintRunState {
+  bool gblnCompareAndPrint = false;
+};
+
+class MainCompare : public PairComparisonSteps, public CompareAllSteps {
+ public:
+  MainCompare(Program& program, frmMain& window) : program_(program), window_(window) {}
+
+  // The data access layer is there. What isn't selected is told by the comparison, which finds nothing to compare.
+  bool CanStartComparison() override;
+  // None for a name that isn't that of a selected table, and none while nobody keeps such lists.
+  std::vector<std::string> IgnoredColumns(const std::string& strFullName) override;
+  // The columns left out are those of the table's own list, whatever is in arrIgnoredColumns.
+  std::string TableTextWithout(int side, const std::vector<std::string>& arrIgnoredColumns) override;
+  void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource, CompLineArray& arrTarget,
+                       long lngType) override;
+  void ShowReport(const PairReport& report) override;
+  bool printRunInProgress() override;
+  void PrintPane(const std::string& strHeading, TextPane& pane) override;
+
+  std::string DatabaseName(int side) const override;
+  void ShowReport(const CompareAllReportCall& call) override;
+
+ private:
+  Program& program_;
+  frmMain& window_;
+};
+
+}  // namespace qrel
