@@ -86,6 +86,9 @@ void addCompare(CLI::App& app, CommandLine& line) {
   CLI::Option* only =
       compare->add_option("--only", line.compare.only, "compare only objects of this name")->allow_extra_args(false);
   CLI::Option* report = compare->add_option("--report", line.compare.report, "write the report to this file too");
+  compare->add_option("--source-schemas", line.compare.schemas[0],
+                      "only objects of these schemas, with commas between");
+  compare->add_option("--target-schemas", line.compare.schemas[1], "the same for Target");
   CLI::Option* type = compare->add_option("--type", line.compare.type, "the type of --object");
   CLI::Option* object =
       compare->add_option("--object", line.compare.objects, "the name, and the Target's name when it is another")

@@ -35,6 +35,7 @@ ExitCode runOptions(Console& console);
 
 struct CompareArguments {
   std::string source, target;
+  std::string schemas[2];  // comma-separated, of Source and Target; empty: all
   // One pair:
   std::string type;
   std::vector<std::string> objects;  // the Source's name, and the Target's when it is another

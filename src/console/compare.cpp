@@ -42,8 +42,6 @@ class ConsoleSteps : public PairComparisonSteps {
   ConsoleSteps(Console& console, bool& different) : console_(console), different_(different) {}
 
   bool CanStartComparison() override { return true; }
-  std::vector<std::string> IgnoredColumns(const std::string&) override { return {}; }
-  std::string TableTextWithout(int, const std::vector<std::string>&) override { return {}; }
   void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource, CompLineArray& arrTarget,
                        long type) override {
     different_ = true;
@@ -84,6 +82,7 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   bool complete = true;
   for (const int side : {0, 1}) {
     openPanel(console, workspace, sides[side], side);
+    filterSchemas(console, sides[side], side, arguments.schemas[side]);
     listObjects(console, workspace, sides[side], side, type);
     selectObject(console, workspace, sides[side], side, names[side]);
   }

@@ -26,12 +26,10 @@ void checkTypes(Program& program, CompareAllControls& controls, const std::strin
     for (std::size_t index = 0; index < 7; ++index) controls.chkObjType[index].setChecked(true);
     return;
   }
-  for (std::size_t begin = 0; begin <= types.size();) {
-    const std::size_t comma = std::min(types.find(',', begin), types.size());
-    const long type = Console::objectType(types.substr(begin, comma - begin));
+  for (const std::string& word : splitAt(types, ',')) {
+    const long type = Console::objectType(word);
     if (type == objConstraints) program.settings.AnalyzeConstraints = true;
     controls.chkObjType[static_cast<std::size_t>(CompareAllIndex(type))].setChecked(true);
-    begin = comma + 1;
   }
 }
 
@@ -63,7 +61,10 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
   checkTypes(program, controls, arguments.types);
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
   Workspace workspace;
-  for (const int side : {0, 1}) openPanel(console, workspace, sides[side], side);
+  for (const int side : {0, 1}) {
+    openPanel(console, workspace, sides[side], side);
+    filterSchemas(console, sides[side], side, arguments.schemas[side]);
+  }
 
   CompareAllInput input;
   input.arrDatabases = {sides[0].database, sides[1].database};

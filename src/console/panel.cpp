@@ -1,5 +1,6 @@
 #include "console/panel.h"
 
+#include <algorithm>
 #include <ostream>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"
 #include "db/modPanels.h"
+#include "db/modSchema.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -28,6 +30,29 @@ void openPanel(Console& console, Workspace& workspace, const Side& side, int ind
   workspace.pvlDb[at(index)].clear();
   workspace.pvlDb[at(index)].add(side.database);
   workspace.pvlDb[at(index)].select(0);
+}
+
+void filterSchemas(Console& console, const Side& side, int index, const std::string& schemas) {
+  if (schemas.empty()) return;
+  Program& program = console.program;
+  const tServer& server = program.main.gtypSelServ[at(index)];
+  if (server.VersionNum < 9)
+    throw CommandFailure{ExitCode::Usage,
+                         server.Name + ": cannot filter by schema - schemas were introduced in SQL Server 2005."};
+  std::vector<std::string> known, chosen;
+  GetAllSchemas(program, server, side.database, known);
+  for (const std::string& name : splitAt(schemas, ',')) {
+    const auto match =
+        std::find_if(known.begin(), known.end(), [&](const auto& each) { return equalNoCase(each, name); });
+    if (match == known.end())
+      throw CommandFailure{ExitCode::CannotRead,
+                           "There is no schema \"" + name + "\" in " + server.Name + "/" + side.database + "."};
+    chosen.push_back(*match);
+  }
+  auto& state = program.state<modSchemaState>();
+  state.gblnSchemaFilter[at(index)] = true;
+  for (const std::string& name : chosen)
+    state.gstrSchemaFilter[at(index)] += (state.gstrSchemaFilter[at(index)].empty() ? "" : ",") + name;
 }
 
 void listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type) {

@@ -11,6 +11,9 @@ namespace qrel {
 // Gives the panel its server and database. Throws CommandFailure when the database can't be read; the reason has been
 // told by then.
 void openPanel(Console& console, Workspace& workspace, const Side& side, int index);
+// Narrows the panel to schemas, "a,b"; an empty list changes nothing. Throws CommandFailure for a schema that the
+// database doesn't have and on a server that is too old for schemas.
+void filterSchemas(Console& console, const Side& side, int index, const std::string& schemas);
 // Chooses the object type and lists its objects.
 void listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type);
 // Selects an object by its name as listed; failing that by a name without regard to case, also without its schema.

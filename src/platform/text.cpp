@@ -187,6 +187,16 @@ std::string replaceAll(std::string_view text, std::string_view find, std::string
   return out.append(text, from, std::string_view::npos);
 }
 
+std::vector<std::string> splitAt(std::string_view text, char delimiter) {
+  std::vector<std::string> pieces;
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find(delimiter, begin), text.size());
+    pieces.emplace_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return pieces;
+}
+
 std::int32_t numericPrefix(std::string_view text) {
   text = trimLeftBlanks(text);
   const bool negative = text.starts_with('-');

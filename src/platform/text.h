@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qrel {
 
@@ -37,6 +38,9 @@ std::string_view leftCharacters(std::string_view text, std::size_t count);
 
 // Every occurrence of `find` replaced, left to right, going on behind the insertion. An empty `find` changes nothing.
 std::string replaceAll(std::string_view text, std::string_view find, std::string_view replacement);
+
+// The pieces between the delimiters, empty ones too: one more than there are delimiters.
+std::vector<std::string> splitAt(std::string_view text, char delimiter);
 
 // The integer that a text starts with, after leading blanks: optional sign and digits; 0 when there is none.
 // Beyond 32 bits it raises error 6.

@@ -39,27 +39,6 @@ tReportInput reportInput(const Call& call) {
 
 bool MainCompare::CanStartComparison() { return CheckMdac(program_); }
 
-std::vector<std::string> MainCompare::IgnoredColumns(const std::string& strFullName) {
-  const auto& lookUp = program_.state<IgnoredColumnsSource>().lookUp;
-  if (!lookUp) return {};
-  for (int Index = 0; Index < 2; ++Index) {
-    std::string strServer, strDb, strObject;
-    long lngObjId = 0;
-    window_.GetNamesOfSelServerDbAndObject(Index, strServer, strDb, strObject, lngObjId);
-    if (!strObject.empty() && strFullName == strServer + "." + strDb + "." + strObject)
-      return lookUp(program_.main.gtypSelServ[static_cast<std::size_t>(Index)], strDb, strObject);
-  }
-  return {};
-}
-
-std::string MainCompare::TableTextWithout(int side, const std::vector<std::string>&) {
-  std::string strServer, strDb, strObject;
-  long lngObjId = 0, lngIgnored = 0;
-  window_.GetNamesOfSelServerDbAndObject(side, strServer, strDb, strObject, lngObjId);
-  return GetTableText(program_, program_.main.gtypSelServ[static_cast<std::size_t>(side)], strObject, strDb, true,
-                      lngIgnored, lngObjId, "", false, "");
-}
-
 void MainCompare::MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource,
                                   CompLineArray& arrTarget, long lngType) {
   std::int32_t lngError = 0;

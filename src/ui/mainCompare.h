@@ -22,10 +22,6 @@ class MainCompare : public PairComparisonSteps, public CompareAllSteps {
 
   // The data access layer is there. What isn't selected is told by the comparison, which finds nothing to compare.
   bool CanStartComparison() override;
-  // None for a name that isn't that of a selected table, and none while nobody keeps such lists.
-  std::vector<std::string> IgnoredColumns(const std::string& strFullName) override;
-  // The columns left out are those of the table's own list, whatever is in arrIgnoredColumns.
-  std::string TableTextWithout(int side, const std::vector<std::string>& arrIgnoredColumns) override;
   void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource, CompLineArray& arrTarget,
                        long lngType) override;
   void ShowReport(const PairReport& report) override;

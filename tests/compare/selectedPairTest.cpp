@@ -1,8 +1,6 @@
 // The comparison of the selected pair: its verdicts, its report, what it asks of its surroundings.
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include "app/Workspace.h"
 #include "compare/structure/modCompareObjects.h"
 #include "compare/structure/modCompareSelected.h"
@@ -28,10 +26,6 @@ class SelectedPair : public testing::Test, public PairComparisonSteps {
   }
 
   bool CanStartComparison() override { return canStart; }
-  std::vector<std::string> IgnoredColumns(const std::string& name) override { return ignored[name]; }
-  std::string TableTextWithout(int side, const std::vector<std::string>& columns) override {
-    return workspace.txtTXProc[static_cast<std::size_t>(side)].text() + " less " + columns.front();
-  }
   void MarkDifferences(TextPane&, TextPane&, CompLineArray&, CompLineArray&, long type) override {
     marked = type;
     EXPECT_TRUE(workspace.mblnBusy);
@@ -64,7 +58,6 @@ class SelectedPair : public testing::Test, public PairComparisonSteps {
   TestProgram test;
   Program& program = test.program;
   Workspace workspace;
-  std::map<std::string, std::vector<std::string>> ignored;
   PairReport report;
   std::string text, printed;
   long marked = 0;
@@ -122,7 +115,6 @@ TEST_F(SelectedPair, GoesThroughTheTestsFromStrictToForgiving) {
 
 TEST_F(SelectedPair, ReportsTheVerdictWithItsNotes) {
   const std::string names = "Source: One.Shop.Orders\r\nTarget: Two.ShopTest.Orders\r\n\r\n";
-  const std::string ignoredNote = "\r\n\r\nPlease note that some columns were ignored during comparison.";
   const std::string orderNote = "\r\n\r\nPlease note that option 'Ignore Columns Order' is set ON.";
 
   compare(objTriggers, "a", "b");
@@ -138,15 +130,6 @@ TEST_F(SelectedPair, ReportsTheVerdictWithItsNotes) {
   compare(objTables, "a", "a");
   EXPECT_EQ(text, names + "The selected tables are identical." + orderNote);
   EXPECT_EQ(report.strObjectTypes, "1,0,0,0,0,0,0,0");
-
-  ignored["Two.ShopTest.Orders"] = {"b"};
-  compare(objTables, "a less b", "a");
-  EXPECT_EQ(text, names + "The selected tables are identical." + ignoredNote + orderNote);
-  EXPECT_EQ(workspace.txtTXProc[1].text(), "a");
-  compare(objTables, "a", "b");
-  EXPECT_EQ(text, names + "The selected tables are different.");
-  compare(objFunctions, "a less b", "a");  // the list is one of tables
-  EXPECT_FALSE(identical());
 
   workspace.pvlSqlObj[0].clearSelection();
   compare(objViews, "", "b");

@@ -1,6 +1,7 @@
 // The golden cases: each folder of tests/cases holds source.sql, target.sql, options and the expected reports, written
 // from the rules by hand. `options` has two lines per run: "exit CODE" and "args ..."; the second run's report is in
-// expected.report.2. An optional first line "version V" makes the server an older one.
+// expected.report.2. An optional first line "version V" makes the server an older one; with "target-version V" the
+// Target is a server of its own, "new", of that version.
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
@@ -46,22 +47,28 @@ TEST_P(Cases, GiveTheReportWrittenByHand) {
   setenv("QREL_HOME", home.path().c_str(), 1);
   const fs::path folder = fs::path(QREL_CASES) / GetParam();
   std::istringstream options(readFile(folder / "options"));
-  std::string line, version = defaultProductVersion;
+  std::string line, versions[] = {defaultProductVersion, defaultProductVersion};
+  std::string databases[] = {"case/source", "case/target"};
   int number = 0, code = 0;
   while (std::getline(options, line)) {
     const std::string word = line.substr(0, line.find(' '));
-    if (word == "version") version = line.substr(8);
+    if (word == "version") versions[0] = versions[1] = line.substr(8);
+    if (word == "target-version") {
+      versions[1] = line.substr(15);
+      databases[1] = "new/target";
+    }
     if (word == "exit") code = std::stoi(line.substr(5));
     if (word != "args") continue;
     if (++number == 1) {
-      for (const char* side : {"source", "target"}) {
-        const QrelRun load = runQrel({"load", std::string("case/") + side,
-                                      (folder / (std::string(side) + ".sql")).string(), "--version", version});
+      for (const int side : {0, 1}) {
+        const std::string script = side == 0 ? "source.sql" : "target.sql";
+        const QrelRun load =
+            runQrel({"load", databases[side], (folder / script).string(), "--version", versions[side]});
         ASSERT_EQ(load.code, 0) << load.err;
       }
     }
     std::vector<std::string> arguments = words(line.substr(5));
-    arguments.insert(arguments.begin(), {"compare", "case/source", "case/target"});
+    arguments.insert(arguments.begin(), {"compare", databases[0], databases[1]});
     const QrelRun compared = runQrel(arguments);
     const std::string file = number == 1 ? "expected.report" : "expected.report." + std::to_string(number);
     EXPECT_EQ(withoutTime(compared.out), readFile(folder / file)) << line << '\n' << compared.err;

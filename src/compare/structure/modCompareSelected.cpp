@@ -6,6 +6,7 @@
 #include "compare/structure/modIgnoreColumnsOrder.h"
 #include "compare/structure/modIgnoreWhiteSpaces.h"
 #include "db/mdlObjects.h"
+#include "db/mdlQueryCode.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -41,6 +42,7 @@ struct Pair {
   std::array<std::string, 2> arrDatabases;
   std::array<std::string, 2> arrObjects;
   std::array<std::string, 2> arrFullNames;
+  std::array<long, 2> arrIds{};  // of the objects; 0: not known
   bool blnColumnsIgnored = false;
   bool blnIdentical = false;
 };
@@ -53,17 +55,24 @@ void readSelection(const Program& program, const Workspace& workspace, Pair& pai
     pair.arrServers[side] = program.main.gtypSelServ[side].Name;
     pair.arrDatabases[side] = Workspace::selectedText(workspace.pvlDb[side]);
     pair.arrObjects[side] = Workspace::selectedText(workspace.pvlSqlObj[side]);
+    if (const int row = workspace.pvlSqlObj[side].firstSelected(); row >= 0)
+      pair.arrIds[side] = numericPrefix(workspace.pvlSqlObj[side].cell(static_cast<std::size_t>(row), 2));
     pair.arrFullNames[side] = pair.arrServers[side] + "." + pair.arrDatabases[side];
     if (!pair.arrObjects[side].empty()) pair.arrFullNames[side] += "." + pair.arrObjects[side];
   }
 }
 
-void leaveOutIgnoredColumns(PairComparisonSteps& steps, Pair& pair) {
-  for (int side = 0; side < 2; ++side) {
-    const auto index = static_cast<std::size_t>(side);
-    const std::vector<std::string> arrIgnored = steps.IgnoredColumns(pair.arrFullNames[index]);
-    if (arrIgnored.empty()) continue;
-    pair.arrTexts[index] = steps.TableTextWithout(side, arrIgnored);
+// The comparison text of a table with columns that don't count is built anew without them; the panes go on showing all.
+void leaveOutIgnoredColumns(Program& program, Pair& pair) {
+  const auto& lookUp = program.state<IgnoredColumnsSource>().lookUp;
+  if (!lookUp) return;
+  for (std::size_t side = 0; side < 2; ++side) {
+    tServer& server = program.main.gtypSelServ[side];
+    if (pair.arrObjects[side].empty() || lookUp(server, pair.arrDatabases[side], pair.arrObjects[side]).empty())
+      continue;
+    long lngIgnored = 0;
+    pair.arrTexts[side] = GetTableText(program, server, pair.arrObjects[side], pair.arrDatabases[side], true,
+                                       lngIgnored, pair.arrIds[side], "", false, "");
     pair.blnColumnsIgnored = true;
   }
 }
@@ -112,7 +121,7 @@ void reportOrPrint(Program& program, Workspace& workspace, PairComparisonSteps& 
 
 void comparePair(Program& program, Workspace& workspace, PairComparisonSteps& steps, Pair& pair) {
   readSelection(program, workspace, pair);
-  if (pair.lngType == objTables) leaveOutIgnoredColumns(steps, pair);
+  if (pair.lngType == objTables) leaveOutIgnoredColumns(program, pair);
   if (pair.lngType == objViews) AdjustCreateViewStatements(program, pair.arrTexts[0], pair.arrTexts[1]);
   pair.blnIdentical = passesOneTest(program, workspace, pair);
   if (!pair.blnIdentical) {

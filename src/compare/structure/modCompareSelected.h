@@ -3,7 +3,6 @@
 
 #include <array>
 #include <string>
-#include <vector>
 
 #include "app/CompLine.h"
 
@@ -30,10 +29,6 @@ class PairComparisonSteps {
 
   // Whether a comparison can start now; shows why not.
   virtual bool CanStartComparison() = 0;
-  // The columns to leave out of a table's text, by the table's full name (server.db.table).
-  virtual std::vector<std::string> IgnoredColumns(const std::string& strFullName) = 0;
-  // The text of the table selected on a side (0 Source, 1 Target) without these columns.
-  virtual std::string TableTextWithout(int side, const std::vector<std::string>& arrIgnoredColumns) = 0;
   // Colours the lines that differ; fills the two arrays with the panes' lines and their marks.
   virtual void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource,
                                CompLineArray& arrTarget, long lngType) = 0;

@@ -1,0 +1,2 @@
+CREATE TABLE a (x int NOT NULL)
+CREATE TABLE b (x int NOT NULL)

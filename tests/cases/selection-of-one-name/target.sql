@@ -1,0 +1,2 @@
+CREATE TABLE a (x bigint NOT NULL)
+CREATE TABLE b (x bigint NOT NULL)
