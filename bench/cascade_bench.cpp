@@ -21,8 +21,6 @@ class QuietSteps : public PairComparisonSteps {
  public:
   explicit QuietSteps(Program& program) : program_(program) {}
   bool CanStartComparison() override { return true; }
-  std::vector<std::string> IgnoredColumns(const std::string&) override { return {}; }
-  std::string TableTextWithout(int, const std::vector<std::string>&) override { return {}; }
   void MarkDifferences(TextPane&, TextPane&, CompLineArray&, CompLineArray&, long) override {}
   void ShowReport(const PairReport&) override { verdict = program_.report.gstrReportText; }
   bool printRunInProgress() override { return false; }

@@ -1,6 +1,7 @@
 // The data access layer as one object: which providers there are and which one a connection string means.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -23,6 +24,11 @@ class DataAccess {
   // that instance. (localdb)\Name through SQLOLEDB.1, an unknown name and an unknown provider raise 0x80004005 with a
   // sentence that says what to do.
   std::unique_ptr<ProviderConnection> open(const std::string& connectionString);
+
+  // Puts a provider of the caller's in the place of each one here; `wrap` is given the present one. For measuring.
+  void wrapProviders(const std::function<std::unique_ptr<Provider>(std::unique_ptr<Provider> inner)>& wrap) {
+    embeddedProvider_ = wrap(std::move(embeddedProvider_));
+  }
 
  private:
   EmbeddedServers& embedded_;
