@@ -49,6 +49,7 @@ void ProgressBar::setValue(double percent) {
 
 void TextBox::personTypes(std::string text) {
   if (readOnly || !enabled()) return;
+  if (numeric) std::erase_if(text, [](char c) { return c < '0' || c > '9'; });
   setText(std::move(text));
   if (!muted() && onChange) onChange();
 }

@@ -33,6 +33,7 @@ class Control {
   const std::string name;  // "cmdOK"; a member of a control array is "cmbServer(0)"
   std::string tag;
   bool muted() const { return tag == "OFF"; }
+  bool shown = true;  // false: kept by the model alone, a face has nothing for it
 
   bool visible() const { return visible_; }
   void setVisible(bool visible);
@@ -95,6 +96,7 @@ class TextBox : public TextControl {
   using TextControl::TextControl;
   bool password = false;
   bool readOnly = false;
+  bool numeric = false;  // a person can type digits only
   std::function<void()> onChange;
   void personTypes(std::string text);
 };
