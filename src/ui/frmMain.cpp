@@ -48,10 +48,13 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
       cmdNonExistent(buttonPair("cmdNonExistent")),
       program_(program),
       steps_(std::move(steps)),
-      compare_(program, *this) {
+      compare_(program, *this),
+      commands_(MainCommands()) {
   registerControls();
   setUpControls();
   wireEvents();
+  wireCommands();
+  wireTips();
 }
 
 void frmMain::registerControls() {
@@ -76,7 +79,9 @@ void frmMain::registerControls() {
   addPair(cmdFilterBySchema);
   addPair(cmdFilterByOwner);
   addPair(cmdNonExistent);
+  add(chkScrollTogether);
   add(lblStatus);
+  add(barCommands);
 }
 
 void frmMain::setUpControls() {
@@ -89,10 +94,13 @@ void frmMain::setUpControls() {
     group.push_back(&optType[i]);
   }
   OptionButton::group(group);
+  for (OptionButton& button : optType) button.shown = false;
   workspace.cmbType.setToolTip("Select object type (F6)");
   cmdConnect.setToolTip("Connect to the server (F5)");
   cmdCompare.setToolTip("Compare selected tables (F7)");
   cmdCompareAll.setToolTip("Compare all objects (F8)");
+  chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
+  chkScrollTogether.setChecked(true);
   lblSource.setText("Source");
   lblTarget.setText("Target");
   const std::string strCopy = "Copy selected object structure to the ";
@@ -100,8 +108,10 @@ void frmMain::setUpControls() {
     cmdCopyClip[side].setToolTip(strCopy + "clipboard (Alt + " + (side == 0 ? "O)" : "Y)"));
     cmdCopyToFile[side].setToolTip(strCopy + "file (Alt + " + (side == 0 ? "P)" : "I)"));
     srtFiltering[side].setVisible(false);
-    cmdFilterByOwner[side].setVisible(false);
-    cmdNonExistent[side].setVisible(false);
+    for (Button* button : {&cmdFilterByOwner[side], &cmdNonExistent[side]}) {
+      button->setVisible(false);
+      button->shown = false;
+    }
     workspace.pvlSqlObj[side].columnWidths = {1, 0, 0};  // the date and the id aren't shown
   }
 }
@@ -155,8 +165,7 @@ void frmMain::load() {
     }
     for (ComboBox& combo : workspace.cmbOwners) combo.setVisible(program_.settings.ShowOwners);
     run(steps_.CreateStatusBar);
-    run(steps_.InitializeMenus);
-    run(steps_.InitializeToolbar);
+    InitializeMenus();
     for (int Index = 0; Index < 2; ++Index) ClearFilters(program_, Index);
     Filtering_UpdateDisplay(filterOwner);
     Filtering_UpdateDisplay(filterSchema);

@@ -13,6 +13,7 @@
 #include "app/Program.h"
 #include "app/Workspace.h"
 #include "platform/controls/form.h"
+#include "ui/commandTable.h"
 #include "ui/mainCompare.h"
 
 namespace qrel {
@@ -21,8 +22,6 @@ namespace qrel {
 struct MainWindowSteps {
   std::function<void()> ApplySmallScreenLayout;  // on a screen of 640 by 480 pixels
   std::function<void()> CreateStatusBar;
-  std::function<void()> InitializeMenus;
-  std::function<void()> InitializeToolbar;
   std::function<void()> ShowTip;  // the tip of the day, modal
   std::function<void()> SetSplitterHeight;
   std::function<void(std::int32_t lngId)> RunSavedProcess;
@@ -58,7 +57,7 @@ class frmMain : public Form {
   explicit frmMain(Program& program, MainWindowSteps steps = {});
 
   Workspace workspace;
-  std::array<OptionButton, 7> optType;  // a second way to choose the type
+  std::array<OptionButton, 7> optType;  // a second way to choose the type; no face shows them beside cmbType
   ImageButton cmdConnect{"cmdConnect"};
   Button cmdCompare{"cmdCompare"};
   Button cmdCompareAll{"cmdCompareAll"};
@@ -70,7 +69,9 @@ class frmMain : public Form {
   std::array<Button, 2> cmdNonExistent;    // never visible
   Label lblSource{"lblSource"};
   Label lblTarget{"lblTarget"};
-  Label lblStatus{"lblStatus"};  // the status bar's pane
+  Label lblStatus{"lblStatus"};  // the status bar's pane: the tip of the control under the pointer or with the focus
+  CheckBox chkScrollTogether{"chkScrollTogether"};  // both panes show the same place of two marked texts
+  CommandBars barCommands{"barCommands"};
 
   bool mblnActivated = false;  // the first activation has been handled
   long mlngPopupPanel = 0;     // the context menu's panel; -1 once one has closed
@@ -79,7 +80,22 @@ class frmMain : public Form {
   // The window's life.
   void load() override;
   void activate() override;
+  // A comparison that runs is stopped.
+  bool closeRequested() override;
   void unload() override;
+
+  // The commands (mainCommands.cpp).
+  void InitializeMenus();
+  // Empty but for the command that connects.
+  std::string GetTooltipTextForMenuItem(long lngId) const;
+  // What every menu ends in. Nothing happens before the first activation and while the window is busy; the window is
+  // busy for the length of the command.
+  void CommandBars_Execute(long lngId);
+  // Runs the guard and the action of a command; an id without one does nothing.
+  void ExecuteAction(long lngId);
+  // A mouse button went up over pane Index; the right one (2) opens the context menu.
+  void txtTXProc_MouseUp(int Index, int Button);
+  void RefreshPopupPanel();
 
   // Connecting and choosing (mainSelection.cpp).
   void cmdConnect_Click();
@@ -143,9 +159,16 @@ class frmMain : public Form {
   // Prints it under strPrefix and the object's description. An empty pane is told unless blnSilent is set.
   void PrintStructure(int Index, bool blnSilent, const std::string& strPrefix);
 
+  // Printing (mainPrint.cpp): the pane of the open context menu, both panes, and every pair of tables that differs.
+  void MenuPopUpPrint();
+  void MenuPopUpPrintSourceAndTarget();
+  void CompareAndPrintAllTables();
+
  private:
   void registerControls();
   void wireEvents();
+  void wireCommands();
+  void wireTips();
   void setUpControls();
   void fillControls();
   void clearPanel(std::size_t side);
@@ -157,10 +180,15 @@ class frmMain : public Form {
   bool selectionIsEmpty(int Index) const;
   bool refuseType(const std::string& strText, const std::string& strTitle);
   void filterCommand(int Index, long penmFilterType);
+  bool anyPaneHasText() const;
+  std::vector<MenuItem> contextMenu() const;
+  void scrollOtherPane(std::size_t side);
+  std::string whyNoPrintRun() const;
 
   Program& program_;
   MainWindowSteps steps_;
   MainCompare compare_;
+  CommandTable commands_;
   bool filtering_ = false;  // a filter command is running
 };
 

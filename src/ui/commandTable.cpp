@@ -1,0 +1,122 @@
+#include "ui/commandTable.h"
+
+#include <algorithm>
+#include <array>
+
+#include "db/mdlObjects.h"
+#include "platform/text.h"
+#include "ui/frmMain.h"
+
+namespace qrel {
+
+namespace {
+
+// One type each, in the order of their index.
+constexpr std::array<const char*, 7> typeCaptions = {"&Tables",   "&Procedures",    "&Functions",  "&Views",
+                                                     "T&riggers", "R&elationships", "&Constraints"};
+
+void addForEachType(CommandTable& commands, long lngFirstId, const std::string& path, bool blnSelective,
+                    bool blnDetails) {
+  for (std::size_t type = 0; type < typeCaptions.size(); ++type) {
+    const std::string caption = std::string(blnSelective ? "Compare Selected " : "Compare All ") + typeCaptions[type] +
+                                (blnDetails ? " - Details" : "");
+    const auto lngTypeIndex = static_cast<long>(type);
+    commands.push_back({lngFirstId + lngTypeIndex, path, caption, Guard::none, [=](frmMain& window) {
+                          window.CompStruct_BulkSel_SimpleDet_All(lngTypeIndex, blnSelective, blnDetails);
+                        }});
+  }
+}
+
+void InitializeMenus_File(CommandTable& commands) {
+  const std::string path = "File";
+  commands.push_back({100, "", "&File", Guard::none, nullptr});
+  commands.push_back(
+      {101, path, "&Connect to the Server", Guard::none, [](frmMain& window) { window.cmdConnect_Click(); }, "F5"});
+  commands.push_back({102, path, "Refresh - &Source", Guard::CheckMdac,
+                      [](frmMain& window) { window.RefreshSourceTarget(0); }, "", true});
+  commands.push_back(
+      {103, path, "Refresh - &Target", Guard::CheckMdac, [](frmMain& window) { window.RefreshSourceTarget(1); }});
+  commands.push_back({105, path, "E&xit", Guard::none, [](frmMain& window) { window.close(); }, "", true});
+}
+
+void InitializeMenus_StructComp(CommandTable& commands) {
+  const std::string path = "Structure Comparisons";
+  const std::string bulk = path + "/Bulk Comparisons";
+  const std::string selective = path + "/Selective Comparisons";
+  commands.push_back({200, "", "&Structure Comparisons", Guard::none, nullptr});
+  commands.push_back(
+      {201, path, "Compare &Selected Objects", Guard::none, [](frmMain& window) { window.cmdCompare_Click(); }, "F7"});
+  commands.push_back(
+      {202, path, "Compare &All Objects", Guard::none, [](frmMain& window) { window.cmdCompareAll_Click(); }, "F8"});
+  commands.push_back({203, path, "&Bulk Comparisons", Guard::none, nullptr, "", true});
+  commands.push_back({204, bulk, "&Simple", Guard::none, nullptr});
+  addForEachType(commands, 205, bulk + "/Simple", false, false);
+  commands.push_back({220, bulk, "&Details", Guard::none, nullptr});
+  addForEachType(commands, 221, bulk + "/Details", false, true);
+  commands.push_back({230, path, "&Selective Comparisons", Guard::none, nullptr});
+  commands.push_back({0, selective, "&Simple", Guard::none, nullptr});
+  addForEachType(commands, 231, selective + "/Simple", true, false);
+  commands.push_back({240, selective, "&Details", Guard::none, nullptr});
+  addForEachType(commands, 241, selective + "/Details", true, true);
+  commands.push_back({250, path, "Compare and Print All Tables", Guard::CheckMdacAndServerInfoSet,
+                      [](frmMain& window) { window.CompareAndPrintAllTables(); }, "", true});
+}
+
+void InitializeMenus_Tools(CommandTable& commands) {
+  const std::string path = "Tools";
+  commands.push_back({500, "", "&Tools", Guard::none, nullptr});
+  commands.push_back({501, path, "&Add Server", Guard::CheckMdac, [](frmMain& window) { window.MenuAddServer(); }});
+  commands.push_back({502, path, "&Remove Server", Guard::none, [](frmMain& window) { window.MenuRemoveServer(); }});
+}
+
+void addContextMenu(CommandTable& commands) {
+  const std::string path = contextMenuPath;
+  commands.push_back({700, path, "Refresh", Guard::CheckMdac, [](frmMain& window) { window.RefreshPopupPanel(); }});
+  commands.push_back(
+      {710, path, "Show Color Schema", Guard::none, [](frmMain& window) { window.ShowColorSchema(); }, "", true});
+  commands.push_back({740, path, "Compare Highlighted Sections", Guard::none,
+                      [](frmMain& window) { window.CompareHighlightedSections(); }});
+  commands.push_back({770, path, "Print", Guard::none, [](frmMain& window) { window.MenuPopUpPrint(); }, "", true});
+  commands.push_back({780, path, "Print Source And Target", Guard::none,
+                      [](frmMain& window) { window.MenuPopUpPrintSourceAndTarget(); }});
+}
+
+std::string captionWithoutMarks(const std::string& caption) { return replaceAll(caption, "&", ""); }
+
+}  // namespace
+
+CommandTable MainCommands() {
+  CommandTable commands;
+  InitializeMenus_File(commands);
+  InitializeMenus_StructComp(commands);
+  InitializeMenus_Tools(commands);
+  addContextMenu(commands);
+  return commands;
+}
+
+const MenuCommand* FindCommand(const CommandTable& commands, long lngId) {
+  const auto found = std::find_if(commands.begin(), commands.end(),
+                                  [&](const MenuCommand& each) { return each.id == lngId && each.action; });
+  return found == commands.end() ? nullptr : &*found;
+}
+
+std::vector<MenuItem> MakeMenu(const CommandTable& commands, const std::string& path) {
+  std::vector<MenuItem> items;
+  for (const MenuCommand& command : commands) {
+    if (command.path != path) continue;
+    MenuItem item;
+    item.id = command.id;
+    item.caption = command.caption;
+    item.separatorBefore = command.separatorBefore;
+    item.key = command.key;
+    item.popup = !command.action;
+    if (item.popup) {
+      item.items = MakeMenu(commands, (path.empty() ? "" : path + "/") + captionWithoutMarks(command.caption));
+      if (item.items.empty()) continue;
+    }
+    items.push_back(std::move(item));
+  }
+  return items;
+}
+
+}  // namespace qrel

@@ -1,0 +1,119 @@
+// The main window's commands: what the menus, the keys and the panes' context menu start, and the tips of the status
+// bar.
+#include <algorithm>
+
+#include "app/mdlMain.h"
+#include "app/trap.h"
+#include "compare/structure/modCompareAll.h"
+#include "platform/text.h"
+#include "ui/flagScope.h"
+#include "ui/frmMain.h"
+#include "ui/markedLines.h"
+
+namespace qrel {
+
+void frmMain::InitializeMenus() {
+  std::vector<MenuItem> menus = MakeMenu(commands_, "");
+  for (MenuItem& menu : menus)
+    for (MenuItem& item : menu.items) item.toolTip = GetTooltipTextForMenuItem(item.id);
+  barCommands.setMenus(std::move(menus));
+}
+
+std::string frmMain::GetTooltipTextForMenuItem(long lngId) const { return lngId == 101 ? cmdConnect.toolTip() : ""; }
+
+void frmMain::wireCommands() {
+  barCommands.onExecute = [this](long id) { CommandBars_Execute(id); };
+  for (const MenuCommand& command : commands_)
+    if (!command.key.empty()) addKey(command.key, [this, id = command.id] { barCommands.personChooses(id); });
+  addKey("F6", [this] { workspace.cmbType.setFocus(); });
+  constexpr std::array<const char*, 2> clipKeys = {"Alt+O", "Alt+Y"};
+  constexpr std::array<const char*, 2> fileKeys = {"Alt+P", "Alt+I"};
+  for (int Index = 0; Index < 2; ++Index) {
+    const auto side = static_cast<std::size_t>(Index);
+    addKey(clipKeys[side], [this, side] { cmdCopyClip[side].personClicks(); });
+    addKey(fileKeys[side], [this, side] { cmdCopyToFile[side].personClicks(); });
+    workspace.txtTXProc[side].onMouseUp = [this, Index](int button) { txtTXProc_MouseUp(Index, button); };
+    workspace.txtTXProc[side].onScroll = [this, side] { scrollOtherPane(side); };
+  }
+}
+
+void frmMain::wireTips() {
+  const auto showTip = [this](Control& control) {
+    control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
+  };
+  for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
+                                                          &chkScrollTogether})
+    showTip(*control);
+  for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &srtFiltering, &cmdFilterBySchema})
+    for (Button& button : *buttons) showTip(button);
+}
+
+void frmMain::CommandBars_Execute(long lngId) {
+  if (!mblnActivated || workspace.mblnBusy) return;
+  const FlagScope busy(workspace.mblnBusy);
+  ExecuteAction(lngId);
+}
+
+void frmMain::ExecuteAction(long lngId) {
+  trap(program_, "frmMain", "ID_DEBUG_ERROR_REPORT", [&] {
+    const MenuCommand* command = FindCommand(commands_, lngId);
+    if (!command) return;
+    if (command->guard != Guard::none && !CheckMdac(program_)) return;
+    if (command->guard == Guard::CheckMdacAndServerInfoSet && !ServerInfoSet()) return;
+    // These look at the flag themselves.
+    constexpr std::array<long, 4> ownGuard = {101, 201, 202, 310};
+    if (std::find(ownGuard.begin(), ownGuard.end(), lngId) != ownGuard.end()) workspace.mblnBusy = false;
+    command->action(*this);
+  });
+}
+
+bool frmMain::anyPaneHasText() const {
+  return std::any_of(workspace.txtTXProc.begin(), workspace.txtTXProc.end(),
+                     [](const TextPane& pane) { return !trimBlanks(pane.text()).empty(); });
+}
+
+std::vector<MenuItem> frmMain::contextMenu() const {
+  const bool hasText = anyPaneHasText();
+  const long type = workspace.objectType();
+  std::vector<MenuItem> items = MakeMenu(commands_, contextMenuPath);
+  for (MenuItem& item : items) {
+    const std::vector<long>& types = FindCommand(commands_, item.id)->types;
+    item.enabled = hasText && (types.empty() || std::find(types.begin(), types.end(), type) != types.end());
+  }
+  return items;
+}
+
+void frmMain::txtTXProc_MouseUp(int Index, int Button) {
+  constexpr int rightButton = 2;
+  if (!mblnActivated || workspace.mblnBusy) return;
+  trap(program_, "frmMain", "txtTXProc_MouseUp", [&] {
+    if (Button != rightButton) return;
+    std::vector<MenuItem> items;
+    {
+      const FlagScope busy(workspace.mblnBusy);
+      mlngPopupPanel = Index;
+      items = contextMenu();
+    }
+    const long lngId = program_.host.popUpMenu(items);
+    if (lngId != 0) CommandBars_Execute(lngId);
+    mlngPopupPanel = -1;
+  });
+}
+
+void frmMain::RefreshPopupPanel() {
+  if (mlngPopupPanel >= 0) RefreshDisplayForPanel(static_cast<int>(mlngPopupPanel));
+}
+
+void frmMain::scrollOtherPane(std::size_t side) {
+  const TextPane& pane = workspace.txtTXProc[side];
+  TextPane& other = workspace.txtTXProc[1 - side];
+  if (!chkScrollTogether.checked() || pane.backgrounds().empty() || other.backgrounds().empty()) return;
+  other.setTopLine(CounterpartLine(pane, other, pane.topLine()));
+}
+
+bool frmMain::closeRequested() {
+  if (workspace.mblnBusy) program_.state<modCompareAllState>().gblnCancelCompare = true;
+  return true;
+}
+
+}  // namespace qrel
