@@ -27,6 +27,7 @@ create table cat_columns(object_id integer, colid integer, name text collate q_t
 create table cat_indexes(object_id integer, indid integer, name text collate q_text, kind text, is_unique integer,
   constraint_id integer, filter text, primary key(object_id, indid)) without rowid;
 create index cat_indexes_constraint on cat_indexes(constraint_id);
+create index cat_indexes_name on cat_indexes(name);
 create table cat_indexkeys(object_id integer, indid integer, ordinal integer, colid integer, keyno integer,
   descending integer, primary key(object_id, indid, ordinal)) without rowid;
 create table cat_references(constid integer primary key, fkeyid integer, rkeyid integer);

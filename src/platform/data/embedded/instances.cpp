@@ -133,6 +133,8 @@ std::optional<std::string> EmbeddedServers::versionIn(const fs::path& folder) {
   return isVersion(version) ? version : defaultProductVersion;
 }
 
+fs::path EmbeddedServers::versionFileIn(const fs::path& folder) { return folder / versionFile; }
+
 fs::path EmbeddedServers::folder(std::string_view name) const {
   if (const auto found = temporary_.find(lowerCase(name)); found != temporary_.end()) return found->second;
   if (!exists(name)) fail("There is no server '" + std::string(name) + "' in '" + root_.string() + "'.");

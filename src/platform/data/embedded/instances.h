@@ -30,6 +30,8 @@ class EmbeddedServers {
   std::string productVersion(std::string_view name) const;
   // The same of an instance's folder; nothing when the folder holds no instance.
   static std::optional<std::string> versionIn(const std::filesystem::path& folder);
+  // The file that says so.
+  static std::filesystem::path versionFileIn(const std::filesystem::path& folder);
   std::filesystem::path folder(std::string_view name) const;
   // An instance in a folder of its own under the system's temporary folder, gone with this object. Returns its name:
   // "script1", or the next number that no instance has.

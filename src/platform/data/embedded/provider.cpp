@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <list>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #ifndef _WIN32
@@ -24,11 +26,16 @@ constexpr std::size_t mostIdle = 12;
 constexpr std::string_view localPrefix = "(localdb)\\";
 
 // What tells one file from another that took its place under the same name. A file that is open keeps its number, so
-// the number alone is enough where there is one.
+// the number alone is enough where there is one; a file that isn't open is another one when `written` differs, too.
 struct FileIdentity {
   std::uint64_t device = 0;
   std::uint64_t number = 0;
+  std::int64_t written = 0;  // in the file system's own steps
   bool usable = false;
+
+  bool sameFile(const FileIdentity& other) const {
+    return usable && other.usable && device == other.device && number == other.number;
+  }
   bool operator==(const FileIdentity&) const = default;
 };
 
@@ -44,6 +51,7 @@ FileIdentity identityOf(const fs::path& file) {
   if (::stat(file.c_str(), &status) == 0) {
     identity.device = status.st_dev;
     identity.number = status.st_ino;
+    identity.written = status.st_mtim.tv_sec * 1'000'000'000LL + status.st_mtim.tv_nsec;
     identity.usable = S_ISREG(status.st_mode) && status.st_size > 0;
   }
 #endif
@@ -62,12 +70,22 @@ int majorVersion(const std::string& productVersion) {
 
 class EmbeddedConnection : public ProviderConnection {
  public:
-  explicit EmbeddedConnection(std::shared_ptr<tsql::OpenDatabase> open) : open_(open), session_(std::move(open)) {}
+  using Lease = std::function<std::shared_ptr<tsql::OpenDatabase>()>;
+
+  // `lease` gives the open database; it is asked for with the first command, so that a connection that waits for its
+  // turn leaves the file to the others.
+  explicit EmbeddedConnection(Lease lease) : lease_(std::move(lease)) {}
 
   CommandResult execute(const CommandRequest& request) override {
+    if (!session_) {
+      auto open = lease_();
+      const std::lock_guard lock(mutex_);
+      session_.emplace(open);
+      open_ = std::move(open);
+    }
     open_->database.startClock(request.timeoutSeconds);
     try {
-      CommandResult result = session_.run(request.text, nullptr, &request.parameters);
+      CommandResult result = session_->run(request.text, nullptr, &request.parameters);
       open_->database.stopClock();
       return result;
     } catch (...) {
@@ -76,11 +94,16 @@ class EmbeddedConnection : public ProviderConnection {
     }
   }
 
-  void interrupt() override { open_->database.interrupt(); }
+  void interrupt() override {
+    const std::lock_guard lock(mutex_);
+    if (open_) open_->database.interrupt();
+  }
 
  private:
+  Lease lease_;
+  std::mutex mutex_;  // of open_: interrupt comes from another thread
   std::shared_ptr<tsql::OpenDatabase> open_;
-  tsql::Session session_;
+  std::optional<tsql::Session> session_;
 };
 
 }  // namespace
@@ -89,6 +112,7 @@ class EmbeddedConnection : public ProviderConnection {
 struct EmbeddedProvider::Idle {
   std::unique_ptr<tsql::OpenDatabase> open;
   FileIdentity identity;
+  FileIdentity version;  // of the file that says which version the server has
 };
 
 // Open files that nobody uses at the moment, the latest last.
@@ -116,23 +140,36 @@ class EmbeddedProvider::Pool {
     return {};
   }
 
-  void giveBack(std::unique_ptr<tsql::OpenDatabase> open, const FileIdentity& identity) {
-    sqlite3* handle = open->database.get();
+  // The handle just as it was given back; no handle when somebody else has it by now.
+  Idle takeAgain(const tsql::OpenDatabase* handle) {
+    const std::lock_guard lock(mutex_);
+    const auto found =
+        std::find_if(idle_.begin(), idle_.end(), [&](const Idle& idle) { return idle.open.get() == handle; });
+    if (found == idle_.end()) return {};
+    Idle idle = std::move(*found);
+    idle_.erase(found);
+    return idle;
+  }
+
+  // Returns the handle, which the pool owns now; nullptr when it can't be used again and was closed.
+  const tsql::OpenDatabase* giveBack(Idle idle) {
+    sqlite3* handle = idle.open->database.get();
     if (sqlite3_get_autocommit(handle) == 0 && sqlite3_exec(handle, "rollback", nullptr, nullptr, nullptr) != SQLITE_OK)
-      return;
+      return nullptr;
     // Another database that was attached would be kept open with it.
-    if (sqlite3_db_name(handle, 2)) return;
+    if (sqlite3_db_name(handle, 2)) return nullptr;
+    const tsql::OpenDatabase* kept = idle.open.get();
     std::list<Idle> gone;
     const std::lock_guard lock(mutex_);
-    idle_.push_back({std::move(open), identity});
+    idle_.push_back(std::move(idle));
     if (idle_.size() > mostIdle) gone.splice(gone.end(), idle_, idle_.begin());
+    return kept;
   }
 
  private:
   static bool stillStands(const Idle& idle) {
-    const FileIdentity now = identityOf(idle.open->database.file());
-    return now.usable && now == idle.identity &&
-           EmbeddedServers::versionIn(idle.open->facts.folder) == idle.open->facts.productVersion;
+    return idle.identity.sameFile(identityOf(idle.open->database.file())) &&
+           idle.version == identityOf(EmbeddedServers::versionFileIn(idle.open->facts.folder));
   }
 
   std::mutex mutex_;
@@ -162,18 +199,28 @@ std::unique_ptr<ProviderConnection> EmbeddedProvider::open(const ConnectionStrin
     instance.erase(0, localPrefix.size());
   std::string wanted(trimBlanks(connectionString.database()));
   if (wanted.empty()) wanted = "master";
+  const tsql::OpenDatabase* waiting = pool_->giveBack(take(instance, wanted));
+  return std::make_unique<EmbeddedConnection>([this, instance, wanted, waiting] {
+    Idle again = pool_->takeAgain(waiting);
+    return lease(again.open ? std::move(again) : take(instance, wanted));
+  });
+}
+
+std::shared_ptr<tsql::OpenDatabase> EmbeddedProvider::lease(Idle used) {
+  used.open->catalogue.forget();
+  used.open->database.startClock(0);
+  tsql::OpenDatabase* open = used.open.release();
+  return {open, [pool = std::weak_ptr(pool_), identity = used.identity, version = used.version](auto* done) {
+            std::unique_ptr<tsql::OpenDatabase> owned(done);
+            if (const auto alive = pool.lock()) alive->giveBack({std::move(owned), identity, version});
+          }};
+}
+
+EmbeddedProvider::Idle EmbeddedProvider::take(const std::string& instance, const std::string& wanted) {
   // A handle under the very names that are asked for spares the search through the folders.
   Idle used = pool_->take(
       [&](const tsql::OpenDatabase& open) { return open.facts.database == wanted && open.facts.server == instance; });
-  if (!used.open) used = find(instance, wanted);
-  used.open->catalogue.forget();
-  used.open->database.startClock(0);
-  std::shared_ptr<tsql::OpenDatabase> shared(
-      used.open.release(), [pool = std::weak_ptr(pool_), identity = used.identity](tsql::OpenDatabase* done) {
-        std::unique_ptr<tsql::OpenDatabase> owned(done);
-        if (const auto alive = pool.lock()) alive->giveBack(std::move(owned), identity);
-      });
-  return std::make_unique<EmbeddedConnection>(std::move(shared));
+  return used.open ? std::move(used) : find(instance, wanted);
 }
 
 EmbeddedProvider::Idle EmbeddedProvider::find(const std::string& instance, const std::string& wanted) {
@@ -192,6 +239,7 @@ EmbeddedProvider::Idle EmbeddedProvider::find(const std::string& instance, const
   Idle idle = pool_->take([&](const tsql::OpenDatabase& open) { return open.database.file() == file; });
   if (idle.open) return idle;
   idle.identity = identityOf(file);
+  idle.version = identityOf(EmbeddedServers::versionFileIn(servers_.folder(instance)));
   const tsql::ServerFacts facts{instance, *found, servers_.productVersion(instance), servers_.folder(instance)};
   idle.open = std::make_unique<tsql::OpenDatabase>(file, facts, majorVersion(facts.productVersion),
                                                    sqlite::OpenMode::ReadWrite);

@@ -10,9 +10,14 @@
 
 namespace qrel {
 
+namespace tsql {
+class OpenDatabase;
+}
+
 // Opens databases of embedded instances: the server is the instance's name, with or without "(localdb)\" in front, the
 // database a name of the instance's or empty for master. What can't be opened raises DataError 0x80004005 with a
-// sentence that says what to do. Open files are kept for the next connection as long as they stay the same file.
+// sentence that says what to do. Open files are kept for the next connection as long as they stay the same file, and a
+// connection that has run nothing yet leaves its own to the others. Outlives its connections.
 class EmbeddedProvider : public Provider {
  public:
   explicit EmbeddedProvider(EmbeddedServers& servers);
@@ -23,8 +28,10 @@ class EmbeddedProvider : public Provider {
   struct Idle;
   class Pool;
 
+  Idle take(const std::string& instance, const std::string& wanted);
   // By way of the folders, whatever the names' case.
   Idle find(const std::string& instance, const std::string& wanted);
+  std::shared_ptr<tsql::OpenDatabase> lease(Idle used);
 
   EmbeddedServers& servers_;
   std::shared_ptr<Pool> pool_;
