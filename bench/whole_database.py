@@ -46,9 +46,9 @@ def timed(command):
     return time.monotonic() - start
 
 
-for types in ("procedures", "tables", "tables,procedures"):
+for types in ("procedures", "tables", "tables,procedures", "constraints"):
     runs = sorted(timed([qrel, "compare", "bench/a", "bench/b", "--types", types]) for _ in range(3))
-    objects = (procedures if "proc" in types else 0) + (tables if "tab" in types else 0)
+    objects = (procedures if "proc" in types else 0) + (tables if "tab" in types or "cons" in types else 0)
     print(f"  {types}: {objects} objects in {runs[1]:.2f} s, {objects / runs[1]:.0f} objects/s")
 peak = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
 runs = sorted(timed(["diff", "-rq", f"{folder}/a", f"{folder}/b"]) for _ in range(3))
