@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "app/settings.h"
+#include "compare/structure/modIgnoreColumns.h"
 #include "console/loadReport.h"
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
@@ -50,6 +51,7 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
       program(host, data, store) {
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
+  ConnectIgnoredColumns(program);
 }
 
 void Console::LoadServers() { qrel::LoadServers(program); }

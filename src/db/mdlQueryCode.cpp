@@ -128,7 +128,7 @@ void readColumns(Program& program, const tServer& server, const std::string& str
 bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                       const std::string& strLineSuffix) {
+                       const std::string& strLineSuffix, IgnoredList enmList) {
   return trap(program, "mdlQueryCode", "GetTableStructure", false, [&] {
     lngUpper = -1;
     lngIgnored = 0;
@@ -137,7 +137,7 @@ bool GetTableStructure(Program& program, tServer& server, const std::string& str
     arrIgnored.clear();
     if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
     const auto& source = program.state<IgnoredColumnsSource>();
-    if (blnIgnoreCols && source.lookUp) arrIgnored = source.lookUp(server, strDb, strTable);
+    if (blnIgnoreCols && source.lookUp) arrIgnored = source.lookUp(enmList, server, strDb, strTable);
     lngIgnored = static_cast<long>(arrIgnored.size());
     RecordsetPtr rs;
     AdoExtras extras;
@@ -243,13 +243,13 @@ std::string GetIndexes(Program& program, const tServer& server, const std::strin
 }
 
 long GetColumnsCount(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                     std::vector<std::string>& arrIgnored, long lngId) {
+                     std::vector<std::string>& arrIgnored, long lngId, IgnoredList enmList) {
   std::string strText;
   std::vector<tTableColumn> arrColumns;
   long lngUpper = -1;
   long lngIgnored = 0;
   GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored,
-                    lngId, "");
+                    lngId, "", enmList);
   return lngUpper + 1;
 }
 

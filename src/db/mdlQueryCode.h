@@ -22,9 +22,17 @@ struct tTableColumn {
   std::string strDefinition;  // the index's whole line
 };
 
+// The lists of ignored columns: one for each kind of work.
+enum IgnoredList : long {
+  ignoredColsData = 1,          // data comparison
+  ignoredColsStruct = 2,        // structure comparison
+  ignoredColsDataAnalysis = 3,  // Data Analyzer
+};
+
 // Who knows a table's ignored columns. Set by the layer that keeps them; unset means none.
 struct IgnoredColumnsSource {
-  std::function<std::vector<std::string>(const tServer& server, const std::string& strDb, const std::string& strTable)>
+  std::function<std::vector<std::string>(IgnoredList enmList, const tServer& server, const std::string& strDb,
+                                         const std::string& strTable)>
       lookUp;
 };
 
@@ -36,11 +44,12 @@ std::string GetTableText(Program& program, tServer& server, const std::string& s
                          bool blnClusteredOnly, const std::string& strIndexSuffix);
 
 // The columns: text and array (from 0; lngUpper is its highest index, -1 for none). An unknown table gives an empty
-// text and True; False comes after an error report, with what was read by then.
+// text and True; False comes after an error report, with what was read by then. With blnIgnoreCols the columns of the
+// table's list enmList are left out.
 bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                       const std::string& strLineSuffix);
+                       const std::string& strLineSuffix, IgnoredList enmList = ignoredColsStruct);
 
 // The index lines, each with a line end; empty for a table without indexes, and for one without any child object such
 // as a constraint. With blnFillArray lngCount receives the number of indexes and arrIndexes an entry per index column.
@@ -50,7 +59,7 @@ std::string GetIndexes(Program& program, const tServer& server, const std::strin
 
 // Number of columns that aren't ignored.
 long GetColumnsCount(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                     std::vector<std::string>& arrIgnored, long lngId);
+                     std::vector<std::string>& arrIgnored, long lngId, IgnoredList enmList = ignoredColsStruct);
 
 // A column's default as the server keeps it, in its brackets; empty when there is none.
 std::string GetDefaultValue(Program& program, const tServer& server, const std::string& strDb, long lngTableId,

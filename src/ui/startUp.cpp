@@ -2,11 +2,14 @@
 
 #include <utility>
 
+#include "compare/structure/modIgnoreColumns.h"
 #include "db/mdlServers.h"
 
 namespace qrel {
 
-StartUp::StartUp(Program& program, MainWindowSteps steps) : program_(program), steps_(std::move(steps)) {}
+StartUp::StartUp(Program& program, MainWindowSteps steps) : program_(program), steps_(std::move(steps)) {
+  ConnectIgnoredColumns(program);
+}
 
 void StartUp::LoadServers() { qrel::LoadServers(program_); }
 

@@ -194,7 +194,7 @@ TEST_F(CompareAllReports, DetailsFollowTheSummary) {
 }
 
 TEST_F(CompareAllReports, IgnoredColumnsAreTold) {
-  program.state<IgnoredColumnsSource>().lookUp = [](const tServer&, const std::string& database,
+  program.state<IgnoredColumnsSource>().lookUp = [](IgnoredList, const tServer&, const std::string& database,
                                                     const std::string& table) {
     return database == "A" && table == "t" ? std::vector<std::string>{"x"} : std::vector<std::string>{};
   };

@@ -77,7 +77,7 @@ TEST_F(Comparing, APairShowsItsVerdictAndItsMarks) {
   EXPECT_EQ(colourBehind(1, "[Paid]"), GetMarkColor(markOnlyInTarget));
 
   // Each side has its own list of columns that don't count; the panes go on showing them.
-  program.state<IgnoredColumnsSource>().lookUp = [](const tServer& server, const std::string& db,
+  program.state<IgnoredColumnsSource>().lookUp = [](IgnoredList, const tServer& server, const std::string& db,
                                                     const std::string& table) -> std::vector<std::string> {
     const std::string name = server.Name + "." + db + "." + table;
     if (name == "One.Shop.Orders") return {"gone", "note"};

@@ -43,7 +43,7 @@ struct tDataCompSettings {
 void ReadDataCompSettings(Program& program, bool blnSource, const std::string& strDb, const std::string& strTable,
                           tDataCompSide& side, std::int32_t& lngCompMethod);
 
-// Writes a table's section in full. A write that fails is told in a box for each key.
+// Writes a table's section in full. The first write that fails is told in a box and ends it.
 void SaveDataCompSettings(Program& program, bool blnSource, const std::string& strDb, const std::string& strTable,
                           const tDataCompSide& side, std::int32_t lngCompMethod);
 

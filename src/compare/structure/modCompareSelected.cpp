@@ -68,7 +68,8 @@ void leaveOutIgnoredColumns(Program& program, Pair& pair) {
   if (!lookUp) return;
   for (std::size_t side = 0; side < 2; ++side) {
     tServer& server = program.main.gtypSelServ[side];
-    if (pair.arrObjects[side].empty() || lookUp(server, pair.arrDatabases[side], pair.arrObjects[side]).empty())
+    if (pair.arrObjects[side].empty() ||
+        lookUp(ignoredColsStruct, server, pair.arrDatabases[side], pair.arrObjects[side]).empty())
       continue;
     long lngIgnored = 0;
     pair.arrTexts[side] = GetTableText(program, server, pair.arrObjects[side], pair.arrDatabases[side], true,

@@ -1,0 +1,152 @@
+#include "compare/structure/modIgnoreColumns.h"
+
+#include "app/trap.h"
+#include "platform/error.h"
+#include "platform/text.h"
+#include "process/cInifile.h"
+
+namespace qrel {
+
+namespace {
+
+constexpr const char* moduleName = "modIgnoreColumns";
+
+// The values of the file's current section.
+std::vector<std::string> valuesOf(cInifile& ini) {
+  OneBased<std::string> arrLines;
+  long lngCount = 0;
+  ini.EnumerateCurrentSection(arrLines, lngCount);
+  std::vector<std::string> values;
+  for (const std::string& strLine : arrLines) {
+    ini.Key = strLine.substr(0, strLine.find('='));
+    values.push_back(ini.Value());
+  }
+  return values;
+}
+
+}  // namespace
+
+void ConnectIgnoredColumns(Program& program) {
+  program.state<IgnoredColumnsSource>().lookUp = [&program](IgnoredList enmList, const tServer& server,
+                                                            const std::string& strDb, const std::string& strTable) {
+    std::vector<std::string> arrColumns;
+    GetIgnoredColumns(program, enmList, GetFullObjectName(server.Name, strDb, strTable), arrColumns);
+    return arrColumns;
+  };
+}
+
+std::string GetFullObjectName(const std::string& strServer, const std::string& strDatabase,
+                              const std::string& strTable) {
+  return strServer + "." + strDatabase + "." + strTable;
+}
+
+std::string GetIgnoredColsFilePath(const Program& program, long enmList) {
+  switch (enmList) {
+    case ignoredColsData:
+      return program.main.gstrIgnoredColsDataIni;
+    case ignoredColsStruct:
+      return program.main.gstrIgnoredColsStructIni;
+    case ignoredColsDataAnalysis:
+      return program.main.gstrIgnoredColsDataAnalysisIni;
+    default:
+      return {};
+  }
+}
+
+std::int32_t GetIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
+                               std::vector<std::string>& arrColumns) {
+  arrColumns.clear();
+  return trap(program, moduleName, "GetIgnoredColumns", std::int32_t{0}, [&] {
+    cInifile ini;
+    ini.Path = GetIgnoredColsFilePath(program, enmList);
+    ini.Section = strFullName;
+    arrColumns = valuesOf(ini);
+    return static_cast<std::int32_t>(arrColumns.size());
+  });
+}
+
+void SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
+                        const std::vector<std::string>& arrColumns, std::int32_t lngCount) {
+  trap(program, moduleName, "SaveIgnoredColumns", [&] {
+    cInifile ini;
+    ini.Path = GetIgnoredColsFilePath(program, enmList);
+    ini.Section = strFullName;
+    ini.DeleteSection();
+    const bool deleted = ini.Success();
+    if (!deleted) program.host.messageBox("Saving list of ignored columns - delete section failed.", Icon::Information);
+    for (std::int32_t i = 0; i < lngCount; ++i) {
+      ini.Key = std::to_string(i);
+      ini.SetValue(arrColumns.at(static_cast<std::size_t>(i)));
+      if (deleted && !ini.Success())
+        throw RuntimeError(errorNumber::pathAccess, "The list of ignored columns could not be written to " + ini.Path);
+    }
+  });
+}
+
+std::int32_t GetAllIgnoredColumns(Program& program, long enmList, std::string& strListing,
+                                  std::vector<tIgnoredColumn>& arrRecords) {
+  strListing.clear();
+  arrRecords.clear();
+  return trap(program, moduleName, "GetAllIgnoredColumns", std::int32_t{0}, [&] {
+    cInifile ini;
+    ini.Path = GetIgnoredColsFilePath(program, enmList);
+    OneBased<std::string> arrSections;
+    long lngSections = 0;
+    ini.EnumerateAllSections(arrSections, lngSections);
+    for (const std::string& strSection : arrSections) {
+      tIgnoredColumn record;
+      SplitIgnoredColsSection(strSection, record.strServer, record.strDatabase, record.strTable);
+      ini.Section = strSection;
+      for (std::string& strColumn : valuesOf(ini)) {
+        record.strColumn = std::move(strColumn);
+        strListing.append(record.strServer).append(", ").append(record.strDatabase).append(", ");
+        strListing.append(record.strTable).append(", ").append(record.strColumn).append("\r\n");
+        arrRecords.push_back(record);
+      }
+    }
+    return static_cast<std::int32_t>(arrRecords.size());
+  });
+}
+
+void SplitIgnoredColsSection(const std::string& strSection, std::string& strServer, std::string& strDatabase,
+                             std::string& strTable) {
+  std::vector<std::string> arrParts = splitAt(strSection, '.');
+  arrParts.resize(3);
+  strServer = arrParts[0];
+  strDatabase = arrParts[1];
+  strTable = arrParts[2];
+}
+
+void ScreenWriteAllIgnoredCols(Program& program, Grid& grid, Label& lblCount,
+                               const std::vector<tIgnoredColumn>& arrRecords, std::int32_t lngCount) {
+  try {
+    const auto rows = static_cast<std::size_t>(lngCount);
+    grid.setRedraw(false);
+    grid.setRowCount(rows + 1);
+    for (std::size_t row = 0; row < rows; ++row) {
+      const tIgnoredColumn& record = arrRecords.at(row);
+      grid.setText(row + 1, 0, record.strServer);
+      grid.setText(row + 1, 1, record.strDatabase);
+      grid.setText(row + 1, 2, record.strTable);
+      grid.setText(row + 1, 3, record.strColumn);
+    }
+    lblCount.setText("Number of columns listed: " + std::to_string(lngCount));
+  } catch (const std::exception& error) {
+    program.host.messageBox("Error in Sub ScreenWriteAllIgnoredCols, error nr " +
+                            std::to_string(describeError(error).number));
+  }
+  grid.setRedraw(true);
+}
+
+void ListBox_DeselectIgnored(CheckList& lstColumns, const std::vector<std::string>& arrIgnored) {
+  lstColumns.setRedraw(false);
+  for (std::size_t row = 0; row < lstColumns.count(); ++row) lstColumns.setTicked(row, true);
+  for (const std::string& strColumn : arrIgnored) {
+    std::size_t row = 0;
+    while (row < lstColumns.count() && lstColumns.cell(row, 0) != strColumn) ++row;
+    if (row < lstColumns.count()) lstColumns.setTicked(row, false);
+  }
+  lstColumns.setRedraw(true);
+}
+
+}  // namespace qrel

@@ -1,0 +1,57 @@
+// The columns that don't take part in comparisons: a list per kind of work and table, in a profile file per kind. The
+// section of a table is its full name, server, database and table with points between, without regard to what they
+// hold. Nothing is kept in memory: every look-up reads the file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "app/Program.h"
+#include "db/mdlQueryCode.h"
+#include "platform/controls/grid.h"
+
+namespace qrel {
+
+// An entry in the listing of a whole file.
+struct tIgnoredColumn {
+  std::string strServer, strDatabase, strTable;  // the first three parts of the section's name
+  std::string strColumn;
+};
+
+// Makes the lists known to whoever reads a table's columns. Once for each program.
+void ConnectIgnoredColumns(Program& program);
+
+// "server.database.table".
+std::string GetFullObjectName(const std::string& strServer, const std::string& strDatabase,
+                              const std::string& strTable);
+
+// Empty for a number that is no list's.
+std::string GetIgnoredColsFilePath(const Program& program, long enmList);
+
+// The column names in file order, and their number: 0 for a table without a list and for a missing file.
+std::int32_t GetIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
+                               std::vector<std::string>& arrColumns);
+
+// Replaces a table's list by the first lngCount names; with 0 the table has none any more. A section that can't be
+// deleted is told in a box, and the names are written over what is left.
+void SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
+                        const std::vector<std::string>& arrColumns, std::int32_t lngCount);
+
+// Every entry of a list's file: as records, and as lines "server, database, table, column" in strListing. Returns their
+// number.
+std::int32_t GetAllIgnoredColumns(Program& program, long enmList, std::string& strListing,
+                                  std::vector<tIgnoredColumn>& arrRecords);
+
+// The first three parts between points; those that are missing are empty.
+void SplitIgnoredColsSection(const std::string& strSection, std::string& strServer, std::string& strDatabase,
+                             std::string& strTable);
+
+// A row per record below the grid's heading, and their number in the label.
+void ScreenWriteAllIgnoredCols(Program& program, Grid& grid, Label& lblCount,
+                               const std::vector<tIgnoredColumn>& arrRecords, std::int32_t lngCount);
+
+// Ticks all rows but, for each ignored column, the first that has exactly its name.
+void ListBox_DeselectIgnored(CheckList& lstColumns, const std::vector<std::string>& arrIgnored);
+
+}  // namespace qrel
