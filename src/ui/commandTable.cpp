@@ -67,6 +67,10 @@ void InitializeMenus_Tools(CommandTable& commands) {
   commands.push_back({500, "", "&Tools", Guard::none, nullptr});
   commands.push_back({501, path, "&Add Server", Guard::CheckMdac, [](frmMain& window) { window.MenuAddServer(); }});
   commands.push_back({502, path, "&Remove Server", Guard::none, [](frmMain& window) { window.MenuRemoveServer(); }});
+  commands.push_back({510, path, "List All Ignored Columns - &Data Comparisons", Guard::none,
+                      [](frmMain& window) { window.MenuListIgnoredColumns(1); }, "", true});
+  commands.push_back({511, path, "List All Ignored Columns - &Structure Comparisons", Guard::none,
+                      [](frmMain& window) { window.MenuListIgnoredColumns(2); }});
 }
 
 void addContextMenu(CommandTable& commands) {
@@ -74,6 +78,14 @@ void addContextMenu(CommandTable& commands) {
   commands.push_back({700, path, "Refresh", Guard::CheckMdac, [](frmMain& window) { window.RefreshPopupPanel(); }});
   commands.push_back(
       {710, path, "Show Color Schema", Guard::none, [](frmMain& window) { window.ShowColorSchema(); }, "", true});
+  commands.push_back({730,
+                      path,
+                      "Ignore Columns",
+                      Guard::CheckMdac,
+                      [](frmMain& window) { window.MenuPopUpIgnoreColumns(); },
+                      "",
+                      true,
+                      {objTables}});
   commands.push_back({740, path, "Compare Highlighted Sections", Guard::none,
                       [](frmMain& window) { window.CompareHighlightedSections(); }});
   commands.push_back({770, path, "Print", Guard::none, [](frmMain& window) { window.MenuPopUpPrint(); }, "", true});

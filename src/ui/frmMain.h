@@ -96,6 +96,9 @@ class frmMain : public Form {
   // A mouse button went up over pane Index; the right one (2) opens the context menu.
   void txtTXProc_MouseUp(int Index, int Button);
   void RefreshPopupPanel();
+  // The dialog for the table of the context menu's pane; both panes must show one.
+  void MenuPopUpIgnoreColumns();
+  void MenuListIgnoredColumns(long enmList);
 
   // Connecting and choosing (mainSelection.cpp).
   void cmdConnect_Click();
@@ -178,6 +181,7 @@ class frmMain : public Form {
   void keepObjectsOfOwner(int Index, const std::string& strOwner);
   void followSelection();
   bool selectionIsEmpty(int Index) const;
+  bool tablesAreActive(const std::string& strTitle);
   bool refuseType(const std::string& strText, const std::string& strTitle);
   void filterCommand(int Index, long penmFilterType);
   bool anyPaneHasText() const;

@@ -57,6 +57,15 @@ bool frmMain::refuseType(const std::string& strText, const std::string& strTitle
   return false;
 }
 
+bool frmMain::tablesAreActive(const std::string& strTitle) {
+  if (workspace.objectType() == objTables) return true;
+  return refuseType(
+      "This functionality is enabled only when Tables are selected as active objects.\r\n\r\n"
+      "To set Tables as active objects set focus to Objects Type combo box (using mouse or by pressing key F6) and "
+      "select first item from the list.",
+      strTitle);
+}
+
 bool frmMain::CanViewAnalyzeData(long enmAction, int Index, CheckedObject& found) {
   found = {};
   return trap(program_, "frmMain", "CanViewAnalyzeData", false, [&] {
@@ -71,12 +80,7 @@ bool frmMain::CanViewAnalyzeData(long enmAction, int Index, CheckedObject& found
     found.strDb = SelectedDatabase(workspace, Index);
     if (found.strDb.empty()) return tell("Cannot " + strWord + " - the list of databases is empty.");
     found.enmType = workspace.objectType();
-    if (found.enmType != objTables)
-      return refuseType(
-          "This functionality is enabled only when Tables are selected as active objects.\r\n\r\n"
-          "To set Tables as active objects set focus to Objects Type combo box (using mouse or by pressing key F6) and "
-          "select first item from the list.",
-          strTitle);
+    if (!tablesAreActive(strTitle)) return false;
     if (selectionIsEmpty(Index)) return tell("Cannot " + strWord + " - the list of tables is empty.");
     std::string strServer, strDb, strObject, strRest;
     GetNamesOfSelServerDbAndObject(Index, strServer, strDb, strObject, found.lngId);

@@ -4,7 +4,10 @@
 
 #include "app/mdlMain.h"
 #include "app/trap.h"
+#include "compare/structure/frmIgnoreColumnsAdd.h"
+#include "compare/structure/frmIgnoreColumnsView.h"
 #include "compare/structure/modCompareAll.h"
+#include "db/mdlQueryCode.h"
 #include "platform/text.h"
 #include "ui/flagScope.h"
 #include "ui/frmMain.h"
@@ -103,6 +106,25 @@ void frmMain::txtTXProc_MouseUp(int Index, int Button) {
 void frmMain::RefreshPopupPanel() {
   if (mlngPopupPanel >= 0) RefreshDisplayForPanel(static_cast<int>(mlngPopupPanel));
 }
+
+void frmMain::MenuPopUpIgnoreColumns() {
+  if (mlngPopupPanel < 0 || !tablesAreActive("Cannot Continue")) return;
+  for (const TextPane& pane : workspace.txtTXProc) {
+    if (!trimBlanks(pane.text()).empty()) continue;
+    program_.host.messageBox("Cannot continue - there is no structure displayed for selected table.", Icon::Information,
+                             "Cannot Continue");
+    return;
+  }
+  std::string strServer, strDb, strTable;
+  long lngTableId = 0;
+  GetNamesOfSelServerDbAndObject(static_cast<int>(mlngPopupPanel), strServer, strDb, strTable, lngTableId);
+  bool blnSaved = false;
+  std::int32_t lngIgnored = 0;
+  frmIgnoreColumnsAdd(program_).ShowUp(ignoredColsStruct, mlngPopupPanel, strServer, strDb, strTable, lngTableId,
+                                       blnSaved, lngIgnored);
+}
+
+void frmMain::MenuListIgnoredColumns(long enmList) { frmIgnoreColumnsView(program_).ShowUp(enmList); }
 
 void frmMain::scrollOtherPane(std::size_t side) {
   const TextPane& pane = workspace.txtTXProc[side];

@@ -1,6 +1,9 @@
 // The main window's commands: the table, its dispatch, the context menu, keys, tips and scrolling.
 #include <map>
 
+#include "app/mdlMain.h"
+#include "compare/structure/frmIgnoreColumnsAdd.h"
+#include "compare/structure/frmIgnoreColumnsView.h"
 #include "compare/structure/frmListObjects.h"
 #include "compare/structure/modCompareAll.h"
 #include "compare/structure/modMarkDifferences.h"
@@ -56,7 +59,9 @@ TEST_F(Commands, TheBarHasWhatCanBeDone) {
       {"selective details", "--240 &Details\n---241 Compare Selected &Tables - Details\n"},
       {"details end",
        "---247 Compare Selected &Constraints - Details\n-250 Compare and Print All Tables\n500 &Tools\n"},
-      {"Tools", "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n"}};
+      {"Tools",
+       "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-510 List All Ignored Columns - &Data Comparisons\n"
+       "-511 List All Ignored Columns - &Structure Comparisons\n"}};
   for (const auto& [name, part] : parts) EXPECT_TRUE(has(menus, part)) << name << " in\n" << menus;
   EXPECT_EQ(form.barCommands.menus()[0].items[0].toolTip, "Connect to the server (F5)");
   EXPECT_EQ(form.barCommands.menus()[0].items[1].toolTip, "");
@@ -175,16 +180,50 @@ TEST_F(Commands, RefreshDiesOnceAContextMenuHasClosed) {
 TEST_F(Commands, TheContextMenuIsEnabledWhileAPaneHasText) {
   makeServers();
   connect();
-  EXPECT_EQ(contextMenu(0), "700 | 710 740 | 770 780 ");
+  EXPECT_EQ(contextMenu(0), "700 | 710 | 730 740 | 770 780 ");
   work.txtTXProc[0].setText("");
   EXPECT_TRUE(has(contextMenu(0), "700 ")) << "the other pane's text counts";
   work.txtTXProc[1].setText("  ");
-  EXPECT_EQ(contextMenu(0), "(700) | (710) (740) | (770) (780) ");
+  EXPECT_EQ(contextMenu(0), "(700) | (710) | (730) (740) | (770) (780) ");
+  work.txtTXProc[0].setText("x");
+  work.cmbType.tag = "OFF";
+  chooseType(objViews);
+  EXPECT_EQ(contextMenu(0), "700 | 710 | (730) 740 | 770 780 ") << "columns are those of tables";
   const std::size_t opened = host.menus.size();
   work.txtTXProc[0].onMouseUp(1);
   work.mblnBusy = true;
   work.txtTXProc[0].onMouseUp(2);
   EXPECT_EQ(host.menus.size(), opened) << "left button, busy window";
+}
+
+TEST_F(Commands, ColumnsAreIgnoredForTheTableOfTheClickedPane) {
+  makeServers();
+  connect();
+  SetFilePaths(program);
+  chooseDb(1, "Shop");
+  chooseObject(1, "Orders");
+  host.windows.push_back([](Form& shown) {
+    auto& window = dynamic_cast<frmIgnoreColumnsAdd&>(shown);
+    EXPECT_EQ(window.lblTableName.text(), "Table: Orders");
+    EXPECT_EQ(window.pvlSqlObj0.cell(0, 0), "b");
+  });
+  contextMenu(1, 730);
+  work.txtTXProc[0].setText(" ");
+  contextMenu(1, 730);
+  EXPECT_EQ(lastBox(), "Cannot continue - there is no structure displayed for selected table.");
+  chooseType(objProcedures);
+  form.ExecuteAction(730);  // no menu is open
+  EXPECT_EQ(lastBox(), "");
+  contextMenu(1, 730);
+  EXPECT_TRUE(has(lastBox(), "only when Tables are selected"));
+  const std::map<long, std::string> lists = {{510, "data"}, {511, "structure"}};
+  for (const auto& [id, words] : lists) {
+    host.windows.push_back([&, part = words](Form& shown) {
+      EXPECT_EQ(dynamic_cast<frmIgnoreColumnsView&>(shown).lblGen.text(),
+                "The columns listed below are ignored during " + part + " comparisons.");
+    });
+    choose(id);
+  }
 }
 
 TEST_F(Commands, ThePanesArePrintedFromTheContextMenu) {
