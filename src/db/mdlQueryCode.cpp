@@ -125,36 +125,44 @@ void readColumns(Program& program, const tServer& server, const std::string& str
 
 }  // namespace
 
+void ReadTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
+                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
+                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
+                        const std::string& strLineSuffix, IgnoredList enmList) {
+  lngUpper = -1;
+  lngIgnored = 0;
+  strText.clear();
+  arrColumns.clear();
+  arrIgnored.clear();
+  if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
+  const auto& source = program.state<IgnoredColumnsSource>();
+  if (blnIgnoreCols && source.lookUp) arrIgnored = source.lookUp(enmList, server, strDb, strTable);
+  lngIgnored = static_cast<long>(arrIgnored.size());
+  RecordsetPtr rs;
+  AdoExtras extras;
+  std::int32_t result = -1;
+  {
+    const QuietScope quiet(program);
+    result = GetAdoRS(program, server, adCmdText, columnsQuery(strTable, lngId), rs, strDb, &extras);
+  }
+  if (result == -1) raiseStructureError(server, strDb, strTable, {extras.errNumber, extras.errDescription});
+  try {
+    readColumns(program, server, strDb, *rs, arrIgnored, strLineSuffix, strText, arrColumns);
+  } catch (const std::exception& error) {
+    raiseStructureError(server, strDb, strTable, describeError(error));
+  }
+  rs->Close();
+  lngUpper = static_cast<long>(arrColumns.size()) - 1;
+  if (!strText.empty()) strText = trimBlanks(std::string_view(strText).substr(0, strText.size() - 2));
+}
+
 bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
                        const std::string& strLineSuffix, IgnoredList enmList) {
   return trap(program, "mdlQueryCode", "GetTableStructure", false, [&] {
-    lngUpper = -1;
-    lngIgnored = 0;
-    strText.clear();
-    arrColumns.clear();
-    arrIgnored.clear();
-    if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
-    const auto& source = program.state<IgnoredColumnsSource>();
-    if (blnIgnoreCols && source.lookUp) arrIgnored = source.lookUp(enmList, server, strDb, strTable);
-    lngIgnored = static_cast<long>(arrIgnored.size());
-    RecordsetPtr rs;
-    AdoExtras extras;
-    std::int32_t result = -1;
-    {
-      const QuietScope quiet(program);
-      result = GetAdoRS(program, server, adCmdText, columnsQuery(strTable, lngId), rs, strDb, &extras);
-    }
-    if (result == -1) raiseStructureError(server, strDb, strTable, {extras.errNumber, extras.errDescription});
-    try {
-      readColumns(program, server, strDb, *rs, arrIgnored, strLineSuffix, strText, arrColumns);
-    } catch (const std::exception& error) {
-      raiseStructureError(server, strDb, strTable, describeError(error));
-    }
-    rs->Close();
-    lngUpper = static_cast<long>(arrColumns.size()) - 1;
-    if (!strText.empty()) strText = trimBlanks(std::string_view(strText).substr(0, strText.size() - 2));
+    ReadTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
+                       arrIgnored, lngId, strLineSuffix, enmList);
     return true;
   });
 }

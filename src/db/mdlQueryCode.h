@@ -51,6 +51,13 @@ bool GetTableStructure(Program& program, tServer& server, const std::string& str
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
                        const std::string& strLineSuffix, IgnoredList enmList = ignoredColsStruct);
 
+// The same for callers that tell a failure themselves: it raises RuntimeError, with what was read by then in the
+// arguments.
+void ReadTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
+                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
+                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
+                        const std::string& strLineSuffix, IgnoredList enmList = ignoredColsStruct);
+
 // The index lines, each with a line end; empty for a table without indexes, and for one without any child object such
 // as a constraint. With blnFillArray lngCount receives the number of indexes and arrIndexes an entry per index column.
 std::string GetIndexes(Program& program, const tServer& server, const std::string& strTable, const std::string& strDb,
