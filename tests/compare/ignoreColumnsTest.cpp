@@ -71,6 +71,12 @@ TEST_F(IgnoredColumns, AListThatCanNotBeSavedIsTold) {
   ASSERT_EQ(test.host.boxes.size(), 1u);
   EXPECT_EQ(test.host.boxes[0].text, "Saving list of ignored columns - delete section failed.");
   EXPECT_EQ(test.host.boxes[0].icon, Icon::Information);
+
+  program.main.gstrIgnoredColsStructIni = "/proc/list.ini";  // nothing to delete, and nothing can be written
+  test.host.windows.push_back(leaveAlone);
+  save(ignoredColsStruct, "S.A.t", {"a"});
+  EXPECT_EQ(test.host.shown.back(), "frmErrorReport");
+  EXPECT_EQ(test.host.boxes.size(), 1u);
 }
 
 TEST_F(IgnoredColumns, TheTextIsReadWithoutTheColumnsOfItsOwnList) {
