@@ -1,0 +1,213 @@
+#include "desktop/paneEdit.h"
+
+#include <QFontDatabase>
+#include <QPainter>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <algorithm>
+
+#include "desktop/text.h"
+
+namespace qrel {
+
+namespace {
+
+constexpr int numberMargin = 5;  // pixels on each side of the line numbers
+
+bool sameRanges(const std::vector<TextPane::Range>& left, const std::vector<TextPane::Range>& right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](const auto& a, const auto& b) {
+    return a.start == b.start && a.length == b.length && a.colour == b.colour;
+  });
+}
+
+// How many UTF-16 units the first `bytes` bytes of a text are, and the other way round.
+int unitsOf(std::string_view text, std::size_t bytes) {
+  return static_cast<int>(toQt(text.substr(0, std::min(bytes, text.size()))).size());
+}
+
+}  // namespace
+
+class PaneEdit::NumberArea : public QWidget {
+ public:
+  explicit NumberArea(PaneEdit* edit) : QWidget(edit), edit_(edit) {}
+
+ protected:
+  void paintEvent(QPaintEvent* event) override { edit_->paintNumbers(event->rect()); }
+
+ private:
+  PaneEdit* edit_;
+};
+
+PaneEdit::PaneEdit(QWidget* parent) : QPlainTextEdit(parent), numbers_(new NumberArea(this)) {
+  setLineWrapMode(QPlainTextEdit::NoWrap);
+  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setStyleHint(QFont::Monospace);
+  setFont(font);
+  connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect& area, int dy) {
+    if (dy != 0)
+      numbers_->scroll(0, dy);
+    else
+      numbers_->update(0, area.y(), numbers_->width(), area.height());
+  });
+  connect(this, &QPlainTextEdit::blockCountChanged, this, [this] { fitNumberArea(); });
+}
+
+void PaneEdit::bind(TextPane& pane, std::function<void(std::function<void()>)> inHandler) {
+  pane_ = &pane;
+  inHandler_ = std::move(inHandler);
+  setReadOnly(pane.readOnly);
+  if (pane.readOnly) setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  connect(this, &QPlainTextEdit::selectionChanged, this, [this] { tellSelection(); });
+  connect(this, &QPlainTextEdit::textChanged, this, [this] {
+    if (refreshing_ || pane_->readOnly) return;
+    shownText_ = fromQt(toPlainText());
+    pane_->setText(shownText_);
+  });
+  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int line) {
+    if (!refreshing_) inHandler_([this, line] { pane_->personScrolls(static_cast<std::size_t>(line)); });
+  });
+  fitNumberArea();
+}
+
+void PaneEdit::refresh() {
+  refreshing_ = true;
+  if (pane_->text() != shownText_) {
+    shownText_ = pane_->text();
+    setPlainText(toQt(shownText_));
+    shownRanges_.clear();
+    stretches_.clear();
+  }
+  fitNumberArea();  // the signals of this widget may be blocked
+  if (!sameRanges(shownRanges_, pane_->backgrounds())) findStretches();
+  const int start = toPosition(pane_->selectionStart());
+  const int end = toPosition(pane_->selectionStart() + pane_->selectionLength());
+  QTextCursor cursor = textCursor();
+  if (cursor.selectionStart() != start || cursor.selectionEnd() != end) {
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+  }
+  verticalScrollBar()->setValue(static_cast<int>(pane_->topLine()));
+  numbers_->update();
+  refreshing_ = false;
+}
+
+void PaneEdit::tellSelection() {
+  if (refreshing_) return;
+  const QTextCursor cursor = textCursor();
+  const std::size_t start = toOffset(cursor.selectionStart());
+  const std::size_t end = toOffset(cursor.selectionEnd());
+  inHandler_([this, start, end] { pane_->setSelection(start, end - start); });
+}
+
+int PaneEdit::toPosition(std::size_t offset) const {
+  // Lines are in order: the last one that begins at or before the offset holds it.
+  std::size_t low = 0, high = pane_->lineCount();
+  while (high - low > 1) {
+    const std::size_t middle = (low + high) / 2;
+    (static_cast<std::size_t>(pane_->lineOffset(middle)) <= offset ? low : high) = middle;
+  }
+  const auto begin = static_cast<std::size_t>(pane_->lineOffset(low));
+  const QTextBlock block = document()->findBlockByNumber(static_cast<int>(low));
+  const std::string_view text = std::string_view(pane_->text()).substr(std::min(begin, pane_->text().size()));
+  return block.position() + std::min(unitsOf(text, offset - begin), std::max(0, block.length() - 1));
+}
+
+std::size_t PaneEdit::toOffset(int position) const {
+  const QTextBlock block = document()->findBlock(position);
+  const long begin = pane_->lineOffset(static_cast<std::size_t>(std::max(0, block.blockNumber())));
+  if (begin < 0) return pane_->text().size();
+  return static_cast<std::size_t>(begin) + fromQt(block.text().left(position - block.position())).size();
+}
+
+void PaneEdit::findStretches() {
+  shownRanges_ = pane_->backgrounds();
+  std::vector<Stretch> found;
+  const std::string_view text = pane_->text();
+  std::size_t line = 0;
+  std::size_t before = 0;
+  for (const TextPane::Range& range : shownRanges_) {
+    if (range.start < before) line = 0;
+    before = range.start;
+    const std::size_t end = std::min(range.start + std::max<std::size_t>(range.length, 1), text.size() + 1);
+    while (line + 1 < pane_->lineCount() && static_cast<std::size_t>(pane_->lineOffset(line + 1)) <= range.start)
+      ++line;
+    for (std::size_t each = line; each < pane_->lineCount(); ++each) {
+      const auto begin = static_cast<std::size_t>(pane_->lineOffset(each));
+      if (begin >= end) break;
+      const std::size_t next =
+          each + 1 < pane_->lineCount() ? static_cast<std::size_t>(pane_->lineOffset(each + 1)) : text.size();
+      std::string_view words = text.substr(begin, next - begin);
+      while (!words.empty() && (words.back() == '\n' || words.back() == '\r')) words.remove_suffix(1);
+      const std::size_t from = range.start > begin ? range.start - begin : 0;
+      const bool whole = from == 0 && end >= begin + words.size();
+      found.push_back({static_cast<int>(each), whole ? 0 : unitsOf(words, from),
+                       whole ? -1 : unitsOf(words, end - begin), range.colour});
+    }
+  }
+  std::stable_sort(found.begin(), found.end(), [](const Stretch& a, const Stretch& b) { return a.line < b.line; });
+  stretches_ = std::move(found);
+  viewport()->update();
+}
+
+void PaneEdit::paintStretches(QPainter& painter) {
+  QTextBlock block = firstVisibleBlock();
+  auto stretch = std::lower_bound(stretches_.begin(), stretches_.end(), block.blockNumber(),
+                                  [](const Stretch& each, int line) { return each.line < line; });
+  for (; block.isValid() && stretch != stretches_.end(); block = block.next()) {
+    const QRectF area = blockBoundingGeometry(block).translated(contentOffset());
+    if (area.top() > viewport()->height()) break;
+    for (; stretch != stretches_.end() && stretch->line <= block.blockNumber(); ++stretch) {
+      QRectF filled(0, area.top(), viewport()->width(), area.height());
+      if (const QTextLayout* layout = block.layout(); stretch->to >= 0 && layout && layout->lineCount() > 0) {
+        const QTextLine only = layout->lineAt(0);
+        filled.setLeft(area.left() + only.cursorToX(stretch->from));
+        filled.setRight(area.left() + only.cursorToX(stretch->to));
+      }
+      painter.fillRect(filled, shownBackground(stretch->colour, palette()));
+    }
+  }
+}
+
+void PaneEdit::paintEvent(QPaintEvent* event) {
+  if (!stretches_.empty()) {
+    QPainter painter(viewport());
+    paintStretches(painter);
+  }
+  QPlainTextEdit::paintEvent(event);
+}
+
+void PaneEdit::fitNumberArea() {
+  int digits = 2;
+  for (int lines = blockCount(); lines >= 100; lines /= 10) ++digits;
+  const int width = 2 * numberMargin + digits * fontMetrics().horizontalAdvance(QLatin1Char('9'));
+  setViewportMargins(width, 0, 0, 0);
+  numbers_->setFont(font());
+  const QRect area = contentsRect();
+  numbers_->setGeometry(area.left(), area.top(), width, area.height());
+}
+
+void PaneEdit::paintNumbers(const QRect& area) {
+  QPainter painter(numbers_);
+  painter.fillRect(area, palette().color(QPalette::AlternateBase));
+  if (document()->isEmpty()) return;
+  painter.setPen(palette().color(QPalette::PlaceholderText));
+  for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
+    const QRectF place = blockBoundingGeometry(block).translated(contentOffset());
+    if (place.top() > area.bottom()) break;
+    painter.drawText(QRectF(0, place.top(), numbers_->width() - numberMargin, place.height()),
+                     Qt::AlignRight | Qt::AlignVCenter, QString::number(block.blockNumber() + 1));
+  }
+}
+
+void PaneEdit::resizeEvent(QResizeEvent* event) {
+  QPlainTextEdit::resizeEvent(event);
+  fitNumberArea();
+}
+
+void PaneEdit::changeEvent(QEvent* event) {
+  QPlainTextEdit::changeEvent(event);
+  if (event->type() == QEvent::FontChange) fitNumberArea();
+}
+
+}  // namespace qrel

@@ -1,0 +1,52 @@
+// The face of a text pane: lines with numbers, coloured ranges, the selection and the place scrolled to, both ways.
+#pragma once
+
+#include <QPlainTextEdit>
+#include <functional>
+#include <string>
+
+#include "platform/controls/textPane.h"
+
+namespace qrel {
+
+class PaneEdit : public QPlainTextEdit {
+ public:
+  explicit PaneEdit(QWidget* parent = nullptr);
+
+  // Shows the pane, which lives longer. `inHandler` runs what a person's act sets off in the model.
+  void bind(TextPane& pane, std::function<void(std::function<void()>)> inHandler);
+  // The pane has changed.
+  void refresh();
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  class NumberArea;
+  // Of one line: where a coloured range begins and ends in it; -1 as the end: the line is filled to the right edge.
+  struct Stretch {
+    int line;
+    int from, to;  // UTF-16 positions in the line
+    std::uint32_t colour;
+  };
+
+  void findStretches();
+  void paintStretches(QPainter& painter);
+  void paintNumbers(const QRect& area);
+  void fitNumberArea();
+  void tellSelection();
+  int toPosition(std::size_t offset) const;  // of the model's byte offset in the document
+  std::size_t toOffset(int position) const;  // and back
+
+  TextPane* pane_ = nullptr;
+  std::function<void(std::function<void()>)> inHandler_;
+  NumberArea* numbers_ = nullptr;  // owned by Qt
+  std::string shownText_;
+  std::vector<TextPane::Range> shownRanges_;
+  std::vector<Stretch> stretches_;  // by line
+  bool refreshing_ = false;
+};
+
+}  // namespace qrel

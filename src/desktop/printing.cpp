@@ -1,0 +1,65 @@
+#include "desktop/printing.h"
+
+#include <QFontDatabase>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPrinter>
+
+#include "desktop/text.h"
+#include "platform/error.h"
+#include "platform/host/host.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+namespace {
+
+constexpr double pointSize = 9;
+
+// The text's lines as they go on paper: none wider than the page.
+QStringList brokenLines(const std::string& text, qsizetype widest) {
+  QStringList lines;
+  for (QString line : toQt(replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n")).split('\n')) {
+    line.replace('\t', QStringLiteral("    "));
+    do {
+      lines.push_back(line.left(widest));
+      line.remove(0, widest);
+    } while (!line.isEmpty());
+  }
+  return lines;
+}
+
+}  // namespace
+
+void printPages(QPrinter& printer, const PrintJob& job) {
+  printer.setDocName(toQt(job.title));
+  QPainter painter;
+  if (!painter.begin(&printer))
+    throw RuntimeError(482, "Printer error: " + job.title + " can't be printed" +
+                                (printer.outputFileName().isEmpty() ? std::string(".")
+                                                                    : " to " + fromQt(printer.outputFileName()) + "."));
+  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setPointSizeF(pointSize);
+  painter.setFont(font);
+  const QFontMetricsF metrics(font, &printer);
+  const QRectF page(QPointF(0, 0), printer.pageLayout().paintRectPixels(printer.resolution()).size());
+  const double step = metrics.lineSpacing();
+  const double head = job.header.empty() ? 0 : 2 * step;
+  const double foot = job.pageNumbers ? 2 * step : 0;
+  const auto perPage = qMax<qsizetype>(1, static_cast<qsizetype>((page.height() - head - foot) / step));
+  const auto widest = qMax<qsizetype>(1, static_cast<qsizetype>(page.width() / metrics.horizontalAdvance('M')));
+  const QStringList lines = brokenLines(job.text, widest);
+  const qsizetype pages = (lines.size() + perPage - 1) / perPage;
+  for (qsizetype number = 0; number < pages; ++number) {
+    if (number > 0) printer.newPage();
+    if (!job.header.empty()) painter.drawText(QRectF(0, 0, page.width(), step), Qt::AlignLeft, toQt(job.header));
+    for (qsizetype row = 0; row < perPage && number * perPage + row < lines.size(); ++row)
+      painter.drawText(QPointF(0, head + static_cast<double>(row) * step + metrics.ascent()),
+                       lines[number * perPage + row]);
+    if (job.pageNumbers)
+      painter.drawText(QRectF(0, page.height() - step, page.width(), step), Qt::AlignRight,
+                       QStringLiteral("Page: %1 of %2").arg(number + 1).arg(pages));
+  }
+}
+
+}  // namespace qrel
