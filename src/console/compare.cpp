@@ -46,10 +46,7 @@ class ConsoleSteps : public PairComparisonSteps {
                        long type) override {
     different_ = true;
     std::int32_t error = 0;
-    // A line of one word, such as the empty line before a table's indexes, brings up this box each time.
-    console_.host.silentTitle = "GetFirstWord";
     Mark_Differences(console_.program, paneSource, paneTarget, arrSource, arrTarget, error, type);
-    console_.host.silentTitle.clear();
     marked_[0] = arrSource;
     marked_[1] = arrTarget;
   }

@@ -120,6 +120,7 @@ TEST(MarkDifferences, MatchesTableLinesByTheirFirstWord) {
           {"a int", "|a int||", "1/3133"},
           // A line of one word is matched as well, after a box.
           {"(|a int|)", "a int|) y|go", "412/123", 2},
+          {"a int\r|\r|b x", "a int\r|\r|c x", "114/113", 0},
       },
       objTables);
 }

@@ -41,7 +41,7 @@ Answer answerOf(Buttons buttons, int defaultButton) {
 
 Answer ConsoleHost::messageBox(const std::string& text, Icon, const std::string& title, Buttons buttons,
                                int defaultButton) {
-  if (silentTitle.empty() || title != silentTitle) tell(title, text);
+  tell(title, text);
   return answerOf(buttons, defaultButton);
 }
 

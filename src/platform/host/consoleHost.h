@@ -19,8 +19,6 @@ class ConsoleHost : public Host {
   std::deque<std::function<void(Form&)>> windows;
   // Error reports shown so far.
   std::size_t errorReports() const { return errorReports_; }
-  // Boxes with this title aren't told.
-  std::string silentTitle;
   // Asked at every yield; a command sets it to watch for Ctrl+C.
   std::function<void()> onDoEvents;
 
