@@ -195,7 +195,7 @@ void PaneEdit::paintNumbers(const QRect& area) {
   for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
     const QRectF place = blockBoundingGeometry(block).translated(contentOffset());
     if (place.top() > area.bottom()) break;
-    painter.drawText(QRectF(0, place.top(), numbers_->width() - numberMargin, place.height()),
+    painter.drawText(QRectF(0, place.top(), numbers_->width() - numberMargin, fontMetrics().height()),
                      Qt::AlignRight | Qt::AlignVCenter, QString::number(block.blockNumber() + 1));
   }
 }

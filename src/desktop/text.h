@@ -28,6 +28,7 @@ inline bool isDark(const QPalette& palette) { return palette.color(QPalette::Bas
 inline QColor shownBackground(std::uint32_t colour, const QPalette& palette) {
   const QColor asGiven = toQt(colour);
   if (!isDark(palette)) return asGiven;
+  if (asGiven == Qt::white) return palette.color(QPalette::Base);
   return QColor::fromHsv(asGiven.hsvHue(), qMin(255, asGiven.hsvSaturation() + 60), 105);
 }
 
