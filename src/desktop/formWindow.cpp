@@ -200,6 +200,7 @@ void FormWindow::restorePlace() {
     window_->restoreGeometry(place);
   } else if (const QScreen* screen = window_->screen()) {
     window_->resize(window_->size().boundedTo(screen->availableSize()));
+    window_->setAttribute(Qt::WA_Moved, false);  // the form's own 0, 0 is no place: Qt finds one
   }
   for (QSplitter* splitter : window_->findChildren<QSplitter*>())
     if (const QByteArray state = read(form_.name + "." + fromQt(splitter->objectName())); !state.isEmpty())

@@ -1,8 +1,10 @@
 #include "desktop/theme.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
+#include <QStyleOption>
 
 #include "desktop/text.h"
 
@@ -37,13 +39,35 @@ QPalette darkPalette() {
   return palette;
 }
 
+// Fusion's own frame of a box to tick can't be seen on a dark window.
+class Style : public QProxyStyle {
+ public:
+  Style() : QProxyStyle(QStringLiteral("Fusion")) {}
+
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (element != PE_IndicatorCheckBox && element != PE_IndicatorItemViewItemCheck) return;
+    painter->save();
+    painter->setBrush(Qt::NoBrush);
+    painter->setPen(option->palette.color(QPalette::PlaceholderText));
+    painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    painter->restore();
+  }
+
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* result) const override {
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+    return QProxyStyle::styleHint(hint, option, widget, result);
+  }
+};
+
 }  // namespace
 
-void applyTheme(QApplication& application, const std::string& theme) {
+void applyTheme(const std::string& theme) {
   const bool dark = theme == "dark" || (theme.empty() && isDark(QApplication::palette()));
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setStyle(new Style);  // owned by the application
   QApplication::setPalette(dark ? darkPalette() : lightPalette());
-  application.setStyleSheet(QStringLiteral("QToolTip { padding: 2px; }"));
 }
 
 }  // namespace qrel

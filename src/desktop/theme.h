@@ -3,11 +3,9 @@
 
 #include <string>
 
-class QApplication;
-
 namespace qrel {
 
-// `theme` is "light", "dark" or empty for the desktop's own choice.
-void applyTheme(QApplication& application, const std::string& theme);
+// `theme` is "light", "dark" or empty for the desktop's own choice. The application is there first.
+void applyTheme(const std::string& theme);
 
 }  // namespace qrel

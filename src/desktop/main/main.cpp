@@ -56,7 +56,7 @@ int main(int argc, char** argv) {
                                  QStringLiteral("theme"));
   parser.addOption(theme);
   parser.process(application);
-  qrel::applyTheme(application, qrel::fromQt(parser.value(theme)));
+  qrel::applyTheme(qrel::fromQt(parser.value(theme)));
 
   const qrel::Folders folders = qrel::findFolders(argv[0]);
   qrel::EmbeddedServers servers(folders.servers);
