@@ -121,6 +121,12 @@ std::string StripRightChars(std::string_view strText, long lngCount) {
 
 std::string StripFirstChar(std::string_view strText) { return std::string(strText.substr(byteOffset(strText, 1))); }
 
+std::string FormatThousands(std::int64_t lngNumber) {
+  std::string text = std::to_string(lngNumber);
+  for (std::size_t at = text.size(); at > 3 && text[at - 4] != '-';) text.insert(at -= 3, ",");
+  return text;
+}
+
 std::string EnsureTrailingCrLf(std::string_view strText) { return std::string(strText) += "\r\n"; }
 
 }  // namespace qrel

@@ -2,6 +2,7 @@
 // trimming takes blanks (U+0020) and nothing else. None of these raises an error.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -58,6 +59,9 @@ std::string StripChars(std::string_view strText, std::string_view strChar);
 // The text less its last lngCount characters, empty when it has no more.
 std::string StripRightChars(std::string_view strText, long lngCount);
 std::string StripFirstChar(std::string_view strText);
+
+// A number in the format "#,##0".
+std::string FormatThousands(std::int64_t lngNumber);
 
 // Appends CR LF, also to a text that ends in one.
 std::string EnsureTrailingCrLf(std::string_view strText);

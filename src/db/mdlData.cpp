@@ -118,7 +118,8 @@ std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, 
       extras->errNumber = info.number;
       extras->errDescription = info.description;
     }
-    if (!program.mdlData.gblnNoConnErrMsg)
+    // Who stopped the command knows it.
+    if (!program.mdlData.gblnNoConnErrMsg && info.number != errorNumber::cancelled)
       ShowErrorReport(
           program, info.number, info.description, "mdlData", "GetAdoRS",
           "Server connection failed; cursor location = " + std::to_string(program.settings.glngCursorLocation));
@@ -271,6 +272,7 @@ std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::s
     return GetAdoRS(program, server, adCmdText, "SELECT COUNT(*) AS RecsCount FROM " + strName, rs, strDb, &extras);
   };
   std::int32_t result = count();
+  if (extras.errNumber == errorNumber::cancelled) return -1;
   if (result == -1) {
     std::string strQualified;
     if (SchemaPrefixNeeded(program, server, strTable, strQualified, strDb, extras.errNumber)) {

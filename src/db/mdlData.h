@@ -28,13 +28,13 @@ using ParamValue = std::variant<std::monostate, std::string, std::int32_t, doubl
 struct AdoExtras {
   std::vector<ParamValue> params;  // input only
   std::vector<ParamValue> outs;    // up to 5, in and out
-  std::int32_t errNumber = 0;
+  std::int32_t errNumber = 0;      // errorNumber::cancelled when the command was stopped
   std::string errDescription;
 };
 
 // Runs strSql in strDb on a connection of its own. Returns the command's return value (0 for ordinary text) or -1 on
-// any failure, after an error report unless gblnNoConnErrMsg is set. An empty strSql only connects, to the login's
-// default database. With the client-side cursor the record set comes back disconnected.
+// any failure, after an error report unless gblnNoConnErrMsg is set or the command was stopped. An empty strSql only
+// connects, to the login's default database. With the client-side cursor the record set comes back disconnected.
 std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const std::string& strSql,
                       RecordsetPtr& rs, const std::string& strDb, AdoExtras* extras = nullptr);
 
@@ -70,7 +70,8 @@ bool NullExistsInColumn(Program& program, const tServer& server, const std::stri
                         const std::string& strColumn);
 
 // Counts a table's records, trying once more with its schema when the bare name is refused. strTable comes with or
-// without brackets; after a second attempt it is the qualified name. -1 after a warning, or at once for an empty name.
+// without brackets; after a second attempt it is the qualified name. -1 after a warning, or at once for an empty name
+// and when the count was stopped.
 std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::string& strTable,
                                        const std::string& strDb);
 

@@ -238,13 +238,6 @@ std::string WrapSqlInExec(std::string& strSql, const std::string& strDb) {
 
 namespace {
 
-// "#,##0"
-std::string withThousands(std::int32_t number) {
-  std::string text = std::to_string(number);
-  for (std::size_t at = text.size(); at > 3 && text[at - 4] != '-';) text.insert(at -= 3, ",");
-  return text;
-}
-
 std::string numberedPrefix(long number) {
   std::string text = std::to_string(number);
   if (text.size() < 4) text.append(4 - text.size(), ' ');
@@ -265,7 +258,7 @@ std::string RecordsetToString(Program& program, const std::function<bool()>& can
       std::string strTable = GetExtendedObjectName(program, server, strDb, name, type, integerOf(rs->Fields(2).cell));
       const std::int32_t count = GetNumberOfRecordsInTable(program, server, strTable, strDb);
       if (count == -1) return result + "\r\n*** OPERATION ABORTED - ERROR OCCURRED.***\r\n\r\n";
-      row += " (" + withThousands(count) + (count == 1 ? " record)" : " records)");
+      row += " (" + FormatThousands(count) + (count == 1 ? " record)" : " records)");
     }
     result += (blnNumbers ? numberedPrefix(number) : "") + row + "\r\n";
   }

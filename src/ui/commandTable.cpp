@@ -62,6 +62,13 @@ void InitializeMenus_StructComp(CommandTable& commands) {
                       [](frmMain& window) { window.CompareAndPrintAllTables(); }, "", true});
 }
 
+void InitializeMenus_DataComp(CommandTable& commands) {
+  const std::string path = "Data Comparisons";
+  commands.push_back({300, "", "&Data Comparisons", Guard::none, nullptr});
+  commands.push_back({310, path, "Compare &Data in Single Pair of Tables", Guard::none,
+                      [](frmMain& window) { window.cmdCompData_Click(); }, "F9"});
+}
+
 void InitializeMenus_Tools(CommandTable& commands) {
   const std::string path = "Tools";
   commands.push_back({500, "", "&Tools", Guard::none, nullptr});
@@ -101,6 +108,7 @@ CommandTable MainCommands() {
   CommandTable commands;
   InitializeMenus_File(commands);
   InitializeMenus_StructComp(commands);
+  InitializeMenus_DataComp(commands);
   InitializeMenus_Tools(commands);
   addContextMenu(commands);
   return commands;

@@ -63,6 +63,7 @@ void frmMain::registerControls() {
   add(cmdConnect);
   add(cmdCompare);
   add(cmdCompareAll);
+  add(cmdCompData);
   add(lblSource);
   add(lblTarget);
   const auto addPair = [this](auto& pair) {
@@ -99,6 +100,7 @@ void frmMain::setUpControls() {
   cmdConnect.setToolTip("Connect to the server (F5)");
   cmdCompare.setToolTip("Compare selected tables (F7)");
   cmdCompareAll.setToolTip("Compare all objects (F8)");
+  cmdCompData.setToolTip("Compare data in selected tables  (F9)");
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
   lblSource.setText("Source");
@@ -121,6 +123,7 @@ void frmMain::wireEvents() {
   cmdConnect.onClick = [this] { cmdConnect_Click(); };
   cmdCompare.onClick = [this] { cmdCompare_Click(); };
   cmdCompareAll.onClick = [this] { cmdCompareAll_Click(); };
+  cmdCompData.onClick = [this] { cmdCompData_Click(); };
   for (int i = 0; i < static_cast<int>(optType.size()); ++i)
     optType[static_cast<std::size_t>(i)].onClick = [this, i] { optType_Click(i); };
   for (int Index = 0; Index < 2; ++Index) {

@@ -61,6 +61,7 @@ class frmMain : public Form {
   ImageButton cmdConnect{"cmdConnect"};
   Button cmdCompare{"cmdCompare"};
   Button cmdCompareAll{"cmdCompareAll"};
+  Button cmdCompData{"cmdCompData"};
   std::array<Button, 2> cmdCopyClip;
   std::array<Button, 2> cmdCopyToFile;
   std::array<Button, 2> srtFiltering;  // visible while its panel is filtered; a click removes the filters
@@ -148,13 +149,15 @@ class frmMain : public Form {
   // Shows which panels are filtered. penmFilterType selects the words of the tips: 1 schema, 2 owner.
   void Filtering_UpdateDisplay(long penmFilterType);
 
-  // The structure comparisons (mainCompare.cpp). The two buttons do nothing while the window is busy, and keep it busy.
+  // The comparisons (mainCompare.cpp). The buttons do nothing while the window is busy, and keep it busy.
   void cmdCompare_Click();
   void cmdCompareAll_Click();
   // One type; lngTypeIndex is its place in the order Tables, Procedures, Functions, Views, Triggers, Relationships,
   // Constraints, from 0.
   void CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelective, bool blnDetails);
   void CompareHighlightedSections();
+  // The records of the two selected tables. Does nothing while the window is busy, and keeps it busy.
+  void cmdCompData_Click();
   void ShowColorSchema();
   // The text of a panel's pane.
   void cmdCopyClip_Click(int Index);

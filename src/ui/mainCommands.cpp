@@ -45,7 +45,7 @@ void frmMain::wireTips() {
     control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
   };
   for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
-                                                          &chkScrollTogether})
+                                                          &cmdCompData, &chkScrollTogether})
     showTip(*control);
   for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &srtFiltering, &cmdFilterBySchema})
     for (Button& button : *buttons) showTip(button);

@@ -4,6 +4,7 @@
 
 #include "app/mdlMain.h"
 #include "app/trap.h"
+#include "compare/data/modCompareData.h"
 #include "compare/structure/frmColorSchema.h"
 #include "compare/structure/modMarkDifferences.h"
 #include "db/mdlQueryCode.h"
@@ -81,6 +82,12 @@ void frmMain::cmdCompareAll_Click() {
   if (workspace.mblnBusy) return;
   const FlagScope busy(workspace.mblnBusy);
   qrel::cmdCompareAll_Click(program_, compare_);
+}
+
+void frmMain::cmdCompData_Click() {
+  if (workspace.mblnBusy) return;
+  const FlagScope busy(workspace.mblnBusy);
+  qrel::cmdCompData_Click(program_, workspace);
 }
 
 void frmMain::CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelective, bool blnDetails) {

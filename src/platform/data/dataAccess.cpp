@@ -32,7 +32,7 @@ std::string missingServer(const std::string& name, const std::string& database) 
 }  // namespace
 
 DataAccess::DataAccess(EmbeddedServers& embedded)
-    : embedded_(embedded), embeddedProvider_(std::make_unique<EmbeddedProvider>(embedded)) {}
+    : embedded_(embedded), embeddedProvider_(std::make_unique<EmbeddedProvider>(embedded, &stopAsked)) {}
 
 DataAccess::~DataAccess() = default;
 

@@ -15,7 +15,13 @@ class DataAccess {
  public:
   // `embedded` are the embedded server's instances; they must outlive this object.
   explicit DataAccess(EmbeddedServers& embedded);
+  DataAccess(const DataAccess&) = delete;
+  DataAccess& operator=(const DataAccess&) = delete;
   ~DataAccess();
+
+  // Asked every few milliseconds while a command runs or its rows come. It may let the window system run, but must
+  // run nothing on the same connection. True ends the command or the fetch with "Operation canceled".
+  std::function<bool()> stopAsked;
 
   // The layer's own version, as a number ("2.8"); 0 would mean that no driver is present.
   double version() const { return 2.8; }

@@ -56,7 +56,8 @@ class ProviderConnection {
   virtual ~ProviderConnection() = default;
   // Row sources keep what they need of the connection alive.
   virtual CommandResult execute(const CommandRequest& request) = 0;
-  // Ends a running execute or fetch from another thread or a signal-safe place; it raises "Operation canceled".
+  // Ends a running execute or fetch from another thread or a signal-safe place; it raises
+  // errorNumber::cancelled, "Operation canceled".
   virtual void interrupt() = 0;
 };
 

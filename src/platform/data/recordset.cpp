@@ -156,6 +156,16 @@ void Recordset::Find(std::string_view condition, bool fromFirst) {
   state.moveTo(state.view.find(conditions.front(), fromFirst || state.bof ? 0 : state.position));
 }
 
+void Recordset::FindValues(const std::vector<std::size_t>& columns, const std::vector<Cell>& values) {
+  State_& state = complete();
+  state.moveTo(state.view.findFirst(columns, values));
+}
+
+DataType Recordset::TypeOf(std::size_t index) const {
+  Column(index);
+  return complete().store->type(index);
+}
+
 std::int64_t Recordset::Bookmark() { return static_cast<std::int64_t>(complete().current()); }
 
 void Recordset::MoveToBookmark(std::int64_t mark) {

@@ -129,6 +129,13 @@ class Recordset {
   // conditions and for a literal that the column can't have (text against a number).
   void Find(std::string_view condition, bool fromFirst = false);
 
+  // What MoveFirst and Filter or Find say with "column = value" for each column, joined by AND, for values that need no
+  // reading: none is Null and each has its column's type. Columns ascend. Moves to the first match, or to Eof; for a
+  // record set without a filter and in order of arrival.
+  void FindValues(const std::vector<std::size_t>& columns, const std::vector<Cell>& values);
+  // Of a column's values as they came; Empty while there were Nulls only. Needs the client-side cursor.
+  DataType TypeOf(std::size_t index) const;
+
   // The current record's mark; it stays valid whatever filter, sort or deletion comes. Clones share marks.
   std::int64_t Bookmark();
   // Moves to a mark, also past a filter that hides it. Error 3021 for a record that is deleted.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/data/matchKey.h"
+#include "platform/error.h"
 
 namespace qrel {
 
@@ -145,6 +146,20 @@ std::size_t RowView::find(const Condition& condition, std::size_t from) {
     position = nextPresent(position + 1);
   }
   return position;
+}
+
+std::size_t RowView::findFirst(const std::vector<std::size_t>& columns, const std::vector<Cell>& values) {
+  if (!showsAll()) {
+    throw RuntimeError(errorNumber::operationNotAllowed,
+                       "Operation is not allowed in this context: the rows are filtered or sorted.");
+  }
+  RowIndex& index = store_->index(columns);
+  key_.clear();
+  for (const Cell& value : values) appendMatchKey(key_, value);
+  const RowIndex::Range range = index.find(key_);
+  const std::size_t entry =
+      index.nextPresent(range.begin, range.end, [this](std::size_t row) { return store_->isRemoved(row); });
+  return entry < range.end ? index.position(entry) : none;
 }
 
 RowIndex& RowView::indexOver(std::size_t column) {

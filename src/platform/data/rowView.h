@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -38,6 +39,8 @@ class RowView {
   }
   // The first position from `from` on whose row matches; `none` without one.
   std::size_t find(const Condition& condition, std::size_t from);
+  // The first row that has these values in these ascending columns; `none` without one. All rows must be shown.
+  std::size_t findFirst(const std::vector<std::size_t>& columns, const std::vector<Cell>& values);
 
  private:
   // What an unsorted filter has still to look through: the entries of an index, or the rows.
@@ -68,6 +71,7 @@ class RowView {
   std::size_t presentCount_ = 0;
   std::size_t removedAtCount_ = none;  // how many were removed when presentCount_ was counted
   std::map<std::size_t, std::unique_ptr<RowIndex>> indexes_;
+  std::string key_;  // of the last findFirst: its memory is used again
 };
 
 }  // namespace qrel

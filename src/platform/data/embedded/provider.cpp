@@ -189,7 +189,8 @@ void checkCatalogue(tsql::OpenDatabase& open) {
 
 }  // namespace
 
-EmbeddedProvider::EmbeddedProvider(EmbeddedServers& servers) : servers_(servers), pool_(std::make_shared<Pool>()) {}
+EmbeddedProvider::EmbeddedProvider(EmbeddedServers& servers, const std::function<bool()>* stopAsked)
+    : servers_(servers), stopAsked_(stopAsked), pool_(std::make_shared<Pool>()) {}
 
 EmbeddedProvider::~EmbeddedProvider() = default;
 
@@ -243,6 +244,7 @@ EmbeddedProvider::Idle EmbeddedProvider::find(const std::string& instance, const
   const tsql::ServerFacts facts{instance, *found, servers_.productVersion(instance), servers_.folder(instance)};
   idle.open = std::make_unique<tsql::OpenDatabase>(file, facts, majorVersion(facts.productVersion),
                                                    sqlite::OpenMode::ReadWrite);
+  idle.open->database.stopAsked = stopAsked_;
   checkCatalogue(*idle.open);
   return idle;
 }

@@ -1,6 +1,7 @@
 // The embedded server as a provider of the data access layer.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,7 +21,8 @@ class OpenDatabase;
 // connection that has run nothing yet leaves its own to the others. Outlives its connections.
 class EmbeddedProvider : public Provider {
  public:
-  explicit EmbeddedProvider(EmbeddedServers& servers);
+  // `stopAsked` (may be null) is asked now and then while a command runs or its rows come; true ends it.
+  explicit EmbeddedProvider(EmbeddedServers& servers, const std::function<bool()>* stopAsked = nullptr);
   ~EmbeddedProvider() override;
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override;
 
@@ -34,6 +36,7 @@ class EmbeddedProvider : public Provider {
   std::shared_ptr<tsql::OpenDatabase> lease(Idle used);
 
   EmbeddedServers& servers_;
+  const std::function<bool()>* stopAsked_;
   std::shared_ptr<Pool> pool_;
 };
 

@@ -135,6 +135,7 @@ Database::~Database() {
 int Database::progress(void* self) {
   auto& database = *static_cast<Database*>(self);
   if (database.interrupted_.load(std::memory_order_relaxed)) return 1;
+  if (database.stopAsked && *database.stopAsked && (*database.stopAsked)()) return 1;
   if (database.deadline_ == std::chrono::steady_clock::time_point::max()) return 0;
   database.timedOut_ = std::chrono::steady_clock::now() >= database.deadline_;
   return database.timedOut_ ? 1 : 0;
@@ -200,7 +201,7 @@ void Database::fail(int code, std::string_view sql) const {
       throw std::bad_alloc();
     case SQLITE_INTERRUPT:
       if (timedOut_) throw DataError(errorNumber::timeout, "Query timeout expired.", "HYT00", std::string(sql));
-      throw DataError(errorNumber::badSql, "Operation canceled.", "HY008", std::string(sql));
+      throw DataError(errorNumber::cancelled, "Operation canceled.", "HY008", std::string(sql));
     default:
       throw badSql(message, sql);
   }

@@ -1,5 +1,6 @@
 // A thin owner of SQLite's handles. Errors are raised as DataError: 0x80004005 for files that can't be used (missing,
-// locked, corrupt, full disk: the sentence names the file), 0x80040E14 for bad SQL, 0x80040E31 for a time-out.
+// locked, corrupt, full disk: the sentence names the file), 0x80040E14 for bad SQL, 0x80040E31 for a time-out,
+// 0x80040E4E for what was interrupted.
 #pragma once
 
 #include <sqlite3.h>
@@ -8,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -72,7 +74,13 @@ class Database {
   void stopClock() { deadline_ = std::chrono::steady_clock::time_point::max(); }
   // Ends what runs on this handle, now or at its next step, with "Operation canceled". May be called from another
   // thread or a signal handler.
-  void interrupt() { interrupted_.store(true, std::memory_order_relaxed); }
+  void interrupt() {
+    interrupted_.store(true, std::memory_order_relaxed);
+    sqlite3_interrupt(handle_);  // counting a whole table takes one long step
+  }
+  // Asked every few milliseconds while something runs on this handle; true ends it like interrupt. Not owned, may be
+  // null or empty.
+  const std::function<bool()>* stopAsked = nullptr;
 
   // Raises the DataError for a result code of a call on this handle.
   [[noreturn]] void fail(int code, std::string_view sql) const;

@@ -1,0 +1,201 @@
+#include "compare/data/frmCompareData.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "app/modArrays.h"
+#include "app/modStrings.h"
+#include "app/trap.h"
+#include "compare/structure/modIgnoreColumns.h"
+#include "db/mdlQueryCode.h"
+#include "platform/controls/menu.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+namespace {
+
+constexpr long menuSortColumns = 1;
+constexpr int rightButton = 2;
+constexpr int labelColumnWidth = 540;  // twips
+constexpr int columnWidth = 1440;
+
+struct Swatch {
+  std::uint32_t colour;
+  const char* text;
+};
+constexpr std::array<Swatch, 4> legend{{
+    {COLOR_DIFF_SOURCE, "Data in Source Table"},
+    {COLOR_DIFF_TARGET, "Data in Target Table"},
+    {COLOR_SOURCE_ONLY, "Records present in Source Table but not in Target Table"},
+    {COLOR_TARGET_ONLY, "Records present in Target Table but not in Source Table"},
+}};
+
+// "a, b, c" of the keys up to the first that is none; the first stands in any case.
+std::string keyList(const std::array<std::string, 3>& keys) {
+  std::string text = keys[0];
+  for (std::size_t level = 1; level < keys.size() && NamesKey(keys[level]); ++level) text += ", " + keys[level];
+  return text;
+}
+
+}  // namespace
+
+frmCompareData::frmCompareData(Program& program) : Form("frmCompareData"), program_(program) {
+  for (Label& label : lblTableName) add(label);
+  for (Label& label : lblStats) add(label);
+  for (Label* label : {&lblGen0, &lblGen1, &lblGen11, &lblMaxRows}) add(*label);
+  for (std::size_t i = 0; i < legend.size(); ++i) {
+    add(lblColor[i]);
+    add(lblColorDesc[i]);
+    lblColor[i].backColour = legend[i].colour;
+    lblColorDesc[i].setText(legend[i].text);
+  }
+  add(VSFlexGrid1);
+  for (Button* button : {&cmdExport, &cmdSave, &cmdExit}) add(*button);
+  setTexts();
+  lblGen0.setVisible(false);
+  lblMaxRows.setVisible(false);
+  VSFlexGrid1.onMouseUp = [this](int button) {
+    if (button == rightButton) popUpMenu();
+  };
+  cmdExit.isCancel = true;
+  cmdExit.onClick = [this] { close(); };
+  cmdExport.onClick = [this] { exportTable({}); };
+  cmdSave.onClick = [this] { save(); };
+}
+
+void frmCompareData::setTexts() {
+  lblStats[0].setText("Number of records in  in Source Table:");
+  lblStats[1].setText("Number of records in  in Target Table:");
+  lblStats[2].setText("Number of different records:");
+  lblGen1.setText("Fields for which data differs are printed in red.");
+  cmdExit.setText("E&xit");
+  cmdExit.setToolTip("Close this form (Alt + X)");
+  cmdSave.setText("&Save");
+  cmdSave.setToolTip("Save comparison's process parameters so it can be re-run later (Alt + S)");
+  cmdExport.setText("&Export");
+  cmdExport.setToolTip("Export data differences (Alt + E)");
+}
+
+void frmCompareData::LoadData(const Workspace& frmOwner) {
+  trap(program_, "frmCompareData", "LoadData", [&] {
+    std::array<std::string, 2> dbs, tables;
+    for (const std::size_t side : {0u, 1u}) {
+      const CheckList& list = frmOwner.pvlSqlObj[side];
+      const std::string& server = program_.main.gtypSelServ[side].Name;
+      dbs[side] = Workspace::selectedText(frmOwner.pvlDb[side]);
+      tables[side] = Workspace::selectedText(list);
+      objectIds_[side] =
+          list.firstSelected() < 0 ? 0 : numericPrefix(list.cell(static_cast<std::size_t>(list.firstSelected()), 2));
+      lblTableName[side].setText((side == 0 ? "Source Table: " : "Target Table: ") + tables[side] +
+                                 " (Database: " + dbs[side] + ", Server: " + server + ")");
+      dottedNames_[side] = GetFullObjectName(server, dbs[side], tables[side]);
+    }
+    caption = "Differences between data in tables '" + tables[0] + "' and '" + tables[1] + "'";
+
+    std::string strText;
+    std::vector<tTableColumn> arrColumns;
+    std::vector<std::string> arrIgnored, arrNames;
+    long lngUpper = -1;
+    long lngIgnored = 0;
+    GetTableStructure(program_, program_.main.gtypSelServ[0], dbs[0], tables[0], strText, arrColumns, lngUpper, true,
+                      lngIgnored, arrIgnored, objectIds_[0], "", ignoredColsData);
+    for (const tTableColumn& column : arrColumns) arrNames.push_back(column.strName);
+    setColumnHeaders(arrNames);
+  });
+}
+
+void frmCompareData::setColumnHeaders(const std::vector<std::string>& names) {
+  VSFlexGrid1.setRowCount(1);
+  VSFlexGrid1.setColumnCount(names.size() + 1);
+  VSFlexGrid1.setColumnWidth(0, labelColumnWidth);
+  VSFlexGrid1.setText(0, 0, "Row");
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    VSFlexGrid1.setText(0, i + 1, names[i]);
+    VSFlexGrid1.setColumnWidth(i + 1, columnWidth);
+  }
+}
+
+void frmCompareData::ShowUp(const tDataCompRequest& request, std::int32_t lngIgnored, const std::string& strIgnored) {
+  request_ = request;
+  ignored_ = lngIgnored;
+  ignoredText_ = strIgnored;
+  showMethod();
+  showIgnored();
+  program_.host.showModal(*this);
+}
+
+void frmCompareData::showMethod() {
+  std::string strMethod = CompMethodToString(request_.lngCompMethod);
+  if (request_.lngCompMethod == compPrimaryKey)
+    strMethod +=
+        " \r\nSource PK: " + keyList(request_.arrCompKeys[0]) + "\r\nTarget PK: " + keyList(request_.arrCompKeys[1]);
+  lblGen11.setText("Comparison method: " + strMethod);
+}
+
+void frmCompareData::showIgnored() {
+  const auto arrIgnored = IgnoredDataColumns(program_, request_);
+  const std::size_t count = arrIgnored[0].size() + arrIgnored[1].size();
+  lblGen0.setVisible(count > 0);
+  if (count > 1) lblGen0.setText("NOTE: " + std::to_string(count) + " columns were ignored.");
+  if (count == 1) lblGen0.setText("Ignored Column: " + (arrIgnored[0].empty() ? arrIgnored[1] : arrIgnored[0]).front());
+}
+
+void frmCompareData::activate() {
+  if (activated_) return;
+  if (cmdExit.enabled()) cmdExit.setFocus();
+  const auto& steps = program_.state<DataDifferencesSteps>();
+  if (request_.lngExportFormat != 0 && !request_.strExportFile.empty())
+    exportTable({request_.strExportFile, request_.lngExportFormat, request_.blnWrap, request_.blnAuto});
+  activated_ = true;
+  if (steps.Shown) steps.Shown(*this);
+  if (program_.main.gblnCloseAfterRun) close();
+}
+
+void frmCompareData::unload() { activated_ = false; }
+
+void frmCompareData::popUpMenu() {
+  if (busy_) return;
+  MenuItem sortColumns;
+  sortColumns.id = menuSortColumns;
+  sortColumns.caption = "Sort Columns";
+  if (program_.host.popUpMenu({sortColumns}) == menuSortColumns) mnuPopUpSortColumns_Click();
+}
+
+void frmCompareData::mnuPopUpSortColumns_Click() {
+  const std::size_t count = VSFlexGrid1.columnCount();
+  std::vector<std::string> names;
+  for (std::size_t column = 0; column < count; ++column) names.push_back(VSFlexGrid1.text(0, column));
+  if (count > 0) QuickSortStringArray(program_.host, names, 0, static_cast<long>(count) - 1);
+  VSFlexGrid1.setRedraw(false);
+  for (std::size_t place = 0; place < count; ++place)
+    for (std::size_t column = 0; column < count; ++column) {
+      if (VSFlexGrid1.text(0, column) != names[place]) continue;
+      VSFlexGrid1.moveColumn(column, place);
+      break;
+    }
+  VSFlexGrid1.setRedraw(true);
+}
+
+void frmCompareData::exportTable(tDataExport file) {
+  const auto& steps = program_.state<DataDifferencesSteps>();
+  if (busy_ || !steps.Export) return;
+  busy_ = true;
+  trap(program_, "frmCompareData", "cmdExport_Click", [&] {
+    const bool blnByHand = file.lngFormat == 0;
+    if (!steps.Export(*this, file) || !blnByHand || !saved_) return;
+    if (!savedName_.empty() && steps.RecordExport) steps.RecordExport(savedName_, file);
+    saved_ = false;
+  });
+  busy_ = false;
+}
+
+void frmCompareData::save() {
+  const auto& steps = program_.state<DataDifferencesSteps>();
+  if (busy_ || !steps.Save) return;
+  busy_ = true;
+  trap(program_, "frmCompareData", "cmdSave_Click", [&] { saved_ = steps.Save(*this, savedName_); });
+  busy_ = false;
+}
+
+}  // namespace qrel
