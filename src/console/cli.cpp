@@ -18,6 +18,7 @@ struct CommandLine {
   LoadArguments load;
   AddServerArguments addServer;
   CompareArguments compare;
+  DataArguments data;
   std::string name, side, type, object;
   std::function<ExitCode(Console&)> command;
 };
@@ -103,6 +104,25 @@ void addCompare(CLI::App& app, CommandLine& line) {
   });
 }
 
+void addData(CLI::App& app, CommandLine& line) {
+  CLI::App* data = app.add_subcommand("data", "Compare the records of tables, by position or by key");
+  data->add_option("SOURCE", line.data.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
+  data->add_option("TARGET", line.data.target)->required();
+  data->add_option("--table", line.data.tables, "the table; several are compared in turn")
+      ->required()
+      ->allow_extra_args(false);
+  data->add_option("--target-table", line.data.targetTable, "the Target's table when its name is another");
+  data->add_option("--key", line.data.keys[0], "compare by key: up to three columns with commas between");
+  data->add_option("--target-key", line.data.keys[1], "the Target's key columns when their names are others");
+  data->add_option("--sort", line.data.sorts[0], "order of the records: up to three columns");
+  data->add_option("--target-sort", line.data.sorts[1], "the Target's order when its names are others");
+  data->add_option("--offset", line.data.offsets[0], "the first record to compare, from 1 on")
+      ->check(CLI::Range(1, 32767));
+  data->add_option("--target-offset", line.data.offsets[1], "the same for Target")->check(CLI::Range(1, 32767));
+  data->footer("Without key, order and offset each table is compared as was last chosen for it in the window.");
+  data->callback([&line] { line.command = [&line](Console& console) { return runData(console, line.data); }; });
+}
+
 void describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("qrel ") + programVersion);
@@ -113,6 +133,7 @@ void describe(CLI::App& app, CommandLine& line) {
   addServers(app, line);
   addLists(app, line);
   addCompare(app, line);
+  addData(app, line);
 }
 
 int finish(std::ostream& err, ExitCode code, const std::string& message) {

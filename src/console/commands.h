@@ -2,6 +2,7 @@
 // CommandFailure, RuntimeError or DataError, which the caller tells on stderr.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,19 @@ struct CompareArguments {
 };
 ExitCode runComparePair(Console& console, const CompareArguments& arguments);
 ExitCode runCompareAll(Console& console, const CompareArguments& arguments);
+
+struct DataArguments {
+  std::string source, target;
+  std::vector<std::string> tables;
+  std::string targetTable;        // of a single table; empty: the same name
+  std::string keys[2];            // column names with commas between, of Source and Target; a pair with no Target's
+  std::string sorts[2];           // uses the Source's
+  std::optional<int> offsets[2];  // 1-based first record
+  bool given() const {            // any of the last three
+    return !keys[0].empty() || !keys[1].empty() || !sorts[0].empty() || !sorts[1].empty() || offsets[0] || offsets[1];
+  }
+};
+ExitCode runData(Console& console, const DataArguments& arguments);
 
 // Parses the command line and runs the command.
 int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostream& err);

@@ -58,7 +58,8 @@ TEST_F(Commands, TheBarHasWhatCanBeDone) {
       {"selective", "-230 &Selective Comparisons\n--0 &Simple\n---231 Compare Selected &Tables\n"},
       {"selective details", "--240 &Details\n---241 Compare Selected &Tables - Details\n"},
       {"details end",
-       "---247 Compare Selected &Constraints - Details\n-250 Compare and Print All Tables\n500 &Tools\n"},
+       "---247 Compare Selected &Constraints - Details\n-250 Compare and Print All Tables\n300 &Data Comparisons\n"},
+      {"Data", "300 &Data Comparisons\n-310 Compare &Data in Single Pair of Tables\n500 &Tools\n"},
       {"Tools",
        "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-510 List All Ignored Columns - &Data Comparisons\n"
        "-511 List All Ignored Columns - &Structure Comparisons\n"}};

@@ -144,11 +144,9 @@ void frmCompareData::showIgnored() {
 void frmCompareData::activate() {
   if (activated_) return;
   if (cmdExit.enabled()) cmdExit.setFocus();
-  const auto& steps = program_.state<DataDifferencesSteps>();
   if (request_.lngExportFormat != 0 && !request_.strExportFile.empty())
     exportTable({request_.strExportFile, request_.lngExportFormat, request_.blnWrap, request_.blnAuto});
   activated_ = true;
-  if (steps.Shown) steps.Shown(*this);
   if (program_.main.gblnCloseAfterRun) close();
 }
 

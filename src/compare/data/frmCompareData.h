@@ -34,8 +34,6 @@ struct DataDifferencesSteps {
   std::function<void(const std::string& strSavedName, const tDataExport& file)> RecordExport;
   // Saves the comparison as a process; strSavedName is its name. False: not saved.
   std::function<bool(const frmCompareData& window, std::string& strSavedName)> Save;
-  // The window has come up and has its texts.
-  std::function<void(const frmCompareData& window)> Shown;
 };
 
 class frmCompareData : public Form {

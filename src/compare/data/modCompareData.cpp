@@ -78,12 +78,30 @@ std::array<std::vector<std::string>, 2> IgnoredDataColumns(Program& program, con
   return arrIgnored;
 }
 
+std::string DataCompCountsText(const tDataCompResult& result) {
+  return "Number of records in first table: " + FormatThousands(result.arrRecs[0]) +
+         "\r\nNumber of records in second table: " + FormatThousands(result.arrRecs[1]) +
+         "\r\nNumber of different records: " + FormatThousands(result.lngDiffs);
+}
+
 std::string IgnoredColumns_PutToString(const std::vector<std::string>& astrCols1,
                                        const std::vector<std::string>& astrCols2) {
   std::string text;
   if (!astrCols1.empty()) text = "Source - " + joined(astrCols1);
   if (!astrCols2.empty()) text += (text.empty() ? "Target - " : " Target - ") + joined(astrCols2);
   return text;
+}
+
+tDataCompRequest RequestOfSelection(const Workspace& workspace) {
+  tDataCompRequest request;
+  for (const std::size_t side : {0u, 1u}) {
+    const CheckList& list = workspace.pvlSqlObj[side];
+    request.arrDbs[side] = Workspace::selectedText(workspace.pvlDb[side]);
+    request.arrTables[side] = Workspace::selectedText(list);
+    if (list.firstSelected() >= 0)
+      request.arrObjIds[side] = numericPrefix(list.cell(static_cast<std::size_t>(list.firstSelected()), 2));
+  }
+  return request;
 }
 
 void cmdCompData_Click(Program& program, Workspace& workspace) {
@@ -109,16 +127,8 @@ void cmdCompData_Click(Program& program, Workspace& workspace) {
       return;
     auto& state = program.state<modCompareDataState>();
     state.mainWindow = &workspace;
-    tDataCompRequest request;
-    for (const std::size_t side : {0u, 1u}) {
-      const CheckList& list = workspace.pvlSqlObj[side];
-      request.arrDbs[side] = Workspace::selectedText(workspace.pvlDb[side]);
-      request.arrTables[side] = Workspace::selectedText(list);
-      if (list.firstSelected() >= 0)
-        request.arrObjIds[side] = numericPrefix(list.cell(static_cast<std::size_t>(list.firstSelected()), 2));
-    }
     tDataCompResult result;
-    PerformDataComparison(program, request, state.blnShowOptionsOnce, result);
+    PerformDataComparison(program, RequestOfSelection(workspace), state.blnShowOptionsOnce, result);
   });
 }
 
@@ -204,12 +214,6 @@ void noteRowsNotShown(Program& program, frmCompareData& window, std::int32_t lng
   window.lblMaxRows.setVisible(true);
 }
 
-std::string countsText(const tDataCompResult& result) {
-  return "Number of records in first table: " + FormatThousands(result.arrRecs[0]) +
-         "\r\nNumber of records in second table: " + FormatThousands(result.arrRecs[1]) +
-         "\r\nNumber of different records: " + FormatThousands(result.lngDiffs);
-}
-
 struct IgnoredNote {
   std::int32_t lngIgnored = 0;
   std::string strIgnored;
@@ -255,7 +259,7 @@ void RunDataComparison(Program& program, const tDataCompRequest& request, tDataC
     } else if (state.gblnFillDiffTable) {
       showDifferences(program, request, result, note);
     } else {
-      tellEnd(program, request, result, note.below(countsText(result)));
+      tellEnd(program, request, result, note.below(DataCompCountsText(result)));
     }
   });
   if (!request.blnSilent) state.differences.reset();

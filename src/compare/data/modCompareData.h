@@ -19,9 +19,9 @@ class frmCompareData;
 // What is compared and how. Pairs are 0 Source, 1 Target, of the selected servers.
 struct tDataCompRequest {
   std::array<std::string, 2> arrDbs;
-  std::array<std::string, 2> arrTables;    // as the object lists show them, with a schema where they show one
-  std::array<std::string, 2> arrOrderBy;   // of BuildOrderByClause
-  std::array<std::int32_t, 2> arrOffsets;  // 1-based first record; 0 and 1 both mean the first
+  std::array<std::string, 2> arrTables;      // as the object lists show them, with a schema where they show one
+  std::array<std::string, 2> arrOrderBy;     // of BuildOrderByClause
+  std::array<std::int32_t, 2> arrOffsets{};  // 1-based first record; 0 and 1 both mean the first
   std::int32_t lngCompMethod = compRecordByRecord;
   std::array<std::array<std::string, 3>, 2> arrCompKeys;  // columns; noField or empty where there is no key
   bool blnDisplayDiffs = true;                            // fill and show the differences window
@@ -64,6 +64,9 @@ struct modCompareDataState {
 // F9: compares the data of the two selected tables, after boxes for what stands against it.
 void cmdCompData_Click(Program& program, Workspace& workspace);
 
+// The databases and tables that are selected in the two panels; nothing else is filled in.
+tDataCompRequest RequestOfSelection(const Workspace& workspace);
+
 // Compares under the options that a person chooses or that are stored for the two tables. Of `request`, the order, the
 // offsets, the method and the keys are filled in. blnShowOptionsOnce is cleared. A cancelled choice leaves an empty
 // result.
@@ -73,6 +76,9 @@ void PerformDataComparison(Program& program, tDataCompRequest request, bool& bln
 // Compares with everything settled: progress window, closing message, differences window. The differences window of a
 // silent comparison stays in the state until the caller lets go of it.
 void RunDataComparison(Program& program, const tDataCompRequest& request, tDataCompResult& result);
+
+// The two counts and the number of different records, a line each.
+std::string DataCompCountsText(const tDataCompResult& result);
 
 // "Record by Record", "Primary Key" or "N/A".
 std::string CompMethodToString(std::int32_t lngCompMethod);

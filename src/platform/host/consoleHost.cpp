@@ -56,6 +56,8 @@ void ConsoleHost::tellReadOnlyTexts(Form& form) {
 }
 
 void ConsoleHost::showModal(Form& form) {
+  Form* const before = shown_;
+  shown_ = &form;
   form.load();
   form.activate();
   if (windows.empty()) {
@@ -67,6 +69,7 @@ void ConsoleHost::showModal(Form& form) {
   }
   form.close();
   form.unload();
+  shown_ = before;
 }
 
 void ConsoleHost::show(Form& form) {

@@ -17,6 +17,8 @@ class ConsoleHost : public Host {
 
   // What a command does in the next modal windows, in order.
   std::deque<std::function<void(Form&)>> windows;
+  // The modal window that is open, the innermost one; null without any.
+  Form* shown() const { return shown_; }
   // Error reports shown so far.
   std::size_t errorReports() const { return errorReports_; }
   // Asked at every yield; a command sets it to watch for Ctrl+C.
@@ -44,6 +46,7 @@ class ConsoleHost : public Host {
   void tellReadOnlyTexts(Form& form);
 
   std::ostream& messages_;
+  Form* shown_ = nullptr;
   std::size_t errorReports_ = 0;
 };
 

@@ -1,0 +1,191 @@
+// The comparison of the records of tables.
+#include <algorithm>
+#include <ostream>
+
+#include "compare/data/frmCompareData.h"
+#include "compare/data/frmCompareStatus.h"
+#include "console/commands.h"
+#include "console/differencesTable.h"
+#include "console/panel.h"
+#include "db/mdlObjects.h"
+#include "db/mdlQueryCode.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+namespace {
+
+constexpr std::size_t mostKeys = 3;
+
+// What happens while the run yields: Ctrl+C stops it, a terminal shows where it is.
+class Watch {
+ public:
+  explicit Watch(Console& console) : console_(console) {
+    console_.host.onDoEvents = [this] { look(); };
+  }
+  ~Watch() {
+    console_.host.onDoEvents = nullptr;
+    if (console_.progress) console_.err << "\r\033[K" << std::flush;
+  }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+ private:
+  void look() {
+    if (stopRequested()) console_.program.state<modCompareDataState>().gblnStopComparison = true;
+    constexpr std::int64_t millisecondsBetween = 100;
+    const std::int64_t now = console_.host.ticks();
+    if (!console_.progress || now - told_ < millisecondsBetween) return;
+    const auto* status = dynamic_cast<const frmCompareStatus*>(console_.host.shown());
+    if (!status) return;
+    told_ = now;
+    console_.err << '\r'
+                 << (status->lblStatus.visible() ? status->lblStatus.text()
+                                                 : status->lblTime.text() + " record " + status->lblCurRec.text())
+                 << "\033[K" << std::flush;
+  }
+
+  Console& console_;
+  std::int64_t told_ = 0;
+};
+
+// The names of the columns that take part.
+std::vector<std::string> columnsOf(Console& console, const tDataCompRequest& request, std::size_t side) {
+  Program& program = console.program;
+  std::string strText;
+  std::vector<tTableColumn> arrColumns;
+  std::vector<std::string> arrIgnored, names;
+  long lngUpper = -1;
+  long lngIgnored = 0;
+  GetTableStructure(program, program.main.gtypSelServ[side], request.arrDbs[side], request.arrTables[side], strText,
+                    arrColumns, lngUpper, true, lngIgnored, arrIgnored, request.arrObjIds[side], "", ignoredColsData);
+  for (const tTableColumn& column : arrColumns) names.push_back(column.strName);
+  return names;
+}
+
+// "a,b" as the table's own names, the places behind them empty. Throws CommandFailure for a name that it doesn't have.
+std::array<std::string, 3> columnNames(Console& console, const tDataCompRequest& request, std::size_t side,
+                                       const std::string& list) {
+  std::array<std::string, 3> names;
+  if (list.empty()) return names;
+  const std::vector<std::string> columns = columnsOf(console, request, side);
+  const std::vector<std::string> words = splitAt(list, ',');
+  if (words.size() > mostKeys) throw CommandFailure{ExitCode::Usage, "\"" + list + "\" names more than three columns."};
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const std::string word(trimBlanks(words[i]));
+    auto found = std::find(columns.begin(), columns.end(), word);
+    if (found == columns.end())
+      found = std::find_if(columns.begin(), columns.end(), [&](const auto& each) { return equalNoCase(each, word); });
+    if (found == columns.end())
+      throw CommandFailure{ExitCode::Usage,
+                           "There is no column \"" + word + "\" to compare by in table " + request.arrTables[side] +
+                               " of " + console.program.main.gtypSelServ[side].Name + "/" + request.arrDbs[side] + "."};
+    names[i] = *found;
+  }
+  return names;
+}
+
+// Keys, order and offsets from the command line instead of the stored ones.
+void applyGiven(Console& console, const DataArguments& arguments, tDataCompRequest& request) {
+  const bool byKey = !arguments.keys[0].empty() || !arguments.keys[1].empty();
+  request.lngCompMethod = byKey ? compPrimaryKey : compRecordByRecord;
+  for (const std::size_t side : {0u, 1u}) {
+    const auto ofSide = [side](const std::string(&both)[2]) {
+      return both[side].empty() ? both[1 - side] : both[side];
+    };
+    request.arrCompKeys[side] = columnNames(console, request, side, ofSide(arguments.keys));
+    const auto sorts = columnNames(console, request, side, ofSide(arguments.sorts));
+    request.arrOrderBy[side] = BuildOrderByClause(sorts[0], sorts[1], sorts[2]);
+    request.arrOffsets[side] = arguments.offsets[side].value_or(0);
+  }
+}
+
+void printResult(Console& console, const tDataCompRequest& request, const tDataCompResult& result) {
+  std::ostream& out = console.out;
+  for (const std::size_t side : {0u, 1u})
+    out << (side == 0 ? "Source Table: " : "Target Table: ") << request.arrTables[side]
+        << " (Database: " << request.arrDbs[side] << ", Server: " << console.program.main.gtypSelServ[side].Name
+        << ")\n";
+  const auto line = [&](const std::string& text) { out << replaceAll(text, "\r\n", "\n") << '\n'; };
+  const frmCompareData* window = console.program.state<modCompareDataState>().differences.get();
+  if (!result.strResult.empty() || !window) {
+    line(result.strResult);
+    return;
+  }
+  line(window->lblGen11.text());
+  line(DataCompCountsText(result));
+  for (const Label* label : {&window->lblGen0, &window->lblMaxRows})
+    if (label->visible()) line(label->text());
+  if (window->VSFlexGrid1.rowCount() < 2) return;
+  out << '\n';
+  printDifferences(out, window->VSFlexGrid1, console.colours);
+}
+
+// Compares one pair and prints what came out.
+ExitCode compareTables(Console& console, const DataArguments& arguments, const Workspace& workspace) {
+  Program& program = console.program;
+  auto& state = program.state<modCompareDataState>();
+  state.mainWindow = &workspace;
+  tDataCompRequest request = RequestOfSelection(workspace);
+  request.blnSilent = true;
+  tDataCompResult result;
+  {
+    const Watch watch(console);
+    if (arguments.given()) {
+      applyGiven(console, arguments, request);
+      RunDataComparison(program, request, result);
+    } else {
+      bool blnShowOptionsOnce = false;
+      PerformDataComparison(program, request, blnShowOptionsOnce, result);
+    }
+  }
+  if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
+  const bool complete = state.lngEnd == DataCompEnd::Done;
+  if (complete || result.lngDiffs > 0)
+    printResult(console, request, result);
+  else
+    console.err << "qrel: the data of " << request.arrTables[0] << " and " << request.arrTables[1]
+                << " couldn't be compared.\n";
+  state.differences.reset();
+  state.mainWindow = nullptr;
+  if (!complete) return result.lngDiffs > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
+  return result.blnIdentical ? ExitCode::Identical : ExitCode::Different;
+}
+
+// The code of a run over several tables: what went wrong outranks what differs.
+ExitCode together(const std::vector<ExitCode>& codes) {
+  const auto count = [&](ExitCode code) { return std::count(codes.begin(), codes.end(), code); };
+  if (count(ExitCode::CannotRead) == static_cast<std::ptrdiff_t>(codes.size())) return ExitCode::CannotRead;
+  if (count(ExitCode::CannotRead) + count(ExitCode::Incomplete) > 0) return ExitCode::Incomplete;
+  return count(ExitCode::Different) > 0 ? ExitCode::Different : ExitCode::Identical;
+}
+
+}  // namespace
+
+ExitCode runData(Console& console, const DataArguments& arguments) {
+  if (!arguments.targetTable.empty() && arguments.tables.size() > 1)
+    throw CommandFailure{ExitCode::Usage, "--target-table goes with one --table only."};
+  const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
+  Workspace workspace;
+  for (const int side : {0, 1}) {
+    openPanel(console, workspace, sides[side], side);
+    listObjects(console, workspace, sides[side], side, objTables);
+  }
+  const auto select = [&](const std::string& table) {
+    selectObject(console, workspace, sides[0], 0, table);
+    selectObject(console, workspace, sides[1], 1, arguments.targetTable.empty() ? table : arguments.targetTable);
+  };
+  // A name that isn't there is told before hours of comparing, not after them.
+  for (const std::string& table : arguments.tables) select(table);
+
+  std::vector<ExitCode> codes;
+  for (const std::string& table : arguments.tables) {
+    if (!codes.empty()) console.out << '\n';
+    select(table);
+    codes.push_back(compareTables(console, arguments, workspace));
+  }
+  const ExitCode code = together(codes);
+  return sides[0].incomplete || sides[1].incomplete ? ExitCode::Incomplete : code;
+}
+
+}  // namespace qrel
