@@ -50,13 +50,17 @@ const char* whose(std::uint32_t backColour) {
   }
 }
 
+// Red, in a row that has a partner: a lone record may have come to stand where a pair was.
+bool differs(const Grid& grid, std::size_t row, std::size_t column) {
+  const std::uint32_t back = grid.backColour(row, column);
+  return (back == COLOR_DIFF_SOURCE || back == COLOR_DIFF_TARGET) && grid.textColour(row, column) == red;
+}
+
 // The cells of a row as shown: the first column, whose row it is, the values.
 std::vector<std::string> cellsOf(const Grid& grid, std::size_t row) {
   std::vector<std::string> cells;
-  for (std::size_t column = 0; column < grid.columnCount(); ++column) {
-    const bool differs = grid.textColour(row, column) == red;
-    cells.push_back((differs ? "*" : "") + onOneLine(grid.text(row, column)));
-  }
+  for (std::size_t column = 0; column < grid.columnCount(); ++column)
+    cells.push_back((differs(grid, row, column) ? "*" : "") + onOneLine(grid.text(row, column)));
   cells.insert(cells.begin() + 1, row == 0 ? "" : whose(grid.backColour(row, 0)));
   return cells;
 }
@@ -76,7 +80,7 @@ void printDifferences(std::ostream& out, const Grid& grid, bool colours) {
     std::size_t missing = 0;  // blanks up to the next column
     for (std::size_t i = 0; i < cells.size(); ++i) {
       line.append(missing, ' ');
-      const bool inRed = colours && cells[i].starts_with('*') && i > 1 && grid.textColour(row, i - 1) == red;
+      const bool inRed = colours && i > 1 && differs(grid, row, i - 1);
       line += inRed ? "\033[31m" + cells[i] + "\033[0m" : cells[i];
       missing = widths[i] - width(cells[i]) + 2;
     }

@@ -86,6 +86,19 @@ void appendMatchKey(std::string& out, const Cell& cell) {
   }
 }
 
+bool sameMatchKey(const Cell& a, const Cell& b) {
+  if (a.null || b.null) return a.null && b.null;
+  const auto isWhole = [](const Cell& cell) {
+    return cell.type == DataType::Integer || cell.type == DataType::Boolean;
+  };
+  if (isWhole(a) && isWhole(b)) return a.integer == b.integer;
+  if (a.type == b.type && a.type != DataType::Double && a.text == b.text) return true;
+  std::string left, right;
+  appendMatchKey(left, a);
+  appendMatchKey(right, b);
+  return left == right;
+}
+
 int compareCells(const Cell& a, const Cell& b) {
   if (a.null || b.null) return order(!a.null, !b.null);
   if (a.type != b.type && (a.type == DataType::Decimal || b.type == DataType::Decimal)) {

@@ -11,6 +11,9 @@ namespace qrel {
 // Appends bytes that are the same for cells that compareCells calls equal, and for no others of the same type.
 void appendMatchKey(std::string& out, const Cell& cell);
 
+// Whether two cells would append the same bytes.
+bool sameMatchKey(const Cell& a, const Cell& b);
+
 // Orders two cells of the same type: negative, 0 or positive. Integers and decimals also compare with each other.
 int compareCells(const Cell& a, const Cell& b);
 

@@ -27,6 +27,8 @@ class RowIndex {
   };
   // `key` is made of appendMatchKey for each column in order.
   Range find(std::string_view key) const;
+  // No two rows have the same key.
+  bool isDistinct() const { return offsets_.empty(); }
   // The position in the sequence that an entry means; positions rise with entries within a range.
   std::size_t position(std::size_t entry) const { return positions_.empty() ? entry : positions_[entry]; }
   // The first entry of the range whose position is at least `from`.

@@ -153,13 +153,27 @@ std::size_t RowView::findFirst(const std::vector<std::size_t>& columns, const st
     throw RuntimeError(errorNumber::operationNotAllowed,
                        "Operation is not allowed in this context: the rows are filtered or sorted.");
   }
+  // Two tables that are searched for each other's rows mostly come in one order, so what is asked for is often the
+  // first row that is left or, with distinct keys, the one behind the last found: neither needs a look into the hash
+  // table.
+  const std::size_t first = store_->nextPresent(0);
+  if (first < store_->rowCount() && hasValues(first, columns, values)) return lastFound_ = first;
   RowIndex& index = store_->index(columns);
+  const std::size_t next = lastFound_ == none ? 0 : lastFound_ + 1;
+  if (index.isDistinct() && next < store_->rowCount() && !store_->isRemoved(next) && hasValues(next, columns, values))
+    return lastFound_ = next;
   key_.clear();
   for (const Cell& value : values) appendMatchKey(key_, value);
   const RowIndex::Range range = index.find(key_);
   const std::size_t entry =
       index.nextPresent(range.begin, range.end, [this](std::size_t row) { return store_->isRemoved(row); });
-  return entry < range.end ? index.position(entry) : none;
+  return entry < range.end ? lastFound_ = index.position(entry) : none;
+}
+
+bool RowView::hasValues(std::size_t row, const std::vector<std::size_t>& columns, const std::vector<Cell>& values) {
+  for (std::size_t i = 0; i < columns.size(); ++i)
+    if (!sameMatchKey(store_->cell(columns[i], row), values[i])) return false;
+  return true;
 }
 
 RowIndex& RowView::indexOver(std::size_t column) {

@@ -58,6 +58,7 @@ class RowView {
   bool isRemovedAt(std::size_t position) const { return store_->isRemoved(rows_[position]); }
   bool comesBefore(std::size_t a, std::size_t b) const;
   RowIndex& indexOver(std::size_t column);
+  bool hasValues(std::size_t row, const std::vector<std::size_t>& columns, const std::vector<Cell>& values);
 
   std::shared_ptr<RowStore> store_;
   std::vector<Condition> conditions_;
@@ -71,7 +72,8 @@ class RowView {
   std::size_t presentCount_ = 0;
   std::size_t removedAtCount_ = none;  // how many were removed when presentCount_ was counted
   std::map<std::size_t, std::unique_ptr<RowIndex>> indexes_;
-  std::string key_;  // of the last findFirst: its memory is used again
+  std::string key_;               // of the last findFirst: its memory is used again
+  std::size_t lastFound_ = none;  // by findFirst
 };
 
 }  // namespace qrel

@@ -13,6 +13,13 @@ namespace qrel::tsql {
 
 namespace {
 
+// Of a text or a blob; valid until the next row.
+std::string_view bytesOf(sqlite3_value* value) {
+  const auto* data = static_cast<const char*>(sqlite3_value_blob(value));
+  const int size = sqlite3_value_bytes(value);
+  return data ? std::string_view(data, static_cast<std::size_t>(size)) : std::string_view();
+}
+
 class StatementRows : public RowSource {
  public:
   StatementRows(std::shared_ptr<OpenDatabase> open, LiftedQuery query, std::map<std::string, Value> variables,
@@ -129,23 +136,23 @@ class StatementRows : public RowSource {
   }
 
   void append(ColumnStore& store, std::size_t column) {
-    sqlite3_stmt* row = statement_.get();
-    const int i = static_cast<int>(column);
+    // The value itself, once: each sqlite3_column_ call would look it up again. The handle is of one thread only.
+    sqlite3_value* value = sqlite3_column_value(statement_.get(), static_cast<int>(column));
     const DataType declared = columns_[column].type;
-    switch (sqlite3_column_type(row, i)) {
+    switch (sqlite3_value_type(value)) {
       case SQLITE_NULL:
         return store.appendNull(column);
       case SQLITE_INTEGER:
-        if (declared == DataType::Double) return store.appendDouble(column, sqlite3_column_double(row, i));
-        return store.appendInteger(column, sqlite3_column_int64(row, i),
+        if (declared == DataType::Double) return store.appendDouble(column, sqlite3_value_double(value));
+        return store.appendInteger(column, sqlite3_value_int64(value),
                                    declared == DataType::Boolean ? DataType::Boolean : DataType::Integer);
       case SQLITE_FLOAT:
-        return store.appendDouble(column, sqlite3_column_double(row, i));
+        return store.appendDouble(column, sqlite3_value_double(value));
       case SQLITE_BLOB:
-        return store.appendText(column, DataType::Binary, statement_.text(i));
+        return store.appendText(column, DataType::Binary, bytesOf(value));
       default: {
         const bool kept = declared == DataType::Decimal || declared == DataType::Date || declared == DataType::Guid;
-        return store.appendText(column, kept ? declared : DataType::Text, statement_.text(i));
+        return store.appendText(column, kept ? declared : DataType::Text, bytesOf(value));
       }
     }
   }
