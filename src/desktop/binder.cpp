@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QRegularExpression>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QUiLoader>
 
 #include "desktop/paneEdit.h"
@@ -103,7 +104,10 @@ class Binder::Watcher : public QObject {
 
 Binder::Binder(Form& form, const QByteArray& ui, const std::function<QWidget*(const QString&)>& makeWindow,
                InHandler inHandler)
-    : form_(form), inHandler_(std::move(inHandler)), watcher_(std::make_unique<Watcher>(*this)), context_(watcher_.get()) {
+    : form_(form),
+      inHandler_(std::move(inHandler)),
+      watcher_(std::make_unique<Watcher>(*this)),
+      context_(watcher_.get()) {
   Loader loader(*this, makeWindow);
   QByteArray text = ui;
   QBuffer buffer(&text);
@@ -182,7 +186,9 @@ void Binder::checkNames() {
     if (control->shown) known.insert(toQt(widgetName(control->name)));
   for (const QWidget* each : window_->findChildren<QWidget*>()) {
     const QString name = each->objectName();
-    if (isFree(name) || qobject_cast<const QMenuBar*>(each)) continue;
+    // A tab bar has buttons of its own.
+    if (isFree(name) || qobject_cast<const QMenuBar*>(each) || qobject_cast<QTabBar*>(each->parentWidget())) continue;
+    if (qobject_cast<const QTabBar*>(each->parentWidget())) continue;  // its own buttons to scroll
     if (!known.count(name)) mismatches_.push_back(form_.name + ": no control for the widget " + fromQt(name));
     if (!seen.insert(name).second) mismatches_.push_back(form_.name + ": two widgets are called " + fromQt(name));
   }

@@ -122,6 +122,9 @@ void frmCompareData::ShowUp(const tDataCompRequest& request, std::int32_t lngIgn
   ignoredText_ = strIgnored;
   showMethod();
   showIgnored();
+  const auto& steps = program_.state<DataDifferencesSteps>();
+  cmdExport.setVisible(static_cast<bool>(steps.Export));
+  cmdSave.setVisible(static_cast<bool>(steps.Save));
   program_.host.showModal(*this);
 }
 

@@ -1,0 +1,160 @@
+// Goes through the desktop program as a person does and saves a picture of each window that comes up.
+// Usage: pictures FOLDER light|dark WIDTH HEIGHT, with two versions of the sample shop as demo/ShopV1 and demo/ShopV2.
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <QTimer>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <set>
+
+#include "app/settings.h"
+#include "app/trap.h"
+#include "compare/data/frmCompareStatus.h"
+#include "db/mdlObjects.h"
+#include "desktop/qtHost.h"
+#include "desktop/text.h"
+#include "desktop/theme.h"
+#include "platform/data/embedded/instances.h"
+#include "platform/store/folders.h"
+#include "ui/startUp.h"
+
+namespace {
+
+// Saves what comes up and answers it.
+class Album : public QObject {
+ public:
+  Album(QString folder, QSize size) : folder_(std::move(folder)), size_(size) {
+    QDir().mkpath(folder_);
+    timer_.callOnTimeout(this, [this] { look(); });
+    timer_.start(150);
+  }
+
+  // The button that is pressed in a window; the others are closed. Windows of one step are called "step-window".
+  void begin(const QString& step, std::map<QString, QString> answers) {
+    step_ = step;
+    answers_ = std::move(answers);
+    seen_.clear();
+  }
+  void saveMain(QWidget& window, const QString& name) {
+    window.resize(size_);
+    save(window, name);
+  }
+  void save(QWidget& window, const QString& name) {
+    QApplication::processEvents();
+    window.grab().save(folder_ + '/' + name + QStringLiteral(".png"));
+  }
+
+ private:
+  void look() {
+    QWidget* window = QApplication::activeModalWidget();
+    if (!window || busy_) return;
+    busy_ = true;
+    const QString name = qobject_cast<QMessageBox*>(window) ? QStringLiteral("box") : window->objectName();
+    if (seen_.insert(name).second) {
+      save(*window, step_ + '-' + name);
+      answer(*window, name);
+      looks_ = 0;
+    } else if (name == QStringLiteral("box") || answers_.count(name) == 0 || ++looks_ > mostLooks) {
+      window->close();
+    }
+    busy_ = false;
+  }
+  void answer(QWidget& window, const QString& name) {
+    const auto found = answers_.find(name);
+    auto* button = found == answers_.end() ? nullptr : window.findChild<QAbstractButton*>(found->second);
+    for (auto* type : window.findChildren<QCheckBox*>(QRegularExpression(QStringLiteral("chkObjType_[0-6]"))))
+      if (button && !type->isChecked()) type->click();
+    // Not from here: the handler may open the next window.
+    if (button) QTimer::singleShot(0, button, [button] { button->click(); });
+    if (found == answers_.end()) QTimer::singleShot(0, &window, [&window] { window.close(); });
+  }
+
+  QString folder_;
+  QSize size_;
+  QTimer timer_;
+  QString step_;
+  std::map<QString, QString> answers_;
+  std::set<QString> seen_;
+  static constexpr int mostLooks = 20;  // at a window that was answered and stays
+  int looks_ = 0;
+  bool busy_ = false;
+};
+
+void select(qrel::CheckList& list, const std::string& text) { qrel::SelectRowByText(list, text); }
+
+void selectBoth(qrel::frmMain& window, const std::string& object) {
+  select(window.workspace.pvlSqlObj[0], object);
+  select(window.workspace.pvlSqlObj[1], object);
+}
+
+void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window, Album& album) {
+  QWidget& face = host.windowOf(window)->widget();
+  const auto menu = [&](const char* step, long id, std::map<QString, QString> answers = {}) {
+    album.begin(QString::fromLatin1(step), std::move(answers));
+    window.barCommands.personChooses(id);
+  };
+  album.saveMain(face, QStringLiteral("main-empty"));
+  window.cmdConnect.personClicks();
+  select(window.workspace.pvlDb[0], "ShopV1");
+  select(window.workspace.pvlDb[1], "ShopV2");
+  selectBoth(window, "Customers");
+  menu("pair", 201);
+  album.saveMain(face, QStringLiteral("main-marked"));
+  menu("all", 202, {{"frmCompareAll", "cmdCompare"}});
+  menu("type", 221, {{"frmCompareAllTables", "cmdCompare"}});
+  menu("selective", 231);
+  menu("print", 250, {{"frmCompareAndPrint", "cmdCancel"}});
+  program.settings.glngMaxRowsInDiffTable = 100;
+  menu("data", 310, {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}});
+  menu("add", 501);
+  menu("remove", 502);
+  menu("ignored", 511);
+  album.begin(QStringLiteral("schema"), {});
+  window.cmdFilterBySchema[0].personClicks();
+  album.begin(QStringLiteral("colours"), {});
+  window.ShowColorSchema();
+  album.begin(QStringLiteral("ignore"), {});
+  window.mlngPopupPanel = 0;
+  window.MenuPopUpIgnoreColumns();
+  album.begin(QStringLiteral("error"), {});
+  qrel::ShowErrorReport(program, -2147217900, "Incorrect syntax near 'FORM'.", "mdlData", "GetAdoRS",
+                        "SELECT * FORM Orders");
+  album.begin(QStringLiteral("status"), {});
+  qrel::frmCompareStatus status(program);
+  status.ShowHideControls(1);
+  qrel::FormWindow shown(status, &face, program.store);
+  album.save(shown.widget(), QStringLiteral("status-frmCompareStatus"));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 5) return 2;
+  setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  QApplication application(argc, argv);
+  qrel::applyTheme(argv[2]);
+  const qrel::Folders folders = qrel::findFolders(argv[0]);
+  qrel::EmbeddedServers servers(folders.servers);
+  qrel::DataAccess data(servers);
+  qrel::KeyStore store(folders.settings);
+  qrel::QtHost host(store);
+  qrel::Program program(host, data, store);
+  program.programFolder = folders.program.string();
+  program.documentsFolder = folders.documents.string();
+  qrel::StartUp startUp(program);
+  qrel::Main(program, startUp);
+  if (!startUp.mainWindow()) return 3;
+  Album album(QString::fromLocal8Bit(argv[1]), QSize(std::atoi(argv[3]), std::atoi(argv[4])));
+  QTimer::singleShot(300, &album, [&] {
+    goThrough(program, host, *startUp.mainWindow(), album);
+    startUp.mainWindow()->close();
+    QApplication::quit();
+  });
+  host.run();
+  return 0;
+}
