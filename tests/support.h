@@ -14,16 +14,10 @@
 
 namespace qrel {
 
-class TestProgram {
+// Embedded servers in a temporary folder and an empty store.
+class TestServers {
  public:
-  TestProgram() : servers(folder.path() / "servers"), data(servers), program(host, data, store) {
-    program.programFolder = folder.path().string();
-  }
-  ~TestProgram() {
-    EXPECT_TRUE(host.unexpected.empty()) << host.unexpected.front();
-    EXPECT_TRUE(host.answers.empty()) << "a queued answer was never asked for";
-    EXPECT_TRUE(host.windows.empty()) << "a window that was scripted never opened";
-  }
+  TestServers() : servers(folder.path() / "servers"), data(servers) {}
 
   // Loads a script into SERVER.database; every statement of it must be understood.
   void load(const std::string& server, const std::string& database, const std::string& script,
@@ -44,10 +38,21 @@ class TestProgram {
   }
 
   TemporaryFolder folder;
-  ScriptedHost host;
   EmbeddedServers servers;
   DataAccess data;
   KeyStore store;
+};
+
+class TestProgram : public TestServers {
+ public:
+  TestProgram() : program(host, data, store) { program.programFolder = folder.path().string(); }
+  ~TestProgram() {
+    EXPECT_TRUE(host.unexpected.empty()) << host.unexpected.front();
+    EXPECT_TRUE(host.answers.empty()) << "a queued answer was never asked for";
+    EXPECT_TRUE(host.windows.empty()) << "a window that was scripted never opened";
+  }
+
+  ScriptedHost host;
   Program program;
 };
 
