@@ -1,0 +1,244 @@
+// The main window by its keys and buttons, as a person works with it.
+#include <QCheckBox>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QToolButton>
+
+#include "compare/structure/modMarkDifferences.h"
+#include "tests/desktop/desktopFixture.h"
+
+namespace qrel {
+namespace {
+
+// Two servers, each with a database Shop: the tables Orders differ in a column, the tables Lines in records.
+class MainWindowKeysTest : public DesktopTest {
+ protected:
+  MainWindowKeysTest() {
+    load("One", "Archive", "CREATE TABLE Old (a int)");
+    load("One", "Shop", R"(
+CREATE TABLE Lines (id int NOT NULL PRIMARY KEY, text varchar(20))
+CREATE TABLE Orders (id int NOT NULL, placed date)
+GO
+INSERT INTO Lines VALUES (1, 'one')
+INSERT INTO Lines VALUES (2, 'two')
+INSERT INTO Lines VALUES (3, 'three')
+GO
+CREATE SCHEMA sales
+GO
+CREATE TABLE sales.Rates (r int)
+GO
+CREATE PROCEDURE GetA AS SELECT 1
+)");
+    load("Two", "Shop", R"(
+CREATE TABLE Lines (id int NOT NULL PRIMARY KEY, text varchar(20))
+CREATE TABLE Orders (id int NOT NULL, placed datetime)
+GO
+INSERT INTO Lines VALUES (1, 'one')
+INSERT INTO Lines VALUES (2, 'zwei')
+)");
+  }
+  // Connects and shows Shop of One beside Shop of Two.
+  void showShops() {
+    start({"One", "Two"});
+    press(main(), Qt::Key_F5);
+    choose(main(), "pvlDb_0", "Shop");
+    chooseInCombo(main(), "cmbServer_1", "Two");
+    choose(main(), "pvlDb_1", "Shop");
+  }
+  void showTable(const char* name) {
+    choose(main(), "pvlSqlObj_0", name);
+    choose(main(), "pvlSqlObj_1", name);
+  }
+  std::string paneText(int side) {
+    return fromQt(find<QPlainTextEdit>(main(), side == 0 ? "txtTXProc_0" : "txtTXProc_1").toPlainText());
+  }
+  std::string objects(int side) {
+    return rows(find<QAbstractItemView>(main(), side == 0 ? "pvlSqlObj_0" : "pvlSqlObj_1"));
+  }
+  // Whether a line of the pane is filled with the colour up to the right edge.
+  static bool hasColour(QPlainTextEdit& pane, QRgb colour) {
+    const QImage image = pane.viewport()->grab().toImage();
+    for (int y = 0; y < image.height(); ++y)
+      if (image.pixel(image.width() - 2, y) == colour) return true;
+    return false;
+  }
+};
+
+TEST_F(MainWindowKeysTest, ConnectingAndChoosing) {
+  start({"One", "Two"});
+  EXPECT_EQ(rows(find<QAbstractItemView>(main(), "pvlDb_0")), "");
+  press(main(), Qt::Key_F5);
+  EXPECT_EQ(rows(find<QAbstractItemView>(main(), "pvlDb_0")), "Archive master Shop ");
+  EXPECT_EQ(objects(0), "Old ");
+
+  chooseInCombo(main(), "cmbServer_1", "Two");
+  EXPECT_EQ(rows(find<QAbstractItemView>(main(), "pvlDb_1")), "master Shop ");
+  choose(main(), "pvlDb_0", "Shop");
+  EXPECT_EQ(objects(0), "Lines Orders Rates ");
+  choose(main(), "pvlSqlObj_0", "Rates");
+  EXPECT_EQ(paneText(0), "[r] [int] NULL");
+
+  press(main(), Qt::Key_F6);
+  auto& types = find<QComboBox>(main(), "cmbType");
+  EXPECT_TRUE(types.hasFocus());
+  chooseInCombo(main(), "cmbType", "Procedures");
+  EXPECT_EQ(objects(0), "GetA ");
+  EXPECT_EQ(objects(1), "");
+  EXPECT_NE(paneText(0).find("SELECT 1"), std::string::npos);
+  EXPECT_EQ(paneText(1), "<<Nothing to show>>");
+}
+
+TEST_F(MainWindowKeysTest, ComparingAPairShowsReportAndColours) {
+  showShops();
+  showTable("Lines");
+  std::string report;
+  const auto readReport = [&](QWidget& window) {
+    report = fromQt(find<QPlainTextEdit>(window, "txtReport").toPlainText());
+    click(window, "cmdCopyClip");
+    press(window, Qt::Key_Escape);
+  };
+  when("frmReport", readReport);
+  press(main(), Qt::Key_F7);
+  EXPECT_NE(report.find("The selected tables are identical."), std::string::npos) << report;
+  auto& source = find<QPlainTextEdit>(main(), "txtTXProc_0");
+  auto& target = find<QPlainTextEdit>(main(), "txtTXProc_1");
+  const QRgb changed = toQt(GetMarkColor(markChanged)).rgb();
+  EXPECT_FALSE(hasColour(source, changed));
+
+  showTable("Orders");
+  when("frmReport", readReport);
+  click(main(), "cmdCompare");
+  EXPECT_NE(report.find("The selected tables are different."), std::string::npos) << report;
+  EXPECT_TRUE(QApplication::clipboard()->text().contains("One.Shop.Orders"));
+  EXPECT_TRUE(hasColour(source, changed));
+  EXPECT_TRUE(hasColour(target, changed));
+  showTable("Lines");
+  EXPECT_FALSE(hasColour(source, changed));
+}
+
+TEST_F(MainWindowKeysTest, ComparingWholeDatabases) {
+  showShops();
+  std::string report;
+  when("frmCompareAll", [&](QWidget& window) {
+    whenBox(QMessageBox::Ok);
+    press(window, Qt::Key_Return);
+    EXPECT_EQ(boxText, "Please select at least one object type to be compared.");
+    when("frmReport", [&](QWidget& shown) {
+      report = fromQt(find<QPlainTextEdit>(shown, "txtReport").toPlainText());
+      click(shown, "cmdExit");
+    });
+    click(window, "chkObjType_0");
+    click(window, "cmdCompare");
+  });
+  press(main(), Qt::Key_F8);
+  EXPECT_NE(report.find("Orders"), std::string::npos) << report;
+  EXPECT_TRUE(allDone());
+
+  // The form keeps nothing of the run before, and its Cancel button closes it.
+  when("frmCompareAll", [&](QWidget& window) {
+    EXPECT_FALSE(find<QCheckBox>(window, "chkObjType_0").isChecked());
+    click(window, "cmdCancel");
+  });
+  click(main(), "cmdCompareAll");
+  EXPECT_TRUE(allDone());
+}
+
+TEST_F(MainWindowKeysTest, ComparingRecords) {
+  showShops();
+  showTable("Lines");
+  std::vector<std::string> cells;
+  when("frmCompareDataOptions", [](QWidget& window) { press(window, Qt::Key_Return); });
+  when("frmCompareData", [&](QWidget& window) {
+    const QAbstractItemModel& model = *find<QTableView>(window, "VSFlexGrid1").model();
+    for (int row = 0; row < model.rowCount(); ++row)
+      for (int column = 1; column < model.columnCount(); ++column)
+        cells.push_back(fromQt(model.index(row, column).data().toString()));
+    press(window, Qt::Key_Escape);
+  });
+  press(main(), Qt::Key_F9);
+  // The second records as they are in Source and in Target, and the third that Source alone has.
+  EXPECT_EQ(cells, (std::vector<std::string>{"2", "two", "2", "zwei", "3", "three"}));
+
+  showTable("Orders");
+  whenBox(QMessageBox::No);
+  click(main(), "cmdCompData");
+  EXPECT_NE(boxText.find("Compared tables have different structures."), std::string::npos);
+}
+
+TEST_F(MainWindowKeysTest, FilteringBySchema) {
+  showShops();
+  auto& off = find<QWidget>(main(), "srtFiltering_0");
+  EXPECT_FALSE(off.isVisible());
+  when("frmFilterBySchema", [&](QWidget& window) {
+    EXPECT_EQ(fromQt(window.windowTitle()), "Filter by Schema");
+    tick(window, "grdNames", "(Select All)");
+    auto& names = find<QAbstractItemView>(window, "grdNames");
+    for (int row = 0; row < names.model()->rowCount(); ++row)
+      EXPECT_EQ(names.model()->index(row, 0).data(Qt::CheckStateRole), Qt::Unchecked) << row;
+    tick(window, "grdNames", "sales");
+    click(window, "cmdOK");
+  });
+  click(main(), "cmdFilterBySchema_0");
+  EXPECT_EQ(objects(0), "Rates ");
+  EXPECT_EQ(objects(1), "Lines Orders ");
+  EXPECT_TRUE(off.isVisible());
+  click(off);
+  EXPECT_EQ(objects(0), "Lines Orders Rates ");
+  EXPECT_FALSE(off.isVisible());
+}
+
+TEST_F(MainWindowKeysTest, AddingAndRemovingServers) {
+  // Without a server the dialog comes up by itself, behind a box that says why.
+  whenBox(QMessageBox::Ok);
+  when("frmAddServer", [&](QWidget& window) {
+    EXPECT_FALSE(find<QLineEdit>(window, "txtLogin").isEnabled());
+    click(window, "optGen_1");
+    EXPECT_TRUE(find<QLineEdit>(window, "txtLogin").isEnabled());
+    click(window, "optGen_0");
+    type(window, "txtServer", "Nowhere");
+    whenBox(QMessageBox::Ok);
+    press(window, Qt::Key_Return);
+    EXPECT_EQ(boxText.find("Cannot connect to the server"), 0U) << boxText;
+    EXPECT_EQ(fromQt(find<QLineEdit>(window, "txtServer").selectedText()), "Nowhere");
+    QTest::keyClicks(&find<QLineEdit>(window, "txtServer"), "One");
+    press(window, Qt::Key_Return);
+  });
+  start({});
+  auto& combo = find<QComboBox>(main(), "cmbServer_0");
+  ASSERT_TRUE(until([&] { return combo.count() == 1; }));
+  EXPECT_EQ(fromQt(combo.currentText()), "One");
+  EXPECT_EQ(rows(find<QAbstractItemView>(main(), "pvlDb_1")), "Archive master Shop ");
+
+  when("frmDeleteServer", [&](QWidget& window) {
+    choose(window, "lstServers", "One");
+    whenBox(QMessageBox::Yes);
+    click(window, "cmdRemove");
+  });
+  whenBox(QMessageBox::Ok);
+  when("frmAddServer", [](QWidget& window) { press(window, Qt::Key_Escape); });
+  chooseInMenu(main(), "&Tools", "&Remove Server");
+  EXPECT_EQ(combo.count(), 0);
+  EXPECT_EQ(rows(find<QAbstractItemView>(main(), "pvlDb_1")), "");
+}
+
+TEST_F(MainWindowKeysTest, SavingAndCopyingAPane) {
+  showShops();
+  choose(main(), "pvlSqlObj_0", "Rates");
+  press(main(), Qt::Key_O, Qt::AltModifier);
+  EXPECT_EQ(fromQt(QApplication::clipboard()->text().trimmed()), "[r] [int] NULL");
+  const std::string file = (folder.path() / "saved.txt").string();
+  when("QFileDialog", [&](QWidget& window) {
+    dynamic_cast<QFileDialog&>(window).selectFile(toQt(file));
+    press(window, Qt::Key_Return);
+  });
+  press(main(), Qt::Key_P, Qt::AltModifier);
+  std::stringstream saved;
+  saved << std::ifstream(file).rdbuf();
+  EXPECT_EQ(saved.str().find("[r] [int] NULL"), 0U) << saved.str();
+}
+
+}  // namespace
+}  // namespace qrel
