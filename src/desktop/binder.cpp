@@ -188,7 +188,6 @@ void Binder::checkNames() {
     const QString name = each->objectName();
     // A tab bar has buttons of its own.
     if (isFree(name) || qobject_cast<const QMenuBar*>(each) || qobject_cast<QTabBar*>(each->parentWidget())) continue;
-    if (qobject_cast<const QTabBar*>(each->parentWidget())) continue;  // its own buttons to scroll
     if (!known.count(name)) mismatches_.push_back(form_.name + ": no control for the widget " + fromQt(name));
     if (!seen.insert(name).second) mismatches_.push_back(form_.name + ": two widgets are called " + fromQt(name));
   }

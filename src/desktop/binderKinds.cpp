@@ -24,6 +24,7 @@
 #include <QToolButton>
 #include <QTreeView>
 #include <cmath>
+#include <utility>
 
 #include "desktop/binder.h"
 #include "desktop/menus.h"
@@ -279,13 +280,14 @@ Binder::Show Binder::bindGrid(Grid& grid, QWidget& widget) {
   view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + 6);
   view->verticalHeader()->hide();
   view->setWordWrap(false);
-  return [&grid, view, model] {
+  return [&grid, view, model, shownTop = std::size_t{0}]() mutable {
     model->refresh();
     for (int column = 0; column < model->columnCount(); ++column)
       if (const int twips = grid.columnWidth(static_cast<std::size_t>(column)); twips > 0)
         view->setColumnWidth(column, twips / twipsPerPixel);
-    if (grid.topRow() > 0)
-      view->scrollTo(model->index(static_cast<int>(grid.topRow()) - 1, 0), QAbstractItemView::PositionAtTop);
+    if (std::exchange(shownTop, grid.topRow()) == grid.topRow() || grid.topRow() == 0) return;
+    view->doItemsLayout();  // new rows can't be scrolled to before
+    view->scrollTo(model->index(static_cast<int>(grid.topRow()) - 1, 0), QAbstractItemView::PositionAtTop);
   };
 }
 
@@ -364,8 +366,7 @@ Binder::Show Binder::bindMenus(CommandBars& bars) {
 
 Binder::Show Binder::bindTimer(Timer& timer) {
   auto* ticking = new QTimer(window_);
-  QObject::connect(ticking, &QTimer::timeout, context_,
-                   [this, &timer] { inHandler_([&timer] { timer.tick(); }); });
+  QObject::connect(ticking, &QTimer::timeout, context_, [this, &timer] { inHandler_([&timer] { timer.tick(); }); });
   return [&timer, ticking] {
     if (timer.enabled() && !ticking->isActive()) ticking->start(timer.interval);
     if (!timer.enabled()) ticking->stop();
