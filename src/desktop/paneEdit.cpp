@@ -1,5 +1,6 @@
 #include "desktop/paneEdit.h"
 
+#include <QApplication>
 #include <QFontDatabase>
 #include <QPainter>
 #include <QScrollBar>
@@ -12,7 +13,8 @@ namespace qrel {
 
 namespace {
 
-constexpr int numberMargin = 5;  // pixels on each side of the line numbers
+constexpr int numberMargin = 5;                           // pixels on each side of the line numbers
+constexpr std::size_t longText = std::size_t{256} << 10;  // bytes; laying it out may take longer than a blink
 
 bool sameRanges(const std::vector<TextPane::Range>& left, const std::vector<TextPane::Range>& right) {
   return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](const auto& a, const auto& b) {
@@ -56,6 +58,7 @@ void PaneEdit::bind(TextPane& pane, std::function<void(std::function<void()>)> i
   pane_ = &pane;
   inHandler_ = std::move(inHandler);
   setReadOnly(pane.readOnly);
+  setUndoRedoEnabled(!pane.readOnly);
   if (pane.readOnly) setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   connect(this, &QPlainTextEdit::selectionChanged, this, [this] { tellSelection(); });
   connect(this, &QPlainTextEdit::textChanged, this, [this] {
@@ -73,7 +76,10 @@ void PaneEdit::refresh() {
   refreshing_ = true;
   if (pane_->text() != shownText_) {
     shownText_ = pane_->text();
+    const bool takesLong = shownText_.size() > longText;
+    if (takesLong) QApplication::setOverrideCursor(Qt::WaitCursor);
     setPlainText(toQt(shownText_));
+    if (takesLong) QApplication::restoreOverrideCursor();
     shownRanges_.clear();
     stretches_.clear();
   }

@@ -47,11 +47,17 @@ class Style : public QProxyStyle {
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
-    if (element != PE_IndicatorCheckBox && element != PE_IndicatorItemViewItemCheck) return;
+    const bool round = element == PE_IndicatorRadioButton;
+    if (element != PE_IndicatorCheckBox && element != PE_IndicatorItemViewItemCheck && !round) return;
     painter->save();
     painter->setBrush(Qt::NoBrush);
     painter->setPen(option->palette.color(QPalette::PlaceholderText));
-    painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    painter->setRenderHint(QPainter::Antialiasing, round);
+    const QRect frame = option->rect.adjusted(0, 0, -1, -1);
+    if (round)
+      painter->drawEllipse(frame);
+    else
+      painter->drawRect(frame);
     painter->restore();
   }
 
