@@ -1,13 +1,10 @@
 // Many small tables compared, against the same comparison done the slow way.
 #include <random>
 
-#include "app/mdlMain.h"
 #include "compare/data/CompareTableRecords.h"
-#include "compare/data/frmCompareData.h"
-#include "compare/data/frmCompareStatus.h"
 #include "platform/text.h"
 #include "tests/compare/data/recordModel.h"
-#include "tests/support.h"
+#include "tests/compare/data/twoTables.h"
 
 namespace qrel {
 namespace {
@@ -100,28 +97,12 @@ std::string describe(const ModelCase& made) {
   return text;
 }
 
-class RecordWalk : public ::testing::Test {
+class RecordWalk : public TwoTables {
  protected:
-  RecordWalk() {
-    SetFilePaths(program);
-    program.main.gtypSelServ = {TestProgram::server("S"), TestProgram::server("S")};
-    program.state<modCompareDataState>().mainWindow = &workspace;
-  }
-
-  // Selects a table as the two panels would.
-  void select(const std::string& table) {
-    for (std::size_t side : {0U, 1U}) {
-      for (CheckList* list : {&workspace.pvlDb[side], &workspace.pvlSqlObj[side]}) list->clear();
-      workspace.pvlDb[side].select(workspace.pvlDb[side].add(side == 0 ? "A" : "B"));
-      workspace.pvlSqlObj[side].select(workspace.pvlSqlObj[side].add(table));
-    }
-  }
-
   void check(const ModelCase& made, const std::string& table) {
     RecordModel model(made);
     model.run();
 
-    auto& state = program.state<modCompareDataState>();
     state.differences.reset();
     state.gblnFillDiffTable = made.fill;
     state.gblnMarkDiffCells = true;
@@ -129,18 +110,16 @@ class RecordWalk : public ::testing::Test {
     program.settings.glngMaxRowsInDiffTable = made.limit;
     program.settings.gblnDataCaseSensitive = made.caseSensitive;
     select(table);
-    tDataCompRequest request = RequestOfSelection(workspace);
-    request.lngCompMethod = made.byKey ? compPrimaryKey : compRecordByRecord;
-    for (std::size_t side : {0U, 1U}) {
-      request.arrOffsets[side] = made.offsets[side];
-      request.arrCompKeys[side] = {noField, noField, noField};
-      for (std::size_t i = 0; i < made.keys.size(); ++i) request.arrCompKeys[side][i] = columnNames[made.keys[i]];
-    }
+    std::vector<std::string> keys;
+    for (const std::size_t key : made.keys) keys.push_back(columnNames[key]);
+    tDataCompRequest wanted = request(keys);
+    wanted.lngCompMethod = made.byKey ? compPrimaryKey : compRecordByRecord;
+    for (std::size_t side : {0U, 1U}) wanted.arrOffsets[side] = made.offsets[side];
     frmCompareStatus status(program);
     std::int32_t diffs = 0;
     const bool identical = CompareTableRecords(
         program, status,
-        {request,
+        {wanted,
          {"[" + table + "]", "[" + table + "]"},
          {static_cast<std::int32_t>(made.rows[0].size()), static_cast<std::int32_t>(made.rows[1].size())}},
         diffs, status.lblCurRec, status.ProgressBar);
@@ -170,10 +149,6 @@ class RecordWalk : public ::testing::Test {
             << expected[row][column].textColour << " on " << expected[row][column].backColour;
       }
   }
-
-  TestProgram test;
-  Program& program = test.program;
-  Workspace workspace;
 };
 
 TEST_F(RecordWalk, GivesWhatTheSlowWayGives) {
@@ -185,8 +160,7 @@ TEST_F(RecordWalk, GivesWhatTheSlowWayGives) {
     const std::string table = "T" + std::to_string(number);
     for (int side : {0, 1}) scripts[side] += scriptOf(cases.back(), side, table, cases.back().names[side].size());
   }
-  test.load("S", "A", scripts[0]);
-  test.load("S", "B", scripts[1]);
+  load(scripts[0], scripts[1]);
   for (std::size_t number = 0; number < cases.size() && !HasFailure(); ++number) {
     SCOPED_TRACE(describe(cases[number]));
     const int cursor = number % 3 == 0 ? adUseClient : adUseServer;
