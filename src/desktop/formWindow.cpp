@@ -114,7 +114,8 @@ FormWindow::FormWindow(Form& form, QWidget* owner, KeyStore& places) : form_(for
 FormWindow::~FormWindow() {
   savePlace();
   form_.onClosed = nullptr;
-  form_.unload();
+  onClosed = nullptr;
+  inHandler([this] { form_.unload(); });
   binder_.reset();
 }
 

@@ -1,6 +1,8 @@
 // What a person does with the widgets of a window, and sees of them.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
@@ -24,6 +26,11 @@ Widget& find(QWidget& window, const char* name) {
 }
 // Keys and clicks go to the window, as the window system sends them: behind a modal window they go nowhere.
 inline void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers held = Qt::NoModifier) {
+  // A window manager would have given it the focus back when what stood before it went.
+  if (QWidget* modal = QApplication::activeModalWidget(); (!modal || modal == &window) && !window.isActiveWindow()) {
+    window.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+  }
   QTest::keyClick(window.windowHandle(), key, held);
 }
 inline void clickAt(QWidget& widget, QPoint place, Qt::KeyboardModifiers held = Qt::NoModifier) {
