@@ -45,8 +45,8 @@ void Grid::setColumnCount(std::size_t count) {
 
 void Grid::check(std::size_t row, std::size_t column) const {
   if (row >= rows_.size() || column >= widths_.size())
-    throw RuntimeError(noSuchCell, "The table has no row " + std::to_string(row) + " with a column " +
-                                       std::to_string(column) + ".");
+    throw RuntimeError(
+        noSuchCell, "The table has no row " + std::to_string(row) + " with a column " + std::to_string(column) + ".");
 }
 
 const Grid::Cell& Grid::cell(std::size_t row, std::size_t column) const {

@@ -48,10 +48,41 @@ class ColumnStore {
     double real;
     const char* text;  // behind the length, in the arena
   };
+  // Slots in pieces, so that a long column is never copied to grow. The first piece grows like a vector: most results
+  // are short.
+  class Slots {
+   public:
+    std::size_t size() const { return size_; }
+    Slot& operator[](std::size_t row) { return pieces_[row / pieceLength][row % pieceLength]; }
+    const Slot& operator[](std::size_t row) const { return pieces_[row / pieceLength][row % pieceLength]; }
+    void push_back(Slot slot) {
+      if (size_ % pieceLength == 0 && size_ / pieceLength == pieces_.size()) {
+        pieces_.emplace_back();
+        if (size_ > 0) pieces_.back().reserve(pieceLength);
+      }
+      pieces_[size_ / pieceLength].push_back(slot);
+      ++size_;
+    }
+    // Keeps the memory.
+    void clear() {
+      for (std::vector<Slot>& piece : pieces_) piece.clear();
+      size_ = 0;
+    }
+    std::size_t capacity() const {
+      std::size_t slots = 0;
+      for (const std::vector<Slot>& piece : pieces_) slots += piece.capacity();
+      return slots;
+    }
+
+   private:
+    static constexpr std::size_t pieceLength = 8192;
+    std::vector<std::vector<Slot>> pieces_;
+    std::size_t size_ = 0;
+  };
   struct Column {
     DataType declared = DataType::Empty;
     DataType type = DataType::Empty;
-    std::vector<Slot> slots;
+    Slots slots;
     std::vector<bool> nulls;  // no longer than up to the last Null
   };
   struct Block {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <functional>
 #include <utility>
 
@@ -10,7 +11,24 @@
 namespace qrel {
 namespace {
 
+// Whole numbers mostly come in order: neighbours get slots side by side, in one line of the processor's cache, and
+// groups of them lie anywhere.
+std::size_t hashOfNumber(std::uint64_t number) {
+  constexpr int together = 4;  // bits
+  std::uint64_t group = number >> together;
+  group ^= group >> 32;
+  group *= 0x9E3779B97F4A7C15;
+  group ^= group >> 29;
+  return static_cast<std::size_t>((group << together) | (number & ((1U << together) - 1)));
+}
+
 std::uint32_t hashOf(std::string_view key) {
+  std::uint64_t number = 0;
+  // The key of a single column of whole numbers (see appendMatchKey).
+  if (key.size() == 1 + sizeof number && key[0] == 'i') {
+    std::memcpy(&number, key.data() + 1, sizeof number);
+    return static_cast<std::uint32_t>(hashOfNumber(number));
+  }
   const std::size_t hash = std::hash<std::string_view>{}(key);
   return static_cast<std::uint32_t>(hash ^ (hash >> 32));
 }
