@@ -11,9 +11,11 @@ namespace qrel {
 namespace {
 
 constexpr std::size_t firstBlockSize = std::size_t{4} << 10;
-constexpr std::size_t largestBlockSize = std::size_t{1} << 20;
+constexpr std::size_t largestBlockSize = std::size_t{32} << 20;
 
-using Length = std::uint32_t;  // stands in front of each text
+// In front of each text stands its length: one byte, or for the longer ones this byte and the length as a Length.
+constexpr unsigned char longText = 255;
+using Length = std::uint32_t;
 
 bool holdsText(DataType type) {
   return type != DataType::Integer && type != DataType::Boolean && type != DataType::Double && type != DataType::Empty;
@@ -44,7 +46,7 @@ void ColumnStore::appendInteger(std::size_t column, std::int64_t value, DataType
     return;
   }
   becomeText(target);
-  target.slots.push_back(Slot{.text = keep(textOf(Cell{.type = type, .null = false, .integer = value}))});
+  pushText(target, textOf(Cell{.type = type, .null = false, .integer = value}));
 }
 
 void ColumnStore::appendDouble(std::size_t column, double value) {
@@ -55,22 +57,27 @@ void ColumnStore::appendDouble(std::size_t column, double value) {
     return;
   }
   becomeText(target);
-  target.slots.push_back(Slot{.text = keep(textOf(Cell{.type = DataType::Double, .null = false, .real = value}))});
+  pushText(target, textOf(Cell{.type = DataType::Double, .null = false, .real = value}));
 }
 
 void ColumnStore::appendText(std::size_t column, DataType type, std::string_view bytes) {
   Column& target = columns_[column];
   if (target.type == DataType::Empty) target.type = type;
   if (target.type == type) {
-    target.slots.push_back(Slot{.text = keep(bytes)});
+    pushText(target, bytes);
     return;
   }
   becomeText(target);
   if (type == DataType::Binary) {
-    target.slots.push_back(Slot{.text = keep(textOf(Cell{.type = type, .null = false, .text = bytes}))});
+    pushText(target, textOf(Cell{.type = type, .null = false, .text = bytes}));
   } else {
-    target.slots.push_back(Slot{.text = keep(bytes)});
+    pushText(target, bytes);
   }
+}
+
+void ColumnStore::pushText(Column& column, std::string_view bytes) {
+  if (!column.latest || textAt(column.latest) != bytes) column.latest = keep(bytes);
+  column.slots.push_back(Slot{.text = column.latest});
 }
 
 Cell ColumnStore::cell(std::size_t column, std::size_t row) const { return cellOf(columns_[column], row); }
@@ -86,9 +93,7 @@ Cell ColumnStore::cellOf(const Column& column, std::size_t row) {
   cell.null = false;
   const Slot& slot = column.slots[row];
   if (holdsText(column.type)) {
-    Length length = 0;
-    std::memcpy(&length, slot.text - sizeof length, sizeof length);
-    cell.text = {slot.text, length};
+    cell.text = textAt(slot.text);
   } else if (column.type == DataType::Double) {
     cell.real = slot.real;
   } else {
@@ -107,6 +112,7 @@ void ColumnStore::becomeText(Column& column) {
     qrel::appendText(text, cell);
     column.slots[row].text = keep(text);
   }
+  column.latest = nullptr;
   column.type = DataType::Text;
 }
 
@@ -114,24 +120,39 @@ const char* ColumnStore::keep(std::string_view bytes) {
   if (bytes.size() > std::numeric_limits<Length>::max()) {
     throw RuntimeError(errorNumber::outOfMemory, "Out of memory: a value is longer than 4 GB.");
   }
-  const auto length = static_cast<Length>(bytes.size());
-  const std::size_t needed = sizeof length + bytes.size();
-  while (currentBlock_ < blocks_.size() && blocks_[currentBlock_].size - used_ < needed) {
+  const bool isLong = bytes.size() >= longText;
+  Block& block = blockWith(1 + (isLong ? sizeof(Length) : 0) + bytes.size());
+  const char* place = block.data() + block.size();
+  if (isLong) {
+    const auto length = static_cast<Length>(bytes.size());
+    const auto* lengthBytes = reinterpret_cast<const char*>(&length);
+    block.push_back(static_cast<char>(longText));
+    block.insert(block.end(), lengthBytes, lengthBytes + sizeof length);
+  } else {
+    block.push_back(static_cast<char>(bytes.size()));
+  }
+  block.insert(block.end(), bytes.begin(), bytes.end());
+  return place;
+}
+
+// The current block, or the next one that has the room; a block's bytes never move.
+ColumnStore::Block& ColumnStore::blockWith(std::size_t room) {
+  while (currentBlock_ < blocks_.size()) {
+    Block& block = blocks_[currentBlock_];
+    if (block.capacity() - block.size() >= room) return block;
     ++currentBlock_;
-    used_ = 0;
   }
-  if (currentBlock_ == blocks_.size()) {
-    const std::size_t next = blocks_.empty()
-                                 ? firstBlockSize
-                                 : std::min(largestBlockSize, std::max(firstBlockSize, 2 * blocks_.back().size));
-    const std::size_t size = std::max(next, needed);
-    blocks_.push_back({std::make_unique_for_overwrite<char[]>(size), size});
-  }
-  char* place = blocks_[currentBlock_].bytes.get() + used_;
-  std::memcpy(place, &length, sizeof length);
-  if (!bytes.empty()) std::memcpy(place + sizeof length, bytes.data(), bytes.size());
-  used_ += needed;
-  return place + sizeof length;
+  const std::size_t next = blocks_.empty() ? firstBlockSize : std::min(largestBlockSize, 2 * blocks_.back().capacity());
+  blocks_.emplace_back().reserve(std::max(next, room));
+  return blocks_.back();
+}
+
+std::string_view ColumnStore::textAt(const char* kept) {
+  const auto first = static_cast<unsigned char>(*kept);
+  if (first < longText) return {kept + 1, first};
+  Length length = 0;
+  std::memcpy(&length, kept + 1, sizeof length);
+  return {kept + 1 + sizeof length, length};
 }
 
 void ColumnStore::clear() {
@@ -139,15 +160,16 @@ void ColumnStore::clear() {
     column.type = column.declared;
     column.slots.clear();
     column.nulls.clear();
+    column.latest = nullptr;
   }
+  for (Block& block : blocks_) block.clear();
   currentBlock_ = 0;
-  used_ = 0;
 }
 
 std::size_t ColumnStore::memoryUsed() const {
   std::size_t bytes = 0;
   for (const Column& column : columns_) bytes += column.slots.capacity() * sizeof(Slot) + column.nulls.capacity() / 8;
-  for (const Block& block : blocks_) bytes += block.size;
+  for (const Block& block : blocks_) bytes += block.capacity();
   return bytes;
 }
 

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "platform/data/largePages.h"
 #include "platform/data/provider.h"
 #include "platform/data/value.h"
 
@@ -46,7 +46,7 @@ class ColumnStore {
   union Slot {
     std::int64_t integer;
     double real;
-    const char* text;  // behind the length, in the arena
+    const char* text;  // its length and its bytes, in the arena
   };
   // Slots in pieces, so that a long column is never copied to grow. The first piece grows like a vector: most results
   // are short.
@@ -65,39 +65,40 @@ class ColumnStore {
     }
     // Keeps the memory.
     void clear() {
-      for (std::vector<Slot>& piece : pieces_) piece.clear();
+      for (Piece& piece : pieces_) piece.clear();
       size_ = 0;
     }
     std::size_t capacity() const {
       std::size_t slots = 0;
-      for (const std::vector<Slot>& piece : pieces_) slots += piece.capacity();
+      for (const Piece& piece : pieces_) slots += piece.capacity();
       return slots;
     }
 
    private:
-    static constexpr std::size_t pieceLength = 8192;
-    std::vector<std::vector<Slot>> pieces_;
+    using Piece = std::vector<Slot, LargePages<Slot>>;
+    static constexpr std::size_t pieceLength = std::size_t{1} << 18;
+    std::vector<Piece> pieces_;
     std::size_t size_ = 0;
   };
   struct Column {
     DataType declared = DataType::Empty;
     DataType type = DataType::Empty;
     Slots slots;
-    std::vector<bool> nulls;  // no longer than up to the last Null
+    std::vector<bool> nulls;       // no longer than up to the last Null
+    const char* latest = nullptr;  // the last text: the next row often has the same
   };
-  struct Block {
-    std::unique_ptr<char[]> bytes;
-    std::size_t size = 0;
-  };
+  using Block = std::vector<char, LargePages<char>>;
 
   void becomeText(Column& column);
+  void pushText(Column& column, std::string_view bytes);
   const char* keep(std::string_view bytes);
+  Block& blockWith(std::size_t room);
+  static std::string_view textAt(const char* kept);
   static Cell cellOf(const Column& column, std::size_t row);
 
   std::vector<Column> columns_;
   std::vector<Block> blocks_;
   std::size_t currentBlock_ = 0;  // blocks before it are full
-  std::size_t used_ = 0;          // bytes of the current block in use
 };
 
 }  // namespace qrel

@@ -40,7 +40,9 @@ RowIndex::RowIndex(const ColumnStore& cells, std::vector<std::size_t> columns, c
   const std::size_t count = size();
   table_.resize(std::bit_ceil(std::max<std::size_t>(8, count + count / 2)));
   const std::size_t mask = table_.size() - 1;
-  std::vector<std::uint32_t> groupOf(count);
+  hashes_.reserve(count);
+  firsts_.reserve(count);
+  Numbers groupOf(count);
   std::string key;
   std::string other;
   for (std::size_t at = 0; at < count; ++at) {
@@ -70,11 +72,11 @@ RowIndex::RowIndex(const ColumnStore& cells, std::vector<std::size_t> columns, c
 }
 
 // Puts the positions of each group side by side, in order.
-void RowIndex::layOut(const std::vector<std::uint32_t>& groupOf) {
+void RowIndex::layOut(const Numbers& groupOf) {
   offsets_.assign(hashes_.size() + 1, 0);
   for (const std::uint32_t group : groupOf) ++offsets_[group + 1];
   for (std::size_t group = 1; group < offsets_.size(); ++group) offsets_[group] += offsets_[group - 1];
-  std::vector<std::uint32_t> next(offsets_.begin(), offsets_.end() - 1);
+  Numbers next(offsets_.begin(), offsets_.end() - 1);
   positions_.resize(groupOf.size());
   for (std::size_t at = 0; at < groupOf.size(); ++at) positions_[next[groupOf[at]]++] = static_cast<std::uint32_t>(at);
 }

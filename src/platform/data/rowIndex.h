@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/data/columnStore.h"
+#include "platform/data/largePages.h"
 #include "platform/data/skipList.h"
 
 namespace qrel {
@@ -40,18 +41,20 @@ class RowIndex {
   }
 
  private:
+  using Numbers = std::vector<std::uint32_t, LargePages<std::uint32_t>>;
+
   void keyOf(std::size_t position, std::string& key) const;
   std::size_t size() const { return rows_ ? rows_->size() : cells_->rowCount(); }
-  void layOut(const std::vector<std::uint32_t>& groupOf);
+  void layOut(const Numbers& groupOf);
 
   const ColumnStore* cells_;
   std::vector<std::size_t> columns_;
   const std::vector<std::uint32_t>* rows_;
-  std::vector<std::uint32_t> table_;      // open addressing: group + 1, 0 for free
-  std::vector<std::uint32_t> hashes_;     // by group
-  std::vector<std::uint32_t> firsts_;     // by group: its first position; empty when all keys are distinct
-  std::vector<std::uint32_t> offsets_;    // by group, and one more: where its entries begin; empty as before
-  std::vector<std::uint32_t> positions_;  // by entry; empty as before
+  Numbers table_;      // open addressing: group + 1, 0 for free
+  Numbers hashes_;     // by group
+  Numbers firsts_;     // by group: its first position; empty when all keys are distinct
+  Numbers offsets_;    // by group, and one more: where its entries begin; empty as before
+  Numbers positions_;  // by entry; empty as before
   SkipList skips_;
 };
 

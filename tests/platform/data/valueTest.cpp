@@ -152,5 +152,30 @@ TEST(ColumnStore, KeepsRowsAndRewritesMixedColumns) {
   }
 }
 
+// More rows than one piece of a column holds, texts of every length up to where the length takes more room, each twice.
+TEST(ColumnStore, KeepsManyRows) {
+  ColumnStore store(std::vector<DataType>{DataType::Integer, DataType::Text});
+  constexpr std::size_t rows = 600'000;
+  const std::string text(300, 't');
+  const auto textOfRow = [&](std::size_t row) { return std::string_view(text).substr(0, row / 2 % (text.size() + 1)); };
+  for (int round = 0; round < 2; ++round) {
+    for (std::size_t row = 0; row < rows; ++row) {
+      store.appendInteger(0, static_cast<std::int64_t>(row) - 5);
+      if (row % 7 == 3) {
+        store.appendNull(1);
+      } else {
+        store.appendText(1, DataType::Text, textOfRow(row));
+      }
+    }
+    ASSERT_EQ(store.rowCount(), rows);
+    for (std::size_t row = 0; row < rows; ++row) {
+      ASSERT_EQ(store.cell(0, row).integer, static_cast<std::int64_t>(row) - 5);
+      ASSERT_EQ(store.isNull(1, row), row % 7 == 3);
+      ASSERT_EQ(store.cell(1, row).text, row % 7 == 3 ? "" : textOfRow(row)) << row;
+    }
+    store.clear();
+  }
+}
+
 }  // namespace
 }  // namespace qrel
