@@ -18,8 +18,8 @@ class ElapsedTimeWindow {
 // How many records pass between two looks at the window system: less than it takes a person to notice.
 inline constexpr std::int32_t recordsPerYield = 64;
 
-// Shows that record lngRec of lngMinRecs is at work and lets the window system run, for the first, the last and every
-// recordsPerYield-th record. An error is reported and the run goes on.
+// Shows that record lngRec of lngMinRecs is at work and lets the window system run, for the first, every
+// recordsPerYield-th, the last record and those behind it. An error is reported and the run goes on.
 void UpdateDisplay(Program& program, ElapsedTimeWindow& frmStatus, std::int32_t lngRec, std::int32_t lngMinRecs,
                    Label& lblCurRec, ProgressBar& progress);
 

@@ -142,7 +142,8 @@ ColumnStore::Block& ColumnStore::blockWith(std::size_t room) {
     if (block.capacity() - block.size() >= room) return block;
     ++currentBlock_;
   }
-  const std::size_t next = blocks_.empty() ? firstBlockSize : std::min(largestBlockSize, 2 * blocks_.back().capacity());
+  const std::size_t twice = blocks_.empty() ? 0 : 2 * blocks_.back().capacity();
+  const std::size_t next = std::clamp(twice, firstBlockSize, largestBlockSize);
   blocks_.emplace_back().reserve(std::max(next, room));
   return blocks_.back();
 }
