@@ -14,7 +14,7 @@
 namespace qrel {
 namespace {
 
-class Commands : public testing::Test, public MainWindow {
+class MainCommands : public testing::Test, public MainWindow {
  protected:
   // The menu bar, one line for each item: depth as dashes, id, caption.
   std::string bar() const {
@@ -43,7 +43,7 @@ class Commands : public testing::Test, public MainWindow {
   static bool has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 };
 
-TEST_F(Commands, TheBarHasWhatCanBeDone) {
+TEST_F(MainCommands, TheBarHasWhatCanBeDone) {
   addServer("One");
   open();
   const std::string menus = bar();
@@ -69,7 +69,7 @@ TEST_F(Commands, TheBarHasWhatCanBeDone) {
 }
 
 // What the report of each of the four commands of a type is saved as.
-TEST_F(Commands, ABulkCommandIsOfItsTypeExtentAndDetail) {
+TEST_F(MainCommands, ABulkCommandIsOfItsTypeExtentAndDetail) {
   makeServers();
   connect();
   work.cmbServer[1].select(1);
@@ -101,7 +101,7 @@ TEST_F(Commands, ABulkCommandIsOfItsTypeExtentAndDetail) {
   for (const auto& [id, words] : expected) EXPECT_EQ(run(id, id > 230), words) << id;
 }
 
-TEST_F(Commands, ACommandRunsAloneAndOnlyInAnOpenWindow) {
+TEST_F(MainCommands, ACommandRunsAloneAndOnlyInAnOpenWindow) {
   choose(501);
   EXPECT_TRUE(host.shown.empty()) << "before the first activation";
   makeServers();
@@ -142,7 +142,7 @@ TEST_F(Commands, ACommandRunsAloneAndOnlyInAnOpenWindow) {
   EXPECT_TRUE(form.closed());
 }
 
-TEST_F(Commands, WithoutAServerACommandWithThatGuardOffersToAddOne) {
+TEST_F(MainCommands, WithoutAServerACommandWithThatGuardOffersToAddOne) {
   host.windows.push_back([](Form& shown) { shown.close(); });
   open();
   lastBox();
@@ -154,7 +154,7 @@ TEST_F(Commands, WithoutAServerACommandWithThatGuardOffersToAddOne) {
   EXPECT_EQ(lastBox(), "There are no servers stored in the list.");
 }
 
-TEST_F(Commands, RefreshDiesOnceAContextMenuHasClosed) {
+TEST_F(MainCommands, RefreshDiesOnceAContextMenuHasClosed) {
   makeServers();
   connect();
   chooseDb(1, "Shop");
@@ -178,7 +178,7 @@ TEST_F(Commands, RefreshDiesOnceAContextMenuHasClosed) {
   EXPECT_FALSE(work.mblnBusy);
 }
 
-TEST_F(Commands, TheContextMenuIsEnabledWhileAPaneHasText) {
+TEST_F(MainCommands, TheContextMenuIsEnabledWhileAPaneHasText) {
   makeServers();
   connect();
   EXPECT_EQ(contextMenu(0), "700 | 710 | 730 740 | 770 780 ");
@@ -197,7 +197,7 @@ TEST_F(Commands, TheContextMenuIsEnabledWhileAPaneHasText) {
   EXPECT_EQ(host.menus.size(), opened) << "left button, busy window";
 }
 
-TEST_F(Commands, ColumnsAreIgnoredForTheTableOfTheClickedPane) {
+TEST_F(MainCommands, ColumnsAreIgnoredForTheTableOfTheClickedPane) {
   makeServers();
   connect();
   SetFilePaths(program);
@@ -227,7 +227,7 @@ TEST_F(Commands, ColumnsAreIgnoredForTheTableOfTheClickedPane) {
   }
 }
 
-TEST_F(Commands, ThePanesArePrintedFromTheContextMenu) {
+TEST_F(MainCommands, ThePanesArePrintedFromTheContextMenu) {
   makeServers();
   connect();
   chooseDb(1, "Shop");
@@ -242,7 +242,7 @@ TEST_F(Commands, ThePanesArePrintedFromTheContextMenu) {
   contextMenu(0, 710);
 }
 
-TEST_F(Commands, AllTablesArePrintedThatDiffer) {
+TEST_F(MainCommands, AllTablesArePrintedThatDiffer) {
   makeServers();
   connect();
   choose(250);
@@ -276,7 +276,7 @@ TEST_F(Commands, AllTablesArePrintedThatDiffer) {
   EXPECT_EQ(run.lblCurProcName.text(), "Customers");
 }
 
-TEST_F(Commands, KeysAndTips) {
+TEST_F(MainCommands, KeysAndTips) {
   makeServers();
   open();
   form.personPressesKey("F5");
@@ -315,7 +315,7 @@ TEST_F(Commands, KeysAndTips) {
 }
 
 // Two lines stand in Target alone, one in Source alone.
-TEST_F(Commands, MarkedPanesScrollTogetherLineByLine) {
+TEST_F(MainCommands, MarkedPanesScrollTogetherLineByLine) {
   TextPane& source = work.txtTXProc[0];
   TextPane& target = work.txtTXProc[1];
   source.setText("a\r\nb\r\ngone\r\n\r\nc\r\nd");
@@ -346,7 +346,7 @@ TEST_F(Commands, MarkedPanesScrollTogetherLineByLine) {
   EXPECT_EQ(target.topLine(), 7U);
 }
 
-TEST_F(Commands, ClosingStopsARun) {
+TEST_F(MainCommands, ClosingStopsARun) {
   EXPECT_TRUE(form.closeRequested());
   EXPECT_FALSE(program.state<modCompareAllState>().gblnCancelCompare);
   work.mblnBusy = true;
