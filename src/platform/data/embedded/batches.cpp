@@ -1,8 +1,9 @@
+#include "platform/data/embedded/batches.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 
-#include "platform/data/embedded/loader.h"
 #include "platform/data/embedded/scan.h"
 #include "platform/text.h"
 

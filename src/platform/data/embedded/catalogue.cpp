@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/data/embedded/catalogueParts.h"
-#include "platform/data/embedded/functions.h"
+#include "platform/data/embedded/collations.h"
+#include "platform/data/embedded/reading.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -71,8 +71,6 @@ TypeRef typeOfRow(const sqlite::Statement& row, int first) {
 
 std::string_view orDbo(std::string_view schema) { return schema.empty() ? "dbo" : schema; }
 
-void refuse(std::string text, std::int32_t number) { throw DataError(number, std::move(text), "42000"); }
-
 std::int64_t schemaId(sqlite::Database& database, std::string_view schema) {
   auto& query = database.cached("select id from cat_schemas where name = ?1");
   query.bind(1, orDbo(schema));
@@ -88,23 +86,6 @@ std::string commentText(sqlite::Database& database, std::int64_t id) {
   while (query.step()) text += query.text(0);
   query.reset();
   return text;
-}
-
-Value valueOf(const sqlite::Statement& row, int column) {
-  Value value;
-  switch (sqlite3_column_type(row.get(), column)) {
-    case SQLITE_NULL:
-      return value;
-    case SQLITE_INTEGER:
-      return Value::ofInteger(row.integer(column));
-    case SQLITE_FLOAT:
-      return Value::ofDouble(sqlite3_column_double(row.get(), column));
-    default:
-      break;
-  }
-  value = Value::ofText(std::string(row.text(column)));
-  if (sqlite3_column_type(row.get(), column) == SQLITE_BLOB) value.type = DataType::Binary;
-  return value;
 }
 
 const TableInfo::Column* TableInfo::find(std::string_view columnName) const {

@@ -27,6 +27,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/data/embedded/lexer.h"
 #include "platform/data/embedded/sqlite.h"
 #include "platform/data/embedded/types.h"
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "platform/data/embedded/catalogueParts.h"
-#include "platform/data/embedded/translate.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {

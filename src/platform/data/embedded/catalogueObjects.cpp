@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/data/embedded/catalogueParts.h"
-#include "platform/data/embedded/translate.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {

@@ -7,20 +7,12 @@
 #include <vector>
 
 #include "platform/data/embedded/catalogue.h"
+#include "platform/data/embedded/reading.h"
+#include "platform/data/embedded/refusal.h"
 #include "platform/error.h"
 
 namespace qrel::tsql {
 
-inline constexpr int firstAliasType = 257;
-
-std::string_view orDbo(std::string_view schema);
-[[noreturn]] void refuse(std::string text, std::int32_t number = errorNumber::badSql);
-
-// 0 when there is no such schema; an empty name means dbo.
-std::int64_t schemaId(sqlite::Database& database, std::string_view schema);
-
-// An object's kept text, its rows joined.
-std::string commentText(sqlite::Database& database, std::int64_t id);
 void writeComment(sqlite::Database& database, std::int64_t id, std::string_view text, bool encrypted = false);
 
 // Writes an object's row and returns its id, which is above all others. Refuses a name that is taken.
@@ -28,9 +20,6 @@ std::int64_t addObject(sqlite::Database& database, std::string_view name, std::i
                        std::int64_t parent);
 // Removes the rows that stand for an object and nothing else: object, texts, permissions, references.
 void removeObject(sqlite::Database& database, std::int64_t id);
-
-// A column of the current row as a value of SQLite's own type: Integer, Double, Text or Binary.
-Value valueOf(const sqlite::Statement& row, int column);
 
 // A name for a constraint without one, in the server's pattern: "PK__" or "UQ__", eight characters of the table and 16
 // digits; "FK__", "DF__" or "CK__", nine characters of the table, five of the first column and eight digits. The digits

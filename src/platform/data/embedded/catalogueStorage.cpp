@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "platform/data/embedded/catalogueParts.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/text.h"
 
@@ -123,7 +124,7 @@ void rebuildStorageTable(sqlite::Database& database, const Catalogue& catalogue,
         const int at = static_cast<int>(i);
         sqlite3_value* value = sqlite3_column_value(from.get(), at);
         if (compareCollated(stored[i]->name, changed) == 0) {
-          into.bind(at + 1, convertTo(stored[i]->type, valueOf(from, at)));
+          into.bind(at + 1, convertTo(stored[i]->type, sqlite::valueOf(from, at)));
         } else {
           sqlite3_bind_value(into.get(), at + 1, value);
         }

@@ -1,8 +1,9 @@
+#include "platform/data/embedded/collations.h"
+
 #include <array>
 #include <optional>
 
 #include "platform/data/embedded/dates.h"
-#include "platform/data/embedded/functions.h"
 #include "platform/data/value.h"
 #include "platform/text.h"
 

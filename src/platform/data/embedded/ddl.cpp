@@ -4,6 +4,7 @@
 #include <array>
 
 #include "platform/data/embedded/translate.h"
+#include "platform/data/embedded/typeNames.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {

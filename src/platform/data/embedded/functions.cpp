@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/data/embedded/collations.h"
 #include "platform/data/embedded/functionCall.h"
 
 namespace qrel::tsql {

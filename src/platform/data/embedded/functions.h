@@ -17,10 +17,6 @@ struct ServerFacts {
   std::filesystem::path folder;  // the instance's folder, for the list of databases
 };
 
-// The collations alone: q_text (no case, no trailing blanks), q_decimal, q_date (dates in any
-// literal form by value), q_guid. The stored catalogue needs them.
-void registerCollations(sqlite::Database& database);
-
 // Registers everything that translated SQL calls: the collations; LIKE
 // with sets; OBJECTPROPERTY, INDEXPROPERTY, OBJECT_ID, OBJECT_NAME, OBJECT_SCHEMA_NAME, SCHEMA_NAME, USER_NAME,
 // IDENT_SEED, IDENT_INCR, SERVERPROPERTY, DB_NAME, DB_ID, TYPE_ID, COL_LENGTH, getdate and its family, string, date and

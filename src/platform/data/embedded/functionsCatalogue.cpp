@@ -6,7 +6,7 @@
 
 #include "platform/data/embedded/catalogue.h"
 #include "platform/data/embedded/functionCall.h"
-#include "platform/data/embedded/translate.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/error.h"
 #include "platform/text.h"
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/data/embedded/ddl.h"
+#include "platform/data/embedded/rows.h"
 #include "platform/data/embedded/session.h"
 #include "platform/error.h"
 

@@ -3,6 +3,8 @@
 
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
+#include "platform/data/embedded/quoting.h"
+#include "platform/data/embedded/typeNames.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -44,7 +46,7 @@ TranslateContext& Interpreter::context() {
 Value Interpreter::evaluate(const std::string& sql) {
   sqlite::Statement query(*database_, "select " + sql);
   bindVariables(query, session_.variables);
-  return query.step() ? valueOf(query, 0) : Value();
+  return query.step() ? sqlite::valueOf(query, 0) : Value();
 }
 
 void Interpreter::assign(const std::string& variable, const Value& value) {
@@ -161,7 +163,7 @@ void Interpreter::selectStatement() {
     std::int64_t count = 0;
     for (; rows.step(); ++count) {
       last.clear();
-      for (std::size_t i = 0; i < assigned.size(); ++i) last.push_back(valueOf(rows, static_cast<int>(i)));
+      for (std::size_t i = 0; i < assigned.size(); ++i) last.push_back(sqlite::valueOf(rows, static_cast<int>(i)));
     }
     for (std::size_t i = 0; i < last.size(); ++i) assign(assigned[i], last[i]);
     setGlobal("@@rowcount", count);

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/data/embedded/refusal.h"
+
 namespace qrel::tsql {
 
 enum class TokenKind : std::uint8_t {
@@ -70,12 +72,6 @@ class TokenReader {
   std::string_view source_;
   const std::vector<Token>* tokens_;
   std::size_t position_ = 0;
-};
-
-// Raised where a statement isn't understood; the loader lists it, a query fails with bad SQL (0x80040E14).
-struct NotUnderstood {
-  std::string reason;
-  std::size_t line = 1;
 };
 
 // server.database.schema.object, the absent parts empty.

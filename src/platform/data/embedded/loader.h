@@ -8,17 +8,10 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/data/embedded/batches.h"
 #include "platform/data/embedded/instances.h"
 
 namespace qrel {
-
-// A statement that was skipped or failed.
-struct SkippedStatement {
-  std::string file;
-  std::size_t line = 1;  // 1-based in the file
-  std::string firstWords;
-  std::string reason;
-};
 
 struct LoadReport {
   std::int64_t tables = 0, procedures = 0, functions = 0, views = 0, triggers = 0, relationships = 0, indexes = 0,
@@ -48,19 +41,5 @@ struct LoadOptions {
 // RuntimeError or DataError with path and reason for files that can't be read or written.
 LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std::string_view database,
                        const std::vector<std::filesystem::path>& paths, const LoadOptions& options);
-
-// One batch of a script: its text, where it begins, how often it runs.
-struct Batch {
-  std::string_view text;
-  std::size_t firstLine = 1;  // 1-based in the file
-  int count = 1;
-};
-// Splits at GO (alone on its line, any case, optional count, optional semicolon or line comment behind it), not inside
-// strings, brackets or block comments.
-std::vector<Batch> splitBatches(std::string_view script);
-// Replaces $(name) by its value and carries out :setvar; other sqlcmd commands (:r, :on error ...) are blanked and told
-// in `unknown` with their lines. An undefined $(name) stays as it is. Line count and line ends stay.
-std::string applySqlcmd(std::string_view script, std::vector<std::pair<std::string, std::string>>& variables,
-                        std::vector<SkippedStatement>& unknown);
 
 }  // namespace qrel

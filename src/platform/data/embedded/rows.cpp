@@ -1,10 +1,11 @@
+#include "platform/data/embedded/rows.h"
+
 // The rows of a translated query.
 #include <map>
 #include <string>
 #include <vector>
 
 #include "platform/data/columnStore.h"
-#include "platform/data/embedded/session.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/embedded/types.h"
 #include "platform/error.h"

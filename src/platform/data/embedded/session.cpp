@@ -5,13 +5,6 @@
 
 namespace qrel::tsql {
 
-OpenDatabase::OpenDatabase(const std::filesystem::path& file, const ServerFacts& serverFacts, int serverMajor,
-                           sqlite::OpenMode mode)
-    : facts(serverFacts), database(file, mode), catalogue(database, serverMajor) {
-  registerFunctions(database, catalogue, facts);
-  createCatalogueViews(database, serverMajor);
-}
-
 Session::Session(std::shared_ptr<OpenDatabase> open)
     : open_(std::move(open)), state_(std::make_unique<SessionState>()) {}
 Session::Session(Session&&) noexcept = default;

@@ -1,58 +1,18 @@
 // One session on one database of an embedded instance: runs T-SQL batches.
 #pragma once
 
-#include <chrono>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "platform/data/embedded/catalogue.h"
-#include "platform/data/embedded/functions.h"
-#include "platform/data/embedded/lexer.h"
-#include "platform/data/embedded/sqlite.h"
-#include "platform/data/embedded/statementCache.h"
+#include "platform/data/embedded/batchListener.h"
+#include "platform/data/embedded/openDatabase.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/provider.h"
 
 namespace qrel::tsql {
-
-// The open file with everything registered: functions, views, catalogue. Pooled by the provider, since each query of
-// the program opens a connection of its own.
-class OpenDatabase {
- public:
-  OpenDatabase(const std::filesystem::path& file, const ServerFacts& facts, int serverMajor, sqlite::OpenMode mode);
-
-  ServerFacts facts;
-  sqlite::Database database;
-  Catalogue catalogue;
-  StatementCache statements;
-};
-
-// What became of one statement.
-struct StatementOutcome {
-  enum class Kind : std::uint8_t { Made, Ran, Skipped, Failed };
-  Kind kind = Kind::Ran;
-  std::string what;        // "table", "procedure", ... for Made; the reason for Skipped and Failed
-  std::size_t line = 1;    // 1-based in the batch
-  std::string firstWords;  // the statement's first words, one line, at most 60 characters
-  std::int64_t rows = 0;   // inserted (positive)
-  std::int32_t errorNumber = 0;
-  std::string text;  // of a failed statement, the whole of it
-};
-
-// How a batch is run. A provider's command stops at the first error and raises it; the loader goes on with the next
-// statement and is told of each.
-class BatchListener {
- public:
-  virtual ~BatchListener() = default;
-  virtual void statementDone(const StatementOutcome& outcome) = 0;
-  // USE name / CREATE DATABASE name / DROP DATABASE name: true when the listener has taken care of it.
-  virtual bool useDatabase(const std::string& name) = 0;
-  virtual bool stopRequested() { return false; }
-};
 
 struct SessionState;
 
@@ -84,9 +44,5 @@ class Session {
   std::shared_ptr<OpenDatabase> open_;
   std::unique_ptr<SessionState> state_;
 };
-
-// The rows of a translated query; keeps the session's database open. Implemented in rows.cpp.
-std::unique_ptr<RowSource> queryRows(std::shared_ptr<OpenDatabase> open, const std::string& sqliteSql,
-                                     const std::map<std::string, Value>& variables, std::string_view originalSql);
 
 }  // namespace qrel::tsql

@@ -207,4 +207,21 @@ void Database::fail(int code, std::string_view sql) const {
   }
 }
 
+Value valueOf(const Statement& row, int column) {
+  Value value;
+  switch (sqlite3_column_type(row.get(), column)) {
+    case SQLITE_NULL:
+      return value;
+    case SQLITE_INTEGER:
+      return Value::ofInteger(row.integer(column));
+    case SQLITE_FLOAT:
+      return Value::ofDouble(sqlite3_column_double(row.get(), column));
+    default:
+      break;
+  }
+  value = Value::ofText(std::string(row.text(column)));
+  if (sqlite3_column_type(row.get(), column) == SQLITE_BLOB) value.type = DataType::Binary;
+  return value;
+}
+
 }  // namespace qrel::sqlite

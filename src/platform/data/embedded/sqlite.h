@@ -100,4 +100,7 @@ class Database {
   bool timedOut_ = false;
 };
 
+// A column of the current row as a value of SQLite's own type: Integer, Double, Text or Binary.
+Value valueOf(const Statement& row, int column);
+
 }  // namespace qrel::sqlite

@@ -5,6 +5,7 @@
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
 #include "platform/data/embedded/translate.h"
+#include "platform/data/embedded/typeNames.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {

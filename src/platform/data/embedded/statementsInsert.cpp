@@ -4,6 +4,7 @@
 
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/text.h"
 
@@ -397,7 +398,7 @@ void Interpreter::insertQuery(InsertPlan& plan) {
     }
     while (query.step()) {
       auto& row = rows.emplace_back();
-      for (std::size_t i = 0; i < count; ++i) row.push_back(valueOf(query, static_cast<int>(i)));
+      for (std::size_t i = 0; i < count; ++i) row.push_back(sqlite::valueOf(query, static_cast<int>(i)));
     }
   }
   atomically([&] {

@@ -4,7 +4,9 @@
 
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translate.h"
+#include "platform/data/embedded/typeNames.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {

@@ -3,6 +3,7 @@
 
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/text.h"
 

@@ -4,6 +4,7 @@
 
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
+#include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/text.h"
 
@@ -131,7 +132,8 @@ void Interpreter::applyUpdate(const TableInfo& table, const std::vector<const Ta
     while (query.step()) {
       if (!seen.insert(query.integer(0)).second) continue;
       auto& row = rows.emplace_back(query.integer(0), std::vector<Value>());
-      for (std::size_t i = 0; i < columns.size(); ++i) row.second.push_back(valueOf(query, static_cast<int>(i) + 1));
+      for (std::size_t i = 0; i < columns.size(); ++i)
+        row.second.push_back(sqlite::valueOf(query, static_cast<int>(i) + 1));
     }
   }
   std::string set;

@@ -53,10 +53,6 @@ class Translator {
 // one that the map lacks is 0; any other raises DataError 'Must declare the scalar variable "@x".'.
 void bindVariables(sqlite::Statement& statement, const std::map<std::string, Value>& variables);
 
-// "name" with doubled quotes: an identifier for SQLite. 'text' with doubled quotes: a literal.
-std::string quoteName(std::string_view name);
-std::string quoteText(std::string_view text);
-
 // An expression as the server stores it in defaults, checks and computed columns, in the form of the version:
 // from version 9 on numbers in brackets, names in square brackets, built-in functions in lower case, the whole in
 // brackets: 1 -> ((1)), 'x' -> ('x'), GetDate() -> (getdate()), (-1) -> ((-1)), a*b -> ([a]*[b]). Below version 9 the

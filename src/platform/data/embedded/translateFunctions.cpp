@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translation.h"
+#include "platform/data/embedded/typeNames.h"
 #include "platform/error.h"
 #include "platform/text.h"
 

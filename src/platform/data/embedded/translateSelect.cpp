@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translation.h"
 #include "platform/error.h"
 #include "platform/text.h"

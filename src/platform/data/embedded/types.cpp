@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 
-#include "platform/data/embedded/catalogue.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -11,43 +10,7 @@ namespace qrel::tsql {
 
 namespace {
 
-constexpr int sysnameXusertype = 256;
-
-// Sizes that a type is declared with, by xtype.
-enum class Sizing { None, Characters, WideCharacters, Bytes, Decimal, Float, Fraction };
-
-Sizing sizingOf(int xtype) {
-  switch (xtype) {
-    case 167:
-    case 175:
-      return Sizing::Characters;
-    case 231:
-    case 239:
-      return Sizing::WideCharacters;
-    case 165:
-    case 173:
-      return Sizing::Bytes;
-    case 106:
-    case 108:
-      return Sizing::Decimal;
-    case 62:
-      return Sizing::Float;
-    case 41:
-    case 42:
-    case 43:
-      return Sizing::Fraction;
-    default:
-      return Sizing::None;
-  }
-}
-
 bool canBeMax(int xtype) { return xtype == 167 || xtype == 231 || xtype == 165; }
-
-[[noreturn]] void badSize(const SystemType& type, int size) {
-  throw DataError(errorNumber::badSql,
-                  "The size (" + std::to_string(size) + ") given to the type '" + type.name + "' is not allowed.",
-                  "42000");
-}
 
 void sizeDecimal(TypeRef& ref, const SystemType& type, int size, int scale) {
   if (size < 0 || size > 38) badSize(type, size);
@@ -99,35 +62,6 @@ constexpr Synonym synonyms[] = {
     {"national text", "ntext"},
 };
 
-// The words of a type name: one, or several as in "national character varying".
-std::string readTypeWords(TokenReader& reader) {
-  const bool bare = reader.peek().kind == TokenKind::Word;
-  std::string words = reader.expectIdentifier();
-  if (!bare) return words;
-  const std::string first = lowerCase(words);
-  const auto append = [&](std::string_view word) {
-    if (!reader.acceptWord(word)) return false;
-    words += ' ';
-    words += word;
-    return true;
-  };
-  if (first == "double") append("precision");
-  if (first == "national") append("character") || append("char") || append("text");
-  if (first == "national" || first == "character" || first == "char" || first == "binary") append("varying");
-  return words;
-}
-
-int readSize(TokenReader& reader) {
-  if (reader.acceptWord("max")) return -1;
-  const Token& token = reader.peek();
-  int value = 0;
-  const auto [end, error] = std::from_chars(token.raw.data(), token.raw.data() + token.raw.size(), value);
-  if (token.kind != TokenKind::Number || error != std::errc() || end != token.raw.data() + token.raw.size())
-    throw NotUnderstood{"a size is expected before '" + std::string(token.raw.substr(0, 40)) + "'", token.line};
-  reader.next();
-  return value;
-}
-
 const char* affinityOf(const TypeRef& type) {
   switch (type.dataType) {
     case DataType::Boolean:
@@ -175,6 +109,37 @@ std::string sizeText(const TypeRef& type) {
 }
 
 }  // namespace
+
+Sizing sizingOf(int xtype) {
+  switch (xtype) {
+    case 167:
+    case 175:
+      return Sizing::Characters;
+    case 231:
+    case 239:
+      return Sizing::WideCharacters;
+    case 165:
+    case 173:
+      return Sizing::Bytes;
+    case 106:
+    case 108:
+      return Sizing::Decimal;
+    case 62:
+      return Sizing::Float;
+    case 41:
+    case 42:
+    case 43:
+      return Sizing::Fraction;
+    default:
+      return Sizing::None;
+  }
+}
+
+void badSize(const SystemType& type, int size) {
+  throw DataError(errorNumber::badSql,
+                  "The size (" + std::to_string(size) + ") given to the type '" + type.name + "' is not allowed.",
+                  "42000");
+}
 
 const std::vector<SystemType>& systemTypes() {
   static const std::vector<SystemType> types = {
@@ -262,40 +227,6 @@ TypeRef systemTypeRef(const SystemType& type, int size, int scale) {
       break;
   }
   return ref;
-}
-
-TypeRef readType(TokenReader& reader, const Catalogue* catalogue) {
-  const std::size_t line = reader.peek().line;
-  std::string schema;
-  std::string name = readTypeWords(reader);
-  if (reader.acceptSymbol(".")) {
-    schema = name;
-    name = reader.expectIdentifier();
-  }
-  const SystemType* system = schema.empty() || equalNoCase(schema, "sys") ? findSystemType(name) : nullptr;
-  if (!system) {
-    if (catalogue)
-      if (auto alias = catalogue->aliasType(schema, name)) return *alias;
-    if (equalNoCase(schema, "dbo")) system = findSystemType(name);
-    if (!system) throw NotUnderstood{"unknown type " + (schema.empty() ? "" : schema + ".") + name, line};
-  }
-  if (system->xtype == 241) {  // xml(CONTENT collection): the collection isn't kept
-    if (reader.peek().isSymbol("(")) reader.skipParentheses();
-    return systemTypeRef(*system);
-  }
-  int size = 0;
-  int scale = -1;
-  const Sizing sizing = system->xusertype == sysnameXusertype ? Sizing::None : sizingOf(system->xtype);
-  if (sizing != Sizing::None && reader.acceptSymbol("(")) {
-    size = readSize(reader);
-    if (size == 0 && sizing != Sizing::Fraction) badSize(*system, size);
-    if (sizing == Sizing::Fraction)
-      scale = size;
-    else if (sizing == Sizing::Decimal && reader.acceptSymbol(","))
-      scale = readSize(reader);
-    reader.expectSymbol(")");
-  }
-  return systemTypeRef(*system, size, scale);
 }
 
 std::string storageDeclaration(const TypeRef& type) {

@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/data/embedded/lexer.h"
 #include "platform/data/provider.h"
 
 namespace qrel::tsql {
@@ -40,14 +39,16 @@ struct TypeRef {
   std::optional<bool> aliasNullable;  // set for alias types
 };
 
-class Catalogue;
 // The type of a bare system type name; `size` and `scale` as in name(size,scale): 0 and -1 where they are absent, size
 // -1 for max. Raises DataError 0x80040E14 for a size the type can't have.
 TypeRef systemTypeRef(const SystemType& type, int size = 0, int scale = -1);
 
-// Reads "decimal(18,2)", "[varchar](max)", "double precision", "dbo.Name" ... at the reader. Unknown names raise
-// NotUnderstood. `catalogue` (may be null) knows the alias types.
-TypeRef readType(TokenReader& reader, const Catalogue* catalogue);
+// Sizes that a type is declared with, by xtype.
+enum class Sizing : std::uint8_t { None, Characters, WideCharacters, Bytes, Decimal, Float, Fraction };
+Sizing sizingOf(int xtype);
+// Raises the DataError of a size that the type can't have.
+[[noreturn]] void badSize(const SystemType& type, int size);
+inline constexpr int sysnameXusertype = 256;
 
 // The declaration of a column in the SQLite table: affinity, type text and collation, such as
 // "TEXT decimal(18,2) COLLATE q_decimal". decimal, money, dates, GUIDs and text are TEXT in their text form; binary

@@ -1,0 +1,34 @@
+// A script file as batches: GO lines and sqlcmd's commands and variables.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qrel {
+
+// A statement that was skipped or failed.
+struct SkippedStatement {
+  std::string file;
+  std::size_t line = 1;  // 1-based in the file
+  std::string firstWords;
+  std::string reason;
+};
+
+// One batch of a script: its text, where it begins, how often it runs.
+struct Batch {
+  std::string_view text;
+  std::size_t firstLine = 1;  // 1-based in the file
+  int count = 1;
+};
+// Splits at GO (alone on its line, any case, optional count, optional semicolon or line comment behind it), not inside
+// strings, brackets or block comments.
+std::vector<Batch> splitBatches(std::string_view script);
+// Replaces $(name) by its value and carries out :setvar; other sqlcmd commands (:r, :on error ...) are blanked and told
+// in `unknown` with their lines. An undefined $(name) stays as it is. Line count and line ends stay.
+std::string applySqlcmd(std::string_view script, std::vector<std::pair<std::string, std::string>>& variables,
+                        std::vector<SkippedStatement>& unknown);
+
+}  // namespace qrel
