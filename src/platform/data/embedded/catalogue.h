@@ -1,4 +1,4 @@
-// The catalogue of one database file: what it holds and how objects get into it and out of it.
+// The catalogue of one database file: what it holds. How objects get into it and out of it: catalogueChanges.h.
 //
 // Stored tables (all in the .mdf; `name` columns have COLLATE q_text):
 //   cat_schemas(id PK, name)                         1 is dbo
@@ -108,6 +108,7 @@ struct ObjectInfo {
   std::int64_t parent = 0;
 };
 
+// Look-ups in the stored catalogue. It changes nothing but what it keeps.
 class Catalogue {
  public:
   // `database` is an open .mdf; `serverMajor` its server's major version.
@@ -117,6 +118,7 @@ class Catalogue {
   static void createStorage(sqlite::Database& database);
 
   int serverMajor() const { return serverMajor_; }
+  sqlite::Database& database() const { return database_; }
 
   // Look-ups. Names compare without case and trailing blanks; an empty schema means dbo.
   std::optional<ObjectInfo> find(std::string_view schema, std::string_view name) const;
@@ -126,44 +128,10 @@ class Catalogue {
   std::optional<TypeRef> aliasType(std::string_view schema, std::string_view name) const;
   bool schemaExists(std::string_view name) const;
 
-  // Changes. Errors are DataErrors in the server's words: "There is already an object named 'x' in the database.",
-  // "Cannot find the object ...", "Column name 'x' ... specified more than once.", ...
-  void createTable(const TableDef& table);
-  void addColumns(const ObjectName& table, const std::vector<ColumnDef>& columns);
-  void dropColumn(const ObjectName& table, std::string_view column);
-  void alterColumn(const ObjectName& table, const ColumnDef& column);
-  void addIndex(const ObjectName& table, const IndexDef& index);
-  void addForeignKey(const ObjectName& table, const ForeignKeyDef& key);
-  void addCheck(const ObjectName& table, const CheckDef& check);
-  void addDefault(const ObjectName& table, std::string_view column, const std::string& name, const std::string& text);
-  void dropConstraint(const ObjectName& table, std::string_view name);
-  void dropIndex(const ObjectName& table, std::string_view name);
-  // Procedures, functions, views, triggers: xtype as in ObjectInfo, `text` to the byte. An existing object of the same
-  // xtype is replaced when `replace` is set. `encrypted`: no text is kept. Triggers name their table in `parent`.
-  void createModule(const ObjectName& name, const std::string& xtype, const std::string& text, bool replace,
-                    bool encrypted, const ObjectName* parent);
-  // Counts a sequence on and returns its value; refuses a name that is no sequence.
-  std::int64_t nextSequenceValue(const ObjectName& name);
-  void createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment);
-  // An object of which only name and type are kept: synonyms, table types.
-  void createPlain(const ObjectName& name, const std::string& xtype);
-  void dropObject(const ObjectName& name, const std::vector<std::string>& xtypes);
-  void createSchema(std::string_view name);
-  void dropSchema(std::string_view name);
-  void createAliasType(const ObjectName& name, const TypeRef& base, bool nullable);
-  void dropType(const ObjectName& name);
-  // `column`: a column or an index of the table `object`; empty: the object itself.
-  void rename(const ObjectName& object, std::string_view column, std::string_view newName);
-  // state: 'G', 'W' (with grant), 'D', 'R' removes. An empty object means the database.
-  void setPermission(char state, const std::string& permission, const ObjectName* object, const std::string& grantee);
-
   // Forgets kept look-ups; call after a rollback.
   void forget() const;
 
  private:
-  std::shared_ptr<const TableInfo> parentTable(const ObjectInfo& object) const;
-  void renameColumnOrIndex(const TableInfo* table, std::string_view name, std::string_view newName);
-
   sqlite::Database& database_;
   int serverMajor_;
   mutable std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;

@@ -1,4 +1,6 @@
 // Changes of tables: their columns, keys, constraints and indexes.
+#include "platform/data/embedded/catalogueChanges.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -309,7 +311,7 @@ std::string makeConstraintName(const Catalogue& catalogue, std::string_view kind
   }
 }
 
-void Catalogue::createTable(const TableDef& def) {
+void CatalogueChanges::createTable(const TableDef& def) {
   const std::int64_t schema = schemaId(database_, def.schema);
   if (schema == 0) {
     refuse("The specified schema name \"" + def.schema +
@@ -329,9 +331,9 @@ void Catalogue::createTable(const TableDef& def) {
     }
     insertColumn(database_, id, kept, ++colid);
   }
-  forget();
-  const auto info = table(def.schema, def.name);
-  TableRows rows(database_, *this, *info);
+  catalogue_.forget();
+  const auto info = catalogue_.table(def.schema, def.name);
+  TableRows rows(database_, catalogue_, *info);
   for (const ColumnDef& column : def.columns)
     if (!column.defaultText.empty()) rows.addDefault(*info->find(column.name), column.defaultName, column.defaultText);
   const bool clustered = std::any_of(def.indexes.begin(), def.indexes.end(), [](const IndexDef& index) {
@@ -343,14 +345,14 @@ void Catalogue::createTable(const TableDef& def) {
   }
   for (const ForeignKeyDef& key : def.foreignKeys) rows.addForeignKey(key);
   for (const CheckDef& check : def.checks) rows.addCheck(check);
-  forget();
-  const auto complete = table(def.schema, def.name);
-  createStorageTable(database_, *this, *complete, complete->storage);
-  createStorageIndexes(database_, *this, *complete);
+  catalogue_.forget();
+  const auto complete = catalogue_.table(def.schema, def.name);
+  createStorageTable(database_, catalogue_, *complete, complete->storage);
+  createStorageIndexes(database_, catalogue_, *complete);
 }
 
-void Catalogue::addColumns(const ObjectName& tableName, const std::vector<ColumnDef>& columns) {
-  const auto before = requireTable(*this, tableName);
+void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector<ColumnDef>& columns) {
+  const auto before = requireTable(catalogue_, tableName);
   std::vector<std::string> names;
   for (const auto& column : before->columns) names.push_back(column.name);
   for (const ColumnDef& column : columns) names.push_back(column.name);
@@ -369,24 +371,24 @@ void Catalogue::addColumns(const ObjectName& tableName, const std::vector<Column
     const std::string head = "alter table " + quoteName(before->storage) + " add column ";
     const TableInfo::Column info = columnInfo(column, colid);
     try {
-      database_.execute(head + storageColumn(*this, info, false));
+      database_.execute(head + storageColumn(catalogue_, info, false));
     } catch (const NotUnderstood&) {
-      database_.execute(head + storageColumn(*this, info, true));
+      database_.execute(head + storageColumn(catalogue_, info, true));
     } catch (const DataError&) {
       if (!info.computed) throw;
-      database_.execute(head + storageColumn(*this, info, true));
+      database_.execute(head + storageColumn(catalogue_, info, true));
     }
   }
-  forget();
-  const auto after = requireTable(*this, tableName);
-  TableRows rows(database_, *this, *after);
+  catalogue_.forget();
+  const auto after = requireTable(catalogue_, tableName);
+  TableRows rows(database_, catalogue_, *after);
   for (const ColumnDef& column : columns)
     if (!column.defaultText.empty()) rows.addDefault(*after->find(column.name), column.defaultName, column.defaultText);
-  forget();
+  catalogue_.forget();
 }
 
-void Catalogue::dropColumn(const ObjectName& tableName, std::string_view column) {
-  const auto before = requireTable(*this, tableName);
+void CatalogueChanges::dropColumn(const ObjectName& tableName, std::string_view column) {
+  const auto before = requireTable(catalogue_, tableName);
   const auto* found = before->find(column);
   if (!found) {
     refuse("ALTER TABLE DROP COLUMN failed because column '" + std::string(column) + "' does not exist in table '" +
@@ -408,11 +410,11 @@ void Catalogue::dropColumn(const ObjectName& tableName, std::string_view column)
       .bind(1, before->id)
       .bind(2, std::int64_t{found->colid})
       .run();
-  forget();
+  catalogue_.forget();
 }
 
-void Catalogue::alterColumn(const ObjectName& tableName, const ColumnDef& column) {
-  const auto before = requireTable(*this, tableName);
+void CatalogueChanges::alterColumn(const ObjectName& tableName, const ColumnDef& column) {
+  const auto before = requireTable(catalogue_, tableName);
   const auto* found = before->find(column.name);
   if (!found) {
     refuse("ALTER TABLE ALTER COLUMN failed because column '" + column.name + "' does not exist in table '" +
@@ -433,49 +435,49 @@ void Catalogue::alterColumn(const ObjectName& tableName, const ColumnDef& column
   update.bind(4, std::int64_t{column.type.xusertype}).bind(5, std::int64_t{column.type.length});
   update.bind(6, std::int64_t{column.type.prec}).bind(7, std::int64_t{column.type.scale});
   update.bind(8, std::int64_t{column.nullable}).run();
-  forget();
-  const auto after = requireTable(*this, tableName);
+  catalogue_.forget();
+  const auto after = requireTable(catalogue_, tableName);
   // The unique indexes treat columns with and without Null differently.
   if (storageDeclaration(found->type) != storageDeclaration(column.type) || found->nullable != column.nullable)
-    rebuildStorageTable(database_, *this, *after, found->name);
+    rebuildStorageTable(database_, catalogue_, *after, found->name);
 }
 
-void Catalogue::addIndex(const ObjectName& tableName, const IndexDef& index) {
-  const auto info = requireTable(*this, tableName);
+void CatalogueChanges::addIndex(const ObjectName& tableName, const IndexDef& index) {
+  const auto info = requireTable(catalogue_, tableName);
   for (const std::string& name : index.columns) {
     if (requireColumn(*info, name).nullable && index.kind == KeyKind::PrimaryKey)
       refuse("Cannot define PRIMARY KEY constraint on nullable column in table '" + info->name + "'.");
   }
-  const int indid = TableRows(database_, *this, *info).addIndex(index);
-  createStorageIndexes(database_, *this, *info, indid);
+  const int indid = TableRows(database_, catalogue_, *info).addIndex(index);
+  createStorageIndexes(database_, catalogue_, *info, indid);
 }
 
-void Catalogue::addForeignKey(const ObjectName& tableName, const ForeignKeyDef& key) {
-  const auto info = requireTable(*this, tableName);
-  TableRows(database_, *this, *info).addForeignKey(key);
+void CatalogueChanges::addForeignKey(const ObjectName& tableName, const ForeignKeyDef& key) {
+  const auto info = requireTable(catalogue_, tableName);
+  TableRows(database_, catalogue_, *info).addForeignKey(key);
 }
 
-void Catalogue::addCheck(const ObjectName& tableName, const CheckDef& check) {
-  const auto info = requireTable(*this, tableName);
-  TableRows(database_, *this, *info).addCheck(check);
+void CatalogueChanges::addCheck(const ObjectName& tableName, const CheckDef& check) {
+  const auto info = requireTable(catalogue_, tableName);
+  TableRows(database_, catalogue_, *info).addCheck(check);
 }
 
-void Catalogue::addDefault(const ObjectName& tableName, std::string_view column, const std::string& name,
-                           const std::string& text) {
-  const auto info = requireTable(*this, tableName);
+void CatalogueChanges::addDefault(const ObjectName& tableName, std::string_view column, const std::string& name,
+                                  const std::string& text) {
+  const auto info = requireTable(catalogue_, tableName);
   const auto* found = info->find(column);
   if (!found) {
     refuse("Column '" + std::string(column) + "' in table '" + info->name +
            "' is invalid for creating a default constraint.");
   }
   if (!found->defaultText.empty()) refuse("Column already has a DEFAULT bound to it.");
-  TableRows(database_, *this, *info).addDefault(*found, name, text);
-  forget();
+  TableRows(database_, catalogue_, *info).addDefault(*found, name, text);
+  catalogue_.forget();
 }
 
-void Catalogue::dropConstraint(const ObjectName& tableName, std::string_view name) {
-  const auto info = requireTable(*this, tableName);
-  const auto object = find(info->schema, name);
+void CatalogueChanges::dropConstraint(const ObjectName& tableName, std::string_view name) {
+  const auto info = requireTable(catalogue_, tableName);
+  const auto object = catalogue_.find(info->schema, name);
   if (!object || object->parent != info->id || object->xtype == "TR")
     refuse("'" + std::string(name) + "' is not a constraint.");
   if (object->xtype == "PK" || object->xtype == "UQ") {
@@ -494,11 +496,11 @@ void Catalogue::dropConstraint(const ObjectName& tableName, std::string_view nam
         .run();
   }
   removeObject(database_, object->id);
-  forget();
+  catalogue_.forget();
 }
 
-void Catalogue::dropIndex(const ObjectName& tableName, std::string_view name) {
-  const auto info = requireTable(*this, tableName);
+void CatalogueChanges::dropIndex(const ObjectName& tableName, std::string_view name) {
+  const auto info = requireTable(catalogue_, tableName);
   auto& query = database_.cached("select indid, constraint_id from cat_indexes where object_id = ?1 and name = ?2");
   query.bind(1, info->id).bind(2, name);
   const bool found = query.step();

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <utility>
 
+#include "platform/data/embedded/catalogueChanges.h"
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/quoting.h"
 #include "platform/text.h"
@@ -173,12 +174,12 @@ void writeComment(sqlite::Database& database, std::int64_t id, std::string_view 
   }
 }
 
-void Catalogue::createModule(const ObjectName& name, const std::string& xtype, const std::string& text, bool replace,
-                             bool encrypted, const ObjectName* parent) {
+void CatalogueChanges::createModule(const ObjectName& name, const std::string& xtype, const std::string& text,
+                                    bool replace, bool encrypted, const ObjectName* parent) {
   std::int64_t parentId = 0;
   std::string schema = name.schema;
   if (parent) {
-    const auto target = find(parent->schema, parent->name);
+    const auto target = catalogue_.find(parent->schema, parent->name);
     if (!target || (target->xtype != "U" && target->xtype != "V")) {
       refuse("The object '" + fullName(parent->schema, parent->name) +
                  "' does not exist or is invalid for this operation.",
@@ -187,7 +188,7 @@ void Catalogue::createModule(const ObjectName& name, const std::string& xtype, c
     parentId = target->id;
     schema = target->schema;
   }
-  const auto existing = find(schema, name.name);
+  const auto existing = catalogue_.find(schema, name.name);
   if (!existing || !replace) {
     const std::int64_t id = addObject(database_, name.name, requireSchema(database_, schema), xtype, parentId);
     writeComment(database_, id, text, encrypted);
@@ -204,18 +205,18 @@ void Catalogue::createModule(const ObjectName& name, const std::string& xtype, c
       .run();
 }
 
-void Catalogue::createPlain(const ObjectName& name, const std::string& xtype) {
+void CatalogueChanges::createPlain(const ObjectName& name, const std::string& xtype) {
   addObject(database_, name.name, requireSchema(database_, name.schema), xtype, 0);
 }
 
-void Catalogue::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment) {
+void CatalogueChanges::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment) {
   const std::int64_t id = addObject(database_, name.name, requireSchema(database_, name.schema), "SO", 0);
   auto& insert = database_.cached("insert into cat_sequences values(?1,?2,?3)");
   insert.bind(1, id).bind(2, start).bind(3, increment).run();
 }
 
-std::int64_t Catalogue::nextSequenceValue(const ObjectName& name) {
-  const auto object = find(name.schema, name.name);
+std::int64_t CatalogueChanges::nextSequenceValue(const ObjectName& name) {
+  const auto object = catalogue_.find(name.schema, name.name);
   if (!object || object->xtype != "SO")
     refuse("Invalid object name '" + fullName(name.schema, name.name) + "'.", errorNumber::invalidObjectName);
   auto& query = database_.cached("select next from cat_sequences where object_id = ?1");
@@ -225,8 +226,8 @@ std::int64_t Catalogue::nextSequenceValue(const ObjectName& name) {
   return value;
 }
 
-void Catalogue::dropObject(const ObjectName& name, const std::vector<std::string>& xtypes) {
-  const auto object = find(name.schema, name.name);
+void CatalogueChanges::dropObject(const ObjectName& name, const std::vector<std::string>& xtypes) {
+  const auto object = catalogue_.find(name.schema, name.name);
   if (!object || std::find(xtypes.begin(), xtypes.end(), object->xtype) == xtypes.end()) {
     refuse("Cannot drop the object '" + fullName(name.schema, name.name) +
            "', because it does not exist or you do not have permission.");
@@ -236,23 +237,24 @@ void Catalogue::dropObject(const ObjectName& name, const std::vector<std::string
       refuse("Could not drop object '" + fullName(name.schema, name.name) +
              "' because it is referenced by a FOREIGN KEY constraint.");
     }
-    removeTableRows(database_, *table(name.schema, name.name));
+    removeTableRows(database_, *catalogue_.table(name.schema, name.name));
   }
   removeObject(database_, object->id);
   if (object->xtype == "V") {
     auto& triggers = database_.cached("delete from cat_objects where parent_obj = ?1");
     triggers.bind(1, object->id).run();
   }
-  forget();
+  catalogue_.forget();
 }
 
-void Catalogue::createSchema(std::string_view name) {
-  if (schemaExists(name)) refuse("There is already an object named '" + std::string(name) + "' in the database.");
+void CatalogueChanges::createSchema(std::string_view name) {
+  if (catalogue_.schemaExists(name))
+    refuse("There is already an object named '" + std::string(name) + "' in the database.");
   auto& insert = database_.cached("insert into cat_schemas select max(max(id) + 1, 5), ?1 from cat_schemas");
   insert.bind(1, name).run();
 }
 
-void Catalogue::dropSchema(std::string_view name) {
+void CatalogueChanges::dropSchema(std::string_view name) {
   const std::int64_t id = schemaId(database_, name);
   if (id <= 1) {
     refuse("Cannot drop the schema '" + std::string(name) +
@@ -268,9 +270,9 @@ void Catalogue::dropSchema(std::string_view name) {
   database_.cached("delete from cat_schemas where id = ?1").bind(1, id).run();
 }
 
-void Catalogue::createAliasType(const ObjectName& name, const TypeRef& base, bool nullable) {
+void CatalogueChanges::createAliasType(const ObjectName& name, const TypeRef& base, bool nullable) {
   const std::int64_t schema = requireSchema(database_, name.schema);
-  if (aliasType(name.schema, name.name) || (schema == 1 && findSystemType(name.name)))
+  if (catalogue_.aliasType(name.schema, name.name) || (schema == 1 && findSystemType(name.name)))
     refuse("The type '" + fullName(name.schema, name.name) +
            "' already exists, or you do not have permission to create it.");
   auto& insert = database_.cached(
@@ -280,8 +282,8 @@ void Catalogue::createAliasType(const ObjectName& name, const TypeRef& base, boo
   insert.bind(5, std::int64_t{base.prec}).bind(6, std::int64_t{base.scale}).bind(7, std::int64_t{nullable}).run();
 }
 
-void Catalogue::dropType(const ObjectName& name) {
-  const auto type = aliasType(name.schema, name.name);
+void CatalogueChanges::dropType(const ObjectName& name) {
+  const auto type = catalogue_.aliasType(name.schema, name.name);
   if (!type) {
     dropObject(name, {"TT"});
     return;
@@ -293,16 +295,16 @@ void Catalogue::dropType(const ObjectName& name) {
   database_.cached("delete from cat_types where xusertype = ?1").bind(1, std::int64_t{type->xusertype}).run();
 }
 
-void Catalogue::rename(const ObjectName& object, std::string_view column, std::string_view newName) {
-  const auto found = find(object.schema, object.name);
+void CatalogueChanges::rename(const ObjectName& object, std::string_view column, std::string_view newName) {
+  const auto found = catalogue_.find(object.schema, object.name);
   if (!found) refuse("Either the parameter @objname is ambiguous or the claimed @objtype (OBJECT) is wrong.");
-  const auto info = found->xtype == "U" ? table(found->schema, found->name) : nullptr;
+  const auto info = found->xtype == "U" ? catalogue_.table(found->schema, found->name) : nullptr;
   if (!column.empty()) {
     renameColumnOrIndex(info.get(), column, newName);
-    forget();
+    catalogue_.forget();
     return;
   }
-  if (const auto other = find(found->schema, newName); other && other->id != found->id) {
+  if (const auto other = catalogue_.find(found->schema, newName); other && other->id != found->id) {
     refuse("Error: The new name '" + std::string(newName) +
            "' is already in use as a object name and would cause a "
            "duplicate that is not permitted.");
@@ -314,16 +316,17 @@ void Catalogue::rename(const ObjectName& object, std::string_view column, std::s
                       quoteName(info->schema + "." + std::string(newName)));
   }
   renameObject(database_, found->id, newName);
-  forget();
-  if (owner) createStorageIndexes(database_, *this, *table(owner->schema, info ? newName : owner->name));
+  catalogue_.forget();
+  if (owner)
+    createStorageIndexes(database_, catalogue_, *catalogue_.table(owner->schema, info ? newName : owner->name));
 }
 
-std::shared_ptr<const TableInfo> Catalogue::parentTable(const ObjectInfo& object) const {
-  const auto parent = object.parent == 0 ? std::nullopt : find(object.parent);
-  return parent ? table(parent->schema, parent->name) : nullptr;
+std::shared_ptr<const TableInfo> CatalogueChanges::parentTable(const ObjectInfo& object) const {
+  const auto parent = object.parent == 0 ? std::nullopt : catalogue_.find(object.parent);
+  return parent ? catalogue_.table(parent->schema, parent->name) : nullptr;
 }
 
-void Catalogue::renameColumnOrIndex(const TableInfo* table, std::string_view name, std::string_view newName) {
+void CatalogueChanges::renameColumnOrIndex(const TableInfo* table, std::string_view name, std::string_view newName) {
   const std::string ambiguous = "Either the parameter @objname is ambiguous or the claimed @objtype (COLUMN) is wrong.";
   if (!table) refuse(ambiguous);
   if (const auto* column = table->find(name)) {
@@ -354,16 +357,16 @@ void Catalogue::renameColumnOrIndex(const TableInfo* table, std::string_view nam
       .bind(2, name)
       .bind(3, newName)
       .run();
-  createStorageIndexes(database_, *this, *table);
+  createStorageIndexes(database_, catalogue_, *table);
 }
 
-void Catalogue::setPermission(char state, const std::string& permission, const ObjectName* object,
-                              const std::string& grantee) {
+void CatalogueChanges::setPermission(char state, const std::string& permission, const ObjectName* object,
+                                     const std::string& grantee) {
   std::int64_t kind = 0;
   std::int64_t major = 0;
   if (object) {
     kind = 1;
-    const auto found = find(object->schema, object->name);
+    const auto found = catalogue_.find(object->schema, object->name);
     if (!found) {
       refuse("Cannot find the object '" + object->name + "', because it does not exist or you do not have permission.");
     }

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/data/embedded/catalogueChanges.h"
 #include "platform/data/embedded/ddl.h"
 #include "platform/data/embedded/rows.h"
 #include "platform/data/embedded/session.h"
@@ -108,6 +109,7 @@ class Interpreter {
   template <class Work>
   void atomically(Work&& work);
   void schemaChanged();
+  CatalogueChanges changes() { return CatalogueChanges(*catalogue_); }
   [[noreturn]] void notUnderstood(std::string reason) const;
   void skipWithoutEffect();
   void notKept();

@@ -149,7 +149,7 @@ void Interpreter::systemProcedure(const std::string& name, const std::vector<Arg
   if (name == "sp_attach_db" || name == "sp_attach_single_file_db") return attachDatabase(arguments);
   if (name == "sp_droptype") {
     if (arguments.empty()) refuse("Procedure 'sp_droptype' expects parameter '@typename', which was not supplied.");
-    catalogue_->dropType(nameFrom(arguments[0].value.text));
+    changes().dropType(nameFrom(arguments[0].value.text));
     return;
   }
   if (isWithoutEffect(name)) return;
@@ -200,7 +200,7 @@ void Interpreter::addType(const std::vector<Argument>& arguments) {
   const auto tokens = lex(base.text);
   TokenReader reader(base.text, tokens);
   const TypeRef type = readType(reader, catalogue_);
-  catalogue_->createAliasType(nameFrom(name.text), type, nullable != "NOT NULL" && nullable != "NONULL");
+  changes().createAliasType(nameFrom(name.text), type, nullable != "NOT NULL" && nullable != "NONULL");
   made("type");
 }
 
@@ -221,7 +221,7 @@ void Interpreter::renameObject(const std::vector<Argument>& arguments) {
     name = {"", name.server, name.database, name.schema};
   }
   name = localName(name);
-  atomically([&] { catalogue_->rename(name, part, fresh.text); });
+  atomically([&] { changes().rename(name, part, fresh.text); });
   schemaChanged();
 }
 

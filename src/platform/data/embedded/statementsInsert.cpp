@@ -156,7 +156,7 @@ InsertPlan::Column Interpreter::defaultFor(const TableInfo::Column& column) {
 Value Interpreter::defaultOf(const InsertPlan::Column& source) {
   if (source.fixed) return *source.fixed;
   if (source.sequence)
-    return convertTo(source.column->type, Value::ofInteger(catalogue_->nextSequenceValue(*source.sequence)));
+    return convertTo(source.column->type, Value::ofInteger(changes().nextSequenceValue(*source.sequence)));
   if (source.sql.empty()) return {};
   const Value value = evaluate(source.sql);
   return value.null ? value : convertTo(source.column->type, value);
@@ -313,7 +313,7 @@ bool Interpreter::readNextValue(Value& value) {
   if (!reader_.peek().is("NEXT") || !reader_.peek(1).is("VALUE") || !reader_.peek(2).is("FOR")) return false;
   reader_.moveTo(reader_.position() + 3);
   const ObjectName name = localName(readObjectName(reader_));
-  if (running()) value = Value::ofInteger(catalogue_->nextSequenceValue(name));
+  if (running()) value = Value::ofInteger(changes().nextSequenceValue(name));
   return true;
 }
 

@@ -154,8 +154,8 @@ void Interpreter::moduleStatement() {
                     "42S02");
   }
   atomically([&] {
-    catalogue_->createModule(name, xtype, moduleText(create, kindAt), alter || orAlter, isEncrypted(behindName),
-                             parent ? &*parent : nullptr);
+    changes().createModule(name, xtype, moduleText(create, kindAt), alter || orAlter, isEncrypted(behindName),
+                           parent ? &*parent : nullptr);
   });
   made(kind);
 }

@@ -60,7 +60,7 @@ void Interpreter::createSchema() {
     if (name.empty()) name = owner;
   }
   if (!act()) return;
-  catalogue_->createSchema(name);
+  changes().createSchema(name);
   made("schema");
 }
 
@@ -74,7 +74,7 @@ void Interpreter::createType() {
       reader_.skipParentheses();
     }
     if (!act()) return;
-    catalogue_->createPlain(name, "TT");
+    changes().createPlain(name, "TT");
   } else {
     reader_.expectWord("FROM");
     const TypeRef base = readType(reader_, catalogue_);
@@ -85,7 +85,7 @@ void Interpreter::createType() {
     }
     if (!nullable || reader_.peek().is("NULL")) reader_.next();
     if (!act()) return;
-    catalogue_->createAliasType(name, base, nullable);
+    changes().createAliasType(name, base, nullable);
   }
   made("type");
 }
@@ -113,7 +113,7 @@ void Interpreter::createSequence() {
     }
   }
   if (!act()) return;
-  catalogue_->createSequence(name, start, increment);
+  changes().createSequence(name, start, increment);
   made("sequence");
 }
 
@@ -122,7 +122,7 @@ void Interpreter::createSynonym() {
   reader_.expectWord("FOR");
   readObjectName(reader_);
   if (!act()) return;
-  catalogue_->createPlain(name, "SN");
+  changes().createPlain(name, "SN");
   made("synonym");
 }
 
@@ -190,12 +190,12 @@ void Interpreter::dropStatement() {
       atomically([&] {
         if (kind) {
           const auto found = catalogue_->find(name.schema, name.name);
-          if (found || !ifExists) catalogue_->dropObject(name, kind->xtypes);
+          if (found || !ifExists) changes().dropObject(name, kind->xtypes);
         } else if (word.is("SCHEMA")) {
-          if (catalogue_->schemaExists(name.name) || !ifExists) catalogue_->dropSchema(name.name);
+          if (catalogue_->schemaExists(name.name) || !ifExists) changes().dropSchema(name.name);
         } else if (!ifExists || catalogue_->aliasType(name.schema, name.name) ||
                    catalogue_->find(name.schema, name.name)) {
-          catalogue_->dropType(name);
+          changes().dropType(name);
         }
       });
     } catch (const DataError& error) {
@@ -234,7 +234,7 @@ void Interpreter::dropIndexes(bool ifExists) {
       query.reset();
       if (!there) continue;
     }
-    atomically([&, &on = table, &name = index] { catalogue_->dropIndex(on, name); });
+    atomically([&, &on = table, &name = index] { changes().dropIndex(on, name); });
   }
   schemaChanged();
 }
@@ -316,7 +316,7 @@ void Interpreter::permissionStatement() {
   atomically([&] {
     for (const std::string& grantee : grantees)
       for (const std::string& permission : permissions)
-        catalogue_->setPermission(state, permission, object ? &*object : nullptr, grantee);
+        changes().setPermission(state, permission, object ? &*object : nullptr, grantee);
   });
 }
 

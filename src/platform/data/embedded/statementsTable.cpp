@@ -18,7 +18,7 @@ void Interpreter::createTable() {
   if (reader_.peek().is("AS")) notUnderstood("CREATE TABLE AS isn't kept");
   ddl.tableBody(table);
   if (!act()) return;
-  atomically([&] { catalogue_->createTable(table); });
+  atomically([&] { changes().createTable(table); });
   schemaChanged();
   made("table");
 }
@@ -29,7 +29,7 @@ void Interpreter::createIndex() {
   const IndexDef index = ddl.createIndex(table);
   table = localName(table);
   if (!act()) return;
-  atomically([&] { catalogue_->addIndex(table, index); });
+  atomically([&] { changes().addIndex(table, index); });
   schemaChanged();
   made("index");
 }
@@ -93,13 +93,13 @@ void Interpreter::alterTableAdd(const ObjectName& name) {
           if (index.kind == KeyKind::PrimaryKey && inKey) column.nullable = false;
         }
       }
-      catalogue_->addColumns(name, columns);
+      changes().addColumns(name, columns);
       fillColumns(name, columns, ddl.withValues);
     }
-    for (const IndexDef& index : table.indexes) catalogue_->addIndex(name, index);
-    for (const ForeignKeyDef& key : table.foreignKeys) catalogue_->addForeignKey(name, key);
-    for (const CheckDef& check : table.checks) catalogue_->addCheck(name, check);
-    for (const auto& each : ddl.defaultsFor) catalogue_->addDefault(name, each.column, each.name, each.text);
+    for (const IndexDef& index : table.indexes) changes().addIndex(name, index);
+    for (const ForeignKeyDef& key : table.foreignKeys) changes().addForeignKey(name, key);
+    for (const CheckDef& check : table.checks) changes().addCheck(name, check);
+    for (const auto& each : ddl.defaultsFor) changes().addDefault(name, each.column, each.name, each.text);
   });
   schemaChanged();
   made(!columns.empty() ? "column" : "constraint");
@@ -166,9 +166,9 @@ void Interpreter::alterTableDrop(const ObjectName& name) {
         if (part.column ? table->find(part.name) == nullptr : !object || object->parent != table->id) continue;
       }
       if (part.column) {
-        catalogue_->dropColumn(name, part.name);
+        changes().dropColumn(name, part.name);
       } else {
-        catalogue_->dropConstraint(name, part.name);
+        changes().dropConstraint(name, part.name);
       }
     }
   });
@@ -190,7 +190,7 @@ void Interpreter::alterTableColumn(const ObjectName& name) {
   ColumnDef column = DdlReader(reader_, *catalogue_).column(extra);
   if (reader_.acceptWord("WITH")) reader_.skipParentheses();
   if (!act()) return;
-  atomically([&] { catalogue_->alterColumn(name, column); });
+  atomically([&] { changes().alterColumn(name, column); });
   schemaChanged();
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/data/embedded/collations.h"
 #include "platform/data/embedded/functions.h"
 #include "platform/data/embedded/instances.h"
 #include "platform/data/embedded/loader.h"

@@ -1,3 +1,4 @@
+#include "platform/data/embedded/typeNames.h"
 #include "platform/data/embedded/types.h"
 
 #include <gtest/gtest.h>
