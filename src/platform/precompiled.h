@@ -1,5 +1,5 @@
-// The headers of the standard library that most files read, compiled once for all of them. Nothing relies on it: each file
-// still includes what it uses.
+// The headers of the standard library that most files read, compiled once for all of them. Nothing relies on it: each
+// file still includes what it uses.
 #pragma once
 
 #include <algorithm>
