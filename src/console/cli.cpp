@@ -30,9 +30,13 @@ void addLoad(CLI::App& app, CommandLine& line) {
   load->add_option("SERVER/DATABASE", line.load.target, "made when it isn't there")->required();
   load->add_option("FILE-OR-FOLDER", line.load.paths, ".sql files, or folders of them")->required();
   load->add_flag("--replace", line.load.replace, "empty an existing database first");
-  load->add_option("--version", line.load.version, "the server's product version, such as 8.00.2039 or 11.0.2100.60");
+  CLI::Option* version = load->add_option("--version", line.load.version,
+                                          "the server's product version, such as 8.00.2039 or 11.0.2100.60");
   load->add_option("--variable", line.load.variables, "NAME=VALUE for $(NAME) in the scripts")->allow_extra_args(false);
-  load->callback([&line] { line.command = [&line](Console& console) { return runLoad(console, line.load); }; });
+  load->callback([&line, version] {
+    line.load.versionGiven = version->count() > 0;
+    line.command = [&line](Console& console) { return runLoad(console, line.load); };
+  });
 }
 
 void addServers(CLI::App& app, CommandLine& line) {
@@ -137,18 +141,21 @@ void describe(CLI::App& app, CommandLine& line) {
 }
 
 int finish(std::ostream& err, ExitCode code, const std::string& message) {
-  if (!message.empty()) err << "qrel: " << replaceAll(message, "\r\n", "\n") << '\n';
+  if (!message.empty() && !readerGone()) err << "qrel: " << replaceAll(message, "\r\n", "\n") << '\n';
   return static_cast<int>(code);
 }
 
 int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std::ostream& err) {
   try {
     Console console(findFolders(programFile), out, err);
+    const StopWatch watch(console.servers.unfinished());
     console.colours = &out == &std::cout && isatty(STDOUT_FILENO) != 0;
     console.progress = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
     console.start(line.sets);
     const ExitCode code = line.command(console);
     out.flush();
+    // A reader that has had enough, as "| head" does, is no fault. What is changed stays changed.
+    if (readerGone()) return static_cast<int>(console.changed ? code : ExitCode::Stopped);
     if (!out) return finish(err, ExitCode::CannotRead, "The output could not be written.");
     return static_cast<int>(code);
   } catch (const CommandFailure& failure) {
@@ -170,7 +177,6 @@ int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostrea
     const int code = app.exit(error, out, err);
     return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
   }
-  watchForStop();
   return runParsed(line, argv[0], out, err);
 }
 

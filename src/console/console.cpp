@@ -1,6 +1,5 @@
 #include "console/console.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <ostream>
 
@@ -10,7 +9,6 @@
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
-#include "platform/data/embedded/loader.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -19,26 +17,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-volatile std::sig_atomic_t stopSignal = 0;
-
-extern "C" void noteStop(int) {
-  if (stopSignal) std::_Exit(static_cast<int>(ExitCode::Stopped));  // asked twice: at once
-  stopSignal = 1;
-}
-
 bool isScript(const fs::path& path) {
   std::error_code ignored;
   return fs::is_directory(path, ignored) || lowerCase(path.extension().string()) == ".sql";
 }
 
 }  // namespace
-
-bool stopRequested() { return stopSignal != 0; }
-
-void watchForStop() {
-  std::signal(SIGINT, noteStop);
-  std::signal(SIGTERM, noteStop);
-}
 
 Console::Console(const Folders& where, std::ostream& results, std::ostream& messages)
     : out(results),
@@ -76,6 +60,7 @@ void Console::applySet(const std::string& set) {
 }
 
 void Console::start(const std::vector<std::string>& sets) {
+  servers.removeLeftovers();
   for (const std::string& set : sets) applySet(set);
   Main(program, *this);
   host.setPointer(Pointer::Default);
@@ -107,17 +92,30 @@ Side Console::resolveSide(const std::string& text) {
   return {resolveServer(text.substr(0, slash)), text.substr(slash + 1), false};
 }
 
+LoadOptions Console::loadOptions() {
+  LoadOptions options;
+  options.stop = stopRequested;
+  if (progress)
+    options.progress = [this](const std::string& file, std::size_t line) {
+      err << '\r' << visibleText(file) << ": line " << line << "\033[K" << std::flush;
+    };
+  return options;
+}
+
+void Console::clearProgress() {
+  if (progress) err << "\r\033[K" << std::flush;
+}
+
 Side Console::sideFromScripts(const fs::path& path) {
   Side side;
   side.server.Name = servers.createTemporary();
   const fs::path named = path.has_filename() ? path : path.parent_path();
   side.database = fs::is_directory(path) ? named.filename().string() : named.stem().string();
-  LoadOptions options;
-  options.stop = stopRequested;
-  const LoadReport report = loadScripts(servers, side.server.Name, side.database, {path}, options);
+  const LoadReport report = loadScripts(servers, side.server.Name, side.database, {path}, loadOptions());
+  clearProgress();
   if (report.stopped) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
   listSkipped(err, report);
-  side.incomplete = !report.skipped.empty() || !report.failed.empty();
+  side.incomplete = report.incomplete();
   return side;
 }
 

@@ -11,7 +11,9 @@
 #include "app/Program.h"
 #include "app/mdlMain.h"
 #include "console/exitCode.h"
+#include "console/stopWatch.h"
 #include "platform/data/embedded/instances.h"
+#include "platform/data/embedded/loader.h"
 #include "platform/host/consoleHost.h"
 #include "platform/store/folders.h"
 
@@ -38,6 +40,7 @@ class Console : private MainSteps {
   std::ostream& err;      // progress and messages
   bool colours = false;   // `out` is a terminal
   bool progress = false;  // `err` is a terminal
+  bool changed = false;   // what was asked for is done, and it has changed something: a stop comes too late
   Folders folders;
   EmbeddedServers servers;
   DataAccess data;
@@ -51,6 +54,10 @@ class Console : private MainSteps {
   // "SERVER/DATABASE", a .sql file or a folder of them. Scripts are loaded into a temporary database. Throws
   // CommandFailure.
   Side resolveSide(const std::string& text);
+  // How scripts are loaded: a stop is asked for, progress is told on a terminal.
+  LoadOptions loadOptions();
+  // Takes the line of progress away.
+  void clearProgress();
   // A server by its name in the list, else an embedded instance of that name.
   tServer resolveServer(const std::string& name);
 
@@ -63,10 +70,5 @@ class Console : private MainSteps {
   void applySet(const std::string& set);
   Side sideFromScripts(const std::filesystem::path& path);
 };
-
-// True after Ctrl+C or a termination signal.
-bool stopRequested();
-// Notes such signals from now on.
-void watchForStop();
 
 }  // namespace qrel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,12 +10,13 @@
 
 namespace qrel {
 
-// A statement that was skipped or failed.
+// A statement that was skipped or failed, or a number of them with all of this in common.
 struct SkippedStatement {
   std::string file;
   std::size_t line = 1;  // 1-based in the file
   std::string firstWords;
   std::string reason;
+  std::int64_t times = 1;
 };
 
 // One batch of a script: its text, where it begins, how often it runs.

@@ -1,18 +1,15 @@
 #include "platform/data/embedded/loader.h"
 
-#include <fcntl.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <fstream>
 #include <map>
 #include <set>
+#include <unordered_map>
 
 #include "platform/data/embedded/session.h"
+#include "platform/data/embedded/workCopy.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -23,121 +20,10 @@ namespace {
 namespace fs = std::filesystem;
 using tsql::StatementOutcome;
 
-constexpr std::string_view loadingMark = ".loading-";
 constexpr std::int64_t statementsBetweenProgress = 64;
-
-[[noreturn]] void fail(const fs::path& path, const std::string& what) {
-  throw RuntimeError(errorNumber::pathAccess, "'" + path.string() + "' " + what);
-}
-
-std::string readBytes(const fs::path& file) {
-  std::error_code error;
-  const auto size = fs::file_size(file, error);
-  std::ifstream in(file, std::ios::binary);
-  if (error || !in) fail(file, "cannot be read: " + (error ? error.message() : std::strerror(errno)) + ".");
-  std::string bytes(size, '\0');
-  in.read(bytes.data(), static_cast<std::streamsize>(size));
-  if (in.gcount() != static_cast<std::streamsize>(size)) fail(file, "cannot be read to its end.");
-  return bytes;
-}
-
-// The files to load: those named, and the .sql files of the folders named.
-std::vector<fs::path> scriptFiles(const std::vector<fs::path>& paths) {
-  std::vector<fs::path> files;
-  for (const fs::path& path : paths) {
-    std::error_code error;
-    if (!fs::exists(path, error)) fail(path, "does not exist.");
-    if (!fs::is_directory(path)) {
-      files.push_back(path);
-      continue;
-    }
-    std::vector<fs::path> inside;
-    for (fs::directory_iterator it(path, error), end; !error && it != end; it.increment(error))
-      if (equalNoCase(it->path().extension().string(), ".sql") && !it->is_directory()) inside.push_back(it->path());
-    if (error) fail(path, "cannot be read: " + error.message() + ".");
-    if (inside.empty()) fail(path, "holds no .sql file.");
-    std::sort(inside.begin(), inside.end(), [](const fs::path& a, const fs::path& b) {
-      const int order = compareCollated(a.filename().string(), b.filename().string());
-      return order != 0 ? order < 0 : a < b;
-    });
-    files.insert(files.end(), inside.begin(), inside.end());
-  }
-  return files;
-}
-
-// The copy of a database that a load works on. It goes when nobody has put it in the database's place.
-class WorkCopy {
- public:
-  explicit WorkCopy(fs::path target)
-      : target_(std::move(target)), path_(target_.string() + std::string(loadingMark) + std::to_string(::getpid())) {
-    removeLeftovers();
-  }
-  WorkCopy(const WorkCopy&) = delete;
-  WorkCopy& operator=(const WorkCopy&) = delete;
-  ~WorkCopy() { removeFiles(path_); }
-
-  const fs::path& path() const { return path_; }
-
-  // Starts from the database as it is, or empty.
-  void fill(bool keepOld) {
-    if (keepOld && fs::exists(target_)) {
-      sqlite::Database from(target_, sqlite::OpenMode::ReadOnly);
-      sqlite::Database into(path_, sqlite::OpenMode::Create);
-      sqlite3_backup* backup = sqlite3_backup_init(into.get(), "main", from.get(), "main");
-      if (!backup) into.fail(sqlite3_errcode(into.get()), "");
-      sqlite3_backup_step(backup, -1);
-      if (const int code = sqlite3_backup_finish(backup); code != SQLITE_OK) into.fail(code, "");
-    } else {
-      sqlite::Database fresh(path_, sqlite::OpenMode::Create);
-      fresh.execute("pragma synchronous = off");
-      tsql::Catalogue::createStorage(fresh);
-    }
-  }
-
-  // Puts the copy in the database's place; it's all there or not at all.
-  void takePlace() {
-    flush(path_);
-    std::error_code error;
-    fs::rename(path_, target_, error);
-    if (error) fail(target_, "cannot be replaced: " + error.message() + ".");
-    flush(target_.parent_path());
-  }
-
- private:
-  static void flush(const fs::path& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) fail(path, "cannot be written: " + std::string(std::strerror(errno)) + ".");
-    const int result = ::fsync(file);
-    const int reason = errno;
-    ::close(file);
-    if (result != 0 && reason != EINVAL) fail(path, "cannot be written: " + std::string(std::strerror(reason)) + ".");
-  }
-
-  static void removeFiles(const fs::path& path) {
-    std::error_code ignored;
-    fs::remove(path, ignored);
-    fs::remove(path.string() + "-journal", ignored);
-  }
-
-  // Copies of runs that are no more.
-  void removeLeftovers() const {
-    const std::string prefix = target_.filename().string() + std::string(loadingMark);
-    std::error_code ignored;
-    std::vector<fs::path> gone;
-    for (fs::directory_iterator it(target_.parent_path(), ignored), end; !ignored && it != end; it.increment(ignored)) {
-      const std::string name = it->path().filename().string();
-      if (!name.starts_with(prefix)) continue;
-      int process = 0;
-      std::from_chars(name.data() + prefix.size(), name.data() + name.size(), process);
-      const bool alive = process > 0 && process != ::getpid() && (::kill(process, 0) == 0 || errno == EPERM);
-      if (!alive) gone.push_back(it->path());
-    }
-    for (const fs::path& path : gone) fs::remove(path, ignored);
-  }
-
-  fs::path target_;
-  fs::path path_;
-};
+// Texts of statements that are kept for another try, in bytes; those beyond stay refused.
+constexpr std::size_t mostPendingBytes = std::size_t{256} << 20;
+constexpr int mostLinks = 40;
 
 // What a database holds, for telling afterwards what is new.
 struct Contents {
@@ -175,27 +61,36 @@ void countNew(LoadReport& report, sqlite::Database& database, const Contents& be
 
 // A statement that failed because something was missing which a later file may make.
 struct Pending {
-  std::size_t failed = 0;  // its place in LoadReport::failed
+  std::size_t entry = 0;  // its place in LoadReport::failed; behind the last one when it isn't listed
   std::string text;
-  bool done = false;
+  std::int64_t times = 1;
 };
 
 // Collects what becomes of the statements of one file after the other.
 class Collector : public tsql::BatchListener {
  public:
-  Collector(LoadReport& report, const LoadOptions& options) : report_(report), options_(options) {}
+  Collector(LoadReport& report, const LoadOptions& options, bool tryAgain)
+      : report_(report), options_(options), tryAgain_(tryAgain) {}
 
   void statementDone(const StatementOutcome& outcome) override {
-    ++report_.statements;
     const std::size_t line = firstLine_ + outcome.line - 1;
-    if (options_.progress && report_.statements % statementsBetweenProgress == 0) options_.progress(file_, line);
-    const bool skipped = outcome.kind == StatementOutcome::Kind::Skipped;
-    if (!skipped && outcome.kind != StatementOutcome::Kind::Failed) return;
-    const bool mayComeLater =
-        !skipped && outcome.errorNumber == errorNumber::invalidObjectName &&
-        (startsWith(outcome, "create") || startsWith(outcome, "alter") || startsWith(outcome, "insert"));
-    if (mayComeLater) pending.push_back({report_.failed.size(), outcome.text});
-    (skipped ? report_.skipped : report_.failed).push_back({file_, line, outcome.firstWords, outcome.what});
+    if (options_.progress && report_.statements() % statementsBetweenProgress == 0) options_.progress(file_, line);
+    switch (outcome.kind) {
+      case StatementOutcome::Kind::Made:
+        ++report_.statementsMade;
+        break;
+      case StatementOutcome::Kind::Ran:
+        ++report_.statementsRan;
+        break;
+      case StatementOutcome::Kind::Skipped:
+        skipped({file_, line, outcome.firstWords, outcome.what});
+        break;
+      case StatementOutcome::Kind::Failed:
+        ++report_.statementsFailed;
+        const std::size_t entry = note(report_.failed, "f", {file_, line, outcome.firstWords, outcome.what});
+        if (tryAgain_ && mayComeLater(outcome)) keep(entry, outcome.text);
+        break;
+    }
   }
   bool useDatabase(const std::string&) override { return true; }
   bool stopRequested() override {
@@ -203,49 +98,95 @@ class Collector : public tsql::BatchListener {
     return report_.stopped;
   }
 
-  std::vector<Pending> pending;
-
   void startFile(std::string name) { file_ = std::move(name); }
   void startBatch(std::size_t line) {
     firstLine_ = line;
     if (options_.progress) options_.progress(file_, line);
   }
+  void skipped(SkippedStatement statement) {
+    ++report_.statementsSkipped;
+    note(report_.skipped, "s", std::move(statement));
+  }
+
+  std::vector<Pending> pending;
 
  private:
-  static bool startsWith(const StatementOutcome& outcome, std::string_view word) {
-    return equalNoCase(std::string_view(outcome.firstWords).substr(0, word.size()), word);
+  // Counts the statement with its likes, or lists it; its place in the list.
+  std::size_t note(std::vector<SkippedStatement>& list, const char* kind, SkippedStatement statement) {
+    std::string key = kind;
+    for (const std::string& part : {statement.file, std::to_string(statement.line), statement.firstWords})
+      key.append(part) += '\0';
+    key += statement.reason;
+    if (const auto found = places_.find(key); found != places_.end()) {
+      ++list[found->second].times;
+      return found->second;
+    }
+    const std::size_t place = list.size();
+    if (place >= LoadReport::mostListed) return place;
+    list.push_back(std::move(statement));
+    places_.emplace(std::move(key), place);
+    return place;
+  }
+  static bool mayComeLater(const StatementOutcome& outcome) {
+    const auto startsWith = [&](std::string_view word) {
+      return equalNoCase(std::string_view(outcome.firstWords).substr(0, word.size()), word);
+    };
+    return outcome.errorNumber == errorNumber::invalidObjectName &&
+           (startsWith("create") || startsWith("alter") || startsWith("insert"));
+  }
+  void keep(std::size_t entry, const std::string& text) {
+    if (!pending.empty() && pending.back().entry == entry && pending.back().text == text) {
+      ++pending.back().times;
+    } else if (pendingBytes_ + text.size() <= mostPendingBytes) {
+      pendingBytes_ += text.size() + sizeof(Pending);
+      pending.push_back({entry, text});
+    }
   }
 
   LoadReport& report_;
   const LoadOptions& options_;
+  bool tryAgain_;
   std::string file_;
   std::size_t firstLine_ = 1;
+  std::size_t pendingBytes_ = 0;
+  std::unordered_map<std::string, std::size_t> places_;
 };
 
 // Notices whether everything went well.
 class Attempt : public tsql::BatchListener {
  public:
+  explicit Attempt(Collector& collector) : collector_(collector) {}
   void statementDone(const StatementOutcome& outcome) override {
     good = good && outcome.kind != StatementOutcome::Kind::Failed && outcome.kind != StatementOutcome::Kind::Skipped;
+    made = made || outcome.kind == StatementOutcome::Kind::Made;
   }
   bool useDatabase(const std::string&) override { return true; }
+  bool stopRequested() override { return collector_.stopRequested(); }
   bool good = true;
+  bool made = false;
+
+ private:
+  Collector& collector_;
 };
 
 // Tries what has failed for want of something else, again and again while that helps.
-void retry(tsql::Session& session, std::vector<Pending>& pending, LoadReport& report) {
-  for (bool helps = true; helps;) {
+void retry(tsql::Session& session, Collector& collector, LoadReport& report) {
+  for (bool helps = true; helps && !report.stopped;) {
     helps = false;
-    for (Pending& each : pending) {
-      if (each.done) continue;
-      Attempt attempt;
-      session.run(each.text, &attempt);
-      each.done = attempt.good;
-      helps = helps || each.done;
+    for (Pending& each : collector.pending) {
+      while (each.times > 0 && !collector.stopRequested()) {
+        Attempt attempt(collector);
+        session.run(each.text, &attempt);
+        if (!attempt.good || report.stopped) break;
+        helps = true;
+        --each.times;
+        --report.statementsFailed;
+        ++(attempt.made ? report.statementsMade : report.statementsRan);
+        if (each.entry < report.failed.size()) --report.failed[each.entry].times;
+      }
     }
   }
-  for (auto each = pending.rbegin(); each != pending.rend(); ++each)
-    if (each->done) report.failed.erase(report.failed.begin() + static_cast<std::ptrdiff_t>(each->failed));
+  std::erase_if(report.failed, [](const SkippedStatement& each) { return each.times == 0; });
 }
 
 bool mayUseSqlcmd(std::string_view script) {
@@ -259,17 +200,19 @@ bool mayUseSqlcmd(std::string_view script) {
 }
 
 void loadFile(const fs::path& file, tsql::Session& session, Collector& collector, LoadReport& report,
-              std::vector<std::pair<std::string, std::string>>& variables) {
-  std::string script = decodeText(readBytes(file));
+              const std::function<bool()>& stop, std::vector<std::pair<std::string, std::string>>& variables) {
+  std::string script = readScript(file, stop, report.remarks);
+  if (collector.stopRequested()) return;
   collector.startFile(file.string());
   if (mayUseSqlcmd(script)) {
     std::vector<SkippedStatement> unknown;
     script = applySqlcmd(script, variables, unknown);
     for (SkippedStatement& each : unknown) {
       each.file = file.string();
-      report.skipped.push_back(std::move(each));
+      collector.skipped(std::move(each));
     }
   }
+  if (collector.stopRequested()) return;
   for (const Batch& batch : splitBatches(script)) {
     for (int turn = 0; turn < batch.count && !collector.stopRequested(); ++turn) {
       collector.startBatch(batch.firstLine);
@@ -278,39 +221,166 @@ void loadFile(const fs::path& file, tsql::Session& session, Collector& collector
   }
 }
 
+// What a link leads to, there or not; other files as they are.
+fs::path followLinks(fs::path file) {
+  std::error_code error;
+  for (int links = 0; links < mostLinks && fs::is_symlink(file, error); ++links) {
+    const fs::path next = fs::read_symlink(file, error);
+    if (error) break;
+    file = next.is_absolute() ? next : file.parent_path() / next;
+  }
+  return file;
+}
+
+// One load from the search for its place to the end.
+class Load {
+ public:
+  Load(EmbeddedServers& servers, std::string_view instance, std::string_view database, const LoadOptions& options,
+       LoadReport& report)
+      : servers_(servers), instance_(instance), database_(database), options_(options), report_(report) {
+    servers_.unfinished().beginLoad();
+  }
+  ~Load() {
+    if (lock_.locked()) servers_.unfinished().forget(lock_.path());
+    servers_.unfinished().endLoad();
+  }
+  Load(const Load&) = delete;
+  Load& operator=(const Load&) = delete;
+
+  void run(const std::vector<fs::path>& files) {
+    try {
+      if (!findPlace() || stopped()) return;
+      WorkCopy copy(target_, servers_.unfinished());
+      copy_ = copy.path();
+      if (!copy.fill(!options_.replace, options_.stop)) report_.stopped = true;
+      if (!report_.stopped) runScripts(copy, files);
+      if (!report_.stopped && !copy.prepare(options_.stop)) report_.stopped = true;
+      if (!report_.stopped) takePlace(copy);
+    } catch (RuntimeError& error) {
+      if (error.number == errorNumber::cancelled && stopped()) return;
+      // The person knows the database's file and the server's folder, not where a load keeps them meanwhile.
+      if (!copy_.empty()) error.description = replaceAll(error.description, copy_.string(), target_.string());
+      if (fresh_)
+        error.description = replaceAll(error.description, fresh_->folder().string(), fresh_->target().string());
+      throw;
+    }
+    if (!report_.stopped && !fresh_ && !options_.productVersion.empty()) changeVersion();
+  }
+
+ private:
+  bool stopped() {
+    if (options_.stop && options_.stop()) report_.stopped = true;
+    return report_.stopped;
+  }
+
+  // Finds or makes the server's folder and waits until the database is this load's alone; false when stopped.
+  bool findPlace() {
+    const LockWait wait{options_.waitAtMost, options_.stop, options_.waiting};
+    while (true) {
+      if (!servers_.exists(instance_)) {
+        const std::string version = options_.productVersion.empty() ? defaultProductVersion : options_.productVersion;
+        fresh_ = NewInstance::begin(servers_, instance_, version, wait);
+        if (!fresh_ && stopped()) return false;
+        if (!fresh_) continue;
+      }
+      folder_ = fresh_ ? fresh_->folder() : servers_.folder(instance_);
+      target_ = followLinks(EmbeddedServers::databaseFileIn(folder_, database_));
+      if (fresh_ && fresh_->hidden()) return true;  // nobody else can come
+      checkFolder(target_.parent_path());
+      lock_ = databaseLock(target_);
+      if (!waitFor(lock_, wait, "The database '" + instance_ + "/" + database_ + "'")) {
+        report_.stopped = true;
+        return false;
+      }
+      servers_.unfinished().add(lock_.path());
+      // Another one may have made it under a name in other case.
+      if (followLinks(EmbeddedServers::databaseFileIn(folder_, database_)) == target_) return true;
+      servers_.unfinished().forget(lock_.path());
+      lock_.unlock();
+    }
+  }
+
+  static void checkFolder(const fs::path& folder) {
+    if (::access(folder.c_str(), W_OK | X_OK) == 0) return;
+    const int reason = errno;
+    throw RuntimeError(errorNumber::pathAccess,
+                       "The folder '" + folder.string() + "' cannot be written, and a load " +
+                           "needs a file of its own there: " + std::generic_category().message(reason) + ".");
+  }
+
+  tsql::ServerFacts facts() const {
+    tsql::ServerFacts facts;
+    facts.server = instance_;
+    facts.database = EmbeddedServers::databaseFileIn(folder_, database_).stem().string();
+    facts.productVersion = options_.productVersion;
+    if (facts.productVersion.empty())
+      facts.productVersion = EmbeddedServers::versionIn(folder_).value_or(defaultProductVersion);
+    facts.folder = folder_;
+    return facts;
+  }
+
+  void runScripts(const WorkCopy& copy, const std::vector<fs::path>& files) {
+    const tsql::ServerFacts server = facts();
+    int major = 0;
+    std::from_chars(server.productVersion.data(), server.productVersion.data() + server.productVersion.size(), major);
+    const auto open = std::make_shared<tsql::OpenDatabase>(copy.path(), server, major, sqlite::OpenMode::ReadWrite);
+    open->database.stopAsked = &options_.stop;
+    open->database.execute("pragma synchronous = off; pragma locking_mode = exclusive; begin");
+    const Contents before = contentsOf(open->database);
+    tsql::Session session(open);
+    Collector collector(report_, options_, files.size() > 1);
+    auto variables = options_.variables;
+    for (const fs::path& file : files)
+      if (!collector.stopRequested()) loadFile(file, session, collector, report_, options_.stop, variables);
+    if (!collector.stopRequested()) retry(session, collector, report_);
+    if (collector.stopRequested()) return;
+    session.commitAll();
+    report_.rows = session.rowsInserted();
+    countNew(report_, open->database, before);
+    open->database.execute("commit");
+  }
+
+  void takePlace(WorkCopy& copy) {
+    UnfinishedWork& unfinished = servers_.unfinished();
+    const auto finishing = unfinished.finishing();
+    if (stopped()) return;
+    copy.takePlace();
+    if (fresh_) fresh_->keep();
+    if (!servers_.isTemporary(instance_)) unfinished.setChanged();
+  }
+
+  void changeVersion() {
+    if (servers_.productVersion(instance_) == options_.productVersion) return;
+    try {
+      servers_.setVersion(instance_, options_.productVersion);
+    } catch (RuntimeError& error) {
+      error.description = "The scripts have been loaded, but the server keeps its version " +
+                          servers_.productVersion(instance_) + ": " + error.description;
+      throw;
+    }
+  }
+
+  EmbeddedServers& servers_;
+  const std::string instance_, database_;
+  const LoadOptions& options_;
+  LoadReport& report_;
+  std::unique_ptr<NewInstance> fresh_;
+  FileLock lock_{{}};
+  fs::path folder_, target_, copy_;
+};
+
 }  // namespace
+
+bool LoadReport::incomplete() const {
+  return statementsSkipped > 0 || statementsFailed > 0 ||
+         std::any_of(remarks.begin(), remarks.end(), [](const LoadRemark& each) { return each.lost; });
+}
 
 LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std::string_view database,
                        const std::vector<fs::path>& paths, const LoadOptions& options) {
   LoadReport report;
-  const std::vector<fs::path> files = scriptFiles(paths);
-  const fs::path target = servers.databaseFile(instance, database);
-  WorkCopy copy(target);
-  copy.fill(!options.replace);
-  tsql::ServerFacts facts;
-  facts.server = instance;
-  facts.database = target.stem().string();
-  facts.productVersion = servers.productVersion(instance);
-  facts.folder = servers.folder(instance);
-  int major = 0;
-  std::from_chars(facts.productVersion.data(), facts.productVersion.data() + facts.productVersion.size(), major);
-  {
-    auto open = std::make_shared<tsql::OpenDatabase>(copy.path(), facts, major, sqlite::OpenMode::ReadWrite);
-    open->database.execute("pragma synchronous = off; pragma locking_mode = exclusive; begin");
-    const Contents before = contentsOf(open->database);
-    tsql::Session session(open);
-    Collector collector(report, options);
-    auto variables = options.variables;
-    for (const fs::path& file : files)
-      if (!report.stopped) loadFile(file, session, collector, report, variables);
-    if (files.size() > 1 && !report.stopped) retry(session, collector.pending, report);
-    session.commitAll();
-    report.rows = session.rowsInserted();
-    countNew(report, open->database, before);
-    if (report.stopped) return report;
-    open->database.execute("commit");
-  }
-  copy.takePlace();
+  const std::vector<fs::path> files = scriptFiles(paths, report.remarks);
+  Load(servers, instance, database, options, report).run(files);
   return report;
 }
 

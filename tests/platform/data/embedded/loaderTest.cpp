@@ -108,7 +108,7 @@ TEST(Load, DamagedScripts) {
     EXPECT_NO_THROW(s.load(std::string_view(utf16).substr(0, cut)));
   }
   Loading empty;
-  EXPECT_EQ(empty.load("").statements, 0);
+  EXPECT_EQ(empty.load("").statements(), 0);
   EXPECT_EQ(empty.objects(), "");
 }
 
