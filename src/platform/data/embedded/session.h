@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -14,6 +15,7 @@
 #include "platform/data/embedded/lexer.h"
 #include "platform/data/embedded/sqlite.h"
 #include "platform/data/embedded/statementCache.h"
+#include "platform/data/embedded/statementRights.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/provider.h"
 
@@ -23,12 +25,19 @@ namespace qrel::tsql {
 // the program opens a connection of its own.
 class OpenDatabase {
  public:
-  OpenDatabase(const std::filesystem::path& file, const ServerFacts& facts, int serverMajor, sqlite::OpenMode mode);
+  // With `kept` that file is read in the place of `file`, which it was once.
+  OpenDatabase(const std::filesystem::path& file, const ServerFacts& facts, int serverMajor, sqlite::OpenMode mode,
+               const sqlite::KeptFile* kept = nullptr);
 
   ServerFacts facts;
   sqlite::Database database;
   Catalogue catalogue;
   StatementCache statements;
+
+  // Other databases of the server, by whoever has opened this one; empty: they are looked for in the folder. The first
+  // gives one opened in the same way, the second what ATTACH calls it; both nothing where there is no such database.
+  std::function<std::shared_ptr<OpenDatabase>(const std::string& name)> sibling;
+  std::function<std::string(const std::string& name)> siblingFile;
 };
 
 // What became of one statement.
@@ -58,6 +67,7 @@ struct SessionState;
 
 class Session {
  public:
+  // A database that is open for reading gets a session that reads.
   explicit Session(std::shared_ptr<OpenDatabase> open);
   Session(Session&&) noexcept;
   Session& operator=(Session&&) noexcept;
@@ -67,6 +77,11 @@ class Session {
   // without one the first error is raised as DataError (0x80040E14 for what isn't understood) with the SQL.
   // The first result set is returned; `parameters` are bound to @p1, @p2, ... and to ? in order.
   CommandResult run(std::string_view batch, BatchListener* listener, const std::vector<Value>* parameters = nullptr);
+  // Runs a system procedure by its name, with its parameters in order. Only so a session that reads may attach a
+  // database: no text of a batch gets there.
+  CommandResult runProcedure(std::string_view name, const std::vector<Value>& parameters);
+
+  Rights rights() const { return rights_; }
 
   OpenDatabase& open() { return *open_; }
   std::shared_ptr<OpenDatabase> share() const { return open_; }
@@ -83,6 +98,7 @@ class Session {
  private:
   std::shared_ptr<OpenDatabase> open_;
   std::unique_ptr<SessionState> state_;
+  Rights rights_;
 };
 
 // The rows of a translated query; keeps the session's database open. Implemented in rows.cpp.

@@ -36,8 +36,6 @@ std::string quoted(std::string_view text, char mark) {
 
 }  // namespace
 
-std::string quoteName(std::string_view name) { return quoted(name, '"'); }
-
 std::string quoteText(std::string_view text) {
   if (text.find('\0') == std::string_view::npos) return quoted(text, '\'');
   // SQL text ends at a zero byte: such a literal travels as bytes.
