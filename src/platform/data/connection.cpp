@@ -37,6 +37,7 @@ CommandResult Command::run() {
   CommandRequest request;
   request.text = CommandText;
   request.timeoutSeconds = CommandTimeout;
+  request.isProcedure = CommandType == adCmdStoredProc;
   for (const Parameter& parameter : Parameters) {
     if (parameter.Direction != adParamReturnValue) request.parameters.push_back(parameter.Value);
   }

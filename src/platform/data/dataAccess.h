@@ -31,6 +31,11 @@ class DataAccess {
   // sentence that says what to do.
   std::unique_ptr<ProviderConnection> open(const std::string& connectionString);
 
+  // For the length of one comparison, or of one command of the console: as long as the result lives, each database is
+  // read as it was when it was first opened from now on, also when a load puts another one in its place. Afterwards the
+  // next connection sees what is there. May be nested.
+  [[nodiscard]] std::shared_ptr<void> holdState() { return embeddedProvider_->holdState(); }
+
   // Puts a provider of the caller's in the place of each one here; `wrap` is given the present one. For measuring.
   void wrapProviders(const std::function<std::unique_ptr<Provider>(std::unique_ptr<Provider> inner)>& wrap) {
     embeddedProvider_ = wrap(std::move(embeddedProvider_));

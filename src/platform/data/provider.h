@@ -38,9 +38,10 @@ class RowSource {
 
 // What a command asks for.
 struct CommandRequest {
-  std::string text;
+  std::string text;               // SQL, or a procedure's name
   int timeoutSeconds = 30;        // 0 waits without end
   std::vector<Value> parameters;  // in order of their creation, without the return value
+  bool isProcedure = false;       // the parameters are the procedure's, in order
 };
 
 struct CommandResult {
@@ -65,6 +66,9 @@ class Provider {
  public:
   virtual ~Provider() = default;
   virtual std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) = 0;
+  // As long as the result lives, a database stays the one that it is when it is first opened from now on, whatever
+  // takes its place meanwhile. Empty where the server itself sees to that.
+  virtual std::shared_ptr<void> holdState() { return {}; }
 };
 
 }  // namespace qrel

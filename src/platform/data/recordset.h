@@ -15,7 +15,7 @@ namespace qrel {
 class DataAccess;
 
 enum CursorLocation : int { adUseServer = 2, adUseClient = 3 };
-enum CommandType : int { adCmdText = 1 };
+enum CommandType : int { adCmdText = 1, adCmdStoredProc = 4 };
 enum ObjectState : int { adStateClosed = 0, adStateOpen = 1 };
 enum ParameterDirection : int { adParamInput = 1, adParamOutput = 2, adParamInputOutput = 3, adParamReturnValue = 4 };
 enum ParameterType : int { adInteger = 3, adDouble = 5, adDate = 7, adBoolean = 11, adVarWChar = 202 };

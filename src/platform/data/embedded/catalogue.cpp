@@ -4,6 +4,7 @@
 
 #include "platform/data/embedded/collations.h"
 #include "platform/data/embedded/reading.h"
+#include "platform/data/embedded/storageNames.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -111,6 +112,62 @@ void Catalogue::createStorage(sqlite::Database& database) {
   }
 }
 
+namespace {
+
+// The definitions of the stored tables, as SQLite keeps them: from the table's name on.
+std::vector<std::string_view> storedDefinitions() {
+  constexpr std::string_view head = "create table ";
+  std::vector<std::string_view> definitions;
+  const std::string_view all = storageSql;
+  for (std::size_t at = all.find(head); at != std::string_view::npos; at = all.find(head, at)) {
+    at += head.size();
+    definitions.push_back(all.substr(at, all.find(';', at) - at));
+  }
+  return definitions;
+}
+
+// Objects that lack what each of their kind has.
+constexpr const char* lostPartSql =
+    "select not exists(select 1 from cat_schemas where id = 1) or exists(select 1 from cat_objects o where case "
+    "when o.xtype = 'U' then not exists(select 1 from cat_columns where object_id = o.id) "
+    "when o.xtype in ('P', 'V', 'FN', 'IF', 'TF', 'TR', 'C', 'D') then "
+    "not exists(select 1 from cat_comments where object_id = o.id) "
+    "when o.xtype in ('PK', 'UQ') then not exists(select 1 from cat_indexes where constraint_id = o.id) "
+    "when o.xtype = 'F' then not exists(select 1 from cat_references r join cat_referencekeys k on "
+    "k.constid = r.constid where r.constid = o.id) else not exists(select 1 from cat_schemas where id = o.schema_id) "
+    "end)";
+
+[[noreturn]] void refuseFile(const sqlite::Database& database, const std::string& what) {
+  throw DataError(errorNumber::cannotConnect, "The database file '" + database.file().string() + "' " + what, "08001");
+}
+
+}  // namespace
+
+void Catalogue::requireWhole(sqlite::Database& database) {
+  std::vector<std::string> found;
+  sqlite::Statement query(database,
+                          "select sql from sqlite_master where type = 'table' and name like 'cat!_%' escape '!'");
+  while (query.step()) found.emplace_back(query.text(0));
+  constexpr std::size_t head = std::string_view("CREATE TABLE ").size();
+  const auto isThere = [&](std::string_view definition) {
+    return std::any_of(found.begin(), found.end(), [&](const std::string& sql) {
+      return std::string_view(sql).substr(std::min(head, sql.size())) == definition;
+    });
+  };
+  const std::vector<std::string_view> wanted = storedDefinitions();
+  if (std::none_of(wanted.begin(), wanted.end(), isThere))
+    refuseFile(database, "is not a database of this server. Load a database with \"qrel load\".");
+  bool whole = std::all_of(wanted.begin(), wanted.end(), isThere);
+  if (whole) {
+    sqlite::Statement lost(database, lostPartSql);
+    whole = lost.step() && lost.integer(0) == 0;
+  }
+  if (!whole)
+    refuseFile(database,
+               "is damaged, or of another version of this program: its catalogue is not whole. Load the database again "
+               "with \"qrel load --replace\", or put back a copy of the file.");
+}
+
 std::optional<ObjectInfo> Catalogue::find(std::string_view schema, std::string_view name) const {
   auto& query = database_.cached(
       "select o.id, s.name, o.name, o.xtype, o.parent_obj from cat_objects o join cat_schemas s on s.id = o.schema_id "
@@ -148,7 +205,7 @@ std::shared_ptr<const TableInfo> Catalogue::table(std::string_view schema, std::
   table->id = object->id;
   table->schema = object->schema;
   table->name = object->name;
-  table->storage = object->schema + "." + object->name;
+  table->storage = storageName(object->schema, object->name);
   auto& query = database_.cached(
       "select c.xtype, c.xusertype, c.length, c.prec, c.scale, c.name, c.nullable, c.is_identity, c.cdefault, "
       "c.computed_text, c.colid, t.name from cat_columns c left join cat_types t on t.xusertype = c.xusertype "

@@ -117,6 +117,10 @@ class Catalogue {
   // Makes the stored tables in an empty file, with the schema (or owner) dbo and the system types.
   static void createStorage(sqlite::Database& database);
 
+  // Raises 0x80004005, with a sentence, for a file that is no database of this server, and for one whose catalogue has
+  // lost a part: such a one must not read as if it held less.
+  static void requireWhole(sqlite::Database& database);
+
   int serverMajor() const { return serverMajor_; }
   sqlite::Database& database() const { return database_; }
 

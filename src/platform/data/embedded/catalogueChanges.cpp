@@ -374,8 +374,8 @@ void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector
       database_.execute(head + storageColumn(catalogue_, info, false));
     } catch (const NotUnderstood&) {
       database_.execute(head + storageColumn(catalogue_, info, true));
-    } catch (const DataError&) {
-      if (!info.computed) throw;
+    } catch (const DataError& error) {
+      if (!info.computed || error.number == errorNumber::cannotConnect) throw;
       database_.execute(head + storageColumn(catalogue_, info, true));
     }
   }
@@ -401,7 +401,7 @@ void CatalogueChanges::dropColumn(const ObjectName& tableName, std::string_view 
   if (before->columns.size() == 1)
     refuse("ALTER TABLE DROP COLUMN failed because '" + found->name + "' is the only data column in table '" +
            before->name + "'. A table must have at least one data column.");
-  database_.execute("alter table " + quoteName(before->storage) + " drop column " + quoteName(found->name));
+  database_.execute("alter table " + quoteName(before->storage) + " drop column " + quoteColumn(found->name));
   database_.cached("delete from cat_columns where object_id = ?1 and colid = ?2")
       .bind(1, before->id)
       .bind(2, std::int64_t{found->colid})
@@ -422,7 +422,7 @@ void CatalogueChanges::alterColumn(const ObjectName& tableName, const ColumnDef&
   }
   if (found->nullable && !column.nullable) {
     sqlite::Statement query(database_, "select 1 from " + quoteName(before->storage) + " where " +
-                                           quoteName(found->name) + " is null limit 1");
+                                           quoteColumn(found->name) + " is null limit 1");
     if (query.step()) {
       refuse("Cannot insert the value NULL into column '" + found->name + "', table '" + before->storage +
              "'; column does not allow nulls. UPDATE fails.");

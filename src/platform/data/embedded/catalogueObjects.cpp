@@ -248,7 +248,8 @@ void CatalogueChanges::dropObject(const ObjectName& name, const std::vector<std:
 }
 
 void CatalogueChanges::createSchema(std::string_view name) {
-  if (catalogue_.schemaExists(name))
+  const auto isOurs = [&](std::string_view own) { return compareCollated(name, own) == 0; };
+  if (catalogue_.schemaExists(name) || isOurs("sys") || isOurs("INFORMATION_SCHEMA") || isOurs("guest"))
     refuse("There is already an object named '" + std::string(name) + "' in the database.");
   auto& insert = database_.cached("insert into cat_schemas select max(max(id) + 1, 5), ?1 from cat_schemas");
   insert.bind(1, name).run();
@@ -313,7 +314,7 @@ void CatalogueChanges::rename(const ObjectName& object, std::string_view column,
   if (owner) dropStorageIndexes(database_, *owner);
   if (info) {
     database_.execute("alter table " + quoteName(info->storage) + " rename to " +
-                      quoteName(info->schema + "." + std::string(newName)));
+                      quoteName(storageName(info->schema, newName)));
   }
   renameObject(database_, found->id, newName);
   catalogue_.forget();
@@ -336,8 +337,8 @@ void CatalogueChanges::renameColumnOrIndex(const TableInfo* table, std::string_v
              "' is already in use as a COLUMN name and would cause a "
              "duplicate that is not permitted.");
     }
-    database_.execute("alter table " + quoteName(table->storage) + " rename column " + quoteName(column->name) +
-                      " to " + quoteName(newName));
+    database_.execute("alter table " + quoteName(table->storage) + " rename column " + quoteColumn(column->name) +
+                      " to " + quoteColumn(newName));
     database_.cached("update cat_columns set name = ?3 where object_id = ?1 and colid = ?2")
         .bind(1, table->id)
         .bind(2, std::int64_t{column->colid})

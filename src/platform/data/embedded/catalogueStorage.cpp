@@ -27,7 +27,7 @@ std::string translated(const Catalogue& catalogue, const std::string& text, bool
 // A key column of a unique index. The server takes Nulls as equal, SQLite doesn't: a value that no column can hold
 // stands in for them.
 std::string indexColumn(const TableInfo::Column& column, bool descending) {
-  std::string text = quoteName(column.name);
+  std::string text = quoteColumn(column.name);
   if (column.nullable && !column.computed) text = "ifnull(" + text + ", -9e999)" + storageCollation(column.type);
   return descending ? text + " desc" : text;
 }
@@ -58,11 +58,10 @@ std::vector<UniqueIndex> uniqueIndexes(sqlite::Database& database, const TableIn
 }
 
 // SQLite keeps its own mind about which expressions may stand in an index or a computed column.
-bool isRefusedExpression(const DataError& error) {
-  return error.description.find("non-deterministic") != std::string::npos ||
-         error.description.find("prohibited") != std::string::npos ||
-         error.description.find("subqueries") != std::string::npos ||
-         error.description.find("not a recognized built-in function") != std::string::npos;
+bool isRefusedExpression(const sqlite::EngineError& error) {
+  for (const char* words : {"non-deterministic", "prohibited", "subqueries", "no such function"})
+    if (error.engineText.find(words) != std::string::npos) return true;
+  return false;
 }
 
 }  // namespace
@@ -75,7 +74,7 @@ std::string storageCollation(const TypeRef& type) {
 
 std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain) {
   // SQLite takes numbers only as a type's size.
-  std::string sql = quoteName(column.name) + " " + replaceAll(storageDeclaration(column.type), "(max)", "(-1)");
+  std::string sql = quoteColumn(column.name) + " " + replaceAll(storageDeclaration(column.type), "(max)", "(-1)");
   if (column.computed && !plain)
     sql += " generated always as (" + translated(catalogue, column.computedText, false) + ") virtual";
   return sql;
@@ -97,7 +96,8 @@ void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, 
   }
   try {
     database.execute(sql(false));
-  } catch (const DataError&) {
+  } catch (const DataError& error) {
+    if (error.number == errorNumber::cannotConnect) throw;
     database.execute(sql(true));
   } catch (const NotUnderstood&) {
     database.execute(sql(true));
@@ -106,18 +106,18 @@ void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, 
 
 void rebuildStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                          std::string_view changed) {
-  const std::string fresh = table.storage + " (rebuilt)";
+  const std::string fresh = table.storage + "\x01r";
   createStorageTable(database, catalogue, table, fresh);
   std::string columns, marks;
   std::vector<const TableInfo::Column*> stored;
   for (const auto& column : table.columns) {
     if (column.computed) continue;
     stored.push_back(&column);
-    columns += (columns.empty() ? "" : ", ") + quoteName(column.name);
+    columns += (columns.empty() ? "" : ", ") + quoteColumn(column.name);
     marks += marks.empty() ? "?" : ", ?";
   }
   {
-    sqlite::Statement from(database, "select " + columns + " from " + quoteName(table.storage) + " order by rowid");
+    sqlite::Statement from(database, "select " + columns + " from " + quoteName(table.storage) + " order by _rowid_");
     sqlite::Statement into(database, "insert into " + quoteName(fresh) + " (" + columns + ") values (" + marks + ")");
     while (from.step()) {
       for (std::size_t i = 0; i < stored.size(); ++i) {
@@ -147,9 +147,9 @@ void createStorageIndexes(sqlite::Database& database, const Catalogue& catalogue
       database.execute(sql);
     } catch (const NotUnderstood&) {
       continue;  // the catalogue knows the index; only its uniqueness isn't watched
-    } catch (const DataError& error) {
+    } catch (const sqlite::EngineError& error) {
       if (isRefusedExpression(error)) continue;
-      if (error.description.find("UNIQUE constraint failed") == std::string::npos) throw;
+      if (error.engineText.find("UNIQUE constraint failed") == std::string::npos) throw;
       refuse("The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name '" +
              table.storage + "' and the index name '" + index.name + "'.");
     }

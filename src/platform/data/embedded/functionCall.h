@@ -63,6 +63,12 @@ class FunctionCall {
   sqlite3_value** arguments_;
 };
 
+// Ends the statement that calls a function with an error of the function's own; `words` are for SQLite alone.
+inline void failCall(sqlite3_context* context, std::exception_ptr error, const char* words) {
+  static_cast<FunctionSurroundings*>(sqlite3_user_data(context))->database.noteFunctionError(std::move(error));
+  sqlite3_result_error(context, words, -1);
+}
+
 // Lets no exception through to SQLite: it becomes the statement's error.
 template <void (*body)(FunctionCall&)>
 void callFunction(sqlite3_context* context, int count, sqlite3_value** arguments) {
@@ -72,7 +78,7 @@ void callFunction(sqlite3_context* context, int count, sqlite3_value** arguments
   } catch (const std::bad_alloc&) {
     sqlite3_result_error_nomem(context);
   } catch (const std::exception& error) {
-    sqlite3_result_error(context, error.what(), -1);
+    failCall(context, std::current_exception(), error.what());
   }
 }
 

@@ -187,7 +187,7 @@ void identityCurrent(FunctionCall& call) {
   for (const auto& column : table->columns) {
     if (!column.identity) continue;
     sqlite::Statement query(call.surroundings().database,
-                            "select max(" + quoteName(column.name) + ") from " + quoteName(table->storage));
+                            "select max(" + quoteColumn(column.name) + ") from " + quoteName(table->storage));
     if (query.step() && !query.isNull(0)) return call.result(query.integer(0));
     return identitySeed(call);
   }
@@ -264,8 +264,15 @@ void schemaId(FunctionCall& call) {
 std::vector<std::pair<int, std::string>> databasesOf(const std::filesystem::path& folder) {
   std::vector<std::string> names;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(folder, error))
-    if (equalNoCase(entry.path().extension().string(), ".mdf")) names.push_back(entry.path().stem().string());
+  std::filesystem::directory_iterator entry(folder, error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::filesystem::path& file = entry->path();
+    if (equalNoCase(file.extension().string(), ".mdf") && !file.filename().string().starts_with('.'))
+      names.push_back(file.stem().string());
+  }
+  if (error)
+    throw DataError(errorNumber::cannotConnect,
+                    "The folder '" + folder.string() + "' cannot be read: " + error.message() + ".", "08001");
   std::sort(names.begin(), names.end(), [](const auto& a, const auto& b) { return compareCollated(a, b) < 0; });
   std::vector<std::pair<int, std::string>> databases;
   int next = 5;

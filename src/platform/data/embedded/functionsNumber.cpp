@@ -264,7 +264,10 @@ void addToTotal(sqlite3_context* context, int, sqlite3_value** arguments) {
   ++total->count;
   if (type == SQLITE_INTEGER) {
     if (__builtin_add_overflow(total->whole, sqlite3_value_int64(arguments[0]), &total->whole))
-      sqlite3_result_error(context, "Arithmetic overflow error converting expression to data type bigint.", -1);
+      failCall(context,
+               std::make_exception_ptr(DataError(
+                   errorNumber::badSql, "Arithmetic overflow error converting expression to data type bigint.")),
+               "overflow");
     return;
   }
   total->real += sqlite3_value_double(arguments[0]);
@@ -317,8 +320,8 @@ void addNumberFunctions(FunctionSurroundings& to) {
   addFunction<newId>(to, "newid", 0, false);
   addFunction<random>(to, "rand", -1, false);
   for (const auto& [name, result] : {std::pair{"q_sum", &sumResult}, {"q_avg", &averageResult}}) {
-    const int code = sqlite3_create_function_v2(to.database.get(), name, 1, SQLITE_UTF8, nullptr, nullptr, addToTotal,
-                                                result, nullptr);
+    const int code =
+        sqlite3_create_function_v2(to.database.get(), name, 1, SQLITE_UTF8, &to, nullptr, addToTotal, result, nullptr);
     if (code != SQLITE_OK) to.database.fail(code, name);
   }
 }

@@ -39,16 +39,39 @@ void checkName(std::string_view name, const char* what) {
   if (bad) fail("'" + std::string(name) + "' can't be the name of " + what + ".");
 }
 
+[[noreturn]] void failReading(const fs::path& folder, const std::error_code& error) {
+  fail("The folder '" + folder.string() + "' cannot be read: " + error.message() +
+       ". Ask for the right to read it, or look after the disk.");
+}
+
+// The names of a folder's entries; none when there is no such folder.
+std::vector<fs::path> entriesOf(const fs::path& folder) {
+  std::vector<fs::path> entries;
+  std::error_code error;
+  fs::directory_iterator it(folder, error);
+  if (error == std::errc::no_such_file_or_directory) return entries;
+  for (; !error && it != fs::directory_iterator(); it.increment(error)) entries.push_back(it->path());
+  if (error) failReading(folder, error);
+  return entries;
+}
+
+bool isThere(const fs::path& file) {
+  std::error_code error;
+  const bool there = fs::exists(file, error);
+  if (error) fail("The file '" + file.string() + "' cannot be looked at: " + error.message() + ".");
+  return there;
+}
+
 // The folder entry whose name (without `extension`) equals `name` without case; empty when there is none.
 fs::path findEntry(const fs::path& folder, std::string_view name, std::string_view extension) {
-  std::error_code ignored;
   const fs::path exact = folder / (std::string(name) + std::string(extension));
+  std::error_code ignored;
   if (fs::exists(exact, ignored)) return exact;
-  for (fs::directory_iterator it(folder, ignored), end; !ignored && it != end; it.increment(ignored)) {
-    const std::string file = it->path().filename().string();
+  for (const fs::path& entry : entriesOf(folder)) {
+    const std::string file = entry.filename().string();
     if (file.size() < extension.size() || file.front() == '.') continue;
     const std::size_t length = file.size() - extension.size();
-    if (equalNoCase(file.substr(length), extension) && equalNoCase(file.substr(0, length), name)) return it->path();
+    if (equalNoCase(file.substr(length), extension) && equalNoCase(file.substr(0, length), name)) return entry;
   }
   return {};
 }
@@ -109,18 +132,16 @@ bool EmbeddedServers::isTemporary(std::string_view name) const { return temporar
 
 bool EmbeddedServers::exists(std::string_view name) const {
   if (isTemporary(name)) return true;
-  std::error_code ignored;
   const fs::path found = name.empty() ? fs::path() : findEntry(root_, name, "");
-  return !found.empty() && found.filename() != "." && fs::exists(found / versionFile, ignored);
+  return !found.empty() && found.filename() != "." && isThere(found / versionFile);
 }
 
 std::vector<std::string> EmbeddedServers::list() const {
   std::vector<std::string> names;
-  std::error_code ignored;
-  for (fs::directory_iterator it(root_, ignored), end; !ignored && it != end; it.increment(ignored)) {
+  for (const fs::path& entry : entriesOf(root_)) {
     std::error_code none;
-    const std::string name = it->path().filename().string();
-    if (name.front() != '.' && fs::exists(it->path() / versionFile, none)) names.push_back(name);
+    const std::string name = entry.filename().string();
+    if (name.front() != '.' && fs::exists(entry / versionFile, none)) names.push_back(name);
   }
   return sorted(std::move(names));
 }
@@ -154,12 +175,16 @@ std::string EmbeddedServers::productVersion(std::string_view name) const {
 }
 
 std::optional<std::string> EmbeddedServers::versionIn(const fs::path& folder) {
-  std::ifstream in(folder / versionFile);
-  std::error_code ignored;
-  if (!in && !fs::exists(folder / versionFile, ignored)) return {};
+  const fs::path file = folder / versionFile;
+  if (!isThere(file)) return {};
+  std::ifstream in(file);
   std::string version;
   in >> version;
-  return isVersion(version) ? version : defaultProductVersion;
+  // Another version would change what the server answers: it isn't made up.
+  if (!isVersion(version))
+    fail("The file '" + file.string() +
+         "' cannot be read, or holds no product version such as 11.0.2100.60. \"qrel load\" with --version writes it.");
+  return version;
 }
 
 fs::path EmbeddedServers::versionFileIn(const fs::path& folder) { return folder / versionFile; }
@@ -209,9 +234,7 @@ std::string EmbeddedServers::createTemporary() {
 
 std::vector<std::string> EmbeddedServers::databases(std::string_view instance) const {
   std::vector<std::string> names;
-  std::error_code ignored;
-  for (fs::directory_iterator it(folder(instance), ignored), end; !ignored && it != end; it.increment(ignored)) {
-    const fs::path& file = it->path();
+  for (const fs::path& file : entriesOf(folder(instance))) {
     if (equalNoCase(file.extension().string(), databaseExtension) && file.filename().string().front() != '.')
       names.push_back(file.stem().string());
   }

@@ -235,6 +235,7 @@ void Interpreter::simpleStatement() {
       return;
     }
     if (!handler) notUnderstood("unknown statement");
+    if (running()) requireStatement(session_.rights(), reader_, session_.open().facts.database);
     checkNesting(start);
     const bool told = running();
     (this->*handler)();

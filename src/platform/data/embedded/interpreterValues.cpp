@@ -18,6 +18,12 @@ std::string attachDatabaseFile(OpenDatabase& open, const std::string& name) {
     sqlite::Statement list(open.database, "select 1 from pragma_database_list where name = ?1");
     if (list.bind(1, schema).step()) return schema;
   }
+  if (open.siblingFile) {
+    const std::string file = open.siblingFile(name);
+    if (file.empty()) throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name + "'.", "42S02");
+    open.database.execute("attach database " + quoteText(file) + " as " + quoteName(schema));
+    return schema;
+  }
   std::error_code ignored;
   for (const auto& entry : std::filesystem::directory_iterator(open.facts.folder, ignored)) {
     const std::filesystem::path& file = entry.path();
@@ -34,6 +40,7 @@ TranslateContext& Interpreter::context() {
   context_.catalogue = catalogue_;
   context_.database = session_.open().facts.database;
   context_.variables = &session_.variableTypes;
+  context_.readOnly = session_.rights() != Rights::Write;
   if (!context_.attach) {
     context_.attach = [this](const std::string& name) {
       if (state_.usedNames.count(lowerCase(name)) != 0) return std::string("main");

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <functional>
 #include <list>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -85,7 +86,8 @@ class EmbeddedConnection : public ProviderConnection {
     }
     open_->database.startClock(request.timeoutSeconds);
     try {
-      CommandResult result = session_->run(request.text, nullptr, &request.parameters);
+      CommandResult result = request.isProcedure ? session_->runProcedure(request.text, request.parameters)
+                                                 : session_->run(request.text, nullptr, &request.parameters);
       open_->database.stopClock();
       return result;
     } catch (...) {
@@ -119,9 +121,9 @@ struct EmbeddedProvider::Idle {
 class EmbeddedProvider::Pool {
  public:
   // The latest idle handle that `asked` names and whose file and server are still what they were; no handle when there
-  // is none. Handles that are outdated by now are closed.
-  template <typename Asked>
-  Idle take(Asked asked) {
+  // is none. Handles that are outdated by now are closed. `stands` (stillStands) decides which are.
+  template <typename Asked, typename Stands = bool (*)(const Idle&)>
+  Idle take(Asked asked, Stands stands = &Pool::stillStands) {
     std::list<Idle> gone;  // closed behind the lock
     const std::lock_guard lock(mutex_);
     for (auto each = idle_.end(); each != idle_.begin();) {
@@ -130,7 +132,7 @@ class EmbeddedProvider::Pool {
         each = candidate;
         continue;
       }
-      if (stillStands(*candidate)) {
+      if (stands(std::as_const(*candidate))) {
         Idle found = std::move(*candidate);
         idle_.erase(candidate);
         return found;
@@ -156,6 +158,8 @@ class EmbeddedProvider::Pool {
     sqlite3* handle = idle.open->database.get();
     if (sqlite3_get_autocommit(handle) == 0 && sqlite3_exec(handle, "rollback", nullptr, nullptr, nullptr) != SQLITE_OK)
       return nullptr;
+    // What an error has left half read would go on reading that state of the file.
+    idle.open->database.resetAll();
     // Another database that was attached would be kept open with it.
     if (sqlite3_db_name(handle, 2)) return nullptr;
     const tsql::OpenDatabase* kept = idle.open.get();
@@ -176,23 +180,67 @@ class EmbeddedProvider::Pool {
   std::list<Idle> idle_;
 };
 
-namespace {
+// A database as it is read for the length of a run.
+struct EmbeddedProvider::Kept {
+  FileIdentity identity;
+  FileIdentity version;
+  tsql::ServerFacts facts;
+  fs::path path;
+  sqlite::KeptFile file;
+};
 
-// Refuses a file that is a database, but none of this server.
-void checkCatalogue(tsql::OpenDatabase& open) {
-  auto& query = open.database.cached("select count(*) from sqlite_master where name = 'cat_objects'");
-  const bool ours = query.step() && query.integer(0) == 1;
-  query.reset();
-  if (!ours)
-    cannotConnect("The database file '" + open.database.file().string() + "' is not a database of this server.");
-}
+// The databases that stay what they are. Nothing is kept while nobody asks for it.
+class EmbeddedProvider::Holding {
+ public:
+  std::shared_ptr<void> begin(const std::shared_ptr<Holding>& self) {
+    const std::lock_guard lock(mutex_);
+    if (auto alive = token_.lock()) return alive;
+    const std::shared_ptr<void> token(self.get(), [self](void*) {
+      const std::lock_guard locked(self->mutex_);
+      // Somebody else may have begun meanwhile: then the databases are theirs.
+      if (self->token_.expired()) self->kept_.clear();
+    });
+    kept_.clear();
+    token_ = token;
+    return token;
+  }
 
-}  // namespace
+  bool active() const {
+    const std::lock_guard lock(mutex_);
+    return !token_.expired();
+  }
+  std::shared_ptr<const Kept> find(const std::string& instance, const std::string& database) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = kept_.find(key(instance, database));
+    return found == kept_.end() || token_.expired() ? nullptr : found->second;
+  }
+  // The first one stays.
+  std::shared_ptr<const Kept> keep(const std::string& instance, const std::string& database, Kept kept) {
+    const std::lock_guard lock(mutex_);
+    auto& place = kept_[key(instance, database)];
+    if (!place) place = std::make_shared<const Kept>(std::move(kept));
+    return place;
+  }
+
+ private:
+  static std::string key(const std::string& instance, const std::string& database) {
+    return lowerCase(instance) + '\n' + lowerCase(database);
+  }
+
+  mutable std::mutex mutex_;
+  std::weak_ptr<void> token_;
+  std::map<std::string, std::shared_ptr<const Kept>> kept_;
+};
 
 EmbeddedProvider::EmbeddedProvider(EmbeddedServers& servers, const std::function<bool()>* stopAsked)
-    : servers_(servers), stopAsked_(stopAsked), pool_(std::make_shared<Pool>()) {}
+    : servers_(servers),
+      stopAsked_(stopAsked),
+      pool_(std::make_shared<Pool>()),
+      holding_(std::make_shared<Holding>()) {}
 
 EmbeddedProvider::~EmbeddedProvider() = default;
+
+std::shared_ptr<void> EmbeddedProvider::holdState() { return holding_->begin(holding_); }
 
 std::unique_ptr<ProviderConnection> EmbeddedProvider::open(const ConnectionString& connectionString) {
   std::string instance(trimBlanks(connectionString.server()));
@@ -218,10 +266,47 @@ std::shared_ptr<tsql::OpenDatabase> EmbeddedProvider::lease(Idle used) {
 }
 
 EmbeddedProvider::Idle EmbeddedProvider::take(const std::string& instance, const std::string& wanted) {
+  if (!holding_->active()) return takePresent(instance, wanted);
+  for (;;) {
+    if (const auto kept = holding_->find(instance, wanted)) return takeKept(*kept);
+    Idle present = takePresent(instance, wanted);
+    Kept kept{present.identity, present.version, present.open->facts, present.open->database.file(), {}};
+    kept.file = sqlite::KeptFile(kept.path);
+    // Replaced since it was opened: the next attempt meets the new one.
+    if (!identityOf(kept.path).sameFile(kept.identity)) continue;
+    if (holding_->keep(instance, wanted, std::move(kept))->identity.sameFile(present.identity)) return present;
+  }
+}
+
+EmbeddedProvider::Idle EmbeddedProvider::takePresent(const std::string& instance, const std::string& wanted) {
   // A handle under the very names that are asked for spares the search through the folders.
   Idle used = pool_->take(
       [&](const tsql::OpenDatabase& open) { return open.facts.database == wanted && open.facts.server == instance; });
   return used.open ? std::move(used) : find(instance, wanted);
+}
+
+EmbeddedProvider::Idle EmbeddedProvider::takeKept(const Kept& kept) {
+  const auto isKept = [&](const Idle& idle) { return idle.identity.sameFile(kept.identity); };
+  Idle idle = pool_->take(
+      [&](const tsql::OpenDatabase& open) {
+        return open.database.file() == kept.path && open.facts.server == kept.facts.server;
+      },
+      isKept);
+  if (idle.open) return idle;
+  if (identityOf(kept.path).sameFile(kept.identity)) {
+    idle = openFile(kept.facts.server, kept.facts.database, kept.path);
+    if (isKept(idle)) return idle;
+  }
+  if (!kept.file)
+    cannotConnect("The database file '" + kept.path.string() +
+                  "' was replaced while it was being read. Start again to read the new one.");
+  idle.identity = kept.identity;
+  idle.version = kept.version;
+  idle.open = std::make_unique<tsql::OpenDatabase>(kept.path, kept.facts, majorVersion(kept.facts.productVersion),
+                                                   sqlite::OpenMode::ReadOnly, &kept.file);
+  idle.open->database.stopAsked = stopAsked_;
+  connectSiblings(*idle.open, kept.facts.server);
+  return idle;
 }
 
 EmbeddedProvider::Idle EmbeddedProvider::find(const std::string& instance, const std::string& wanted) {
@@ -238,15 +323,48 @@ EmbeddedProvider::Idle EmbeddedProvider::find(const std::string& instance, const
                   "42000");
   const fs::path file = servers_.databaseFile(instance, *found);
   Idle idle = pool_->take([&](const tsql::OpenDatabase& open) { return open.database.file() == file; });
-  if (idle.open) return idle;
-  idle.identity = identityOf(file);
-  idle.version = identityOf(EmbeddedServers::versionFileIn(servers_.folder(instance)));
-  const tsql::ServerFacts facts{instance, *found, servers_.productVersion(instance), servers_.folder(instance)};
-  idle.open = std::make_unique<tsql::OpenDatabase>(file, facts, majorVersion(facts.productVersion),
-                                                   sqlite::OpenMode::ReadWrite);
-  idle.open->database.stopAsked = stopAsked_;
-  checkCatalogue(*idle.open);
-  return idle;
+  return idle.open ? std::move(idle) : openFile(instance, *found, file);
+}
+
+EmbeddedProvider::Idle EmbeddedProvider::openFile(const std::string& instance, const std::string& database,
+                                                  const fs::path& file) {
+  for (int attempt = 1;; ++attempt) {
+    Idle idle;
+    idle.identity = identityOf(file);
+    idle.version = identityOf(EmbeddedServers::versionFileIn(servers_.folder(instance)));
+    const tsql::ServerFacts facts{instance, database, servers_.productVersion(instance), servers_.folder(instance)};
+    idle.open = std::make_unique<tsql::OpenDatabase>(file, facts, majorVersion(facts.productVersion),
+                                                     sqlite::OpenMode::ReadOnly);
+    // What was opened is what was looked at, unless another file came between.
+    if (attempt < 10 && idle.identity.usable && !identityOf(file).sameFile(idle.identity)) continue;
+    idle.open->database.stopAsked = stopAsked_;
+    connectSiblings(*idle.open, instance);
+    tsql::Catalogue::requireWhole(idle.open->database);
+    return idle;
+  }
+}
+
+// USE and names such as Other.dbo.Track lead to databases that are opened here, too: for reading, and kept in a run.
+void EmbeddedProvider::connectSiblings(tsql::OpenDatabase& open, const std::string& instance) {
+  open.sibling = [this, instance](const std::string& name) -> std::shared_ptr<tsql::OpenDatabase> {
+    return hasDatabase(instance, name) ? lease(take(instance, name)) : nullptr;
+  };
+  open.siblingFile = [this, instance](const std::string& name) { return fileToAttach(instance, name); };
+}
+
+bool EmbeddedProvider::hasDatabase(const std::string& instance, const std::string& name) const {
+  if (holding_->find(instance, name)) return true;
+  const std::vector<std::string> databases = servers_.databases(instance);
+  return std::any_of(databases.begin(), databases.end(), [&](const auto& each) { return equalNoCase(each, name); });
+}
+
+std::string EmbeddedProvider::fileToAttach(const std::string& instance, const std::string& name) {
+  if (!hasDatabase(instance, name)) return {};
+  Idle opened = take(instance, name);
+  const std::string path = opened.open->database.file().string();
+  pool_->giveBack(std::move(opened));
+  const auto kept = holding_->find(instance, name);
+  return kept && kept->file ? kept->file.uri() : path;
 }
 
 }  // namespace qrel

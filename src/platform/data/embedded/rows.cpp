@@ -108,7 +108,7 @@ class StatementRows : public RowSource {
     for (int i = 0; i < count; ++i) {
       const char* name = sqlite3_column_name(statement_.get(), i);
       const char* declared = sqlite3_column_decltype(statement_.get(), i);
-      columns_.push_back(columnFromDeclaration(name ? name : "", declared ? declared : ""));
+      columns_.push_back(columnFromDeclaration(shownColumn(name ? name : ""), declared ? declared : ""));
     }
   }
 

@@ -9,6 +9,7 @@
 
 #include "platform/data/embedded/batchListener.h"
 #include "platform/data/embedded/openDatabase.h"
+#include "platform/data/embedded/statementRights.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/provider.h"
 
@@ -18,6 +19,7 @@ struct SessionState;
 
 class Session {
  public:
+  // A database that is open for reading gets a session that reads.
   explicit Session(std::shared_ptr<OpenDatabase> open);
   Session(Session&&) noexcept;
   Session& operator=(Session&&) noexcept;
@@ -27,6 +29,11 @@ class Session {
   // without one the first error is raised as DataError (0x80040E14 for what isn't understood) with the SQL.
   // The first result set is returned; `parameters` are bound to @p1, @p2, ... and to ? in order.
   CommandResult run(std::string_view batch, BatchListener* listener, const std::vector<Value>* parameters = nullptr);
+  // Runs a system procedure by its name, with its parameters in order. Only so a session that reads may attach a
+  // database: no text of a batch gets there.
+  CommandResult runProcedure(std::string_view name, const std::vector<Value>& parameters);
+
+  Rights rights() const { return rights_; }
 
   OpenDatabase& open() { return *open_; }
   std::shared_ptr<OpenDatabase> share() const { return open_; }
@@ -43,6 +50,7 @@ class Session {
  private:
   std::shared_ptr<OpenDatabase> open_;
   std::unique_ptr<SessionState> state_;
+  Rights rights_;
 };
 
 }  // namespace qrel::tsql

@@ -1,6 +1,6 @@
-// A thin owner of SQLite's handles. Errors are raised as DataError: 0x80004005 for files that can't be used (missing,
-// locked, corrupt, full disk: the sentence names the file), 0x80040E14 for bad SQL, 0x80040E31 for a time-out,
-// 0x80040E4E for what was interrupted.
+// A thin owner of SQLite's handles. Errors are raised as DataError in the server's words, never in SQLite's: 0x80004005
+// for files that can't be used (missing, locked, damaged, full disk: the sentence names the file and what to do),
+// 0x80040E14 for bad SQL, 0x80040E31 for a time-out, 0x80040E4E for what was interrupted.
 #pragma once
 
 #include <sqlite3.h>
@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -15,11 +16,26 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "platform/data/embedded/keptFile.h"
 #include "platform/data/value.h"
+#include "platform/error.h"
 
 namespace qrel::sqlite {
 
 class Database;
+
+// A statement that SQLite refuses. `engineText` is its own sentence: for those who know what it means, never for a
+// person.
+class EngineError : public DataError {
+ public:
+  EngineError(DataError error, std::string text) : DataError(std::move(error)), engineText(std::move(text)) {}
+  std::string engineText;
+};
+
+// The longest text or binary value, in bytes. The server's own limit is 2 GB - 1; what is longer than this is refused
+// before it is made.
+inline constexpr std::int64_t longestValue = 256 * 1024 * 1024;
+[[noreturn]] void failTooLong();
 
 // A prepared statement. Bound values are copied.
 class Statement {
@@ -57,7 +73,8 @@ enum class OpenMode { ReadOnly, ReadWrite, Create };
 
 class Database {
  public:
-  Database(const std::filesystem::path& file, OpenMode mode);
+  // With `kept` that file is read, which was `file` once; messages speak of `file`.
+  Database(const std::filesystem::path& file, OpenMode mode, const KeptFile* kept = nullptr);
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
   ~Database();
@@ -82,22 +99,35 @@ class Database {
   // null or empty.
   const std::function<bool()>* stopAsked = nullptr;
 
+  // What a function called by the running statement has raised; `fail` raises it instead of SQLite's error.
+  void noteFunctionError(std::exception_ptr error) { functionError_ = std::move(error); }
+  // Ends the reading of statements that somebody has left in the middle.
+  void resetAll();
+
   // Raises the DataError for a result code of a call on this handle.
   [[noreturn]] void fail(int code, std::string_view sql) const;
 
   sqlite3* get() const { return handle_; }
   const std::filesystem::path& file() const { return file_; }
+  bool readOnly() const { return mode_ == OpenMode::ReadOnly; }
 
  private:
   static int progress(void* self);
-  [[noreturn]] void failOpening(int code) const;
+  std::filesystem::path shown() const;
+  std::string cannotOpen() const;
+  std::string cannotWrite(int code) const;
+  std::string cannotTransfer(int code) const;
+  bool isAttached(std::string_view schema) const;
+  DataError refused(const std::string& message, std::string_view sql) const;
 
   std::filesystem::path file_;
+  OpenMode mode_;
   sqlite3* handle_ = nullptr;
   std::unordered_map<std::string, std::unique_ptr<Statement>> cache_;
   std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
   std::atomic<bool> interrupted_ = false;
   bool timedOut_ = false;
+  mutable std::exception_ptr functionError_;
 };
 
 // A column of the current row as a value of SQLite's own type: Integer, Double, Text or Binary.

@@ -143,6 +143,7 @@ void Interpreter::execText(const std::string& text, std::size_t line) {
 }
 
 void Interpreter::systemProcedure(const std::string& name, const std::vector<Argument>& arguments, std::size_t line) {
+  requireProcedure(session_.rights(), name, session_.open().facts.database);
   if (name == "sp_executesql") return executeSql(arguments, line);
   if (name == "sp_addtype") return addType(arguments);
   if (name == "sp_rename") return renameObject(arguments);
@@ -241,7 +242,7 @@ void Interpreter::attachDatabase(const std::vector<Argument>& arguments) {
   if (!error) {
     try {
       sqlite::Database database(fresh, sqlite::OpenMode::ReadOnly);
-      sqlite::Statement(database, "select count(*) from cat_schemas").step();
+      Catalogue::requireWhole(database);
       fs::rename(fresh, target);
       return;
     } catch (const DataError&) {

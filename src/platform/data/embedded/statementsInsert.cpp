@@ -164,8 +164,8 @@ Value Interpreter::defaultOf(const InsertPlan::Column& source) {
 
 // The next number of an identity column, the next stamp of a timestamp column.
 Value Interpreter::generated(const TableInfo& table, const TableInfo::Column& column) {
-  const std::string highest = "select max(" + quoteName(column.name) + "), min(" + quoteName(column.name) + ") from " +
-                              quoteName(table.storage);
+  const std::string highest = "select max(" + quoteColumn(column.name) + "), min(" + quoteColumn(column.name) +
+                              ") from " + quoteName(table.storage);
   if (isVersionColumn(column)) {
     auto [kept, fresh] = state_.versions.try_emplace(table.id, firstVersion);
     if (fresh) {
@@ -231,7 +231,7 @@ InsertPlan Interpreter::makePlan(std::shared_ptr<const TableInfo> table, const s
   }
   std::string names, marks;
   for (const auto& source : plan.columns) {
-    names += (names.empty() ? "" : ", ") + quoteName(source.column->name);
+    names += (names.empty() ? "" : ", ") + quoteColumn(source.column->name);
     marks += marks.empty() ? "?" : ", ?";
   }
   const std::string sql = "insert into " + quoteName(table->storage) +

@@ -153,12 +153,23 @@ void Interpreter::useStatement() {
   }
   const OpenDatabase& open = session_.open();
   if (equalNoCase(name, open.facts.database)) return;
-  const auto file = databaseFile(open.facts.folder, name);
-  if (!std::filesystem::exists(file))
+  const auto unknown = [&] {
     refuse("Database '" + name + "' does not exist. Make sure that the name is entered correctly.");
+  };
+  if (open.sibling) {
+    auto other = open.sibling(name);
+    if (!other) unknown();
+    session_.moveTo(std::move(other));
+    catalogue_ = &session_.open().catalogue;
+    database_ = &session_.open().database;
+    return;
+  }
+  const auto file = databaseFile(open.facts.folder, name);
+  if (!std::filesystem::exists(file)) unknown();
   ServerFacts facts = open.facts;
   facts.database = file.stem().string();
-  session_.moveTo(std::make_shared<OpenDatabase>(file, facts, catalogue_->serverMajor(), sqlite::OpenMode::ReadWrite));
+  const auto mode = open.database.readOnly() ? sqlite::OpenMode::ReadOnly : sqlite::OpenMode::ReadWrite;
+  session_.moveTo(std::make_shared<OpenDatabase>(file, facts, catalogue_->serverMajor(), mode));
   catalogue_ = &session_.open().catalogue;
   database_ = &session_.open().database;
 }

@@ -121,7 +121,7 @@ void Interpreter::fillColumns(const ObjectName& name, const std::vector<ColumnDe
     const bool filled = !def.defaultText.empty() && (!def.nullable || withValues);
     if (!counted && !filled) continue;
     const InsertPlan::Column source = defaultFor(*column);
-    sqlite::Statement update(*database_, "update " + quoteName(table->storage) + " set " + quoteName(column->name) +
+    sqlite::Statement update(*database_, "update " + quoteName(table->storage) + " set " + quoteColumn(column->name) +
                                              " = ?1 where _rowid_ = ?2");
     for (const std::int64_t row : rows)
       update.bind(1, counted ? generated(*table, *column) : defaultOf(source)).bind(2, row).run();

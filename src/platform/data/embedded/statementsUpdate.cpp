@@ -73,7 +73,7 @@ Interpreter::UpdateTarget Interpreter::readTarget(std::size_t target) {
 
 // The query that gives the row numbers of the rows to change and, behind them, `values`, in SQLite's words.
 std::string Interpreter::rowsQuery(const UpdateTarget& target, const std::vector<std::string>& values) {
-  std::string text = "select " + target.alias + ".[_rowid_]";
+  std::string text = "select " + target.alias + ".[" + std::string(rowNumberName) + "]";
   for (const std::string& value : values) text += ", " + value;
   text += " from " + target.from + target.where;
   const auto tokens = lex(text);
@@ -137,10 +137,10 @@ void Interpreter::applyUpdate(const TableInfo& table, const std::vector<const Ta
     }
   }
   std::string set;
-  for (const auto* column : columns) set += (set.empty() ? "" : ", ") + quoteName(column->name) + " = ?";
+  for (const auto* column : columns) set += (set.empty() ? "" : ", ") + quoteColumn(column->name) + " = ?";
   const auto version = std::find_if(table.columns.begin(), table.columns.end(),
                                     [](const auto& column) { return column.type.baseName == "timestamp"; });
-  if (version != table.columns.end()) set += ", " + quoteName(version->name) + " = ?";
+  if (version != table.columns.end()) set += ", " + quoteColumn(version->name) + " = ?";
   sqlite::Statement update(*database_, "update " + quoteName(table.storage) + " set " + set + " where _rowid_ = ?");
   for (const auto& [row, values] : rows) {
     int at = 0;

@@ -8,6 +8,7 @@
 
 #include "platform/data/embedded/catalogue.h"
 #include "platform/data/embedded/lexer.h"
+#include "platform/data/embedded/storageNames.h"
 
 namespace qrel::tsql {
 
@@ -18,6 +19,9 @@ struct TranslateContext {
   // Gives the SQLite schema name ("db2") under which another database of the server is attached; raises
   // 0x80040E37 when there is none. "master" and the current database need no call.
   std::function<std::string(const std::string& database)> attach;
+  // For a connection that only reads. Otherwise "text" that names no column is a text, as scripts want that were
+  // written for SET QUOTED_IDENTIFIER OFF.
+  bool readOnly = false;
   // The batch's variables by lower-case name with @; may be null. Their types decide what "+" means.
   const std::map<std::string, TypeRef>* variables = nullptr;
 };

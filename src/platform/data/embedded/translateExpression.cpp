@@ -355,15 +355,21 @@ Expression Translation::columnReference() {
   out.column = true;
   const std::string table = parts.size() > 1 ? parts[parts.size() - 2] : "";
   const std::string schema = parts.size() > 2 ? parts[parts.size() - 3] : "";
-  out.sql = (table.empty() ? "" : quoteName(table) + ".") + quoteName(out.name);
+  const bool rowNumber = out.name == rowNumberName;
+  const auto written = [&](const std::string& of, const std::string& column) {
+    return (of.empty() ? "" : quoteName(of) + ".") + (rowNumber ? "_rowid_" : quoteColumn(column));
+  };
+  out.sql = written(table, out.name);
   bool complete = scope_ != nullptr;
   for (const Scope* scope = scope_; scope; scope = scope->outer) {
     for (const Source& source : scope->sources) {
       if (!table.empty() && compareCollated(source.exposed, table) != 0) continue;
       if (!schema.empty() && !source.schema.empty() && compareCollated(source.schema, schema) != 0) continue;
-      if (!table.empty()) out.sql = quoteName(source.alias) + "." + quoteName(out.name);
+      const std::string of = table.empty() ? "" : source.alias;
+      if (!table.empty()) out.sql = written(of, out.name);
       complete = complete && source.columns.complete;
       if (const OutputColumn* column = source.columns.find(out.name)) {
+        out.sql = written(of, column->name);
         out.kind = column->kind;
         out.column = column->column;
         return out;
@@ -372,7 +378,7 @@ Expression Translation::columnReference() {
     }
   }
   // With quoted identifiers off, "text" is a literal; it shows where no table has such a column.
-  if (complete && parts.size() == 1 && first.raw.front() == '"') {
+  if (!context_.readOnly && complete && parts.size() == 1 && first.raw.front() == '"') {
     out.sql = quoteText(out.name);
     out.kind = DataType::Text;
     out.literal = true;

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "platform/data/embedded/quoting.h"
+#include "platform/data/embedded/statementRights.h"
 #include "platform/data/embedded/translation.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -41,7 +42,7 @@ bool endsSelectList(const Token& token) {
 
 std::string columnList(const std::vector<std::string>& names) {
   std::string sql = "(";
-  for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", " : "") + quoteName(names[i]);
+  for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", " : "") + quoteColumn(names[i]);
   return sql + ")";
 }
 
@@ -49,7 +50,7 @@ std::string columnList(const std::vector<std::string>& names) {
 
 const OutputColumn* Columns::find(std::string_view name) const {
   for (const OutputColumn& column : list)
-    if (equalNoCase(column.name, name)) return &column;
+    if (compareCollated(column.name, name) == 0) return &column;
   return nullptr;
 }
 
@@ -203,7 +204,10 @@ Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& 
   Query out;
   out.sql = top.distinct ? "select distinct " : "select ";
   out.sql += selectList(out.columns, assigned) + fromSql;
-  if (reader_.peek().is("into")) refuse("SELECT INTO can't be translated");
+  if (reader_.peek().is("into")) {
+    if (context_.readOnly) refuseAction("CREATE TABLE", context_.database);
+    refuse("SELECT INTO can't be translated");
+  }
   if (from != 0) {
     if (reader_.position() != from) refuse("the select list isn't understood");
     reader_.moveTo(afterFrom);
@@ -289,7 +293,7 @@ Translation::SelectItem Translation::selectItem() {
   const bool plain = value.column && !value.name.empty();
   if (!named && plain) alias = value.name;
   item.sql = value.sql;
-  if (named || !plain) item.sql += " as " + quoteName(alias);
+  if (named || !plain) item.sql += " as " + quoteColumn(alias);
   item.columns.push_back({alias, value.kind, value.column});
   return item;
 }
@@ -345,7 +349,7 @@ std::string Translation::orderItem(const Columns& columns, bool compound) {
   const Expression value = expression();
   std::string sql = value.sql;
   const bool isOutput = output && value.column;
-  if (isOutput) sql = quoteName(output->name);
+  if (isOutput) sql = quoteColumn(output->name);
   const bool text =
       isOutput ? !output->column && output->kind == DataType::Text : !value.column && value.kind == DataType::Text;
   if (text && !compound) sql += " collate q_text";
@@ -492,7 +496,7 @@ Translation::Table Translation::resolve(const ObjectName& name, const Token& tok
     if (!view.empty()) refuse("the catalogue of another database can't be asked");
     if (!context_.attach) refuse("another database can't be asked");
     table.sql = quoteName(context_.attach(name.database)) + "." +
-                quoteName((name.schema.empty() ? "dbo" : name.schema) + "." + name.name);
+                quoteName(storageName(name.schema.empty() ? "dbo" : name.schema, name.name));
     return table;
   }
   if (const auto info = catalogue.table(name.schema, name.name)) {

@@ -21,7 +21,7 @@ void fill(EmbeddedServer& server) {
         "CREATE INDEX IX_name ON Orders (name, amount)", "CREATE VIEW v_orders AS SELECT id FROM Orders",
         "CREATE PROCEDURE p_list AS SELECT 1", "CREATE FUNCTION f_one() RETURNS int AS BEGIN RETURN 1 END",
         "CREATE TRIGGER tr_orders ON Orders FOR INSERT AS PRINT 'x'"})
-    server.run(batch);
+    server.load(batch);
 }
 
 TEST(CatalogueQueries, ObjectListsOfEveryType) {
@@ -116,9 +116,9 @@ TEST(CatalogueQueries, RelationshipsConstraintsAndTexts) {
 TEST(CatalogueQueries, SchemasFromVersionNineOn) {
   EmbeddedServer server;
   fill(server);
-  server.run("CREATE SCHEMA sales");
-  server.run("CREATE TABLE sales.Orders (a int IDENTITY)");
-  server.run("CREATE TABLE sales.Hidden (a int IDENTITY(3,4))");
+  server.load("CREATE SCHEMA sales");
+  server.load("CREATE TABLE sales.Orders (a int IDENTITY)");
+  server.load("CREATE TABLE sales.Hidden (a int IDENTITY(3,4))");
   EXPECT_EQ(server.line("SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.schemata WHERE SCHEMA_NAME NOT IN "
                         "('INFORMATION_SCHEMA', 'sys', 'db_owner', 'guest') ORDER BY SCHEMA_NAME"),
             "dbo sales");
@@ -133,7 +133,7 @@ TEST(CatalogueQueries, SchemasFromVersionNineOn) {
                   "INFORMATION_SCHEMA.TABLES.TABLE_NAME = [name] where OBJECTPROPERTY(id, N'IsUserTable') = 1 AND "
                   "INFORMATION_SCHEMA.TABLES.TABLE_SCHEMA IN ('sales') order by name"),
       "Hidden Orders Orders");
-  server.run("GRANT SELECT ON Orders TO public");
+  server.load("GRANT SELECT ON Orders TO public");
   EXPECT_EQ(
       server.line("SELECT b.[type_desc], c.[name] AS schema_name, b.[name], CASE WHEN a.[minor_id] > 0 THEN (SELECT "
                   "NAME    FROM sys.Columns    WHERE object_id = a.major_id    AND column_id = a.minor_id) ELSE '' END "

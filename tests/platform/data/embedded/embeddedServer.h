@@ -9,6 +9,7 @@
 
 #include "platform/data/columnStore.h"
 #include "platform/data/embedded/instances.h"
+#include "platform/data/embedded/loader.h"
 #include "platform/data/embedded/provider.h"
 #include "platform/error.h"
 #include "tests/platform/temporaryFolder.h"
@@ -50,7 +51,12 @@ class EmbeddedServer {
     for (const std::string& row : rows(sql, database)) out += (out.empty() ? "" : " ") + row;
     return out;
   }
-  void run(const std::string& sql, const std::string& database = "shop") { rows(sql, database); }
+  // Changes a database in the one way there is: by a load. Every statement must be understood and succeed.
+  void load(const std::string& sql, const std::string& database = "shop") {
+    const LoadReport report = loadScripts(servers, "S", database, {folder.write("script.sql", sql)}, {});
+    for (const auto* list : {&report.skipped, &report.failed})
+      for (const SkippedStatement& each : *list) ADD_FAILURE() << each.firstWords << ": " << each.reason;
+  }
 
   // Number and description of the error that a statement raises; 0 without one.
   ErrorInfo error(const std::string& sql, const std::string& database = "shop") {

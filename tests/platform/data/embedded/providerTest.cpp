@@ -45,9 +45,9 @@ TEST(EmbeddedProvider, SaysWhyADatabaseCannotBeHad) {
 
 TEST(EmbeddedProvider, SeesTheFileThatTookTheOldOnesPlace) {
   EmbeddedServer server;
-  server.run("CREATE TABLE a (id int)");
+  server.load("CREATE TABLE a (id int)");
   server.servers.createDatabase("S", "other");
-  server.run("CREATE TABLE b (id int)", "other");
+  server.load("CREATE TABLE b (id int)", "other");
   EXPECT_EQ(server.line("SELECT COUNT(*) FROM a"), "0");
   const auto folder = server.servers.folder("S");
   std::filesystem::rename(folder / "other.mdf", folder / "shop.mdf");
@@ -64,23 +64,13 @@ TEST(EmbeddedProvider, NoticesWhatBecameOfAFileItHadOpen) {
   EXPECT_EQ(server.line(version), "8.0.194");
   std::filesystem::resize_file(folder / "shop.mdf", 0);
   EXPECT_EQ(openError(server, "shop").number, errorNumber::cannotConnect) << "emptied";
-  server.run("SELECT 1", "master");
+  server.line("SELECT 1", "master");
   std::filesystem::remove(folder / "master.mdf");
   EXPECT_EQ(openError(server, "master").number, errorNumber::cannotConnect) << "gone";
   server.servers.createDatabase("S", "last");
-  server.run("SELECT 1", "last");
+  server.line("SELECT 1", "last");
   std::filesystem::remove(folder / "instance.txt");
   EXPECT_EQ(openError(server, "last").number, errorNumber::cannotConnect) << "no server any more";
-}
-
-TEST(EmbeddedProvider, ConnectionsSeeEachOthersChanges) {
-  EmbeddedServer server;
-  const auto first = server.connect();
-  const auto second = server.connect();
-  first->execute({"CREATE TABLE a (id int) INSERT INTO a VALUES (1)", 30, {}});
-  EXPECT_EQ(second->execute({"SELECT id FROM a", 30, {}}).rows->count(), 1);
-  second->execute({"DROP TABLE a", 30, {}});
-  EXPECT_THROW(first->execute({"SELECT id FROM a", 30, {}}), DataError);
 }
 
 TEST(EmbeddedProvider, TimeOutAndInterruptEndAQuery) {
@@ -109,7 +99,7 @@ TEST(EmbeddedProvider, TimeOutAndInterruptEndAQuery) {
 
 TEST(EmbeddedProvider, ALockedFileIsToldInWords) {
   EmbeddedServer server;
-  server.run("CREATE TABLE a (id int)");
+  server.load("CREATE TABLE a (id int)");
   sqlite::Database holder(server.servers.databaseFile("S", "shop"), sqlite::OpenMode::ReadWrite);
   holder.execute("begin exclusive");
   const ErrorInfo error = server.error("SELECT id FROM a");

@@ -71,10 +71,10 @@ TEST(StatementCache, GivesEachQueryItsOwnRows) {
 TEST(StatementCache, FollowsATableThatChanges) {
   EmbeddedServer server;
   const char* query = "SELECT a FROM t WHERE a = '5'";
-  server.run("CREATE TABLE t (A int)\nINSERT t VALUES (5)");
+  server.load("CREATE TABLE t (A int)\nINSERT t VALUES (5)");
   const auto column = [&] { return server.connect()->execute({query, 30, {}}).rows->columns().at(0); };
   EXPECT_EQ(column().type, DataType::Integer);
-  server.run("DROP TABLE t\nCREATE TABLE t (a varchar(9))\nINSERT t VALUES ('5')");
+  server.load("DROP TABLE t\nCREATE TABLE t (a varchar(9))\nINSERT t VALUES ('5')");
   EXPECT_EQ(column().type, DataType::Text);
   EXPECT_EQ(server.line(query), "5");
 }

@@ -16,14 +16,15 @@ class Translate : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     server_ = std::make_unique<EmbeddedServer>();
-    server_->run(
+    server_->load(
         "CREATE TABLE t (id int, name varchar(20), price decimal(9,2), born datetime, flag bit, blob varbinary(4))"
         " INSERT INTO t VALUES (1, 'Anna', 9.50, '20200101', 1, 0x0102)"
         " INSERT INTO t VALUES (2, 'bob', 10.00, '20200101 12:00', 0, NULL)"
         " INSERT INTO t VALUES (3, 'CARL  ', 100, NULL, 1, 0x)");
-    server_->run("CREATE SCHEMA sales");
-    server_->run("CREATE TABLE sales.orders (id int, t_id int) INSERT INTO sales.orders VALUES (7, 1), (8, 1), (9, 3)");
-    server_->run("CREATE TABLE sales.t (id int, note nvarchar(10)) INSERT INTO sales.t VALUES (1, N'x')");
+    server_->load("CREATE SCHEMA sales");
+    server_->load(
+        "CREATE TABLE sales.orders (id int, t_id int) INSERT INTO sales.orders VALUES (7, 1), (8, 1), (9, 3)");
+    server_->load("CREATE TABLE sales.t (id int, note nvarchar(10)) INSERT INTO sales.t VALUES (1, N'x')");
   }
   static void TearDownTestSuite() { server_.reset(); }
 
