@@ -1,15 +1,32 @@
 #include "app/mdlMain.h"
 
 #include <algorithm>
+#include <charconv>
+#include <functional>
+#include <string_view>
+#include <system_error>
 
 #include "app/CCommandArgs.h"
 #include "app/modRegistry.h"
 #include "app/settings.h"
 #include "app/trap.h"
+#include "platform/error.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
 namespace qrel {
+
+namespace {
+
+void leaveWhenUnwritable(const std::function<void()>& write) {
+  try {
+    write();
+  } catch (const RuntimeError&) {
+    // Settings that can't be written keep nobody from comparing.
+  }
+}
+
+}  // namespace
 
 void Main(Program& program, MainSteps& steps) {
   trap(program, "mdlMain", "Main", [&] {
@@ -17,12 +34,25 @@ void Main(Program& program, MainSteps& steps) {
     SetFilePaths(program);
     program.main.gblnDebugMode = files::exists(program.main.gstrDebugFile);
     program.main.gtypSelServ = {};
-    CheckProgramVersion(program);
+    TellDamagedSettings(program);
+    // Nobody asked for these two writes, and the next start makes up for them.
+    leaveWhenUnwritable([&] { CheckProgramVersion(program); });
     ReadOptions(program, steps);
-    SaveLocation(program);
+    leaveWhenUnwritable([&] { SaveLocation(program); });
     ParseCommandLine(program);
     steps.ShowMainWindow();
   });
+}
+
+void TellDamagedSettings(Program& program) {
+  try {
+    program.store.check();
+  } catch (const RuntimeError& error) {
+    program.host.messageBox(error.description +
+                                "\r\n\r\nUntil then the program works with those settings that can be read, and with "
+                                "defaults for the others, and nothing is written to the file.",
+                            Icon::Warning, "Settings Cannot Be Read");
+  }
 }
 
 std::string withSeparator(std::string strFolder) {
@@ -45,17 +75,21 @@ void SetFilePaths(Program& program) {
 void CheckProgramVersion(Program& program, const std::string& strAppVer) {
   KeyStore& store = program.store;
   const std::string strStored = GetSettingString(store, HKEY_CURRENT_USER, productKey, "VerNum", "");
+  if (strStored == strAppVer) return;
+  KeyStore::Change change(store);
   if (strAppVer == "1.1" && strStored.empty()) {
     const std::string strServers = std::string(productKey) + "\\Servers";
     const std::int32_t lngCount = std::max(GetSettingDWord(store, HKEY_CURRENT_USER, strServers, "Count", 0), 5);
-    for (std::int32_t i = 1; i <= lngCount; ++i)
-      DeleteRegKey(store, HKEY_CURRENT_USER, strServers + "\\Server" + std::to_string(i));
+    for (const std::int32_t i : NumberedRegKeys(store, HKEY_CURRENT_USER, strServers, "Server"))
+      if (i <= lngCount) DeleteRegKey(store, HKEY_CURRENT_USER, strServers + "\\Server" + std::to_string(i));
     SaveSettingDWord(store, HKEY_CURRENT_USER, strServers, "Count", 0);
   }
-  if (strStored != strAppVer) SaveSettingString(store, HKEY_CURRENT_USER, productKey, "VerNum", strAppVer);
+  SaveSettingString(store, HKEY_CURRENT_USER, productKey, "VerNum", strAppVer);
+  change.commit();
 }
 
 void ReadOptions(Program& program, MainSteps& steps) {
+  const KeyStore::Reading together(program.store);
   const auto read = [&](const char* strName) {
     applySetting(program, *findSetting(strName), ReadNumber(program, strName));
   };
@@ -73,6 +107,19 @@ void SaveLocation(Program& program) {
   SaveSettingString(program.store, HKEY_CURRENT_USER, productKey, "Location", program.main.gstrAppPath);
 }
 
+namespace {
+
+// The digits that the text begins with; 0 when there is none, and for more than 32 bits hold. No failure of the command
+// line keeps the window from opening.
+std::int32_t processId(std::string_view text) {
+  const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789"));
+  std::int32_t id = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id);
+  return error == std::errc() ? id : 0;
+}
+
+}  // namespace
+
 void ParseCommandLine(Program& program) {
   if (program.commandLine.empty()) return;
   CCommandArgs args;
@@ -80,7 +127,7 @@ void ParseCommandLine(Program& program) {
   args.TestString = program.commandLine;
   args.Parse();
   const std::string strId = args.Item("RunSavedComp");
-  if (!strId.empty()) program.main.glngRunSavedCompId = numericPrefix(strId);
+  if (!strId.empty()) program.main.glngRunSavedCompId = processId(strId);
 }
 
 double GetMdacVersion(Program& program) { return program.data.version(); }

@@ -15,9 +15,12 @@ class MainSteps {
   virtual void ShowMainWindow() = 0;
 };
 
-// Starts the program in the told order. An error goes to the error report and ends it.
+// Starts the program in the told order. An error goes to the error report and ends it; settings that can't be written
+// are none.
 void Main(Program& program, MainSteps& steps);
 
+// A warning when the settings' file is there and can't be read in full.
+void TellDamagedSettings(Program& program);
 // Sets the folders and profile file paths from program.programFolder and program.documentsFolder.
 void SetFilePaths(Program& program);
 // Notes the running version in VerNum; a first run of version 1.1 drops a server list that can't be read.
@@ -26,7 +29,8 @@ void CheckProgramVersion(Program& program, const std::string& strAppVer = progra
 void ReadOptions(Program& program, MainSteps& steps);
 // Writes the program's folder to Location.
 void SaveLocation(Program& program);
-// Takes the process id of /RunSavedComp from program.commandLine; anything else on it is left alone.
+// Takes the process id of /RunSavedComp from program.commandLine, the digits that its value begins with; 0 without any
+// and beyond 32 bits. Anything else on the line is left alone.
 void ParseCommandLine(Program& program);
 
 // The data access layer's version, 0 when it isn't there.

@@ -1,5 +1,7 @@
 #include "app/settings.h"
 
+#include <utility>
+
 #include "app/modRegistry.h"
 #include "platform/data/recordset.h"
 #include "platform/error.h"
@@ -83,6 +85,17 @@ void applySetting(Program& program, const Setting& setting, std::int32_t lngValu
 void SaveSetting(Program& program, const Setting& setting, std::int32_t lngValue) {
   SaveSettingDWord(program.store, HKEY_CURRENT_USER, settingKey(setting), setting.name, lngValue);
   applySetting(program, setting, lngValue);
+}
+
+void SaveByTheWay(Program& program, const std::function<void()>& write) {
+  try {
+    write();
+  } catch (const RuntimeError& error) {
+    if (std::exchange(program.state<SaveByTheWayState>().blnTold, true)) return;
+    program.host.messageBox(
+        error.description + "\r\n\r\nYou can go on, but the databases used last are not remembered.", Icon::Warning,
+        "Settings Are Not Saved");
+  }
 }
 
 }  // namespace qrel

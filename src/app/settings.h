@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,10 +39,17 @@ std::string settingKey(const Setting& setting);
 std::int32_t ReadNumber(Program& program, std::string_view strName);
 bool ReadFlag(Program& program, std::string_view strName);
 
-// Writes a setting to the store and to its working copy.
+// Writes a setting to the store and to its working copy. Raises RuntimeError when it can't be kept.
 void SaveSetting(Program& program, const Setting& setting, std::int32_t lngValue);
 
 // Fills a setting's working copy from a number; CursorConnectionUseServer becomes the cursor location 2 or 3.
 void applySetting(Program& program, const Setting& setting, std::int32_t lngValue);
+
+// Runs a write that is made by the way, such as that of the database used last. When it fails, what it goes along with
+// goes on: the failure is told in a box, once in a program's life.
+void SaveByTheWay(Program& program, const std::function<void()>& write);
+struct SaveByTheWayState {
+  bool blnTold = false;  // set beforehand: never told
+};
 
 }  // namespace qrel

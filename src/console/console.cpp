@@ -60,6 +60,10 @@ void Console::applySet(const std::string& set) {
 }
 
 void Console::start(const std::vector<std::string>& sets) {
+  // Comparing under other options than those that were set would be a wrong answer; not remembering the last database
+  // is none.
+  store.check();
+  program.state<SaveByTheWayState>().blnTold = true;
   servers.removeLeftovers();
   for (const std::string& set : sets) applySet(set);
   Main(program, *this);

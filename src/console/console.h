@@ -49,6 +49,7 @@ class Console : private MainSteps {
   Program program;
 
   // Starts the program (paths, settings, server list) with settings changed for this run: "OPTION=VALUE" each.
+  // Raises RuntimeError when the settings' file is there and can't be read in full.
   void start(const std::vector<std::string>& sets);
 
   // "SERVER/DATABASE", a .sql file or a folder of them. Scripts are loaded into a temporary database. Throws

@@ -2,10 +2,15 @@
 
 #include "app/modRegistry.h"
 #include "app/settings.h"
+#include "app/trap.h"
 #include "db/mdlServers.h"
 #include "platform/text.h"
 
 namespace qrel {
+
+namespace {
+constexpr const char* alreadyAdded = "This server is already added to the list.";
+}
 
 frmAddServer::frmAddServer(Program& program) : Form("frmAddServer"), program_(program) {
   for (Control* control :
@@ -67,11 +72,7 @@ bool frmAddServer::inputIsValid() {
     if (trimmed(txtLogin).empty()) return refuse(txtLogin, "Please enter Login name.");
     trimmed(txtPassword);
   }
-  // A count without servers in memory is one that can't be loaded: the key goes before the server is added. A key that
-  // does hold servers has subkeys and stays.
-  if (program_.servers.gtypServers.empty() && ReadNumber(program_, "Count") >= 1)
-    DeleteRegKey(program_.store, HKEY_CURRENT_USER, std::string(productKey) + "\\Servers");
-  if (IsServerInList(program_, txtServer.text())) return refuse(txtServer, "This server is already added to the list.");
+  if (IsServerInList(program_, txtServer.text())) return refuse(txtServer, alreadyAdded);
   return true;
 }
 
@@ -86,22 +87,41 @@ tServer frmAddServer::serverFromInput() const {
   return server;
 }
 
-void frmAddServer::ok() {
-  if (!inputIsValid()) return;
-  const tServer server = serverFromInput();
-  if (!TestServerConnection(program_, server)) {
-    program_.host.messageBox(
-        "Cannot connect to the server - server does not exist or access denied.\r\n\r\nPlease enter correct server "
-        "data.",
-        Icon::Warning, "Cannot Connect To The Server");
-    txtServer.setFocus(true);
-    return;
-  }
-  AppendServer(program_, server);
+bool frmAddServer::append(const tServer& server) {
+  KeyStore::Change change(program_.store);
   LoadServers(program_);
-  InitSelectedServers(program_);
-  changed_ = true;
-  close();
+  // Another process may have added it while the connection was tried.
+  if (IsServerInList(program_, server.Name)) return false;
+  // A count without servers in memory is one that can't be loaded: the key goes before the server is added. A key that
+  // does hold servers has subkeys and stays.
+  if (program_.servers.gtypServers.empty() && ReadNumber(program_, "Count") >= 1)
+    DeleteRegKey(program_.store, HKEY_CURRENT_USER, std::string(productKey) + "\\Servers");
+  AppendServer(program_, server);
+  change.commit();
+  return true;
+}
+
+void frmAddServer::ok() {
+  trap(program_, "frmAddServer", "cmdOK_Click", [&] {
+    if (!inputIsValid()) return;
+    const tServer server = serverFromInput();
+    if (!TestServerConnection(program_, server)) {
+      program_.host.messageBox(
+          "Cannot connect to the server - server does not exist or access denied.\r\n\r\nPlease enter correct server "
+          "data.",
+          Icon::Warning, "Cannot Connect To The Server");
+      txtServer.setFocus(true);
+      return;
+    }
+    if (!append(server)) {
+      refuse(txtServer, alreadyAdded);
+      return;
+    }
+    LoadServers(program_);
+    InitSelectedServers(program_);
+    changed_ = true;
+    close();
+  });
 }
 
 }  // namespace qrel

@@ -33,6 +33,8 @@ class frmAddServer : public Form {
   bool refuse(TextBox& box, const std::string& strMessage);
   bool inputIsValid();
   tServer serverFromInput() const;
+  // False when the list has a server of that name by now. Raises RuntimeError when it can't be written.
+  bool append(const tServer& server);
 
   Program& program_;
   bool changed_ = false;

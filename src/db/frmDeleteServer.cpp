@@ -1,5 +1,6 @@
 #include "db/frmDeleteServer.h"
 
+#include "app/trap.h"
 #include "db/mdlServers.h"
 
 namespace qrel {
@@ -32,11 +33,13 @@ void frmDeleteServer::remove() {
       "Are you sure that you want to remove\r\n\r\n" + strName + "\r\n\r\nfrom the list of servers?", Icon::Question,
       "Confirm Removing Server", Buttons::YesNo);
   if (answer != Answer::Yes) return;
-  RemoveServer(program_, strName);
-  LoadServers(program_);
-  InitSelectedServers(program_);
-  changed_ = true;
-  close();
+  trap(program_, "frmDeleteServer", "cmdRemove_Click", [&] {
+    RemoveServer(program_, strName);
+    LoadServers(program_);
+    InitSelectedServers(program_);
+    changed_ = true;
+    close();
+  });
 }
 
 }  // namespace qrel

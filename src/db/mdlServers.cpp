@@ -4,6 +4,7 @@
 
 #include "app/mdlMain.h"
 #include "app/modRegistry.h"
+#include "app/settings.h"
 #include "app/trace.h"
 #include "db/frmAddServer.h"
 #include "db/frmDeleteServer.h"
@@ -17,12 +18,25 @@ namespace {
 std::string serversKey() { return std::string(productKey) + "\\Servers"; }
 std::string serverKey(std::int32_t index) { return serversKey() + "\\Server" + std::to_string(index); }
 
+// The stored number of servers, but none beyond the last key that is there. A number without a key between two others
+// is a server without a name; a thousand of them in a row are nobody's list, and it ends before them.
 std::int32_t storedCount(Program& program) {
-  return std::max(GetSettingDWord(program.store, HKEY_CURRENT_USER, serversKey(), "Count", 0), 0);
+  constexpr std::int32_t mostMissing = 1000;
+  const std::int32_t count = GetSettingDWord(program.store, HKEY_CURRENT_USER, serversKey(), "Count", 0);
+  std::int32_t last = 0;
+  for (const std::int32_t number : NumberedRegKeys(program.store, HKEY_CURRENT_USER, serversKey(), "Server")) {
+    if (number > count || number - last > mostMissing) break;
+    last = number;
+  }
+  return last;
+}
+
+std::string storedText(Program& program, std::int32_t index, const std::string& strValue) {
+  return GetSettingString(program.store, HKEY_CURRENT_USER, serverKey(index), strValue, "");
 }
 
 tServer readServer(Program& program, std::int32_t index) {
-  const auto text = [&](const char* strValue) { return ReadServerValue(program, index, strValue); };
+  const auto text = [&](const char* strValue) { return storedText(program, index, strValue); };
   const auto flag = [&](const char* strValue) {
     return GetSettingDWord(program.store, HKEY_CURRENT_USER, serverKey(index), strValue, 0) == 1;
   };
@@ -55,18 +69,34 @@ void writeCount(Program& program, std::int32_t count) {
   SaveSettingDWord(program.store, HKEY_CURRENT_USER, serversKey(), "Count", count);
 }
 
+// Whether the stored server of a number is the one that the list in memory has there.
+bool isStillAt(Program& program, std::int32_t lngRegIndex) {
+  const auto& servers = program.servers.gtypServers;
+  const auto row = static_cast<std::size_t>(lngRegIndex - 1);
+  return row >= servers.size() || storedText(program, lngRegIndex, "Name") == servers[row].Name;
+}
+
 }  // namespace
 
 std::string ReadServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue) {
-  return GetSettingString(program.store, HKEY_CURRENT_USER, serverKey(lngRegIndex), strValue, "");
+  const KeyStore::Reading together(program.store);
+  return isStillAt(program, lngRegIndex) ? storedText(program, lngRegIndex, strValue) : "";
 }
 
 void SaveServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue,
                      const std::string& strText) {
-  SaveSettingString(program.store, HKEY_CURRENT_USER, serverKey(lngRegIndex), strValue, strText);
+  SaveByTheWay(program, [&] {
+    if (!isStillAt(program, lngRegIndex) || storedText(program, lngRegIndex, strValue) == strText) return;
+    KeyStore::Change change(program.store);
+    // Another process may have removed servers since the list was read: their numbers are others' now.
+    if (!isStillAt(program, lngRegIndex)) return;
+    SaveSettingString(program.store, HKEY_CURRENT_USER, serverKey(lngRegIndex), strValue, strText);
+    change.commit();
+  });
 }
 
 void LoadServers(Program& program) {
+  const KeyStore::Reading together(program.store);
   ServerListState& state = program.servers;
   state.gtypServers.clear();
   state.gblnServersLoaded = false;
@@ -77,6 +107,7 @@ void LoadServers(Program& program) {
 }
 
 std::int32_t GetServersCount(Program& program) {
+  const KeyStore::Reading together(program.store);
   LoadServers(program);
   return storedCount(program);
 }
@@ -93,9 +124,10 @@ void copyServerRecord(const tServer& from, tServer& to) {
 }
 
 void GetServerData(Program& program, tServer& server) {
+  const KeyStore::Reading together(program.store);
   const std::int32_t count = storedCount(program);
   for (std::int32_t i = 1; i <= count; ++i) {
-    if (ReadServerValue(program, i, "Name") != server.Name) continue;
+    if (storedText(program, i, "Name") != server.Name) continue;
     copyServerRecord(readServer(program, i), server);
     return;
   }
@@ -135,12 +167,15 @@ bool IsServerInList(Program& program, const std::string& strName) {
 }
 
 void AppendServer(Program& program, const tServer& server) {
+  KeyStore::Change change(program.store);
   const std::int32_t count = GetServersCount(program) + 1;
   writeCount(program, count);
   writeServer(program, count, server);
+  change.commit();
 }
 
 void RemoveServer(Program& program, const std::string& strName) {
+  KeyStore::Change change(program.store);
   const std::int32_t count = GetServersCount(program);
   std::vector<tServer> kept;
   for (const tServer& server : program.servers.gtypServers)
@@ -148,6 +183,7 @@ void RemoveServer(Program& program, const std::string& strName) {
   for (std::int32_t i = 1; i <= count; ++i) DeleteRegKey(program.store, HKEY_CURRENT_USER, serverKey(i));
   for (std::size_t i = 0; i < kept.size(); ++i) writeServer(program, static_cast<std::int32_t>(i + 1), kept[i]);
   writeCount(program, static_cast<std::int32_t>(kept.size()));
+  change.commit();
 }
 
 bool TestServerConnection(Program& program, const tServer& server) {

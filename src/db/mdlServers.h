@@ -10,7 +10,7 @@
 
 namespace qrel {
 
-// The number of servers; the list in memory is read anew.
+// The number of servers, as far as their keys are there; the list in memory is read anew.
 std::int32_t GetServersCount(Program& program);
 // Rebuilds gtypServers from the registry.
 void LoadServers(Program& program);
@@ -25,7 +25,7 @@ void copyServerRecord(const tServer& from, tServer& to);
 void FillServerCombo(Program& program, ComboBox& combo, int index);
 void FillServerList(Program& program, CheckList& list);
 
-// Appends a server to the registry.
+// Appends a server to the registry. Both raise RuntimeError when that can't be kept; the list is then as it was.
 void AppendServer(Program& program, const tServer& server);
 // Removes a server by its exact name and closes the gap in the numbering.
 void RemoveServer(Program& program, const std::string& strName);
@@ -34,9 +34,11 @@ bool IsServerInList(Program& program, const std::string& strName);
 // Whether a server that isn't in the list yet can be reached. Silent.
 bool TestServerConnection(Program& program, const tServer& server);
 
-// Writes one text value of a server's registry key.
+// Writes one text value of a server's registry key, by the way (settings.h): a failure is told once. Nothing is written
+// when the key holds another server by now than the list in memory.
 void SaveServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue,
                      const std::string& strText);
+// Empty then, too.
 std::string ReadServerValue(Program& program, std::int32_t lngRegIndex, const std::string& strValue);
 
 // The commands "Add Server" and "Remove Server": open the dialog; True when the list changed.

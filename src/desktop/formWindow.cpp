@@ -13,6 +13,7 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QTimer>
+#include <utility>
 
 #include "desktop/text.h"
 #include "platform/error.h"
@@ -209,14 +210,19 @@ void FormWindow::restorePlace() {
 }
 
 void FormWindow::savePlace() {
-  if (!shown_) return;
+  if (!std::exchange(shown_, false)) return;
   const auto write = [this](const std::string& name, const QByteArray& state) {
     places_.set(placesKey, name, state.toBase64().toStdString());
   };
-  write(form_.name, window_->saveGeometry());
-  for (QSplitter* splitter : window_->findChildren<QSplitter*>())
-    write(form_.name + "." + fromQt(splitter->objectName()), splitter->saveState());
-  shown_ = false;
+  try {
+    KeyStore::Change change(places_);
+    write(form_.name, window_->saveGeometry());
+    for (QSplitter* splitter : window_->findChildren<QSplitter*>())
+      write(form_.name + "." + fromQt(splitter->objectName()), splitter->saveState());
+    change.commit();
+  } catch (const RuntimeError&) {
+    // The window opens at its usual place next time.
+  }
 }
 
 }  // namespace qrel

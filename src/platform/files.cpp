@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/fileFaults.h"
 #include "platform/text.h"
 
 namespace qrel::files {
@@ -19,20 +20,46 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void fail(int error, const fs::path& path) {
-  const std::string reason = std::generic_category().message(error);
-  if (error == ENOSPC || error == EDQUOT || error == EFBIG) {
-    throw RuntimeError(errorNumber::diskFull, "Disk full: " + path.string() + " (" + reason + ")");
+// What a person can do about a failure.
+std::string_view adviceFor(int error, bool writing) {
+  switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return "Free some space there and try again.";
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return writing ? "Make the file and its folder writable and try again." : "Make it readable and try again.";
+    case EISDIR:
+    case ENOTDIR:
+    case ELOOP:
+      return "Move away what stands in its place and try again.";
+    case ENOENT:
+    case ENAMETOOLONG:
+      return "Choose a folder that is there and a name that it can hold.";
+    default:
+      return "Check the disk and try again.";
   }
-  throw RuntimeError(errorNumber::pathAccess, "Path/File access error: " + path.string() + " (" + reason + ")");
+}
+
+[[noreturn]] void fail(int error, const fs::path& path, bool writing) {
+  const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
+  std::string text = "'" + path.string() + (writing ? "' cannot be written: " : "' cannot be read: ");
+  text.append(std::generic_category().message(error)).append(". ").append(adviceFor(error, writing));
+  throw RuntimeError(full ? errorNumber::diskFull : errorNumber::pathAccess, std::move(text));
 }
 
 // An open file that is closed at the end of its scope. `shown` is the path of its error messages.
 class OpenFile {
  public:
   OpenFile(const fs::path& path, int flags, mode_t mode, fs::path shown)
-      : shown_(std::move(shown)), descriptor_(::open(path.c_str(), flags | O_CLOEXEC, mode)) {
-    if (descriptor_ < 0) fail(errno, shown_);
+      : shown_(std::move(shown)), writing_((flags & O_ACCMODE) != O_RDONLY) {
+    ask(Operation::Open);
+    do {
+      descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, mode);
+    } while (descriptor_ < 0 && errno == EINTR);
+    if (descriptor_ < 0) fail(errno, shown_, writing_);
   }
   ~OpenFile() {
     if (descriptor_ >= 0) ::close(descriptor_);
@@ -42,38 +69,62 @@ class OpenFile {
 
   void write(std::string_view bytes) {
     while (!bytes.empty()) {
+      ask(Operation::Write);
       const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
       if (written < 0 && errno == EINTR) continue;
-      if (written < 0) fail(errno, shown_);
+      if (written <= 0) fail(written == 0 ? EIO : errno, shown_, true);
       bytes.remove_prefix(static_cast<std::size_t>(written));
     }
   }
   // Appends what the file holds.
-  void read(std::string& out) {
+  void read(std::string& out, std::uintmax_t mostBytes) {
     struct stat facts {};
-    if (::fstat(descriptor_, &facts) == 0 && facts.st_size > 0)
+    if (::fstat(descriptor_, &facts) == 0 && facts.st_size > 0 &&
+        static_cast<std::uintmax_t>(facts.st_size) < mostBytes)
       out.reserve(static_cast<std::size_t>(facts.st_size) + 1);
     char buffer[1 << 16];
     while (true) {
+      ask(Operation::Read);
       const ssize_t count = ::read(descriptor_, buffer, sizeof buffer);
       if (count < 0 && errno == EINTR) continue;
-      if (count < 0) fail(errno, shown_);
+      if (count < 0) fail(errno, shown_, false);
       if (count == 0) return;
       out.append(buffer, static_cast<std::size_t>(count));
+      if (out.size() > mostBytes)
+        throw RuntimeError(errorNumber::pathAccess,
+                           "'" + shown_.string() + "' cannot be read: it holds more than " +
+                               std::to_string(mostBytes / 1'000'000) +
+                               " MB, which no file of its kind does. Move it away and try again.");
     }
   }
-  void setMode(mode_t mode) {
-    if (::fchmod(descriptor_, mode) != 0) fail(errno, shown_);
+  // Gives it the owner and the permissions of the file whose place it takes. A group or owner that this user can't give
+  // stays this user's: the content matters more.
+  void takeAfter(const struct stat& before) {
+    struct stat mine {};
+    if (::fstat(descriptor_, &mine) != 0) fail(errno, shown_, true);
+    if ((mine.st_uid != before.st_uid || mine.st_gid != before.st_gid) &&
+        ::fchown(descriptor_, before.st_uid, before.st_gid) != 0 &&
+        ::fchown(descriptor_, static_cast<uid_t>(-1), before.st_gid) != 0 && errno != EPERM)
+      fail(errno, shown_, true);
+    if (::fchmod(descriptor_, before.st_mode & 0777) != 0) fail(errno, shown_, true);
   }
   // Flushes to the disk and closes.
   void finish() {
-    if (::fsync(descriptor_) != 0) fail(errno, shown_);
-    if (::close(std::exchange(descriptor_, -1)) != 0) fail(errno, shown_);
+    ask(Operation::Flush);
+    while (::fsync(descriptor_) != 0)
+      if (errno != EINTR) fail(errno, shown_, true);
+    ask(Operation::Close);
+    if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) fail(errno, shown_, true);
   }
 
  private:
+  void ask(Operation operation) const {
+    if (const int error = injectedFault(operation, shown_)) fail(error, shown_, writing_);
+  }
+
   fs::path shown_;
-  int descriptor_;
+  bool writing_;
+  int descriptor_ = -1;
 };
 
 // Removes the temporary file unless it has taken its place.
@@ -88,7 +139,8 @@ class TemporaryFile {
 
   const fs::path& path() const { return path_; }
   void replace(const fs::path& target, const fs::path& shown) {
-    if (::rename(path_.c_str(), target.c_str()) != 0) fail(errno, shown);
+    if (const int error = injectedFault(Operation::Rename, shown)) fail(error, shown, true);
+    if (::rename(path_.c_str(), target.c_str()) != 0) fail(errno, shown, true);
     path_.clear();
   }
 
@@ -104,11 +156,32 @@ bool isTaken(const fs::path& path) {
 fs::path folderOf(const fs::path& path) { return path.has_parent_path() ? path.parent_path() : fs::path("."); }
 
 // Makes sure that a rename outlasts a power failure, where the file system can do that.
-void flushFolder(const fs::path& folder) {
+void flushFolder(const fs::path& folder, const fs::path& shown) {
+  if (const int error = injectedFault(Operation::Flush, shown)) fail(error, shown, true);
   const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  ::fsync(descriptor);
+  if (descriptor < 0) return;  // a folder may be writable and not readable
+  const int error = ::fsync(descriptor) == 0 ? 0 : errno;
   ::close(descriptor);
+  if (error == EIO || error == ENOSPC || error == EDQUOT) fail(error, shown, true);
+}
+
+// How names of temporary files for this one begin. File names end at 255 bytes.
+std::string temporaryPrefix(const fs::path& path) { return "." + path.filename().string().substr(0, 200) + "."; }
+constexpr std::string_view temporaryEnding = ".tmp";
+constexpr std::size_t temporaryDigits = 8;
+
+// The file that will be replaced, which must be one that may be written; false when there is none.
+bool lookAtReplaced(const fs::path& target, const fs::path& shown, struct stat& facts) {
+  if (::stat(target.c_str(), &facts) != 0) {
+    if (errno != ENOENT) fail(errno, shown, true);
+    return false;
+  }
+  if (S_ISDIR(facts.st_mode)) fail(EISDIR, shown, true);
+  // Taking a file's place needs no right to write it, so that this is asked here. The superuser is asked too.
+  if ((facts.st_mode & 0222) == 0 || ::access(target.c_str(), W_OK) != 0)
+    throw RuntimeError(errorNumber::pathAccess,
+                       "'" + shown.string() + "' cannot be written: it is read-only. Make it writable and try again.");
+  return true;
 }
 
 }  // namespace
@@ -118,14 +191,27 @@ bool exists(const fs::path& path) {
   return fs::exists(path, ignored) && !fs::is_directory(path, ignored);
 }
 
-std::string readWholeFile(const fs::path& path) {
+std::string readWholeFile(const fs::path& path, std::uintmax_t mostBytes) {
   struct stat facts {};
   if (::stat(path.c_str(), &facts) != 0 && errno == ENOENT) {
     throw RuntimeError(fileNotFound, "File not found: " + path.string());
   }
   std::string bytes;
-  OpenFile(path, O_RDONLY, 0, path).read(bytes);
+  OpenFile(path, O_RDONLY, 0, path).read(bytes, mostBytes);
   return bytes;
+}
+
+fs::path linkTarget(const fs::path& path) {
+  constexpr int mostLinks = 40;
+  std::error_code error;
+  fs::path target = path;
+  for (int links = 0; fs::is_symlink(target, error); ++links) {
+    if (links == mostLinks) fail(ELOOP, path, true);
+    const fs::path next = fs::read_symlink(target, error);
+    if (error) fail(error.value(), path, true);
+    target = next.is_absolute() ? next : folderOf(target) / next;
+  }
+  return target;
 }
 
 void appendLine(const fs::path& path, std::string_view line) {
@@ -133,23 +219,24 @@ void appendLine(const fs::path& path, std::string_view line) {
 }
 
 void writeAtomically(const fs::path& path, std::string_view bytes, Access access) {
-  std::error_code error;
-  const fs::path target = fs::is_symlink(path, error) ? fs::weakly_canonical(path) : path;
+  const fs::path target = linkTarget(path);
   struct stat before {};
-  const bool replaces = ::stat(target.c_str(), &before) == 0;
-  if (replaces && S_ISDIR(before.st_mode)) fail(EISDIR, path);
-  const mode_t mode = access == Access::OwnerOnly ? 0600 : 0666;
+  const bool replaces = lookAtReplaced(target, path, before);
+  if (replaces && !S_ISREG(before.st_mode)) return OpenFile(target, O_WRONLY, 0, path).write(bytes);
+  // The place of a file is taken with its permissions, which may be narrower than those of a new one.
+  const mode_t mode = replaces || access == Access::OwnerOnly ? 0600 : 0666;
   TemporaryFile temporary(temporaryName(target));
   OpenFile file(temporary.path(), O_WRONLY | O_CREAT | O_EXCL, mode, path);
-  if (replaces && access == Access::Usual) file.setMode(before.st_mode & 0777);
+  if (replaces) file.takeAfter(before);
   file.write(bytes);
   file.finish();
   temporary.replace(target, path);
-  flushFolder(folderOf(target));
+  flushFolder(folderOf(target), path);
 }
 
 void removeFile(const fs::path& path) {
-  if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail(errno, path);
+  if (const int error = injectedFault(Operation::Remove, path)) fail(error, path, true);
+  if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail(errno, path, true);
 }
 
 void removeFilesEndingWith(const fs::path& folder, std::string_view ending) {
@@ -169,7 +256,11 @@ void makeFolder(const fs::path& path, Access access) {
   if (path.empty() || fs::is_directory(path, ignored)) return;
   makeFolder(path.parent_path(), access);
   const mode_t mode = access == Access::OwnerOnly ? 0700 : 0777;
-  if (::mkdir(path.c_str(), mode) != 0 && errno != EEXIST) fail(errno, path);
+  if (const int error = injectedFault(Operation::MakeFolder, path)) fail(error, path, true);
+  if (::mkdir(path.c_str(), mode) == 0) return;
+  const int failure = errno;
+  // EEXIST may be a file or a link to nowhere.
+  if (failure != EEXIST || !fs::is_directory(path, ignored)) fail(failure == EEXIST ? ENOTDIR : failure, path, true);
 }
 
 fs::path temporaryName(const fs::path& path) {
@@ -178,10 +269,22 @@ fs::path temporaryName(const fs::path& path) {
   do {
     char digits[20];
     std::snprintf(digits, sizeof digits, "%08x", static_cast<unsigned>(random()));
-    // File names end at 255 bytes.
-    name = folderOf(path) / ("." + path.filename().string().substr(0, 200) + "." + digits + ".tmp");
+    name = folderOf(path) / (temporaryPrefix(path) + digits).append(temporaryEnding);
   } while (isTaken(name));
   return name;
+}
+
+std::vector<fs::path> temporaryFiles(const fs::path& path) {
+  const std::string prefix = temporaryPrefix(path);
+  std::vector<fs::path> found;
+  std::error_code ignored;
+  fs::directory_iterator entry(folderOf(path), ignored);
+  for (const fs::directory_iterator end; entry != end; entry.increment(ignored)) {
+    const std::string name = entry->path().filename().string();
+    if (name.size() != prefix.size() + temporaryDigits + temporaryEnding.size()) continue;
+    if (name.starts_with(prefix) && name.ends_with(temporaryEnding)) found.push_back(entry->path());
+  }
+  return found;
 }
 
 }  // namespace qrel::files

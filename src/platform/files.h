@@ -5,26 +5,33 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qrel::files {
 
-// Failures raise RuntimeError with the path in words: 53 for a file to read that isn't there, 61 for a full disk, 75
-// for all else.
+// Failures raise RuntimeError with a sentence that names the path, the reason and what to do: 53 for a file to read
+// that isn't there, 61 for a full disk, 75 for all else.
 constexpr std::int32_t fileNotFound = 53;
 
 // Whether there is a file of this name; false for a folder and where nothing can be seen.
 bool exists(const std::filesystem::path& path);
-std::string readWholeFile(const std::filesystem::path& path);
+// A file of more than `mostBytes` is refused as none that the program can have written.
+std::string readWholeFile(const std::filesystem::path& path, std::uintmax_t mostBytes = UINTMAX_MAX);
+
+// What a path that is a link leads to in the end, whether it is there or not; any other path as it is.
+std::filesystem::path linkTarget(const std::filesystem::path& path);
 
 // Opens the file, making it when it isn't there, appends the text as it stands (with its line end) and closes it.
 void appendLine(const std::filesystem::path& path, std::string_view line);
 
 enum class Access : std::uint8_t {
-  Usual,      // as the file had before, or as the system gives new files
-  OwnerOnly,  // readable and writable by its owner alone
+  Usual,      // as the system gives new files
+  OwnerOnly,  // new ones are readable and writable by their owner alone
 };
-// Writes a temporary file in the same folder, flushes it to the disk and puts it in the place of `path`. Whatever goes
-// wrong, the old file is still there as it was. A link stays a link: what it leads to is replaced.
+// Writes a temporary file in the same folder, flushes it to the disk, puts it in the place of `path` and flushes the
+// folder. Whatever goes wrong, either the old file is there as it was or the new one as a whole. A link stays a link:
+// what it leads to is replaced. A file that was there keeps its permissions and, where that may be, its owner; one that
+// is read-only is refused. A device or a pipe is written into as it stands.
 void writeAtomically(const std::filesystem::path& path, std::string_view bytes, Access access = Access::Usual);
 
 // Removes a file; none of that name is no error.
@@ -39,5 +46,7 @@ void makeFolder(const std::filesystem::path& path, Access access = Access::Usual
 
 // A name in the folder of `path` that no file has yet: hidden, and ending with ".tmp".
 std::filesystem::path temporaryName(const std::filesystem::path& path);
+// The files with such names for this path: what writers left that were killed, or what one is writing just now.
+std::vector<std::filesystem::path> temporaryFiles(const std::filesystem::path& path);
 
 }  // namespace qrel::files

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/error.h"
 #include "platform/store/profileFile.h"
 #include "platform/text.h"
 
@@ -17,15 +18,6 @@ namespace {
 constexpr std::size_t valueCharacters = 254;
 constexpr std::size_t listCharacters = 8191;
 constexpr std::int32_t marginPixels = 4;
-
-// An empty file when it can't be read.
-ProfileFile readable(const std::string& strPath) {
-  try {
-    return ProfileFile::read(strPath);
-  } catch (const std::exception&) {
-    return {};
-  }
-}
 
 std::string zeroSeparated(const std::vector<std::string>& pieces) {
   std::string text;
@@ -51,52 +43,93 @@ void fitToScreen(std::int32_t& place, std::int32_t& size, std::int32_t screen, s
 
 }  // namespace
 
-void cInifile::change(const std::function<bool(ProfileFile&)>& edit) {
-  lastReturnCode_ = 0;
-  try {
-    ProfileFile file = ProfileFile::read(Path);
-    if (edit(file)) file.write(Path);
-    lastReturnCode_ = 1;
-  } catch (const std::exception&) {
-    lastReturnCode_ = 0;
+cInifile::Change::Change(cInifile& ini) : ini_(ini) {
+  if (ini.change_) {
+    before_ = std::make_unique<ProfileFile>(ini.change_->file);
+    return;
+  }
+  own_ = std::make_unique<ProfileChange>(ini.Path);
+  before_ = std::make_unique<ProfileFile>(own_->file);
+  ini.change_ = own_.get();
+  ini.open_ = &own_->file;
+}
+
+cInifile::Change::~Change() {
+  if (own_) {
+    ini_.change_ = nullptr;
+    ini_.open_ = nullptr;
+  } else if (before_) {
+    ini_.change_->file = std::move(*before_);
   }
 }
 
+void cInifile::Change::commit() {
+  if (own_) own_->commit();
+  before_.reset();
+}
+
+cInifile::Reading::Reading(cInifile& ini) : ini_(ini) {
+  if (ini.open_) return;
+  own_ = std::make_unique<ProfileFile>(ProfileFile::read(ini.Path));
+  ini.open_ = own_.get();
+}
+
+cInifile::Reading::~Reading() {
+  if (own_) ini_.open_ = nullptr;
+}
+
+void cInifile::change(const std::function<void(ProfileFile&)>& edit) {
+  lastReturnCode_ = 0;
+  strFailure_.clear();
+  if (change_) {
+    edit(change_->file);
+    lastReturnCode_ = 1;
+    return;
+  }
+  try {
+    ProfileChange change(Path);
+    edit(change.file);
+    change.commit();
+    lastReturnCode_ = 1;
+  } catch (const std::exception& error) {
+    strFailure_ = describeError(error).description;
+  }
+}
+
+std::shared_ptr<const ProfileFile> cInifile::content() const {
+  if (open_) return {std::shared_ptr<void>(), open_};  // the scope owns it
+  return std::make_shared<const ProfileFile>(ProfileFile::read(Path));
+}
+
 std::string cInifile::Value() const {
-  const std::string text = readable(Path).value(Section, Key).value_or(Default);
+  const std::string text = content()->value(Section, Key).value_or(Default);
   return std::string(leftCharacters(text, valueCharacters));
 }
 
 void cInifile::SetValue(std::string_view strText) {
   std::string text(strText);
   std::erase(text, '\0');
-  change([&](ProfileFile& file) {
-    file.setValue(Section, Key, text);
-    return true;
-  });
+  change([&](ProfileFile& file) { file.setValue(Section, Key, text); });
 }
 
 void cInifile::DeleteKey() {
-  change([&](ProfileFile& file) { return file.removeKey(Section, Key); });
+  change([&](ProfileFile& file) { file.removeKey(Section, Key); });
 }
 
 void cInifile::DeleteSection() {
-  change([&](ProfileFile& file) { return file.removeSection(Section); });
+  change([&](ProfileFile& file) { file.removeSection(Section); });
 }
 
-std::string cInifile::INISection() const { return zeroSeparated(readable(Path).lines(Section)); }
+std::string cInifile::INISection() const { return zeroSeparated(content()->lines(Section)); }
 
 void cInifile::SetINISection(std::string_view strLines) {
   OneBased<std::string> lines;
   long lngCount = 0;
   split(std::string(strLines), lines, lngCount);
-  change([&](ProfileFile& file) {
-    file.setLines(Section, {lines.begin(), lines.end()});
-    return true;
-  });
+  change([&](ProfileFile& file) { file.setLines(Section, {lines.begin(), lines.end()}); });
 }
 
-std::string cInifile::Sections() const { return zeroSeparated(readable(Path).sectionNames()); }
+std::string cInifile::Sections() const { return zeroSeparated(content()->sectionNames()); }
 
 void cInifile::EnumerateCurrentSection(OneBased<std::string>& arrLines, long& lngCount) const {
   split(INISection(), arrLines, lngCount);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,7 @@
 namespace qrel {
 
 class ProfileFile;
+class ProfileChange;
 
 // Where a window stands and how large it is, in the window's own units.
 struct FormPosition {
@@ -24,8 +26,9 @@ struct ScreenSize {
   std::int32_t UnitsPerPixelX = 1, UnitsPerPixelY = 1;
 };
 
-// No call raises an error or shows a message. A file or section that isn't there, or can't be read, reads as empty and
-// is made by the first write.
+// No call shows a message, and no write outside a Change raises an error. A file or section that isn't there reads as
+// empty and is made by the first write; reading a file that is there and can't be read raises RuntimeError, so that
+// nobody takes it for an empty one.
 class cInifile {
  public:
   std::string Path;     // of the file
@@ -36,6 +39,40 @@ class cInifile {
   // Of the last write or deletion; 0 means that it failed. Deleting what isn't there succeeds.
   std::int32_t LastReturnCode() const { return lastReturnCode_; }
   bool Success() const { return lastReturnCode_ != 0; }
+  // Why it failed: a sentence that names the file and what to do. Empty after a success.
+  const std::string& Failure() const { return strFailure_; }
+
+  // All that is written through the object from here to commit() is one change of the file, which is locked against
+  // other processes: written at once or not at all. What is read through the object sees it. Scopes nest, and the
+  // outermost writes; one that ends without commit() takes its own part back. Beginning and commit() raise
+  // RuntimeError.
+  class Change {
+   public:
+    explicit Change(cInifile& ini);
+    ~Change();
+    void commit();
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+   private:
+    cInifile& ini_;
+    std::unique_ptr<ProfileChange> own_;  // null: part of an outer one
+    std::unique_ptr<ProfileFile> before_;
+  };
+
+  // While it lives, all that is read through the object is of the file as it stood at its beginning, which raises
+  // RuntimeError when the file can't be read.
+  class Reading {
+   public:
+    explicit Reading(cInifile& ini);
+    ~Reading();
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+   private:
+    cInifile& ini_;
+    std::unique_ptr<ProfileFile> own_;  // null: within a Change or another Reading
+  };
 
   // At most the first 254 characters.
   std::string Value() const;
@@ -66,12 +103,16 @@ class cInifile {
   static std::int32_t CLngDefault(std::string_view strText, std::int32_t lngDefault);
 
  private:
-  // Writes the file unless the edit says that there was nothing to do.
-  void change(const std::function<bool(ProfileFile&)>& edit);
+  void change(const std::function<void(ProfileFile&)>& edit);
+  // What reads are of: the file of the scope that is open, else the one on the disk.
+  std::shared_ptr<const ProfileFile> content() const;
   void writeNumber(const char* strKey, std::int32_t lngValue);
   std::int32_t readNumber(const char* strKey, std::int32_t lngDefault) const;
 
   std::int32_t lastReturnCode_ = 0;
+  std::string strFailure_;
+  ProfileFile* open_ = nullptr;      // of the Change or the Reading
+  ProfileChange* change_ = nullptr;  // of the Change
 };
 
 }  // namespace qrel

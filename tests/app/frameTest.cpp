@@ -1,10 +1,14 @@
 // Start-up, settings, trace and the error report.
+#include <cerrno>
+
 #include "app/frmErrorReport.h"
 #include "app/mdlMain.h"
 #include "app/modRegistry.h"
 #include "app/settings.h"
 #include "app/trace.h"
 #include "app/trap.h"
+#include "platform/fileFaults.h"
+#include "platform/files.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -21,14 +25,6 @@ class Steps : public MainSteps {
   Program& program_;
 };
 
-std::int32_t runWith(TestProgram& test, const std::string& commandLine) {
-  Steps steps(test.program);
-  test.program.commandLine = commandLine;
-  test.program.main.glngRunSavedCompId = 0;
-  Main(test.program, steps);
-  return test.program.main.glngRunSavedCompId;
-}
-
 TEST(Main, TakesTheProcessIdFromTheCommandLine) {
   const std::pair<const char*, std::int32_t> cases[] = {{"", 0},
                                                         {"/RunSavedComp 12", 12},
@@ -37,10 +33,42 @@ TEST(Main, TakesTheProcessIdFromTheCommandLine) {
                                                         {"/RunSavedComp abc", 0},
                                                         {"/Other 1 /RunSavedComp 7", 7},
                                                         {"/RunSavedComp 7/8", 7},
+                                                        {"/RunSavedComp 7x", 7},
+                                                        {"/RunSavedComp -5", 0},
+                                                        {"/RunSavedComp +5", 0},
+                                                        {"/RunSavedComp 2147483647", 2147483647},
+                                                        {"/RunSavedComp 2147483648", 0},
+                                                        {"/RunSavedComp 99999999999", 0},
                                                         {"RunSavedComp 9", 0}};
   for (const auto& [line, id] : cases) {
     TestProgram test;
-    EXPECT_EQ(runWith(test, line), id) << line;
+    Steps steps(test.program);
+    test.program.commandLine = line;
+    Main(test.program, steps);
+    EXPECT_EQ(test.program.main.glngRunSavedCompId, id) << line;
+    EXPECT_EQ(steps.calls, "servers window") << line;
+  }
+}
+
+TEST(Main, StartsWithSettingsThatCannotBeWrittenOrRead) {
+  const TemporaryFolder folder;
+  const std::string damaged = "[Software\\Qrel]\nCacheSize = 9\nTimeout = 5x\n";
+  for (const bool readable : {true, false}) {
+    KeyStore store(folder.write("settings.txt", readable ? "[Software\\Qrel]\nCacheSize = 9\n" : damaged));
+    TestProgram test;
+    Program program(test.host, test.data, store);
+    program.programFolder = test.folder.path().string();
+    Steps steps(program);
+    const files::FaultScope full([](files::Operation operation, const std::filesystem::path&) {
+      return operation == files::Operation::Write ? ENOSPC : 0;
+    });
+    Main(program, steps);
+    EXPECT_EQ(steps.calls, "servers window");
+    EXPECT_EQ(program.settings.CacheSize, 9);
+    ASSERT_EQ(test.host.boxes.size(), readable ? 0u : 1u);
+    if (readable) continue;
+    EXPECT_NE(test.host.boxes[0].text.find("line 3"), std::string::npos) << test.host.boxes[0].text;
+    EXPECT_EQ(files::readWholeFile(folder.path() / "settings.txt"), damaged);
   }
 }
 
@@ -64,10 +92,10 @@ TEST(CheckProgramVersion, OnlyAFirstRunOfVersion11DropsTheServerList) {
   for (const bool first : {true, false}) {
     TestProgram test;
     if (!first) SaveSettingString(test.store, HKEY_CURRENT_USER, "Software\\Qrel", "VerNum", "1.0");
-    SaveSettingDWord(test.store, HKEY_CURRENT_USER, servers, "Count", 2);
+    SaveSettingDWord(test.store, HKEY_CURRENT_USER, servers, "Count", 2147483647);
     SaveSettingString(test.store, HKEY_CURRENT_USER, servers + "\\Server4", "Name", "old");
     CheckProgramVersion(test.program, "1.1");
-    EXPECT_EQ(GetSettingDWord(test.store, HKEY_CURRENT_USER, servers, "Count", 0), first ? 0 : 2);
+    EXPECT_EQ(GetSettingDWord(test.store, HKEY_CURRENT_USER, servers, "Count", 0), first ? 0 : 2147483647);
     EXPECT_EQ(GetSettingString(test.store, HKEY_CURRENT_USER, servers + "\\Server4", "Name", ""), first ? "" : "old");
   }
 }

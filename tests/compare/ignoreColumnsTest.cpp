@@ -1,6 +1,9 @@
+#include <cerrno>
+
 #include "compare/structure/frmIgnoreColumnsAdd.h"
 #include "compare/structure/frmIgnoreColumnsView.h"
 #include "compare/structure/modIgnoreColumns.h"
+#include "platform/fileFaults.h"
 #include "platform/files.h"
 #include "tests/compare/compareAllFixture.h"
 
@@ -65,18 +68,32 @@ TEST_F(IgnoredColumns, AFileMadeElsewhereIsReadWhateverItsKeys) {
   EXPECT_EQ(arrRecords[2].strTable, "db");
 }
 
-TEST_F(IgnoredColumns, AListThatCanNotBeSavedIsTold) {
-  program.main.gstrIgnoredColsStructIni = test.folder.path().string();
-  save(ignoredColsStruct, "S.A.t", {"a"});
+TEST_F(IgnoredColumns, AListThatCanNotBeSavedIsToldAndStays) {
+  save(ignoredColsStruct, "S.A.t", {"old", "older"});
+  const std::string strFile = program.main.gstrIgnoredColsStructIni;
+  const std::string before = files::readWholeFile(strFile);
+  {
+    const files::FaultScope full([](files::Operation operation, const std::filesystem::path&) {
+      return operation == files::Operation::Write ? ENOSPC : 0;
+    });
+    test.host.windows.push_back(leaveAlone);
+    EXPECT_FALSE(SaveIgnoredLists(program, ignoredColsStruct, {{"S.A.t", {"a"}}, {"S.B.t", {"b"}}}));
+  }
+  EXPECT_EQ(test.host.shown.back(), "frmErrorReport");
+  EXPECT_TRUE(test.host.boxes.empty());
+  EXPECT_EQ(files::readWholeFile(strFile), before);
+
+  // A file that can't be read is no empty list, and isn't replaced by one.
+  const std::string damaged = before + "[half";
+  files::writeAtomically(strFile, damaged);
+  test.host.windows.push_back(leaveAlone);
+  EXPECT_EQ(list(ignoredColsStruct, "S.A.t"), Names{});
+  test.host.windows.push_back(leaveAlone);
+  EXPECT_FALSE(SaveIgnoredColumns(program, ignoredColsStruct, "S.A.t", {"a"}, 1));
   ASSERT_EQ(test.host.boxes.size(), 1u);
   EXPECT_EQ(test.host.boxes[0].text, "Saving list of ignored columns - delete section failed.");
   EXPECT_EQ(test.host.boxes[0].icon, Icon::Information);
-
-  program.main.gstrIgnoredColsStructIni = "/proc/list.ini";  // nothing to delete, and nothing can be written
-  test.host.windows.push_back(leaveAlone);
-  save(ignoredColsStruct, "S.A.t", {"a"});
-  EXPECT_EQ(test.host.shown.back(), "frmErrorReport");
-  EXPECT_EQ(test.host.boxes.size(), 1u);
+  EXPECT_EQ(files::readWholeFile(strFile), damaged);
 }
 
 TEST_F(IgnoredColumns, TheTextIsReadWithoutTheColumnsOfItsOwnList) {

@@ -1,4 +1,8 @@
 // The server list and its two windows.
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
 #include "app/modRegistry.h"
 #include "app/settings.h"
 #include "db/frmAddServer.h"
@@ -6,6 +10,7 @@
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
 #include "db/modPanels.h"
+#include "platform/fileFaults.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -45,8 +50,95 @@ TEST(ServerList, ClosesTheGapWhenAServerGoes) {
   EXPECT_FALSE(test.store.get("Software\\Qrel\\Servers\\Server3", "Name").has_value());
   RemoveServer(test.program, "a");
   EXPECT_EQ(names(test.program), "1A 2CL ") << "removal compares exactly";
-  SaveSettingDWord(test.store, HKEY_CURRENT_USER, "Software\\Qrel\\Servers", "Count", -3);
-  EXPECT_EQ(GetServersCount(test.program), 0) << "a negative count reads as 0";
+}
+
+// What is stored as the count is believed as far as there are keys.
+TEST(ServerList, ACountBeyondTheKeysEndsWithThem) {
+  const struct {
+    std::int32_t count;
+    std::vector<int> keys;
+    const char* list;
+  } cases[] = {{2147483647, {}, ""},      {2147483647, {1, 2}, "1N1 2N2 "},      {1, {1, 2}, "1N1 "},
+               {3, {1, 3}, "1N1 2 3N3 "}, {2147483647, {1, 2147483647}, "1N1 "}, {-3, {1}, ""}};
+  for (const auto& each : cases) {
+    TestProgram test;
+    const std::string servers = "Software\\Qrel\\Servers";
+    SaveSettingDWord(test.store, HKEY_CURRENT_USER, servers, "Count", each.count);
+    for (const int key : each.keys)
+      SaveSettingString(test.store, HKEY_CURRENT_USER, servers + "\\Server" + std::to_string(key), "Name",
+                        "N" + std::to_string(key));
+    EXPECT_EQ(names(test.program), each.list) << each.count;
+    EXPECT_EQ(GetServersCount(test.program), std::count(each.list, each.list + std::strlen(each.list), ' '));
+  }
+}
+
+class StoredServers : public ::testing::Test {
+ protected:
+  StoredServers() { addThree(program); }
+  static int failWriting(files::Operation operation, const std::filesystem::path&) {
+    return operation == files::Operation::Write ? ENOSPC : 0;
+  }
+
+  TestProgram test;
+  KeyStore store{test.folder.path() / "settings.txt"};
+  Program program{test.host, test.data, store};
+};
+
+TEST_F(StoredServers, ADatabaseThatCannotBeRememberedIsToldOnce) {
+  const files::FaultScope full(failWriting);
+  SaveServerValue(program, 1, "MRUDb", "db");
+  EXPECT_TRUE(test.host.boxes.empty()) << "nothing to write";
+  SaveServerValue(program, 1, "MRUDb", "other");
+  SaveServerValue(program, 2, "Version", "10.0");
+  ASSERT_EQ(test.host.boxes.size(), 1u);
+  EXPECT_NE(test.host.boxes[0].text.find("settings.txt"), std::string::npos);
+  EXPECT_EQ(ReadServerValue(program, 1, "MRUDb"), "db");
+}
+
+TEST_F(StoredServers, AnotherProcessesChangeOfTheListIsNotWrittenOver) {
+  KeyStore others(test.folder.path() / "settings.txt");
+  Program other(test.host, test.data, others);
+  RemoveServer(other, "A");
+  SaveServerValue(program, 1, "MRUDb", "of A");
+  EXPECT_EQ(ReadServerValue(other, 1, "MRUDb"), "db") << "number 1 is B by now";
+  EXPECT_EQ(ReadServerValue(program, 1, "Version"), "") << "and what is stored of B is none of A's";
+  EXPECT_EQ(names(program), "1B 2CL ");
+}
+
+TEST_F(StoredServers, TheWindowsTellAListThatCannotBeWritten) {
+  test.servers.create("Local");
+  const files::FaultScope full(failWriting);
+  const auto leaveReport = [](Form& form) { EXPECT_EQ(form.name, "frmErrorReport"); };
+  test.host.windows.push_back([&](Form& window) {
+    test.host.windows.push_front(leaveReport);
+    dynamic_cast<frmAddServer&>(window).txtServer.personTypes("Local");
+    window.personPressesEnter();
+    EXPECT_FALSE(window.closed());
+  });
+  EXPECT_FALSE(MenuAddServer(program));
+  test.host.windows.push_back([&](Form& window) {
+    test.host.windows.push_front(leaveReport);
+    test.host.answers = {Answer::Yes};
+    dynamic_cast<frmDeleteServer&>(window).lstServers.personSelects({1});
+    window.personPressesEnter();
+    EXPECT_FALSE(window.closed());
+  });
+  EXPECT_FALSE(MenuRemoveServer(program));
+  EXPECT_EQ(names(program), "1A 2B 3CL ");
+}
+
+TEST_F(StoredServers, AServerThatAnotherProcessAddedMeanwhileIsNotAddedTwice) {
+  test.servers.create("Local");
+  KeyStore others(test.folder.path() / "settings.txt");
+  Program other(test.host, test.data, others);
+  test.host.windows.push_back([&](Form& window) {
+    dynamic_cast<frmAddServer&>(window).txtServer.personTypes("Local");
+    AppendServer(other, TestServers::server("LOCAL"));
+    window.personPressesEnter();
+  });
+  EXPECT_FALSE(MenuAddServer(program));
+  EXPECT_EQ(test.host.boxes.back().text, "This server is already added to the list.");
+  EXPECT_EQ(names(program), "1A 2B 3CL 4LOCAL ");
 }
 
 TEST(ServerList, PanelsTakeTheFirstServer) {

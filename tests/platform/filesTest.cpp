@@ -4,10 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <string>
 
 #include "platform/error.h"
+#include "platform/fileFaults.h"
 #include "tests/platform/temporaryFolder.h"
 
 namespace qrel {
@@ -37,15 +40,22 @@ TEST(Files, WritesReadsAppendsAndRemoves) {
 TEST(Files, ReplacingKeepsModeAndLinks) {
   const TemporaryFolder folder;
   const fs::path file = folder.path() / "real";
-  files::writeAtomically(file, "old");
+  files::writeAtomically(file, "old", files::Access::OwnerOnly);
+  EXPECT_EQ(modeOf(file), 0600u);
   fs::permissions(file, fs::perms(0640));
   fs::create_symlink("real", folder.path() / "link");
-  files::writeAtomically(folder.path() / "link", "new");
-  EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
-  EXPECT_EQ(files::readWholeFile(file), "new");
-  EXPECT_EQ(modeOf(file), 0640u);
-  files::writeAtomically(file, "secret", files::Access::OwnerOnly);
-  EXPECT_EQ(modeOf(file), 0600u);
+  for (const files::Access access : {files::Access::Usual, files::Access::OwnerOnly}) {
+    files::writeAtomically(folder.path() / "link", "new", access);
+    EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
+    EXPECT_EQ(files::readWholeFile(file), "new");
+    EXPECT_EQ(modeOf(file), 0640u);
+  }
+  fs::create_directory(folder.path() / "sub");
+  fs::create_symlink("sub/later", folder.path() / "nowhere yet");
+  files::writeAtomically(folder.path() / "nowhere yet", "made");
+  EXPECT_EQ(files::readWholeFile(folder.path() / "sub" / "later"), "made");
+  files::writeAtomically("/dev/null", "a device stays one");
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
 // The error's number for writing to a path, whose name must stand in the message.
@@ -64,6 +74,14 @@ TEST(Files, FailuresNameThePath) {
   EXPECT_EQ(writeError(folder.path() / "missing" / "a"), errorNumber::pathAccess);
   EXPECT_EQ(writeError(folder.path()), errorNumber::pathAccess);
   EXPECT_EQ(writeError(folder.path() / std::string(300, 'n')), errorNumber::pathAccess);
+  const fs::path readOnly = folder.write("read-only", "kept");
+  fs::permissions(readOnly, fs::perms(0444));
+  EXPECT_EQ(writeError(readOnly), errorNumber::pathAccess);
+  EXPECT_EQ(files::readWholeFile(readOnly), "kept");
+  fs::create_symlink("loop", folder.path() / "loop");
+  EXPECT_EQ(writeError(folder.path() / "loop"), errorNumber::pathAccess);
+  EXPECT_THROW(files::readWholeFile(readOnly, 3), RuntimeError);
+  EXPECT_EQ(files::readWholeFile(readOnly, 4), "kept");
   try {
     files::readWholeFile(folder.path() / "none");
     ADD_FAILURE();
@@ -71,6 +89,35 @@ TEST(Files, FailuresNameThePath) {
     EXPECT_EQ(error.number, files::fileNotFound);
   }
   EXPECT_THROW(files::readWholeFile(folder.path()), RuntimeError);
+}
+
+// Whichever call fails, the file holds the old bytes or the new ones, the failure is told, and nothing else is left.
+TEST(Files, AFailureAnywhereLeavesTheOldFileOrTheNewOne) {
+  const TemporaryFolder folder;
+  const fs::path file = folder.path() / "a";
+  files::writeAtomically(file, "old");
+  bool told = true;
+  int failing = 0;
+  for (; told; ++failing) {
+    ASSERT_LT(failing, 50);
+    files::writeAtomically(file, "old");
+    told = false;
+    {
+      int call = 0;
+      const files::FaultScope fault([&](files::Operation, const fs::path&) { return call++ == failing ? ENOSPC : 0; });
+      try {
+        files::writeAtomically(file, "new");
+      } catch (const RuntimeError& error) {
+        told = true;
+        EXPECT_EQ(error.number, errorNumber::diskFull);
+        EXPECT_NE(error.description.find("Free some space"), std::string::npos);
+      }
+    }
+    const std::string bytes = files::readWholeFile(file);
+    EXPECT_TRUE(bytes == "new" || (told && bytes == "old")) << failing;
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1) << failing;
+  }
+  EXPECT_GE(failing, 6) << "opening, writing, two flushes, closing, renaming";
 }
 
 TEST(Files, AFullDiskIsToldAsSuch) {

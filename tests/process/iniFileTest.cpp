@@ -1,5 +1,8 @@
 #include <array>
+#include <cerrno>
 
+#include "platform/error.h"
+#include "platform/fileFaults.h"
 #include "platform/files.h"
 #include "process/cInifile.h"
 #include "process/modIniFile.h"
@@ -50,12 +53,43 @@ TEST_F(IniFile, AFailedWriteIsToldByItsReturnCodeAlone) {
   ini.Path = test.folder.path().string();
   write("k", "2");
   EXPECT_FALSE(ini.Success());
-  EXPECT_EQ(read("k"), "");
+  EXPECT_NE(ini.Failure().find(ini.Path), std::string::npos);
+  EXPECT_THROW(read("k"), RuntimeError) << "what can't be read isn't taken for empty";
   ini.Path = path;
   EXPECT_EQ(read("k"), "1");
   ini.DeleteKey();
   EXPECT_TRUE(ini.Success());
   EXPECT_TRUE(test.host.boxes.empty());
+}
+
+TEST_F(IniFile, AChangeIsOneWriteAndSeesItself) {
+  write("k", "1");
+  const std::string before = files::readWholeFile(path);
+  for (const bool full : {true, false}) {
+    int renames = 0;
+    const files::FaultScope disk([&](files::Operation operation, const std::filesystem::path&) {
+      renames += operation == files::Operation::Rename;
+      return full && operation == files::Operation::Write ? ENOSPC : 0;
+    });
+    cInifile::Change change(ini);
+    write("k", "2");
+    ini.DeleteSection();
+    write("a", "3");
+    {
+      cInifile::Change part(ini);
+      write("a", "4");
+    }
+    EXPECT_EQ(read("k") + read("a"), "3");
+    EXPECT_EQ(files::readWholeFile(path), before);
+    if (full) {
+      EXPECT_THROW(change.commit(), RuntimeError);
+      EXPECT_EQ(files::readWholeFile(path), before);
+    } else {
+      change.commit();
+      EXPECT_EQ(renames, 1);
+      EXPECT_EQ(files::readWholeFile(path), "[s]\r\na=3\r\n");
+    }
+  }
 }
 
 TEST_F(IniFile, ListsComeInFileOrderFromOne) {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "app/trap.h"
+#include "platform/store/profileFile.h"
 #include "process/modIniFile.h"
 
 namespace qrel {
@@ -23,9 +24,9 @@ void ReadDataCompSettings(Program& program, bool blnSource, const std::string& s
   lngCompMethod = 0;
   trap(program, moduleName, "ReadDataCompSettings", [&] {
     const std::string strSection = sectionOf(program, blnSource, strDb, strTable);
-    const std::string& strFile = program.main.gstrTablesCompsIni;
-    const auto text = [&](const char* strKey) { return INIGetSettingString(program, strSection, strKey, strFile); };
-    const auto number = [&](const char* strKey) { return INIGetSettingInteger(program, strSection, strKey, strFile); };
+    const ProfileFile file = ProfileFile::read(program.main.gstrTablesCompsIni);
+    const auto text = [&](const char* strKey) { return INIGetSettingString(program, strSection, strKey, file); };
+    const auto number = [&](const char* strKey) { return INIGetSettingInteger(program, strSection, strKey, file); };
     side.strPrimarySort = text("PrimarySortKey");
     side.strSecondarySort = text("SecondarySortKey");
     side.strTertiarySort = text("TertiarySortKey");
@@ -37,28 +38,29 @@ void ReadDataCompSettings(Program& program, bool blnSource, const std::string& s
   });
 }
 
-void SaveDataCompSettings(Program& program, bool blnSource, const std::string& strDb, const std::string& strTable,
-                          const tDataCompSide& side, std::int32_t lngCompMethod) {
-  trap(program, moduleName, "SaveDataCompSettings", [&] {
-    const std::string strSection = sectionOf(program, blnSource, strDb, strTable);
-    struct Setting {
-      const char* strKey;
-      std::string strValue;
-    };
-    std::vector<Setting> settings = {{"PrimarySortKey", side.strPrimarySort},
-                                     {"SecondarySortKey", side.strSecondarySort},
-                                     {"TertiarySortKey", side.strTertiarySort},
-                                     {"OffsetStartRec", std::to_string(side.lngOffset)},
-                                     {"DbType", "SQL Server"},
-                                     {"CompMethod", std::to_string(lngCompMethod)},
-                                     {"CompKey", side.strCompKey},
-                                     {"SecondaryCompKey", side.strSecondaryCompKey},
-                                     {"TertiaryCompKey", side.strTertiaryCompKey}};
-    // The lists of ignored columns have a file of their own.
-    if (blnSource) settings.push_back({"IgnoreColumn", ""});
-    for (const Setting& setting : settings)
-      if (!INIWriteSetting(program, strSection, setting.strKey, setting.strValue, program.main.gstrTablesCompsIni))
-        return;
+bool SaveDataCompSettings(Program& program, const std::array<std::string, 2>& arrDbs,
+                          const std::array<std::string, 2>& arrTables, const tDataCompSettings& settings) {
+  return trap(program, moduleName, "SaveDataCompSettings", false, [&] {
+    std::vector<tIniSetting> arrWrite;
+    for (const std::size_t index : {0u, 1u}) {
+      const tDataCompSide& side = settings.arrSides[index];
+      const std::string strSection = sectionOf(program, index == 0, arrDbs[index], arrTables[index]);
+      const auto add = [&](const char* strKey, const std::string& strValue) {
+        arrWrite.push_back({strSection, strKey, strValue});
+      };
+      add("PrimarySortKey", side.strPrimarySort);
+      add("SecondarySortKey", side.strSecondarySort);
+      add("TertiarySortKey", side.strTertiarySort);
+      add("OffsetStartRec", std::to_string(side.lngOffset));
+      add("DbType", "SQL Server");
+      add("CompMethod", std::to_string(settings.lngCompMethod));
+      add("CompKey", side.strCompKey);
+      add("SecondaryCompKey", side.strSecondaryCompKey);
+      add("TertiaryCompKey", side.strTertiaryCompKey);
+      // The lists of ignored columns have a file of their own.
+      if (index == 0) add("IgnoreColumn", "");
+    }
+    return INIWriteSettings(program, arrWrite, program.main.gstrTablesCompsIni);
   });
 }
 

@@ -38,13 +38,13 @@ struct tDataCompSettings {
 };
 
 // Reads what is stored for a table of the selected Source or Target server. What is missing reads as empty, 0 and
-// record by record; an offset or a method beyond 16 bits is told in a box and reads as 0. lngCompMethod is set by each
-// call, so that of two reads the last one wins.
+// record by record; an offset or a method beyond 16 bits is told in a box and reads as 0, and a file that can't be read
+// in the error report. lngCompMethod is set by each call, so that of two reads the last one wins.
 void ReadDataCompSettings(Program& program, bool blnSource, const std::string& strDb, const std::string& strTable,
                           tDataCompSide& side, std::int32_t& lngCompMethod);
 
-// Writes a table's section in full. The first write that fails is told in a box and ends it.
-void SaveDataCompSettings(Program& program, bool blnSource, const std::string& strDb, const std::string& strTable,
-                          const tDataCompSide& side, std::int32_t lngCompMethod);
+// Writes both tables' sections in full, together or not at all. False after telling in a box why that failed.
+bool SaveDataCompSettings(Program& program, const std::array<std::string, 2>& arrDbs,
+                          const std::array<std::string, 2>& arrTables, const tDataCompSettings& settings);
 
 }  // namespace qrel

@@ -303,7 +303,11 @@ void frmCompareDataOptions::tickAll(std::size_t side, bool ticked) {
 
 void frmCompareDataOptions::doNotShowChanged() {
   const bool show = !chkDoNotShowDialog.checked();
-  SaveSetting(program_, *findSetting("ShowDataCompOpt"), show ? 1 : 0);
+  const bool saved = trap(program_, "frmCompareDataOptions", "chkDoNotShowDialog_Click", false, [&] {
+    SaveSetting(program_, *findSetting("ShowDataCompOpt"), show ? 1 : 0);
+    return true;
+  });
+  if (!saved) return;
   if (show) return;
   program_.host.messageBox(
       "This dialog screen will not be shown anymore.\r\n\r\nTo enable showing 'Data Comparison Options' screen please "
@@ -327,11 +331,11 @@ bool frmCompareDataOptions::saveIgnoredColumns() {
   if (!ValidateIgnoredColumns(arrChecked[0], arrChecked[1], static_cast<long>(arrIgnored[0].size()),
                               static_cast<long>(arrIgnored[1].size()), arrIgnored[0], arrIgnored[1]))
     return false;
+  std::vector<tIgnoredList> arrLists;
   for (const std::size_t side : {0, 1})
-    SaveIgnoredColumns(program_, ignoredColsData,
-                       GetFullObjectName(tables_.arrServers[side], tables_.arrDbs[side], tables_.arrTables[side]),
-                       arrIgnored[side], static_cast<std::int32_t>(arrIgnored[side].size()));
-  return true;
+    arrLists.push_back(
+        {GetFullObjectName(tables_.arrServers[side], tables_.arrDbs[side], tables_.arrTables[side]), arrIgnored[side]});
+  return SaveIgnoredLists(program_, ignoredColsData, arrLists);
 }
 
 tDataCompSettings frmCompareDataOptions::choices() const {
@@ -359,9 +363,7 @@ void frmCompareDataOptions::ok() {
     const PointerScope pointer(program_.host, Pointer::Hourglass);
     settings_ = choices();
     accepted_ = true;
-    for (const std::size_t side : {0, 1})
-      SaveDataCompSettings(program_, side == 0, tables_.arrDbs[side], tables_.arrTables[side], settings_.arrSides[side],
-                           settings_.lngCompMethod);
+    SaveDataCompSettings(program_, tables_.arrDbs, tables_.arrTables, settings_);
   }
   close();
 }

@@ -90,7 +90,8 @@ void frmIgnoreColumnsAdd::ok() {
       return;
     }
     ignored_ = static_cast<std::int32_t>(arrIgnored.size());
-    SaveIgnoredColumns(program_, menmMode_, GetFullObjectName(server_, database_, table_), arrIgnored, ignored_);
+    if (!SaveIgnoredColumns(program_, menmMode_, GetFullObjectName(server_, database_, table_), arrIgnored, ignored_))
+      return;
     saved_ = true;
     close();
   });

@@ -1,5 +1,7 @@
 #include "compare/structure/modIgnoreColumns.h"
 
+#include <optional>
+
 #include "app/trap.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -11,7 +13,7 @@ namespace {
 
 constexpr const char* moduleName = "modIgnoreColumns";
 
-// The values of the file's current section.
+// The values of the file's current section, read while a Reading is open.
 std::vector<std::string> valuesOf(cInifile& ini) {
   OneBased<std::string> arrLines;
   long lngCount = 0;
@@ -59,27 +61,43 @@ std::int32_t GetIgnoredColumns(Program& program, long enmList, const std::string
   return trap(program, moduleName, "GetIgnoredColumns", std::int32_t{0}, [&] {
     cInifile ini;
     ini.Path = GetIgnoredColsFilePath(program, enmList);
+    const cInifile::Reading reading(ini);
     ini.Section = strFullName;
     arrColumns = valuesOf(ini);
     return static_cast<std::int32_t>(arrColumns.size());
   });
 }
 
-void SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
+bool SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
                         const std::vector<std::string>& arrColumns, std::int32_t lngCount) {
-  trap(program, moduleName, "SaveIgnoredColumns", [&] {
+  return trap(program, moduleName, "SaveIgnoredColumns", false, [&] {
+    if (lngCount < 0 || static_cast<std::size_t>(lngCount) > arrColumns.size())
+      throw RuntimeError(errorNumber::subscript, "Subscript out of range");
+    return SaveIgnoredLists(program, enmList, {{strFullName, {arrColumns.begin(), arrColumns.begin() + lngCount}}});
+  });
+}
+
+bool SaveIgnoredLists(Program& program, long enmList, const std::vector<tIgnoredList>& arrLists) {
+  return trap(program, moduleName, "SaveIgnoredColumns", false, [&] {
     cInifile ini;
     ini.Path = GetIgnoredColsFilePath(program, enmList);
-    ini.Section = strFullName;
-    ini.DeleteSection();
-    const bool deleted = ini.Success();
-    if (!deleted) program.host.messageBox("Saving list of ignored columns - delete section failed.", Icon::Information);
-    for (std::int32_t i = 0; i < lngCount; ++i) {
-      ini.Key = std::to_string(i);
-      ini.SetValue(arrColumns.at(static_cast<std::size_t>(i)));
-      if (deleted && !ini.Success())
-        throw RuntimeError(errorNumber::pathAccess, "The list of ignored columns could not be written to " + ini.Path);
+    std::optional<cInifile::Change> change;
+    try {
+      change.emplace(ini);
+    } catch (const std::exception&) {
+      program.host.messageBox("Saving list of ignored columns - delete section failed.", Icon::Information);
+      throw;
     }
+    for (const tIgnoredList& list : arrLists) {
+      ini.Section = list.strFullName;
+      ini.DeleteSection();
+      for (std::size_t i = 0; i < list.arrColumns.size(); ++i) {
+        ini.Key = std::to_string(i);
+        ini.SetValue(list.arrColumns[i]);
+      }
+    }
+    change->commit();
+    return true;
   });
 }
 
@@ -90,6 +108,7 @@ std::int32_t GetAllIgnoredColumns(Program& program, long enmList, std::string& s
   return trap(program, moduleName, "GetAllIgnoredColumns", std::int32_t{0}, [&] {
     cInifile ini;
     ini.Path = GetIgnoredColsFilePath(program, enmList);
+    const cInifile::Reading reading(ini);
     OneBased<std::string> arrSections;
     long lngSections = 0;
     ini.EnumerateAllSections(arrSections, lngSections);

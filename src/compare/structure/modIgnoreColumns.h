@@ -29,14 +29,22 @@ std::string GetFullObjectName(const std::string& strServer, const std::string& s
 // Empty for a number that is no list's.
 std::string GetIgnoredColsFilePath(const Program& program, long enmList);
 
-// The column names in file order, and their number: 0 for a table without a list and for a missing file.
+// The column names in file order, and their number: 0 for a table without a list and for a missing file, and after an
+// error report for a file that can't be read.
 std::int32_t GetIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
                                std::vector<std::string>& arrColumns);
 
-// Replaces a table's list by the first lngCount names; with 0 the table has none any more. A section that can't be
-// deleted is told in a box, and the names are written over what is left.
-void SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
+// Replaces a table's list by the first lngCount names; with 0 the table has none any more. False, with the list as it
+// was, when that can't be kept: an error report says why, after a box when the file couldn't even be begun to change.
+bool SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
                         const std::vector<std::string>& arrColumns, std::int32_t lngCount);
+
+// The same for the lists of several tables, together or not at all.
+struct tIgnoredList {
+  std::string strFullName;  // of the table
+  std::vector<std::string> arrColumns;
+};
+bool SaveIgnoredLists(Program& program, long enmList, const std::vector<tIgnoredList>& arrLists);
 
 // Every entry of a list's file: as records, and as lines "server, database, table, column" in strListing. Returns their
 // number.

@@ -1,11 +1,11 @@
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QIcon>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "desktop/qtHost.h"
-#include "desktop/text.h"
+#include "desktop/startArguments.h"
 #include "desktop/theme.h"
 #include "platform/data/embedded/instances.h"
 #include "platform/store/folders.h"
@@ -24,21 +24,16 @@ bool hasDisplay() {
 #endif
 }
 
-bool asksForWords(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    if (argument == "--help" || argument == "-h" || argument == "--version" || argument == "-v") return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   constexpr int cannotStart = 3;
-  if (asksForWords(argc, argv)) {
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  } else if (!hasDisplay()) {
+  if (const qrel::StartArguments asked = qrel::readStartArguments(argc, argv); asked.help || asked.version) {
+    std::fputs((asked.help ? qrel::startHelp() : std::string("Quorrel ") + qrel::programVersion + "\n").c_str(),
+               stdout);
+    return 0;
+  }
+  if (!hasDisplay()) {
     std::fputs("quorrel: there is no display. Start it on a desktop, set DISPLAY, or use the console program qrel.\n",
                stderr);
     return cannotStart;
@@ -48,15 +43,9 @@ int main(int argc, char** argv) {
   QApplication::setApplicationVersion(QString::fromLatin1(qrel::programVersion));
   QApplication::setDesktopFileName(QStringLiteral("quorrel"));
   QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/quorrel.svg")));
-  QCommandLineParser parser;
-  parser.setApplicationDescription(QStringLiteral("Compares two SQL Server databases and says what differs."));
-  parser.addHelpOption();
-  parser.addVersionOption();
-  const QCommandLineOption theme(QStringLiteral("theme"), QStringLiteral("light or dark; else as the desktop is"),
-                                 QStringLiteral("theme"));
-  parser.addOption(theme);
-  parser.process(application);
-  qrel::applyTheme(qrel::fromQt(parser.value(theme)));
+  // Qt has taken its own arguments out by now.
+  const qrel::StartArguments arguments = qrel::readStartArguments(argc, argv);
+  qrel::applyTheme(arguments.theme);
 
   const qrel::Folders folders = qrel::findFolders(argv[0]);
   qrel::EmbeddedServers servers(folders.servers);
@@ -66,7 +55,7 @@ int main(int argc, char** argv) {
   qrel::Program program(host, data, store);
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
-  program.commandLine = qrel::fromQt(parser.positionalArguments().join(' '));
+  program.commandLine = arguments.commandLine;
   qrel::StartUp startUp(program);
   qrel::Main(program, startUp);
   if (!startUp.mainWindow()) return cannotStart;

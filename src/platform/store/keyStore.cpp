@@ -1,288 +1,194 @@
 #include "platform/store/keyStore.h"
 
-#include <charconv>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <system_error>
-#include <utility>
 
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/store/fileChange.h"
 #include "platform/text.h"
 
 namespace qrel {
-namespace {
 
-namespace fs = std::filesystem;
+KeyStore::KeyStore(std::filesystem::path file) : file_(std::move(file)) {}
 
-std::string_view withoutEndSlashes(std::string_view key) {
-  while (key.starts_with('\\')) key.remove_prefix(1);
-  while (key.ends_with('\\')) key.remove_suffix(1);
-  return key;
+void KeyStore::check() {
+  refresh();
+  if (!damage_.empty()) throw RuntimeError(errorNumber::pathAccess, damage_);
 }
-
-std::string folded(std::string_view key) { return lowerCase(withoutEndSlashes(key)); }
-
-// A key stands between brackets as it is, so that it can't hold what ends a line.
-bool isWritableKey(std::string_view key) {
-  return !withoutEndSlashes(key).empty() && key.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
-}
-
-void appendQuoted(std::string& out, std::string_view text) {
-  constexpr char hex[] = "0123456789ABCDEF";
-  out += '"';
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    switch (c) {
-      case '\\':
-        out += "\\\\";
-        break;
-      case '"':
-        out += "\\\"";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\0':
-        out += "\\0";
-        break;
-      default:
-        if (byte < 0x20 || byte == 0x7F) {
-          out.append("\\x").append(1, hex[byte >> 4]).append(1, hex[byte & 15]);
-        } else {
-          out += c;
-        }
-    }
-  }
-  out += '"';
-}
-
-// Takes a quoted text off the front of the line; empty when it isn't whole.
-std::optional<std::string> takeQuoted(std::string_view& line) {
-  std::string text;
-  for (std::size_t i = 1; i < line.size(); ++i) {
-    if (line[i] == '"') {
-      line.remove_prefix(i + 1);
-      return text;
-    }
-    if (line[i] != '\\') {
-      text += line[i];
-      continue;
-    }
-    if (++i == line.size()) break;
-    switch (line[i]) {
-      case '\\':
-      case '"':
-        text += line[i];
-        break;
-      case 'n':
-        text += '\n';
-        break;
-      case 'r':
-        text += '\r';
-        break;
-      case '0':
-        text += '\0';
-        break;
-      case 'x': {
-        unsigned byte = 0;
-        const std::string_view digits = line.substr(i + 1, 2);
-        const char* end = digits.data() + digits.size();
-        if (digits.size() != 2 || std::from_chars(digits.data(), end, byte, 16).ptr != end) return std::nullopt;
-        text += static_cast<char>(byte);
-        i += 2;
-        break;
-      }
-      default:
-        return std::nullopt;
-    }
-  }
-  return std::nullopt;
-}
-
-bool needsQuotes(std::string_view name) {
-  if (name.empty() || name != trimBlanks(name) || name.starts_with('[') || name.starts_with('"')) return true;
-  for (const char c : name) {
-    if (c == '=' || static_cast<unsigned char>(c) < 0x20) return true;
-  }
-  return false;
-}
-
-}  // namespace
-
-KeyStore::KeyStore(fs::path file) : file_(std::move(file)) {}
 
 std::optional<KeyStore::Value> KeyStore::get(std::string_view key, std::string_view name) {
   refresh();
-  const std::string path = folded(key);
+  const std::string path = KeyTree::folded(key);
   const std::string valueName = lowerCase(name);
   if (const auto found = overrides_.find({path, valueName}); found != overrides_.end()) return found->second;
-  const auto holder = keys_.find(path);
-  if (holder == keys_.end()) return std::nullopt;
+  const auto holder = tree_.keys.find(path);
+  if (holder == tree_.keys.end()) return std::nullopt;
   const auto found = holder->second.values.find(valueName);
   if (found == holder->second.values.end()) return std::nullopt;
   return found->second.second;
 }
 
-bool KeyStore::set(std::string_view key, std::string_view name, Value value) {
-  if (!isWritableKey(key)) return false;
+std::vector<std::string> KeyStore::subkeys(std::string_view key) {
   refresh();
-  std::pair<std::string, Value>& entry = keyOf(key).values[lowerCase(name)];
-  if (entry.first.empty()) entry.first = name;
-  entry.second = std::move(value);
-  return write();
+  const std::string prefix = KeyTree::folded(key) + "\\";
+  std::vector<std::string> names;
+  for (auto each = tree_.keys.lower_bound(prefix); each != tree_.keys.end() && each->first.starts_with(prefix);
+       ++each) {
+    // A spelling has as many backslashes as the path, at other places where folding changed a letter's length.
+    std::string_view name = each->second.spelling;
+    for (const char c : prefix)
+      if (c == '\\') name.remove_prefix(name.find('\\') + 1);
+    names.emplace_back(name.substr(0, name.find('\\')));
+  }
+  std::sort(names.begin(), names.end());
+  names.erase(std::unique(names.begin(), names.end()), names.end());
+  return names;
 }
 
-bool KeyStore::createKey(std::string_view key) {
-  if (!isWritableKey(key)) return false;
+void KeyStore::set(std::string_view key, std::string_view name, Value value) {
+  if (!KeyTree::isWritable(key)) throw RuntimeError(errorNumber::typeMismatch, "That is no name of a settings' key.");
+  const std::string valueName = lowerCase(name);
+  const auto isThere = [&] {
+    const auto holder = tree_.keys.find(KeyTree::folded(key));
+    if (holder == tree_.keys.end()) return false;
+    const auto found = holder->second.values.find(valueName);
+    return found != holder->second.values.end() && found->second.second == value;
+  };
   refresh();
-  keyOf(key);
-  return write();
+  if (damage_.empty() && isThere()) return;
+  Change change(*this);
+  if (!isThere()) {
+    std::pair<std::string, Value>& entry = tree_.keyOf(key).values[valueName];
+    if (entry.first.empty()) entry.first = name;
+    entry.second = std::move(value);
+    dirty_ = true;
+  }
+  change.commit();
+}
+
+void KeyStore::createKey(std::string_view key) {
+  if (!KeyTree::isWritable(key)) throw RuntimeError(errorNumber::typeMismatch, "That is no name of a settings' key.");
+  Change change(*this);
+  if (!tree_.keys.contains(KeyTree::folded(key))) {
+    tree_.keyOf(key);
+    dirty_ = true;
+  }
+  change.commit();
 }
 
 bool KeyStore::deleteKey(std::string_view key) {
+  const std::string path = KeyTree::folded(key);
+  const auto canGo = [&] {
+    if (!tree_.keys.contains(path)) return false;
+    const auto below = tree_.keys.lower_bound(path + "\\");
+    return below == tree_.keys.end() || !below->first.starts_with(path + "\\");
+  };
   refresh();
-  const std::string path = folded(key);
-  if (!keys_.contains(path)) return false;
-  const auto below = keys_.lower_bound(path + "\\");
-  if (below != keys_.end() && below->first.starts_with(path + "\\")) return false;
-  keys_.erase(path);
-  return write();
+  if (!canGo()) return false;
+  Change change(*this);
+  if (!canGo()) return false;
+  tree_.keys.erase(path);
+  dirty_ = true;
+  change.commit();
+  return true;
 }
 
 void KeyStore::setOverride(std::string_view key, std::string_view name, Value value) {
-  overrides_[{folded(key), lowerCase(name)}] = std::move(value);
+  overrides_[{KeyTree::folded(key), lowerCase(name)}] = std::move(value);
 }
 
-KeyStore::Key& KeyStore::keyOf(std::string_view key) {
-  Key& found = keys_[folded(key)];
-  if (found.spelling.empty()) found.spelling = withoutEndSlashes(key);
-  return found;
+KeyStore::Change::Change(KeyStore& store) : store_(store), dirtyBefore_(store.dirty_) {
+  if (store.changes_ == 0 && !store.file_.empty()) {
+    FileLock lock = lockForChange(store.file_, files::Access::OwnerOnly);
+    // Whatever the file's times say: nothing of what others wrote is lost by what is written now.
+    store.look(true);
+    if (!store.damage_.empty())
+      throw RuntimeError(errorNumber::pathAccess, store.damage_ + " Until then nothing is written to it.");
+    before_ = store.tree_;
+    store.lock_ = std::move(lock);
+  } else {
+    before_ = store.tree_;
+  }
+  ++store.changes_;
+}
+
+KeyStore::Change::~Change() {
+  if (!committed_) {
+    store_.tree_ = std::move(before_);
+    store_.dirty_ = dirtyBefore_;
+  }
+  if (--store_.changes_ > 0) return;
+  store_.dirty_ = false;
+  store_.lock_.reset();
+}
+
+void KeyStore::Change::commit() {
+  if (store_.changes_ == 1 && store_.dirty_) store_.write();
+  committed_ = true;
+}
+
+bool KeyStore::Identity::operator==(const Identity& other) const {
+  const auto same = [](const std::timespec& a, const std::timespec& b) {
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+  };
+  return device == other.device && node == other.node && size == other.size && same(written, other.written) &&
+         same(changed, other.changed);
 }
 
 void KeyStore::refresh() {
+  if (file_.empty() || readings_ > 0 || changes_ > 0) return;
+  if (!std::exchange(tidied_, true)) removeLeftovers(file_);
+  look(false);
+}
+
+void KeyStore::look(bool always) {
+  struct stat facts {};
+  if (::stat(file_.c_str(), &facts) != 0) {
+    const int error = errno;
+    const bool missing = error == ENOENT || error == ENOTDIR;
+    damage_ = missing ? ""
+                      : "'" + file_.string() + "' cannot be read: " + std::generic_category().message(error) +
+                            ". Make it readable and try again.";
+    // A file that has been taken away takes its values along.
+    if (missing) tree_ = {};
+    read_.reset();
+    return;
+  }
+  const Identity identity{facts.st_dev, facts.st_ino, static_cast<std::uintmax_t>(facts.st_size), facts.st_mtim,
+                          facts.st_ctim};
+  if (always || !read_ || !(*read_ == identity)) readFile(identity);
+}
+
+void KeyStore::readFile(const Identity& identity) {
+  read_.reset();
+  std::string text;
+  try {
+    text = files::readWholeFile(file_, mostStoreBytes);
+  } catch (const RuntimeError& error) {
+    damage_ = error.number == files::fileNotFound ? "" : error.description;
+    if (damage_.empty()) tree_ = {};
+    return;
+  }
+  std::string damage;
+  tree_ = KeyTree::parse(text, damage);
+  damage_ = damage.empty() ? ""
+                           : "'" + file_.string() + "' cannot be read: " + damage +
+                                 ". Mend that line, or move the file away to begin with new settings.";
+  read_ = identity;
+}
+
+void KeyStore::write() {
   if (file_.empty()) return;
-  std::error_code error;
-  const fs::file_time_type time = fs::last_write_time(file_, error);
-  const std::uintmax_t size = error ? 0 : fs::file_size(file_, error);
-  if (error) {
-    blocked_ = error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory;
-    // A file that has been taken away takes its values along; what could never be written stays.
-    if (!blocked_ && std::exchange(wasThere_, false)) {
-      keys_.clear();
-      unreadable_.clear();
-    }
-    return;
-  }
-  if (wasThere_ && time == readTime_ && size == readSize_) return;
-  std::string text;
-  try {
-    text = files::readWholeFile(file_);
-  } catch (const RuntimeError&) {
-    blocked_ = true;
-    return;
-  }
-  blocked_ = false;
-  wasThere_ = true;
-  readTime_ = time;
-  readSize_ = size;
-  parse(text);
-}
-
-bool KeyStore::write() {
-  if (file_.empty()) return true;
-  if (blocked_) return false;
-  try {
-    files::makeFolder(file_.parent_path(), files::Access::OwnerOnly);
-    files::writeAtomically(file_, format(), files::Access::OwnerOnly);
-  } catch (const RuntimeError&) {
-    return false;
-  }
-  std::error_code error;
-  readTime_ = fs::last_write_time(file_, error);
-  readSize_ = fs::file_size(file_, error);
-  wasThere_ = !error;
-  return true;
-}
-
-void KeyStore::parse(std::string_view text) {
-  keys_.clear();
-  unreadable_.clear();
-  Key* current = nullptr;
-  while (!text.empty()) {
-    const std::size_t end = text.find('\n');
-    const std::string_view whole = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    const std::string_view line = trimBlanks(whole.ends_with('\r') ? whole.substr(0, whole.size() - 1) : whole);
-    if (line.empty()) continue;
-    if (line.starts_with('[')) {
-      // The values behind a broken head belong to no other key.
-      const bool isHead = line.ends_with(']') && isWritableKey(line.substr(1, line.size() - 2));
-      current = isHead ? &keyOf(line.substr(1, line.size() - 2)) : nullptr;
-      if (isHead) continue;
-    } else if (current && parseValue(line, *current)) {
-      continue;
-    }
-    unreadable_.emplace_back(whole);
-  }
-}
-
-bool KeyStore::parseValue(std::string_view line, Key& key) {
-  std::string name;
-  if (line.starts_with('"')) {
-    std::optional<std::string> quoted = takeQuoted(line);
-    line = trimLeftBlanks(line);
-    if (!quoted || !line.starts_with('=')) return false;
-    name = std::move(*quoted);
-  } else {
-    const std::size_t mark = line.find('=');
-    if (mark == std::string_view::npos) return false;
-    name = trimBlanks(line.substr(0, mark));
-    line.remove_prefix(mark);
-    if (name.empty()) return false;
-  }
-  line = trimBlanks(line.substr(1));
-  Value value;
-  if (line.starts_with('"')) {
-    std::optional<std::string> quoted = takeQuoted(line);
-    if (!quoted || !line.empty()) return false;
-    value = std::move(*quoted);
-  } else {
-    std::int32_t number = 0;
-    const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), number);
-    if (line.empty() || error != std::errc() || end != line.data() + line.size()) return false;
-    value = number;
-  }
-  std::pair<std::string, Value>& entry = key.values[lowerCase(name)];
-  if (entry.first.empty()) entry.first = name;
-  entry.second = std::move(value);
-  return true;
-}
-
-// Lines that couldn't be read stand in front of all keys, where they don't become values by accident.
-std::string KeyStore::format() const {
-  std::string text;
-  for (const std::string& line : unreadable_) text.append(line).append(1, '\n');
-  for (const auto& [path, key] : keys_) {
-    text.append(text.empty() ? "" : "\n").append("[").append(key.spelling).append("]\n");
-    for (const auto& [folded, entry] : key.values) {
-      const auto& [name, value] = entry;
-      if (needsQuotes(name)) {
-        appendQuoted(text, name);
-      } else {
-        text += name;
-      }
-      text += " = ";
-      if (const std::int32_t* number = std::get_if<std::int32_t>(&value)) {
-        text += std::to_string(*number);
-      } else {
-        appendQuoted(text, std::get<std::string>(value));
-      }
-      text += '\n';
-    }
-  }
-  return text;
+  const std::string text = tree_.format();
+  if (text.size() > mostStoreBytes)
+    throw RuntimeError(errorNumber::pathAccess, "'" + file_.string() + "' cannot be written: it would be too large.");
+  // Whether it comes to the old file or the new one, it is looked at again.
+  read_.reset();
+  files::writeAtomically(file_, text, files::Access::OwnerOnly);
 }
 
 }  // namespace qrel

@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/store/fileChange.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -57,22 +58,46 @@ std::string_view nextLine(std::string_view& rest) {
   return line;
 }
 
+// What is wrong with the bytes of a file that isn't one of the code page's.
+[[noreturn]] void refuse(const std::filesystem::path& path, const std::string& reason) {
+  throw RuntimeError(errorNumber::pathAccess,
+                     "'" + path.string() + "' cannot be read: " + reason + ". Mend it or move it away, and try again.");
+}
+
+std::string readBytes(const std::filesystem::path& path) {
+  std::string bytes = files::readWholeFile(path, mostStoreBytes);
+  for (const char* mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"})
+    if (bytes.starts_with(mark)) refuse(path, "it is encoded as Unicode, not in the 8-bit code page");
+  if (const std::size_t zero = bytes.find('\0'); zero != std::string::npos)
+    refuse(path, "line " +
+                     std::to_string(std::count(bytes.begin(), bytes.begin() + static_cast<long>(zero), '\n') + 1) +
+                     " holds zero bytes");
+  return bytes;
+}
+
 }  // namespace
 
 ProfileFile ProfileFile::read(const std::filesystem::path& path) {
   ProfileFile file;
   std::string text;
   try {
-    text = fromCodePage(files::readWholeFile(path));
+    text = fromCodePage(readBytes(path));
   } catch (const RuntimeError& error) {
     if (error.number != files::fileNotFound) throw;
     return file;
   }
+  std::size_t number = 0;
   for (std::string_view rest = text; !rest.empty();) {
     const std::string_view line = nextLine(rest);
     const std::string_view bare = withoutWhiteSpace(line);
     const std::size_t close = bare.rfind(']');
-    if (bare.starts_with('[') && close != std::string_view::npos) {
+    ++number;
+    // What follows half a header would be taken for the section's before it.
+    if (bare.starts_with('[') && close == std::string_view::npos)
+      refuse(path, "line " + std::to_string(number) + " is half a section's header");
+    const bool half = rest.empty() && !text.ends_with('\n') && !bare.empty() && bare.find_first_of("=;]") == bare.npos;
+    if (half) refuse(path, "line " + std::to_string(number) + ", the last one, is incomplete");
+    if (bare.starts_with('[')) {
       file.sections_.push_back({std::string(line), std::string(withoutWhiteSpace(bare.substr(1, close - 1))), {}});
     } else {
       if (file.sections_.empty()) file.sections_.emplace_back();
@@ -82,12 +107,19 @@ ProfileFile ProfileFile::read(const std::filesystem::path& path) {
   return file;
 }
 
-void ProfileFile::write(const std::filesystem::path& path) const {
+std::string ProfileFile::format() const {
   std::string text;
   for (const Section& section : sections_) {
     if (!section.header.empty()) text += section.header + "\r\n";
     for (const std::string& line : section.lines) text += line + "\r\n";
   }
+  return text;
+}
+
+void ProfileFile::write(const std::filesystem::path& path) const {
+  const std::string text = format();
+  if (text.size() > mostStoreBytes)
+    throw RuntimeError(errorNumber::pathAccess, "'" + path.string() + "' cannot be written: it would be too large.");
   files::makeFolder(path.parent_path());
   files::writeAtomically(path, toCodePage(text));
 }
@@ -167,6 +199,16 @@ bool ProfileFile::removeSection(std::string_view section) {
   if (index == sections_.size()) return false;
   sections_.erase(sections_.begin() + static_cast<std::ptrdiff_t>(index));
   return true;
+}
+
+ProfileChange::ProfileChange(std::filesystem::path path)
+    : path_(std::move(path)), lock_(lockForChange(path_, files::Access::Usual)) {
+  file = ProfileFile::read(path_);
+  before_ = file.format();
+}
+
+void ProfileChange::commit() {
+  if (file.format() != before_) file.write(path_);
 }
 
 }  // namespace qrel

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/fileLock.h"
+
 namespace qrel {
 
 // The content of one file. Sections and keys are found without case, the first of a name counts, and blanks and tabs
@@ -16,9 +18,11 @@ namespace qrel {
 // lines without "=", and what precedes the first section.
 class ProfileFile {
  public:
-  // A file that isn't there is an empty one. A file that can't be read raises RuntimeError.
+  // A file that isn't there is an empty one. A file that can't be read, or not as what it is (zero bytes, another
+  // encoding, half a line at its end), raises RuntimeError with a sentence that says so.
   static ProfileFile read(const std::filesystem::path& path);
-  // Whole and atomically; missing folders are made. Raises RuntimeError.
+  // Whole and atomically; missing folders are made. Raises RuntimeError. Where other processes write the same file, a
+  // ProfileChange does it.
   void write(const std::filesystem::path& path) const;
 
   // The value without one pair of quotation marks around it, single or double. Empty optional: no such key.
@@ -37,6 +41,9 @@ class ProfileFile {
   bool removeKey(std::string_view section, std::string_view key);
   bool removeSection(std::string_view section);
 
+  // The file's text, not yet in the code page.
+  std::string format() const;
+
  private:
   struct Section {
     std::string header;  // the whole line; empty: what precedes the first section
@@ -49,6 +56,22 @@ class ProfileFile {
   Section& findOrAdd(std::string_view section);
 
   std::vector<Section> sections_;
+};
+
+// One change of a file that several processes share: other changes of it wait from here to the end of the scope. What
+// is done to `file` is written by commit(), at once or not at all, unless it changed nothing; without commit() nothing
+// is. Both raise RuntimeError.
+class ProfileChange {
+ public:
+  explicit ProfileChange(std::filesystem::path path);
+  void commit();
+
+  ProfileFile file;  // as it stood when the change began
+
+ private:
+  std::filesystem::path path_;
+  FileLock lock_;
+  std::string before_;
 };
 
 }  // namespace qrel

@@ -1,7 +1,10 @@
+#include <cerrno>
+
 #include "app/mdlMain.h"
 #include "app/settings.h"
 #include "compare/data/frmCompareDataOptions.h"
 #include "compare/structure/modIgnoreColumns.h"
+#include "platform/fileFaults.h"
 #include "platform/files.h"
 #include "tests/support.h"
 
@@ -123,6 +126,33 @@ TEST_F(DataOptions, ChoicesComeBackTheNextTime) {
   ReadDataCompSettings(program, true, "A", "t", renamed, lngMethod);
   EXPECT_EQ(renamed.strPrimarySort, "") << "another server's table";
   EXPECT_EQ(boxes(), "");
+}
+
+TEST_F(DataOptions, BothTablesAreStoredTogetherOrNotAtAll) {
+  const auto accept = [](frmCompareDataOptions& form) { form.personPressesEnter(); };
+  EXPECT_TRUE(show(accept));
+  const std::string before = stored();
+  EXPECT_NE(before.find("[S.B.u]"), std::string::npos);
+  int renames = 0;
+  const files::FaultScope fault([&](files::Operation operation, const std::filesystem::path&) {
+    return operation == files::Operation::Rename && ++renames == 2 ? ENOSPC : 0;
+  });
+  const auto change = [](frmCompareDataOptions& form) {
+    form.optGen[1].choose();
+    form.personPressesEnter();
+  };
+  EXPECT_TRUE(show(change));
+  EXPECT_EQ(renames, 1);
+  const std::string after = stored();
+  EXPECT_TRUE(show(accept)) << "what can't be stored counts for this comparison";
+  EXPECT_EQ(renames, 1) << "nothing new";
+  EXPECT_TRUE(show([](frmCompareDataOptions& form) {
+    form.optGen[0].choose();
+    form.personPressesEnter();
+  }));
+  EXPECT_EQ(renames, 2);
+  EXPECT_EQ(stored(), after);
+  EXPECT_NE(boxes().find("qrel_tables_comps.ini"), std::string::npos);
 }
 
 TEST_F(DataOptions, KeysAreOpenByMethodAlone) {

@@ -4,12 +4,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/error.h"
+#include "platform/fileFaults.h"
 #include "platform/files.h"
 #include "tests/platform/temporaryFolder.h"
 
@@ -23,6 +28,15 @@ std::string textAt(KeyStore& store, std::string_view key, std::string_view name)
   if (!value) return "(none)";
   if (const auto* number = std::get_if<std::int32_t>(&*value)) return std::to_string(*number);
   return std::get<std::string>(*value);
+}
+
+std::string errorOf(const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const RuntimeError& error) {
+    return error.description;
+  }
+  return "";
 }
 
 class KeyStoreFile : public ::testing::Test {
@@ -39,12 +53,13 @@ class KeyStoreFile : public ::testing::Test {
 TEST_F(KeyStoreFile, ValuesOfEveryKindComeBack) {
   const std::vector<std::string> texts = {
       "",    " blanks ", "a\\b\"c", "x = \"y\"", "[k]", "line\r\nline", std::string("nul\0byte\x01\x7F", 10),
-      "é中", "\xFF"};
-  const std::vector<std::string> names = {"Plain", "", " padded ", "a=b", "[x]", "\"q\"", "tab\tname", "é"};
+      "é中", "\xFF\xC3"};
+  const std::vector<std::string> names = {"Plain", "",          " padded ", "a=b", "[x]",
+                                          "\"q\"", "tab\tname", "é",        "# x", "\xFE"};
   KeyStore writer(file());
-  for (std::size_t i = 0; i < texts.size(); ++i) EXPECT_TRUE(writer.set("Texts", "T" + std::to_string(i), texts[i]));
-  for (std::size_t i = 0; i < names.size(); ++i) EXPECT_TRUE(writer.set("Names", names[i], static_cast<int>(i)));
-  EXPECT_TRUE(writer.set("Numbers", "Low", INT32_MIN));
+  for (std::size_t i = 0; i < texts.size(); ++i) writer.set("Texts", "T" + std::to_string(i), texts[i]);
+  for (std::size_t i = 0; i < names.size(); ++i) writer.set("Names", names[i], static_cast<int>(i));
+  writer.set("Numbers", "Low", INT32_MIN);
   KeyStore reader(file());
   for (std::size_t i = 0; i < texts.size(); ++i) EXPECT_EQ(textAt(reader, "Texts", "T" + std::to_string(i)), texts[i]);
   for (std::size_t i = 0; i < names.size(); ++i) EXPECT_EQ(textAt(reader, "Names", names[i]), std::to_string(i));
@@ -61,22 +76,69 @@ TEST_F(KeyStoreFile, KeepsTheFirstSpellingAndMatchesWithoutCase) {
   EXPECT_EQ(files::readWholeFile(file()), "[Software\\Qrel]\nTimeout = 6\n");
 }
 
-TEST_F(KeyStoreFile, KeepsLinesThatItCannotRead) {
-  writeFile(
-      "orphan = 1\n[Good]\r\nA = 1\r\n# a note\nB = 99999999999\nC = \"open\n[broken\nD = 4\n\n[Other]\nE = \"\\q\"\nF "
-      "= 6");
+TEST_F(KeyStoreFile, KeepsNotesWithTheirKeys) {
+  writeFile("\xEF\xBB\xBF; all\n[Good]\r\nA = 1\r\n# of Good\n\n[Bad]\nF = 6");
   KeyStore store(file());
-  EXPECT_EQ(textAt(store, "Good", "A"), "1");
-  EXPECT_EQ(textAt(store, "Other", "F"), "6");
-  for (const char* name : {"orphan", "B", "C", "D", "E"}) {
-    EXPECT_EQ(textAt(store, "Good", name), "(none)");
-    EXPECT_EQ(textAt(store, "Other", name), "(none)");
+  store.check();
+  store.set("Good", "A", 3);
+  EXPECT_EQ(files::readWholeFile(file()), "; all\n\n[Bad]\nF = 6\n\n[Good]\n# of Good\nA = 3\n");
+}
+
+// A file that can't be read in full is told with the line, gives the values that can be read, and is never written.
+TEST_F(KeyStoreFile, ADamagedFileIsToldAndStaysAsItIs) {
+  const std::string good = "[K]\nA = 1\n";
+  const struct {
+    std::string bytes;
+    const char* told;
+  } cases[] = {{"orphan = 1\n" + good, "line 1 is neither a key in brackets nor a value"},
+               {good + "B = 99999999999\n", "line 3 is neither"},
+               {good + "[broken\nA = 4\n", "line 3 is no key in brackets"},
+               {good + "B = \"open\n", "line 3 is neither"},
+               {good + "Pwd = \"s3cret!", "line 3, the last one, is incomplete"},
+               {good + std::string(4096, '\0'), "line 3 holds zero bytes"},
+               {good + "B = \"caf\xE9\"\n", "line 3 is not UTF-8"},
+               {std::string("\xFF\xFE[\0K\0]\0\n\0", 10), "line 1 holds zero bytes"}};
+  for (const auto& each : cases) {
+    writeFile(each.bytes);
+    KeyStore store(file());
+    const std::string told = errorOf([&] { store.check(); });
+    EXPECT_NE(told.find(each.told), std::string::npos) << told;
+    EXPECT_NE(told.find(file().string()), std::string::npos) << told;
+    EXPECT_EQ(told.find("s3cret!"), std::string::npos) << "a line may hold a password";
+    if (each.bytes.find(good) != std::string::npos) EXPECT_EQ(textAt(store, "K", "A"), "1");
+    EXPECT_NE(errorOf([&] { store.set("K", "A", 2); }), "");
+    EXPECT_NE(errorOf([&] { store.createKey("New"); }), "");
+    EXPECT_EQ(files::readWholeFile(file()), each.bytes);
+    writeFile(good);
+    store.set("K", "A", 2);
+    EXPECT_EQ(files::readWholeFile(file()), "[K]\nA = 2\n") << "mended";
   }
-  ASSERT_TRUE(store.set("Good", "A", 2));
-  ASSERT_TRUE(store.set("Good", "A", 3));
-  EXPECT_EQ(files::readWholeFile(file()),
-            "orphan = 1\n# a note\nB = 99999999999\nC = \"open\n[broken\nD = 4\nE = \"\\q\"\n"
-            "\n[Good]\nA = 3\n\n[Other]\nF = 6\n");
+}
+
+TEST_F(KeyStoreFile, WhatIsNoFileIsNeverReplaced) {
+  fs::create_directories(file());
+  KeyStore store(file());
+  EXPECT_NE(errorOf([&] { store.check(); }).find("Move away what stands in its place"), std::string::npos);
+  EXPECT_NE(errorOf([&] { store.set("K", "A", 1); }), "");
+  EXPECT_TRUE(fs::is_directory(file()));
+  fs::remove(file());
+
+  writeFile("[K]\nA = 1\n");
+  fs::resize_file(file(), 200'000'000);
+  KeyStore large(file());
+  EXPECT_NE(errorOf([&] { large.check(); }).find("more than 64 MB"), std::string::npos);
+  EXPECT_NE(errorOf([&] { large.set("K", "A", 2); }), "");
+  EXPECT_EQ(fs::file_size(file()), 200'000'000u);
+
+  writeFile("[K]\nA = 1\n");
+  KeyStore broken(file());
+  {
+    const files::FaultScope fault(
+        [](files::Operation operation, const fs::path&) { return operation == files::Operation::Read ? EIO : 0; });
+    EXPECT_NE(errorOf([&] { broken.check(); }).find("Check the disk"), std::string::npos);
+    EXPECT_NE(errorOf([&] { broken.set("K", "A", 2); }), "");
+  }
+  EXPECT_EQ(textAt(broken, "K", "A"), "1") << "read again once it can be";
 }
 
 TEST_F(KeyStoreFile, DeletesKeysWithoutSubkeysOnly) {
@@ -89,7 +151,10 @@ TEST_F(KeyStoreFile, DeletesKeysWithoutSubkeysOnly) {
   EXPECT_TRUE(store.deleteKey("SERVERS\\SERVER1"));
   EXPECT_EQ(textAt(store, "Servers\\Server1", "Name"), "(none)");
   EXPECT_TRUE(store.deleteKey("Servers"));
-  EXPECT_FALSE(store.createKey("a\nb"));
+  EXPECT_NE(errorOf([&] { store.createKey("a\nb"); }), "");
+  store.set("Servers\\b\\deep", "x", 1);
+  store.createKey("SERVERS\\A");
+  EXPECT_EQ(store.subkeys("servers"), (std::vector<std::string>{"A", "b"}));
 }
 
 TEST_F(KeyStoreFile, SeesWhatAnotherProgramWrote) {
@@ -115,14 +180,129 @@ TEST_F(KeyStoreFile, OverridesWinAndAreNeverWritten) {
   EXPECT_EQ(files::readWholeFile(file()), "[K]\nA = 1\nB = 2\n");
 }
 
-TEST_F(KeyStoreFile, AnUnwritableFileKeepsTheValueForThisRun) {
-  files::writeAtomically(folder_.path() / "deep", "a file where the folder should be");
+TEST_F(KeyStoreFile, AChangeIsWrittenOnceOrTakenBack) {
   KeyStore store(file());
-  EXPECT_FALSE(store.set("K", "A", 1));
-  EXPECT_EQ(textAt(store, "K", "A"), "1");
+  store.set("K", "A", 1);
+  const std::string before = files::readWholeFile(file());
+  int renames = 0;
+  const files::FaultScope count([&](files::Operation operation, const fs::path&) {
+    renames += operation == files::Operation::Rename;
+    return 0;
+  });
+  {
+    KeyStore::Change outer(store);
+    store.set("K", "A", 2);
+    {
+      KeyStore::Change inner(store);
+      store.set("K", "B", 3);
+      store.deleteKey("K");
+    }
+    EXPECT_EQ(textAt(store, "K", "A") + textAt(store, "K", "B"), "2(none)") << "the inner one took its part back";
+    {
+      KeyStore::Change inner(store);
+      store.createKey("K2");
+      inner.commit();
+    }
+    EXPECT_EQ(files::readWholeFile(file()), before);
+    outer.commit();
+  }
+  EXPECT_EQ(renames, 1);
+  EXPECT_EQ(files::readWholeFile(file()), "[K]\nA = 2\n\n[K2]\n");
+  {
+    KeyStore::Change abandoned(store);
+    store.set("K", "A", 9);
+  }
+  store.set("K", "A", 2);
+  EXPECT_EQ(renames, 1) << "a value that is there isn't written again";
   KeyStore memory;
-  EXPECT_TRUE(memory.set("K", "A", 1));
+  memory.set("K", "A", 1);
   EXPECT_EQ(textAt(memory, "K", "A"), "1");
+}
+
+TEST_F(KeyStoreFile, AReadingSeesOneState) {
+  KeyStore mine(file()), other(file());
+  other.set("K", "A", 1);
+  {
+    const KeyStore::Reading reading(mine);
+    other.set("K", "A", 2);
+    EXPECT_EQ(textAt(mine, "K", "A"), "1");
+  }
+  EXPECT_EQ(textAt(mine, "K", "A"), "2");
+}
+
+TEST_F(KeyStoreFile, AValueThatCannotBeKeptIsAnErrorAndTakenBack) {
+  files::writeAtomically(folder_.path() / "deep", "a file where the folder should be");
+  KeyStore nowhere(file());
+  EXPECT_NE(errorOf([&] { nowhere.set("K", "A", 1); }), "");
+  EXPECT_EQ(textAt(nowhere, "K", "A"), "(none)");
+  fs::remove(folder_.path() / "deep");
+
+  KeyStore store(file());
+  store.set("K", "A", 1);
+  fs::permissions(file(), fs::perms(0444));
+  EXPECT_NE(errorOf([&] { store.set("K", "A", 2); }).find("read-only"), std::string::npos);
+  EXPECT_EQ(textAt(store, "K", "A"), "1");
+}
+
+// What several processes add at once is there in the end.
+TEST_F(KeyStoreFile, NoProcessLosesAnothersChange) {
+  constexpr int writers = 4, rounds = 25;
+  std::vector<pid_t> children;
+  for (int writer = 0; writer < writers; ++writer) {
+    const pid_t child = fork();
+    if (child == 0) {
+      KeyStore store(file());
+      for (int i = 0; i < rounds; ++i) {
+        KeyStore::Change change(store);
+        const auto sum = store.get("K", "Sum");
+        store.set("K", "Sum", (sum ? std::get<std::int32_t>(*sum) : 0) + 1);
+        store.set("K", std::to_string(writer) + "." + std::to_string(i), "x");
+        change.commit();
+      }
+      _exit(0);
+    }
+    children.push_back(child);
+  }
+  for (const pid_t child : children) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  KeyStore reader(file());
+  EXPECT_EQ(textAt(reader, "K", "Sum"), std::to_string(writers * rounds));
+  for (int writer = 0; writer < writers; ++writer)
+    for (int i = 0; i < rounds; ++i)
+      EXPECT_EQ(textAt(reader, "K", std::to_string(writer) + "." + std::to_string(i)), "x");
+}
+
+// A writer that is killed before any of its calls: the state before the change or behind it, and the next start tidies.
+TEST_F(KeyStoreFile, AWriterKilledAtAnyCallLeavesOneStateAndNoRubbish) {
+  bool finished = false;
+  for (int fatal = 0; !finished; ++fatal) {
+    ASSERT_LT(fatal, 50);
+    writeFile("[K]\nA = \"old\"\nB = \"old\"\n");
+    const pid_t child = fork();
+    if (child == 0) {
+      KeyStore store(file());
+      int call = 0;
+      const files::FaultScope fault([&](files::Operation, const fs::path&) {
+        if (call++ == fatal) kill(getpid(), SIGKILL);
+        return 0;
+      });
+      KeyStore::Change change(store);
+      store.set("K", "A", "new");
+      store.set("K", "B", "new");
+      change.commit();
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    finished = status == 0;
+    KeyStore reader(file());
+    const std::string state = textAt(reader, "K", "A") + textAt(reader, "K", "B");
+    EXPECT_TRUE(state == "newnew" || (!finished && state == "oldold")) << fatal << ' ' << state;
+    EXPECT_TRUE(files::temporaryFiles(file()).empty()) << fatal;
+  }
 }
 
 // A writer that is killed at any moment leaves a whole file: the one before or the one behind a write.

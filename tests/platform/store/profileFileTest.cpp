@@ -1,6 +1,8 @@
 #include "platform/store/profileFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "platform/error.h"
 #include "platform/files.h"
@@ -99,6 +101,63 @@ TEST_F(ProfileFiles, AMissingFileIsEmptyAndAnUnreadableOneIsAnError) {
   EXPECT_TRUE(ProfileFile::read(folder_.path() / "none.ini").sectionNames().empty());
   EXPECT_THROW(ProfileFile::read(folder_.path()), RuntimeError);
   EXPECT_THROW(ProfileFile().write(folder_.path()), RuntimeError);
+}
+
+TEST_F(ProfileFiles, ADamagedFileIsToldAndStaysAsItIs) {
+  const struct {
+    std::string bytes;
+    const char* told;
+  } cases[] = {{"[s]\nk=1\n[half\nk=2\n", "line 3 is half a section's header"},
+               {"[s]\nk=1\nPrimaryS", "line 3, the last one, is incomplete"},
+               {std::string("[s]\nk=1\0\0\0", 11), "line 2 holds zero bytes"},
+               {std::string("\xFF\xFE[\0s\0]\0", 8), "Unicode"},
+               {"\xEF\xBB\xBF[s]\nk=1\n", "Unicode"}};
+  for (const auto& each : cases) {
+    files::writeAtomically(path_, each.bytes);
+    try {
+      ProfileChange change(path_);
+      ADD_FAILURE() << each.told;
+    } catch (const RuntimeError& error) {
+      EXPECT_NE(error.description.find(each.told), std::string::npos) << error.description;
+      EXPECT_NE(error.description.find(path_.string()), std::string::npos) << error.description;
+    }
+    EXPECT_EQ(files::readWholeFile(path_), each.bytes);
+  }
+  EXPECT_EQ(parse("[s]\nk=half a value").value("s", "k"), "half a value");
+}
+
+TEST_F(ProfileFiles, NoProcessLosesAnothersChange) {
+  constexpr int writers = 3, rounds = 20;
+  std::vector<pid_t> children;
+  for (int writer = 0; writer < writers; ++writer) {
+    const pid_t child = fork();
+    if (child == 0) {
+      for (int i = 0; i < rounds; ++i) {
+        ProfileChange change(path_);
+        change.file.setValue("s" + std::to_string(writer), std::to_string(i), "x");
+        change.commit();
+      }
+      _exit(0);
+    }
+    children.push_back(child);
+  }
+  for (const pid_t child : children) waitpid(child, nullptr, 0);
+  const ProfileFile file = ProfileFile::read(path_);
+  for (int writer = 0; writer < writers; ++writer)
+    EXPECT_EQ(file.lines("s" + std::to_string(writer)).size(), static_cast<std::size_t>(rounds));
+}
+
+TEST_F(ProfileFiles, AChangeWithoutCommitOrWithoutEffectWritesNothing) {
+  const std::string bytes = "[s]\nk=1\n";
+  files::writeAtomically(path_, bytes);
+  {
+    ProfileChange change(path_);
+    change.file.setValue("s", "k", "2");
+  }
+  ProfileChange change(path_);
+  change.file.removeSection("none");
+  change.commit();
+  EXPECT_EQ(files::readWholeFile(path_), bytes);
 }
 
 }  // namespace
