@@ -4,8 +4,8 @@
 
 namespace qrel {
 
-std::string permissionsQuery(bool blnIgnoreSysObjects) {
-  return std::string(
+SqlText permissionsQuery(bool blnIgnoreSysObjects) {
+  SqlText strSql =
              "SELECT b.object_id, b.[type_desc], c.[name] AS schema_name, b.[name], a.[minor_id],"
              " CASE WHEN a.[minor_id] > 0 THEN"
              " (SELECT NAME"
@@ -17,8 +17,9 @@ std::string permissionsQuery(bool blnIgnoreSysObjects) {
              " a.[state_desc], a.[permission_name], b.[type] as object_type, *"
              " FROM sys.database_permissions a"
              " LEFT JOIN sys.objects b ON b.object_id = a.major_id"
-             " INNER JOIN sys.schemas c ON b.schema_id = c.schema_id ") +
-         (blnIgnoreSysObjects ? "WHERE major_id > 0 " : "") + " ORDER BY b.[type_desc], schema_name, b.[name] ";
+             " INNER JOIN sys.schemas c ON b.schema_id = c.schema_id ";
+  if (blnIgnoreSysObjects) strSql << "WHERE major_id > 0 ";
+  return strSql << " ORDER BY b.[type_desc], schema_name, b.[name] ";
 }
 
 bool ConvertRecordsetToPermissionsArray(Program& program, RecordsetPtr& rs, std::vector<tPermission>& arr) {

@@ -21,9 +21,9 @@ void requireRecordset(const RecordsetPtr& rs) {
   if (!rs) throw RuntimeError(errorNumber::objectNotSet, "Object variable or With block variable not set");
 }
 
-std::string sourceQuery(const std::string& strObjName) {
-  return "SELECT text FROM syscomments sc INNER JOIN sysobjects so ON sc.id = so.id WHERE so.name = '" + strObjName +
-         "' ORDER BY sc.colid";
+SqlText sourceQuery(const std::string& strObjName) {
+  return SqlText("SELECT text FROM syscomments sc INNER JOIN sysobjects so ON sc.id = so.id WHERE so.name = ")
+         << inQuotes(strObjName) << " ORDER BY sc.colid";
 }
 
 // The rows' texts, one behind the other.
@@ -120,7 +120,7 @@ std::string GetRelationshipText(Program& program, const tServer& server, const s
                                 const std::string& strDb) {
   RecordsetPtr rs;
   GetAdoRS(program, server, adCmdText,
-           "SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
+           SqlText("SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
            "sor.name AS referencedtable, scr.name AS referencedcolumn, "
            "sof.name AS tablename "
            "FROM sysreferences sr "
@@ -129,8 +129,8 @@ std::string GetRelationshipText(Program& program, const tServer& server, const s
            "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
            "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
            "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
-           "WHERE so.name = '" +
-               strObjName + "' ORDER BY scf.name",
+           "WHERE so.name = ")
+               << inQuotes(strObjName) << " ORDER BY scf.name",
            rs, strDb);
   requireRecordset(rs);
   if (!hasRecords(rs)) return {};
@@ -146,7 +146,7 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
     RecordsetPtr rs;
     GetAdoRS(
         program, server, adCmdText,
-        "SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, so2.name as "
+        SqlText("SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, so2.name as "
         "[tablename] "
         "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
         "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
@@ -154,9 +154,9 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
         "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
         "WHERE "
         "si.indid = 1 AND "
-        " si.name = '" +
-            strObjName +
-            "' AND "
+        " si.name = ")
+            << inQuotes(strObjName)
+            << " AND "
             "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
             "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 ",
         rs, strDb);
@@ -171,6 +171,12 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
 std::string GetExtendedObjectName(Program& program, tServer& server, const std::string& strDb,
                                   const std::string& strName, long type, long lngId) {
   const std::string name = strName.substr(strName.rfind('.') + 1);
+  if (lngId >= 1 && !FitsInBrackets(name)) {
+    // A listed name is no bracketed one. In the brackets that are still missing it would be another object's.
+    RecordsetPtr rs;
+    GetAdoRS(program, server, adCmdText, SqlText("SELECT * FROM ") << inBrackets("[" + name + "]"), rs, strDb);
+    return {};
+  }
   const auto qualified = [&](const std::string& prefix) {
     return AddSquareBrackets(prefix) + "." + AddSquareBrackets(name);
   };

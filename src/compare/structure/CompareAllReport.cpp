@@ -28,8 +28,8 @@ void CompareAllReport::beginType(long lngType, const CompareAllInput& input) {
   blnTables = lngType == objTables;
   blnSelective = input.blnSelective;
   type = GetObjectTypeName(lngType, false);
-  for (std::string* block : {&strSourceOnly, &strTargetOnly, &strIdentical, &strDetails}) block->clear();
-  lngIdenticalCount = lngDifferentCount = lngSourceOnlyCount = lngTargetOnlyCount = 0;
+  for (std::string* block : {&strSourceOnly, &strTargetOnly, &strNotCompared, &strIdentical, &strDetails}) block->clear();
+  lngIdenticalCount = lngDifferentCount = lngSourceOnlyCount = lngTargetOnlyCount = lngNotComparedCount = 0;
   blnFindings = false;
   if (!blnSelective) {
     strReport += "\r\n\r\nComparison of " + type + crLf;
@@ -96,10 +96,27 @@ void CompareAllReport::endSourcePass() {
   appendFound(lngSourceOnlyCount);
 }
 
+void CompareAllReport::addNotCompared(const std::string& strName) {
+  if (lngNotComparedCount == 0) strNotCompared = "List of " + type + " which could not be compared:\r\n";
+  appendNameLine(strNotCompared, strName);
+  ++lngNotComparedCount;
+  blnFindings = true;
+}
+
+void CompareAllReport::addUnreadList() {
+  strReport += unreadLine() + crLf;
+  blnFindings = true;
+}
+
 void CompareAllReport::endTargetPass() {
-  if (lngTargetOnlyCount == 0) return;
-  strReport += strTargetOnly;
-  appendFound(lngTargetOnlyCount);
+  if (lngTargetOnlyCount > 0) {
+    strReport += strTargetOnly;
+    appendFound(lngTargetOnlyCount);
+  }
+  if (lngNotComparedCount > 0) {
+    strReport += strNotCompared;
+    appendFound(lngNotComparedCount);
+  }
 }
 
 void CompareAllReport::appendIdenticalSummary() {
@@ -134,6 +151,8 @@ void CompareAllReport::endType(bool blnSomeColumnsIgnored) {
   appendIdenticalSummary();
   if (lngDifferentCount > 0) strReport += strDetails;
 }
+
+void CompareAllReport::endUnreadType() { strReport += unreadLine(); }
 
 void CompareAllReport::endEmptyType() { strReport.resize(strReport.size() - 2); }
 

@@ -26,7 +26,7 @@ bool TableNamesakes::read(Program& program, const tServer& server, const std::st
   for (; rs && !rs->Eof(); rs->MoveNext())
     if (!rs->Fields(1).IsNull()) tables.schemas.emplace(integerOf(rs->Fields(0).cell), rs->Fields(1).Text());
   constexpr int noSide = -1;
-  const std::string strSql = BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", noSide);
+  const SqlText strSql = BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", noSide);
   if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) == -1) return false;
   for (; rs && !rs->Eof(); rs->MoveNext()) {
     const long lngId = integerOf(rs->Fields(2).cell);
