@@ -130,8 +130,7 @@ SqlText SqlText::ofExec(std::string strWrapped, std::string_view strDb) {
   const bool bracketed = strDb.starts_with('[') && endOfParts(strDb) == std::string_view::npos &&
                          strDb.find('\'') == std::string_view::npos && strDb.find("].[") == std::string_view::npos;
   const auto odd = std::find_if_not(strDb.begin(), strDb.end(), isNamePart);
-  if (!bracketed && odd != strDb.end())
-    sql.spoil("Incorrect syntax near '" + std::string(1, *odd) + "'.");
+  if (!bracketed && odd != strDb.end()) sql.spoil("Incorrect syntax near '" + std::string(1, *odd) + "'.");
   return sql;
 }
 

@@ -99,9 +99,8 @@ RecordsetPtr openRecordset(Program& program, Command& command, const std::string
 
 std::string connectionStringForQuery(const tServer& server, const std::string& strDb, bool blnCommandGiven) {
   const std::string strName = ConnectionString::quoted(server.Name);
-  std::string text = server.LocalDb
-                         ? "Provider=SQLNCLI11;Server=" + strName + ";"
-                         : "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + strName + ";";
+  std::string text = server.LocalDb ? "Provider=SQLNCLI11;Server=" + strName + ";"
+                                    : "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + strName + ";";
   if (blnCommandGiven) text += "Initial Catalog=" + ConnectionString::quoted(strDb) + ";";
   return text + loginPart(server);
 }

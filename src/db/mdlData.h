@@ -37,8 +37,8 @@ struct AdoExtras {
 // any failure, after an error report unless gblnNoConnErrMsg is set or the command was stopped. An empty strSql only
 // connects, to the login's default database. With the client-side cursor the record set comes back disconnected. Every
 // failure, also of the rows that come later, is noted (readFailures.h); a spoiled strSql fails without being sent.
-std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const SqlText& strSql,
-                      RecordsetPtr& rs, const std::string& strDb, AdoExtras* extras = nullptr);
+std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const SqlText& strSql, RecordsetPtr& rs,
+                      const std::string& strDb, AdoExtras* extras = nullptr);
 
 // The same on an open connection, 0 or -1; a failure shows a warning with the command unless gblnNoConnErrMsg is set.
 std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, const tServer& server, int commandType,

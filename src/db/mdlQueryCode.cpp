@@ -38,10 +38,10 @@ SqlText columnsQuery(const std::string& strTable, long lngId) {
              "sco.length, sco.prec, sco.scale, sty.[name] AS datatype, ident_seed(")
          << inQuotes(strTable) << ") AS identityseed, ident_incr(" << inQuotes(strTable)
          << ") AS identityincrement, "
-         "isID=case when sco.status&128=0 then '' else 'Y' end "
-         ", sco.cdefault, sob.[id] AS [table_id], sco.[colid] AS [col_id] "
-         "FROM sysobjects sob INNER JOIN syscolumns sco ON sob.id = sco.id "
-         "INNER JOIN systypes sty ON sco.xtype = sty.xtype AND sco.xusertype = sty.xusertype "
+            "isID=case when sco.status&128=0 then '' else 'Y' end "
+            ", sco.cdefault, sob.[id] AS [table_id], sco.[colid] AS [col_id] "
+            "FROM sysobjects sob INNER JOIN syscolumns sco ON sob.id = sco.id "
+            "INNER JOIN systypes sty ON sco.xtype = sty.xtype AND sco.xusertype = sty.xusertype "
          << condition << "ORDER BY sco.colorder";
 }
 
@@ -185,16 +185,18 @@ bool GetTableStructure(Program& program, tServer& server, const std::string& str
 namespace {
 
 SqlText indexesQuery(const std::string& strTable, bool blnClusteredOnly) {
-  return SqlText("SELECT DISTINCT sc.name AS [column], si.name as [index], sk.indid, sk.keyno "
-         "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
-         "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
-         "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
-         "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
-         "WHERE so2.name = ") << inQuotes(strTable) << " AND "
+  return SqlText(
+             "SELECT DISTINCT sc.name AS [column], si.name as [index], sk.indid, sk.keyno "
+             "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
+             "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
+             "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
+             "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
+             "WHERE so2.name = ")
+         << inQuotes(strTable) << " AND "
          << (blnClusteredOnly ? SqlText("si.indid = 1 AND ") : SqlText("si.indid BETWEEN 1 AND 254 AND "))
          << "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
-         "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 "
-         "ORDER BY sk.indid, sk.keyno";
+            "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 "
+            "ORDER BY sk.indid, sk.keyno";
 }
 
 // The opening of a table's first index; those behind it open with "INDEX" alone.

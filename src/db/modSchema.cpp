@@ -62,11 +62,12 @@ std::string GetOwner(Program& program, const tServer& server, const std::string&
                      long type) {
   try {
     RecordsetPtr rs;
-    GetAdoRS(
-        program, server, adCmdText,
-        SqlText("SELECT so.name AS ObjectName, su.name AS Owner FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid "
-        "WHERE so.name = ") << inQuotes(strObjName) << " AND so.xtype = " << inQuotes(xtypeLetter(type)),
-        rs, strDb);
+    GetAdoRS(program, server, adCmdText,
+             SqlText("SELECT so.name AS ObjectName, su.name AS Owner FROM sysobjects so INNER JOIN sysusers su ON "
+                     "so.uid = su.uid "
+                     "WHERE so.name = ")
+                 << inQuotes(strObjName) << " AND so.xtype = " << inQuotes(xtypeLetter(type)),
+             rs, strDb);
     return hasRecords(rs) ? rs->Fields(1).Text() : std::string();
   } catch (const std::exception& error) {
     const ErrorInfo info = describeError(error);
@@ -185,10 +186,9 @@ bool Db_GetObjSchemaById(Program& program, tServer& server, long, const std::str
       server.VersionNum >= 9 && Is_OBJECT_SCHEMA_NAME_Implemented(server.Version, server.VersionNum);
   if (server.VersionNum >= 9 && !implemented) server.VersionNum = 8;
   if (implemented)
-    result =
-        GetAdoRS(program, server, adCmdText,
-                 SqlText("SELECT OBJECT_SCHEMA_NAME([object_id]) FROM sys.objects WHERE [object_id] = ") << lngId, rs,
-                 strDb);
+    result = GetAdoRS(program, server, adCmdText,
+                      SqlText("SELECT OBJECT_SCHEMA_NAME([object_id]) FROM sys.objects WHERE [object_id] = ") << lngId,
+                      rs, strDb);
   else
     result = byUser();
   if (result == -1 && server.VersionNum >= 9) {
@@ -207,8 +207,7 @@ bool PointIsPartOfName(Program& program, const tServer& server, const std::strin
   tServer asked = server;  // what the look-up learns of the version is not for the others
   std::string strSchema;
   return point + 1 == strListed.size() || GetVersionNumber(server.Version) < 9 ||
-         !Db_GetObjSchemaById(program, asked, type, strDb, lngId, strSchema) ||
-         strListed.substr(0, point) != strSchema;
+         !Db_GetObjSchemaById(program, asked, type, strDb, lngId, strSchema) || strListed.substr(0, point) != strSchema;
 }
 
 bool SchemaPrefixNeeded(Program& program, tServer& server, const std::string& strTable, std::string& strOut,

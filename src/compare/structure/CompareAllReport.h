@@ -12,7 +12,8 @@ namespace qrel {
 class CompareAllReport {
  public:
   // arrNames: server and database of each side. strFiltering may be empty.
-  void begin(const std::array<std::string, 2>& arrNames, const std::string& strFiltering);
+  // `input` must outlive the report.
+  void begin(const CompareAllInput& input, const std::array<std::string, 2>& arrNames, const std::string& strFiltering);
 
   void beginType(long lngType, const CompareAllInput& input);
   void addCounts(std::size_t sourceCount, std::size_t targetCount);
@@ -50,9 +51,11 @@ class CompareAllReport {
   std::string unreadLine() const { return "Couldn't retrieve list of all " + type + "."; }
   std::string countLine(std::size_t count, const std::string& strSide) const;
   void appendFound(long lngCount);
+  void appendNameLine(std::string& text, const std::string& strName) const;
   void appendIdenticalSummary();
   void appendCleanSentence(bool blnSomeColumnsIgnored);
 
+  const CompareAllInput* input_ = nullptr;
   std::string strReport;
 
   // Of the type at work.

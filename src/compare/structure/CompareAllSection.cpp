@@ -85,7 +85,7 @@ bool CompareAllSection::nameIsCut(const Item& item) {
   if (!PointIsPartOfName(program_, run_.server(item.side), run_.database(item.side), type_, item.strPrinted,
                          item.lngId))
     return false;
-  notCompared(item, "a point in its name reads as the end of a schema's");
+  notCompared(item, "the point in its name can't be told from the one behind a schema");
   return true;
 }
 

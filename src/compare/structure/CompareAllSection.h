@@ -52,7 +52,7 @@ class CompareAllSection {
   struct Pair {
     std::array<std::string, 2> arrTexts;
     std::array<long, 2> arrIds{};
-    std::string strSuffix;  // printed behind the name
+    std::string strSuffix;    // printed behind the name
     bool blnTooLong = false;  // without comments the texts are longer than memory is
   };
 

@@ -3,15 +3,23 @@
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modSchema.h"
+#include "db/readFailures.h"
+#include "platform/error.h"
 
 namespace qrel {
 
 TableNamesakes::TableNamesakes(Program& program, const std::array<std::string, 2>& arrDatabases) {
   const QuietScope quiet(program);
-  for (std::size_t side = 0; side < 2; ++side) {
-    if (read(program, program.main.gtypSelServ[side], arrDatabases[side], sides_[side])) continue;
+  // What isn't known here is asked for table by table, and a failure told then.
+  const AskedScope asked(program);
+  try {
+    for (std::size_t side = 0; side < 2; ++side) {
+      if (read(program, program.main.gtypSelServ[side], arrDatabases[side], sides_[side])) continue;
+      sides_ = {};
+      return;
+    }
+  } catch (const RuntimeError&) {
     sides_ = {};
-    return;
   }
 }
 

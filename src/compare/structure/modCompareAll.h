@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -47,14 +49,15 @@ struct modCompareAllState {
   std::vector<UnreadableObject> arrUnreadable;
   std::vector<NotComparedObject> arrNotCompared;
   std::vector<NotComparedObject> arrWithoutDetails;  // that differ, but whose lines couldn't be listed
-  long lngTypesRead = 0;  // types of which both lists could be read
+  long lngTypesRead = 0;                             // types of which both lists could be read
 };
 
 struct CompareAllInput {
   std::array<std::string, 2> arrDatabases;  // 0 Source, 1 Target
   bool blnSelective = false;                // only the objects of the selection
   ObjectSelection selection;
-  bool blnDetails = false;  // with the lines that differ
+  bool blnDetails = false;                                 // with the lines that differ
+  std::function<std::string(std::string_view)> shownName;  // how the report writes a name; unset: as it is
 };
 
 // Compares the types whose boxes are checked on the two selected servers. True when the run came to its end: the report

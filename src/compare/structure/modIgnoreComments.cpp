@@ -218,8 +218,7 @@ bool StripCommentsWithin(std::string_view strText, std::string& strStripped) {
 std::string StripCommentsFromProc(std::string_view strText) {
   std::string text;
   if (!StripCommentsWithin(strText, text))
-    throw RuntimeError(errorNumber::outOfMemory,
-                       "Out of memory: comment marks without an end make the text too long.");
+    throw RuntimeError(errorNumber::outOfMemory, "Out of memory: comment marks without an end make the text too long.");
   return text;
 }
 
