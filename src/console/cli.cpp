@@ -7,6 +7,7 @@
 #include "console/commands.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
@@ -141,9 +142,21 @@ void describe(CLI::App& app, CommandLine& line) {
 }
 
 int finish(std::ostream& err, ExitCode code, const std::string& message) {
-  if (!message.empty() && !readerGone()) err << "qrel: " << replaceAll(message, "\r\n", "\n") << '\n';
+  if (!message.empty() && !readerGone()) err << "qrel: " << visibleLines(replaceAll(message, "\r\n", "\n")) << '\n';
   return static_cast<int>(code);
 }
+
+// Lists the failed reads however the command ends.
+class FailuresList {
+ public:
+  explicit FailuresList(Console& console) : console_(console) {}
+  ~FailuresList() { console_.listReadFailures(); }
+  FailuresList(const FailuresList&) = delete;
+  FailuresList& operator=(const FailuresList&) = delete;
+
+ private:
+  Console& console_;
+};
 
 int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std::ostream& err) {
   try {
@@ -152,6 +165,7 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
     console.colours = &out == &std::cout && isatty(STDOUT_FILENO) != 0;
     console.progress = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
     console.start(line.sets);
+    const FailuresList listed(console);
     const ExitCode code = line.command(console);
     out.flush();
     // A reader that has had enough, as "| head" does, is no fault. What is changed stays changed.

@@ -7,7 +7,9 @@
 #include "console/commands.h"
 #include "console/panel.h"
 #include "db/mdlObjects.h"
+#include "db/readFailures.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
@@ -31,8 +33,8 @@ void printMarkedLines(std::ostream& out, const CompLineArray& lines, bool colour
                                      [&](const Mark& each) { return each.value == line.lngMark; });
     std::string_view text = line.strLine;
     while (!text.empty() && (text.back() == '\r' || text.back() == '\n')) text.remove_suffix(1);
-    out << (colours ? mark.colour : "") << mark.sign << ' ' << text << (colours && *mark.colour ? "\033[0m" : "")
-        << '\n';
+    out << (colours ? mark.colour : "") << mark.sign << ' ' << visibleLines(text)
+        << (colours && *mark.colour ? "\033[0m" : "") << '\n';
   }
 }
 
@@ -51,7 +53,7 @@ class ConsoleSteps : public PairComparisonSteps {
     marked_[1] = arrTarget;
   }
   void ShowReport(const PairReport&) override {
-    console_.out << replaceAll(console_.program.report.gstrReportText, "\r\n", "\n") << '\n';
+    console_.out << visibleLines(replaceAll(console_.program.report.gstrReportText, "\r\n", "\n")) << '\n';
     if (!different_) return;
     const bool colours = console_.colours;
     for (const int side : {0, 1}) {
@@ -75,12 +77,13 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   const long type = Console::objectType(arguments.type);
   const std::string names[] = {arguments.objects.front(), arguments.objects.back()};
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
+  const ReadWatch reads(console.program);
   Workspace workspace;
   bool complete = true;
   for (const int side : {0, 1}) {
     openPanel(console, workspace, sides[side], side);
     filterSchemas(console, sides[side], side, arguments.schemas[side]);
-    listObjects(console, workspace, sides[side], side, type);
+    requireObjects(console, workspace, sides[side], side, type);
     selectObject(console, workspace, sides[side], side, names[side]);
   }
   for (const int side : {0, 1}) complete = showSelected(console, workspace, sides[side], side) && complete;
@@ -90,7 +93,8 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   ConsoleSteps steps(console, different);
   const std::size_t reports = console.host.errorReports();
   CompareSelProcs(console.program, workspace, steps, false, "", "");
-  if (sides[0].incomplete || sides[1].incomplete || console.host.errorReports() != reports) return ExitCode::Incomplete;
+  if (sides[0].incomplete || sides[1].incomplete || console.host.errorReports() != reports || reads.failed())
+    return ExitCode::Incomplete;
   return different ? ExitCode::Different : ExitCode::Identical;
 }
 

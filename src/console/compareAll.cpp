@@ -7,6 +7,7 @@
 #include "console/panel.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 #include "report/modCopyToFile.h"
 
 namespace qrel {
@@ -38,17 +39,34 @@ void watchRun(Console& console, CompareAllControls& controls) {
   console.host.onDoEvents = [&console, &controls] {
     if (stopRequested()) console.program.state<modCompareAllState>().gblnCancelCompare = true;
     if (console.progress)
-      console.err << '\r' << controls.lblTime.text() << ' ' << controls.lblCurProcName.text() << "\033[K" << std::flush;
+      console.err << '\r' << controls.lblTime.text() << ' ' << visibleText(controls.lblCurProcName.text()) << "\033[K"
+                  << std::flush;
   };
 }
 
-ExitCode verdict(Console& console, bool incompleteSides) {
+std::string words(long lngType, const std::string& strName) {
+  return lowerCase(GetObjectTypeName(lngType, true)) + ' ' + visibleText(strName);
+}
+
+// Names what has no verdict, or less of one than was asked for. False when there is such an object.
+bool tellIncomplete(Console& console) {
   const modCompareAllState& state = console.program.state<modCompareAllState>();
   for (const UnreadableObject& object : state.arrUnreadable)
-    console.err << "qrel: the text of " << lowerCase(GetObjectTypeName(object.lngType, true)) << ' ' << object.strName
-                << " in " << (object.side == 0 ? "Source" : "Target")
-                << " can't be had: it is encrypted or unreadable.\n";
-  if (incompleteSides || !state.arrUnreadable.empty()) return ExitCode::Incomplete;
+    console.err << "qrel: the text of " << words(object.lngType, object.strName) << " in "
+                << (object.side == 0 ? "Source" : "Target") << " can't be had: it is encrypted or unreadable.\n";
+  for (const NotComparedObject& object : state.arrNotCompared)
+    console.err << "qrel: not compared: " << words(object.lngType, object.strName)
+                << (object.strWhy.empty() ? "" : ": " + visibleText(object.strWhy)) << ".\n";
+  for (const NotComparedObject& object : state.arrWithoutDetails)
+    console.err << "qrel: the lines that differ are not listed: " << words(object.lngType, object.strName) << ": "
+                << object.strWhy << ".\n";
+  return state.arrUnreadable.empty() && state.arrNotCompared.empty() && state.arrWithoutDetails.empty();
+}
+
+ExitCode verdict(Console& console, bool complete) {
+  const modCompareAllState& state = console.program.state<modCompareAllState>();
+  if (!tellIncomplete(console) || !complete)
+    return state.lngTypesRead > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
   return state.lngDifferent + state.lngSourceOnly + state.lngTargetOnly > 0 ? ExitCode::Different : ExitCode::Identical;
 }
 
@@ -60,6 +78,8 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
   CompareAllControls controls(window);
   checkTypes(program, controls, arguments.types);
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
+  const ReadWatch reads(program);
+  const std::size_t reports = console.host.errorReports();
   Workspace workspace;
   for (const int side : {0, 1}) {
     openPanel(console, workspace, sides[side], side);
@@ -69,6 +89,7 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
   CompareAllInput input;
   input.arrDatabases = {sides[0].database, sides[1].database};
   input.blnDetails = arguments.details;
+  input.shownName = visibleText;
   input.blnSelective = !arguments.only.empty();
   input.selection.arrSelectedSource = input.selection.arrSelectedTarget = arguments.only;
   input.selection.lngSelectedSource = input.selection.lngSelectedTarget = static_cast<long>(arguments.only.size());
@@ -81,12 +102,14 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
     if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
     return ExitCode::CannotRead;
   }
+  program.report.gstrReportText = visibleLines(program.report.gstrReportText);
   console.out << replaceAll(program.report.gstrReportText, "\r\n", "\n") << '\n';
   std::string path;
   if (!arguments.report.empty() &&
       !CopyToFile(program, program.report.gstrReportText, "Report", path, arguments.report))
     return ExitCode::CannotRead;
-  return verdict(console, sides[0].incomplete || sides[1].incomplete);
+  const bool complete = !sides[0].incomplete && !sides[1].incomplete && !reads.failed();
+  return verdict(console, complete && console.host.errorReports() == reports);
 }
 
 }  // namespace qrel

@@ -1,15 +1,21 @@
 #include "console/console.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <ostream>
+#include <set>
 
+#include "app/frmErrorReport.h"
 #include "app/settings.h"
 #include "compare/structure/modIgnoreColumns.h"
 #include "console/loadReport.h"
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
+#include "db/readFailures.h"
+#include "platform/error.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
@@ -36,6 +42,35 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   ConnectIgnoredColumns(program);
+  // A query that fails is told by listReadFailures, once and in the console's words.
+  program.mdlData.gblnNoConnErrMsg = true;
+  host.tellWindow = [this](Form& form) { return tellErrorReport(form); };
+}
+
+// Only what happened, not where in the program, and not what listReadFailures will say.
+bool Console::tellErrorReport(Form& form) {
+  const auto* window = dynamic_cast<const frmErrorReport*>(&form);
+  if (!window) return false;
+  const tErrorReport& report = window->report();
+  const auto& failures = program.state<ReadFailuresState>().arrFailures;
+  const bool follows = report.ErrNum == errorNumber::objectNotSet && !failures.empty();
+  const bool listed = std::any_of(failures.begin(), failures.end(), [&](const ReadFailure& failure) {
+    return !failure.strDescription.empty() && report.ErrDesc.find(failure.strDescription) != std::string::npos;
+  });
+  if (!follows && !listed) err << "qrel: " << visibleLines(replaceAll(report.ErrDesc, "\r\n", "\n")) << '\n';
+  return true;
+}
+
+void Console::listReadFailures() {
+  std::set<std::string> told;
+  for (const ReadFailure& failure : program.state<ReadFailuresState>().arrFailures) {
+    std::string line = "not read: ";
+    if (!failure.strObject.empty()) line += visibleText(failure.strObject) + " in ";
+    line += visibleText(failure.strServer);
+    if (!failure.strDb.empty()) line += "/" + visibleText(failure.strDb);
+    line += ": " + visibleText(failure.strDescription);
+    if (told.insert(line).second) err << "qrel: " << line << '\n';
+  }
 }
 
 void Console::LoadServers() { qrel::LoadServers(program); }

@@ -62,10 +62,14 @@ class Console : private MainSteps {
   // A server by its name in the list, else an embedded instance of that name.
   tServer resolveServer(const std::string& name);
 
+  // Names on `err` what couldn't be read since the start, each failure once.
+  void listReadFailures();
+
   // The object type code of "tables", "procedures", ...; throws CommandFailure for any other word.
   static long objectType(const std::string& word);
 
  private:
+  bool tellErrorReport(Form& form);
   void LoadServers() override;
   void ShowMainWindow() override {}
   void applySet(const std::string& set);

@@ -9,7 +9,10 @@
 #include "console/panel.h"
 #include "db/mdlObjects.h"
 #include "db/mdlQueryCode.h"
+#include "db/modSchema.h"
+#include "db/readFailures.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
@@ -57,8 +60,10 @@ std::vector<std::string> columnsOf(Console& console, const tDataCompRequest& req
   std::vector<std::string> arrIgnored, names;
   long lngUpper = -1;
   long lngIgnored = 0;
-  GetTableStructure(program, program.main.gtypSelServ[side], request.arrDbs[side], request.arrTables[side], strText,
-                    arrColumns, lngUpper, true, lngIgnored, arrIgnored, request.arrObjIds[side], "", ignoredColsData);
+  if (!GetTableStructure(program, program.main.gtypSelServ[side], request.arrDbs[side], request.arrTables[side],
+                         strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored, request.arrObjIds[side], "",
+                         ignoredColsData))
+    throw CommandFailure{ExitCode::CannotRead, "The columns of table " + request.arrTables[side] + " can't be read."};
   for (const tTableColumn& column : arrColumns) names.push_back(column.strName);
   return names;
 }
@@ -103,10 +108,10 @@ void applyGiven(Console& console, const DataArguments& arguments, tDataCompReque
 void printResult(Console& console, const tDataCompRequest& request, const tDataCompResult& result) {
   std::ostream& out = console.out;
   for (const std::size_t side : {0u, 1u})
-    out << (side == 0 ? "Source Table: " : "Target Table: ") << request.arrTables[side]
-        << " (Database: " << request.arrDbs[side] << ", Server: " << console.program.main.gtypSelServ[side].Name
-        << ")\n";
-  const auto line = [&](const std::string& text) { out << replaceAll(text, "\r\n", "\n") << '\n'; };
+    out << (side == 0 ? "Source Table: " : "Target Table: ") << visibleText(request.arrTables[side])
+        << " (Database: " << visibleText(request.arrDbs[side])
+        << ", Server: " << visibleText(console.program.main.gtypSelServ[side].Name) << ")\n";
+  const auto line = [&](const std::string& text) { out << visibleLines(replaceAll(text, "\r\n", "\n")) << '\n'; };
   const frmCompareData* window = console.program.state<modCompareDataState>().differences.get();
   if (!result.strResult.empty() || !window) {
     line(result.strResult);
@@ -121,6 +126,16 @@ void printResult(Console& console, const tDataCompRequest& request, const tDataC
   printDifferences(out, window->VSFlexGrid1, console.colours);
 }
 
+// Throws CommandFailure for a table that would be read under another name than its own.
+void checkNames(Console& console, const tDataCompRequest& request) {
+  for (const std::size_t side : {0u, 1u})
+    if (PointIsPartOfName(console.program, console.program.main.gtypSelServ[side], request.arrDbs[side], objTables,
+                          request.arrTables[side], request.arrObjIds[side]))
+      throw CommandFailure{ExitCode::CannotRead, "Table " + request.arrTables[side] +
+                                                     " can't be compared: the point in its name can't be told from "
+                                                     "the one behind a schema."};
+}
+
 // Compares one pair and prints what came out.
 ExitCode compareTables(Console& console, const DataArguments& arguments, const Workspace& workspace) {
   Program& program = console.program;
@@ -128,6 +143,9 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const W
   state.mainWindow = &workspace;
   tDataCompRequest request = RequestOfSelection(workspace);
   request.blnSilent = true;
+  const ReadingScope reading(program, "table " + request.arrTables[0]);
+  const ReadWatch reads(program);
+  checkNames(console, request);
   tDataCompResult result;
   {
     const Watch watch(console);
@@ -144,11 +162,12 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const W
   if (complete || result.lngDiffs > 0)
     printResult(console, request, result);
   else
-    console.err << "qrel: the data of " << request.arrTables[0] << " and " << request.arrTables[1]
-                << " couldn't be compared.\n";
+    console.err << "qrel: the data of " << visibleText(request.arrTables[0]) << " and "
+                << visibleText(request.arrTables[1]) << " couldn't be compared.\n";
   state.differences.reset();
   state.mainWindow = nullptr;
   if (!complete) return result.lngDiffs > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
+  if (reads.failed()) return ExitCode::Incomplete;
   return result.blnIdentical ? ExitCode::Identical : ExitCode::Different;
 }
 
@@ -169,7 +188,7 @@ ExitCode runData(Console& console, const DataArguments& arguments) {
   Workspace workspace;
   for (const int side : {0, 1}) {
     openPanel(console, workspace, sides[side], side);
-    listObjects(console, workspace, sides[side], side, objTables);
+    requireObjects(console, workspace, sides[side], side, objTables);
   }
   const auto select = [&](const std::string& table) {
     selectObject(console, workspace, sides[0], 0, table);
@@ -179,10 +198,19 @@ ExitCode runData(Console& console, const DataArguments& arguments) {
   for (const std::string& table : arguments.tables) select(table);
 
   std::vector<ExitCode> codes;
+  const auto compare = [&] {
+    try {
+      return compareTables(console, arguments, workspace);
+    } catch (const CommandFailure& failure) {
+      if (failure.code != ExitCode::CannotRead) throw;
+      console.err << "qrel: " << visibleLines(failure.message) << '\n';
+      return failure.code;
+    }
+  };
   for (const std::string& table : arguments.tables) {
     if (!codes.empty()) console.out << '\n';
     select(table);
-    codes.push_back(compareTables(console, arguments, workspace));
+    codes.push_back(compare());
   }
   const ExitCode code = together(codes);
   return sides[0].incomplete || sides[1].incomplete ? ExitCode::Incomplete : code;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "compare/data/dataValues.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
@@ -22,17 +23,12 @@ std::size_t width(std::string_view text) {
 
 // A value on one line, cut to what a column shows.
 std::string onOneLine(std::string_view value) {
-  std::string text;
   std::size_t characters = 0;
-  for (const char c : value) {
-    const bool starts = (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-    if (starts && ++characters > widestValue) return text + "...";
-    if (c == '\n' || c == '\r' || c == '\t')
-      text += c == '\n' ? "\\n" : c == '\r' ? "\\r" : "\\t";
-    else
-      text += static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? '?' : c;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const bool starts = (static_cast<unsigned char>(value[i]) & 0xC0) != 0x80;
+    if (starts && ++characters > widestValue) return visibleText(value.substr(0, i)) + "...";
   }
-  return text;
+  return visibleText(value);
 }
 
 const char* whose(std::uint32_t backColour) {

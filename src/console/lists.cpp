@@ -8,6 +8,8 @@
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"
+#include "db/readFailures.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
@@ -16,7 +18,7 @@ ExitCode runDatabases(Console& console, const std::string& name) {
   RecordsetPtr rs;
   if (GetAdoRS(console.program, server, adCmdText, "SELECT name FROM sysdatabases ORDER BY name", rs, "master") == -1)
     return ExitCode::CannotRead;
-  for (; !rs->Eof(); rs->MoveNext()) console.out << rs->Fields("name").Text() << '\n';
+  for (; !rs->Eof(); rs->MoveNext()) console.out << visibleText(rs->Fields("name").Text()) << '\n';
   return ExitCode::Identical;
 }
 
@@ -25,14 +27,17 @@ ExitCode runObjects(Console& console, const std::string& sideText, const std::st
   if (!typeWord.empty()) types = {Console::objectType(typeWord)};
   const Side side = console.resolveSide(sideText);
   Workspace workspace;
+  const ReadWatch reads(console.program);
   openPanel(console, workspace, side, 0);
+  bool none = true;
   for (const long type : types) {
-    listObjects(console, workspace, side, 0, type);
+    if (listObjects(console, workspace, side, 0, type)) none = false;
     const CheckList& list = workspace.pvlSqlObj[0];
     for (std::size_t row = 0; row < list.count(); ++row)
-      console.out << list.cell(row, 0) << '\t' << list.cell(row, 1) << '\t' << list.cell(row, 2) << '\n';
+      console.out << visibleText(list.cell(row, 0)) << '\t' << list.cell(row, 1) << '\t' << list.cell(row, 2) << '\n';
   }
-  return side.incomplete ? ExitCode::Incomplete : ExitCode::Identical;
+  if (none) return ExitCode::CannotRead;
+  return side.incomplete || reads.failed() ? ExitCode::Incomplete : ExitCode::Identical;
 }
 
 ExitCode runText(Console& console, const std::string& sideText, const std::string& typeWord, const std::string& name) {
@@ -40,11 +45,12 @@ ExitCode runText(Console& console, const std::string& sideText, const std::strin
   const Side side = console.resolveSide(sideText);
   Workspace workspace;
   openPanel(console, workspace, side, 0);
-  listObjects(console, workspace, side, 0, type);
+  requireObjects(console, workspace, side, 0, type);
   selectObject(console, workspace, side, 0, name);
   if (!showSelected(console, workspace, side, 0)) return ExitCode::Incomplete;
   const std::string& text = workspace.txtTXProc[0].text();
-  console.out << text;
+  // Byte by byte, but for eyes.
+  console.out << (console.colours ? visibleLines(text) : text);
   return side.incomplete ? ExitCode::Incomplete : ExitCode::Identical;
 }
 

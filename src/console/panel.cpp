@@ -9,7 +9,9 @@
 #include "db/modObjectText.h"
 #include "db/modPanels.h"
 #include "db/modSchema.h"
+#include "db/readFailures.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
@@ -23,7 +25,7 @@ void openPanel(Console& console, Workspace& workspace, const Side& side, int ind
   server = side.server;
   CheckSQLServerVersion(program, server);
   server.VersionNum = GetVersionNumber(server.Version);
-  // A query that says nothing but whether the database can be opened; a failure is told by the query layer.
+  // A query that says nothing but whether the database can be opened.
   RecordsetPtr rs;
   if (GetAdoRS(program, server, adCmdText, "SELECT TOP 1 name FROM sysobjects", rs, side.database) == -1)
     throw CommandFailure{ExitCode::CannotRead, server.Name + "/" + side.database + " can't be read."};
@@ -40,7 +42,9 @@ void filterSchemas(Console& console, const Side& side, int index, const std::str
     throw CommandFailure{ExitCode::Usage,
                          server.Name + ": cannot filter by schema - schemas were introduced in SQL Server 2005."};
   std::vector<std::string> known, chosen;
-  GetAllSchemas(program, server, side.database, known);
+  if (GetAllSchemas(program, server, side.database, known) == -1)
+    throw CommandFailure{ExitCode::CannotRead,
+                         "The schemas of " + server.Name + "/" + side.database + " can't be read."};
   for (const std::string& name : splitAt(schemas, ',')) {
     const auto match =
         std::find_if(known.begin(), known.end(), [&](const auto& each) { return equalNoCase(each, name); });
@@ -55,15 +59,22 @@ void filterSchemas(Console& console, const Side& side, int index, const std::str
     state.gstrSchemaFilter[at(index)] += (state.gstrSchemaFilter[at(index)].empty() ? "" : ",") + name;
 }
 
-void listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type) {
+bool listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type) {
   Program& program = console.program;
   if (workspace.objectType() != type) {
     workspace.cmbType.clear();
     workspace.cmbType.add(GetObjectTypeName(type, false), type);
     workspace.cmbType.select(0);
   }
-  LoadObjects(program, program.main.gtypSelServ[at(index)], workspace.pvlSqlObj[at(index)],
-              workspace.txtTXProc[at(index)], type, side.database, false, "", index, false);
+  const ReadingScope reading(program, "the list of " + GetObjectTypeName(type, false));
+  return LoadObjects(program, program.main.gtypSelServ[at(index)], workspace.pvlSqlObj[at(index)],
+                     workspace.txtTXProc[at(index)], type, side.database, false, "", index, false);
+}
+
+void requireObjects(Console& console, Workspace& workspace, const Side& side, int index, long type) {
+  if (!listObjects(console, workspace, side, index, type))
+    throw CommandFailure{ExitCode::CannotRead, "The list of " + GetObjectTypeName(type, false) + " of " +
+                                                   side.server.Name + "/" + side.database + " can't be read."};
 }
 
 namespace {
@@ -91,7 +102,7 @@ void selectObject(Console& console, Workspace& workspace, const Side& side, int 
                                                    lowerCase(GetObjectTypeName(workspace.objectType(), true)) + " \"" +
                                                    name + "\" in " + where + "."};
   if (rows.size() > 1) {
-    for (const std::size_t row : rows) console.err << "  " << list.cell(row, 0) << '\n';
+    for (const std::size_t row : rows) console.err << "  " << visibleText(list.cell(row, 0)) << '\n';
     throw CommandFailure{ExitCode::CannotRead, "\"" + name + "\" is the name of several objects in " + where +
                                                    ": give one of the names above."};
   }
@@ -103,11 +114,18 @@ bool showSelected(Console& console, Workspace& workspace, const Side& side, int 
   TextPane& pane = workspace.txtTXProc[at(index)];
   pane.setText("");
   CheckList& list = workspace.pvlSqlObj[at(index)];
+  const std::string words =
+      lowerCase(GetObjectTypeName(workspace.objectType(), true)) + " " + Workspace::selectedText(list);
+  const std::string where = side.server.Name + "/" + side.database;
+  const ReadingScope reading(program, words);
+  const ReadWatch reads(program);
   UpdateProcedureTextBox(program, program.main.gtypSelServ[at(index)], pane, list, workspace.objectType(),
                          side.database, "", 0, index, true);
+  if (reads.failed())
+    throw CommandFailure{ExitCode::CannotRead, "The text of " + words + " in " + where + " can't be read."};
   if (!pane.text().empty()) return true;
-  console.err << "qrel: the text of " << Workspace::selectedText(list) << " in " << side.server.Name << '/'
-              << side.database << " can't be had: it is encrypted or unreadable.\n";
+  console.err << "qrel: the text of " << visibleText(words) << " in " << visibleText(where)
+              << " can't be had: it is encrypted or unreadable.\n";
   return false;
 }
 

@@ -14,12 +14,15 @@ void openPanel(Console& console, Workspace& workspace, const Side& side, int ind
 // Narrows the panel to schemas, "a,b"; an empty list changes nothing. Throws CommandFailure for a schema that the
 // database doesn't have and on a server that is too old for schemas.
 void filterSchemas(Console& console, const Side& side, int index, const std::string& schemas);
-// Chooses the object type and lists its objects.
-void listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type);
+// Chooses the object type and lists its objects. False when the list couldn't be read, or not to its end.
+bool listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type);
+// The same for a command that has nothing to do without the list: throws CommandFailure.
+void requireObjects(Console& console, Workspace& workspace, const Side& side, int index, long type);
 // Selects an object by its name as listed; failing that by a name without regard to case, also without its schema.
 // Throws CommandFailure when there is none or several.
 void selectObject(Console& console, Workspace& workspace, const Side& side, int index, const std::string& name);
-// Puts the selected object's text into the pane. False, after telling so, when it can't be had.
+// Puts the selected object's text into the pane. Throws CommandFailure when a read for it failed; False, after telling
+// so, when it is empty all the same.
 bool showSelected(Console& console, Workspace& workspace, const Side& side, int index);
 
 }  // namespace qrel

@@ -5,6 +5,7 @@
 #include "db/frmAddServer.h"
 #include "db/frmDeleteServer.h"
 #include "db/mdlServers.h"
+#include "db/readFailures.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -33,6 +34,8 @@ ExitCode runServersAdd(Console& console, const AddServerArguments& arguments) {
     }
     form.personPressesEnter();
   });
+  // Whether the server is there is what the window asks and tells.
+  const AskedScope asked(console.program);
   return MenuAddServer(console.program) ? ExitCode::Identical : ExitCode::CannotRead;
 }
 

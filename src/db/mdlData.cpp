@@ -5,6 +5,8 @@
 #include "app/trap.h"
 #include "db/modObjectText.h"
 #include "db/modSchema.h"
+#include "db/readFailures.h"
+#include "platform/data/connectionString.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -13,7 +15,8 @@ namespace {
 
 std::string loginPart(const tServer& server) {
   if (!server.SQLAuth) return "Integrated Security=SSPI";
-  return "Password=" + server.Password + ";User ID=" + server.LoginName;
+  return "Password=" + ConnectionString::quoted(server.Password) +
+         ";User ID=" + ConnectionString::quoted(server.LoginName);
 }
 
 ConnectionPtr openConnection(Program& program, const std::string& connectionString) {
@@ -24,10 +27,10 @@ ConnectionPtr openConnection(Program& program, const std::string& connectionStri
   return connection;
 }
 
-Command makeCommand(Program& program, const ConnectionPtr& connection, int commandType, const std::string& strSql) {
+Command makeCommand(Program& program, const ConnectionPtr& connection, int commandType, const SqlText& strSql) {
   Command command;
   command.ActiveConnection = connection;
-  command.CommandText = strSql;
+  command.CommandText = strSql.text();
   command.CommandType = commandType;
   command.CommandTimeout = program.settings.Timeout;
   Parameter result;
@@ -68,13 +71,23 @@ std::int32_t returnValueOf(Command& command) {
   return value.null ? 0 : static_cast<std::int32_t>(value.integer);
 }
 
-// Opens the record set of a command under the current settings.
-RecordsetPtr openRecordset(Program& program, Command& command) {
+void noteFailure(Program& program, const std::string& strServer, const std::string& strDb, const ErrorInfo& info) {
+  if (info.number != errorNumber::cancelled) NoteReadFailure(program, strServer, strDb, info.description);
+}
+
+// Opens the record set of a command under the current settings. Rows that fail to come later are noted.
+RecordsetPtr openRecordset(Program& program, Command& command, const std::string& strServer, const std::string& strDb) {
   auto rs = std::make_unique<Recordset>();
+  // What fails while it opens is told by whoever opens it.
+  const auto opened = std::make_shared<bool>(false);
+  rs->onReadFailed = [&program, strServer, strDb, opened](const std::exception& error) {
+    if (*opened) noteFailure(program, strServer, strDb, describeError(error));
+  };
   rs->CursorLocation = program.settings.glngCursorLocation;
   if (program.settings.glngCursorLocation == adUseServer)
     rs->CacheSize = static_cast<std::size_t>(std::max(program.settings.CacheSize, 1));
   rs->Open(command);
+  *opened = true;
   if (rs->State() == adStateOpen && program.settings.glngCursorLocation == adUseClient) {
     rs->Disconnect();
     rs->MarshalOptions = 1;
@@ -85,28 +98,29 @@ RecordsetPtr openRecordset(Program& program, Command& command) {
 }  // namespace
 
 std::string connectionStringForQuery(const tServer& server, const std::string& strDb, bool blnCommandGiven) {
-  std::string text = server.LocalDb
-                         ? "Provider=SQLNCLI11;Server=" + server.Name + ";"
-                         : "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + server.Name + ";";
-  if (blnCommandGiven) text += "Initial Catalog=" + strDb + ";";
+  const std::string strName = ConnectionString::quoted(server.Name);
+  std::string text = server.LocalDb ? "Provider=SQLNCLI11;Server=" + strName + ";"
+                                    : "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + strName + ";";
+  if (blnCommandGiven) text += "Initial Catalog=" + ConnectionString::quoted(strDb) + ";";
   return text + loginPart(server);
 }
 
 std::string connectionStringForRun(const tServer& server, const std::string& strDb) {
-  return "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + server.Name + ";Initial Catalog=" + strDb +
-         ";" + loginPart(server);
+  return "Provider=SQLOLEDB.1;Persist Security Info=False;Data Source=" + ConnectionString::quoted(server.Name) +
+         ";Initial Catalog=" + ConnectionString::quoted(strDb) + ";" + loginPart(server);
 }
 
-std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const std::string& strSql,
-                      RecordsetPtr& rs, const std::string& strDb, AdoExtras* extras) {
+std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const SqlText& strSql, RecordsetPtr& rs,
+                      const std::string& strDb, AdoExtras* extras) {
   const PointerScope pointer(program.host, Pointer::Hourglass);
   rs.reset();
   try {
+    strSql.text();  // a spoiled one isn't worth a connection
     const ConnectionPtr connection = openConnection(program, connectionStringForQuery(server, strDb, !strSql.empty()));
     if (strSql.empty()) return 0;
     Command command = makeCommand(program, connection, commandType, strSql);
     const std::vector<std::string> names = addValues(program, command, extras);
-    rs = openRecordset(program, command);
+    rs = openRecordset(program, command, server.Name, strDb);
     const std::int32_t result = returnValueOf(command);
     readOutputs(command, names, extras);
     if (program.settings.glngCursorLocation == adUseClient) connection->Close();
@@ -118,6 +132,7 @@ std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, 
       extras->errNumber = info.number;
       extras->errDescription = info.description;
     }
+    noteFailure(program, server.Name, strDb, info);
     // Who stopped the command knows it.
     if (!program.mdlData.gblnNoConnErrMsg && info.number != errorNumber::cancelled)
       ShowErrorReport(
@@ -127,49 +142,71 @@ std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, 
   }
 }
 
-std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, const tServer&, int commandType,
-                           const std::string& strSql, RecordsetPtr& rs) {
+std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, const tServer& server, int commandType,
+                           const SqlText& strSql, RecordsetPtr& rs) {
   rs.reset();
+  const std::string strDb = connection ? ConnectionString::parse(connection->ConnectionString).database() : "";
   try {
     Command command = makeCommand(program, connection, commandType, strSql);
-    rs = openRecordset(program, command);
+    rs = openRecordset(program, command, server.Name, strDb);
     return 0;
   } catch (const std::exception& error) {
     rs.reset();
     const ErrorInfo info = describeError(error);
+    noteFailure(program, server.Name, strDb, info);
     if (!program.mdlData.gblnNoConnErrMsg)
       program.host.messageBox("Server connection failed.\r\n\r\nRun time error: " + std::to_string(info.number) +
-                                  "\r\n" + info.description + "\r\n\r\nCommand failed: \r\n\r\n" + strSql,
+                                  "\r\n" + info.description + "\r\n\r\nCommand failed: \r\n\r\n" + strSql.shown(),
                               Icon::Warning);
     return -1;
   }
 }
 
+namespace {
+
+// Runs the body; what it raises is noted and goes on.
+template <class Body>
+auto noting(Program& program, const tServer& server, const std::string& strDb, Body&& body) {
+  try {
+    return body();
+  } catch (const std::exception& error) {
+    noteFailure(program, server.Name, strDb, describeError(error));
+    throw;
+  }
+}
+
+}  // namespace
+
 bool ADO_Connection_Open(Program& program, ConnectionPtr& connection, const tServer& server, const std::string& strDb) {
   connection.reset();
   return trap(program, "mdlData", "ADO_Connection_Open", false, [&] {
-    connection = openConnection(program, connectionStringForRun(server, strDb));
-    return true;
+    return noting(program, server, strDb, [&] {
+      connection = openConnection(program, connectionStringForRun(server, strDb));
+      return true;
+    });
   });
 }
 
-std::int32_t ExecAdoCmd(Program& program, const tServer& server, int commandType, const std::string& strSql,
+std::int32_t ExecAdoCmd(Program& program, const tServer& server, int commandType, const SqlText& strSql,
                         const std::string& strDb, AdoExtras* extras) {
   return trap(program, "mdlData", "ExecAdoCmd", std::int32_t{-1}, [&] {
-    const ConnectionPtr connection = openConnection(program, connectionStringForRun(server, strDb));
-    Command command = makeCommand(program, connection, commandType, strSql);
-    const std::vector<std::string> names = addValues(program, command, extras);
-    command.Execute();
-    const std::int32_t result = returnValueOf(command);
-    readOutputs(command, names, extras);
-    connection->Close();
-    return result;
+    return noting(program, server, strDb, [&] {
+      strSql.text();  // a spoiled one isn't worth a connection
+      const ConnectionPtr connection = openConnection(program, connectionStringForRun(server, strDb));
+      Command command = makeCommand(program, connection, commandType, strSql);
+      const std::vector<std::string> names = addValues(program, command, extras);
+      command.Execute();
+      const std::int32_t result = returnValueOf(command);
+      readOutputs(command, names, extras);
+      connection->Close();
+      return result;
+    });
   });
 }
 
 bool SQL_Execute(Program& program, const tServer& server, const std::string& strDb, std::string& strSql) {
   const std::string strWrapped = WrapSqlInExec(strSql, strDb);
-  if (ExecAdoCmd(program, server, adCmdText, strWrapped, strDb) != -1) return true;
+  if (ExecAdoCmd(program, server, adCmdText, SqlText::ofExec(strWrapped, strDb), strDb) != -1) return true;
   program.host.messageBox("Error occured - aborting.");
   return false;
 }
@@ -227,10 +264,27 @@ std::string AddParameter(Program&, Command& command, const ParamValue& value, in
   return parameter.Name;
 }
 
+bool IsAnswer(std::int32_t errNumber) {
+  return errNumber == errorNumber::badSql || errNumber == errorNumber::invalidObjectName;
+}
+
+namespace {
+
+void noteUnlessAnswer(Program& program, const tServer& server, const std::string& strDb, const AdoExtras& extras) {
+  if (!IsAnswer(extras.errNumber)) noteFailure(program, server.Name, strDb, {extras.errNumber, extras.errDescription});
+}
+
+}  // namespace
+
 std::string GetServerVersion(Program& program, const tServer& server) {
   const QuietScope quiet(program);
   RecordsetPtr rs;
-  GetAdoRS(program, server, adCmdText, "SELECT serverproperty('ProductVersion') AS ServerVer", rs, "Master");
+  AdoExtras extras;
+  {
+    const AskedScope asked(program);
+    GetAdoRS(program, server, adCmdText, "SELECT serverproperty('ProductVersion') AS ServerVer", rs, "Master", &extras);
+  }
+  if (!rs) noteUnlessAnswer(program, server, "Master", extras);
   if (!hasRecords(rs)) return {};
   return rs->Fields("ServerVer").Text();
 }
@@ -246,8 +300,9 @@ bool NullExistsInColumn(Program& program, const tServer& server, const std::stri
                         const std::string& strColumn) {
   return trap(program, "mdlData", "NullExistsInColumn", false, [&] {
     RecordsetPtr rs;
-    const std::string strSql = "IF EXISTS (SELECT TOP (1) [" + strColumn + "] FROM [" + strTable + "] WHERE [" +
-                               strColumn + "]  IS NULL) SELECT 1 ELSE SELECT 0";
+    SqlText strSql = "IF EXISTS (SELECT TOP (1) ";
+    strSql << inBrackets(strColumn) << " FROM " << inBrackets(strTable) << " WHERE " << inBrackets(strColumn)
+           << "  IS NULL) SELECT 1 ELSE SELECT 0";
     if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) == -1 || !hasRecords(rs)) return false;
     const Field field = rs->Fields(0);
     return !field.IsNull() && integerOf(field.cell) == 1;
@@ -265,23 +320,25 @@ std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::s
                                        const std::string& strDb) {
   if (strTable.empty()) return -1;
   const QuietScope quiet(program);
-  std::string strName = AddSquareBrackets(strTable);
   RecordsetPtr rs;
   AdoExtras extras;
-  const auto count = [&] {
-    return GetAdoRS(program, server, adCmdText, "SELECT COUNT(*) AS RecsCount FROM " + strName, rs, strDb, &extras);
+  const auto count = [&](const std::string& strName) {
+    // The first attempt only asks whether the name will do.
+    const AskedScope asked(program);
+    SqlText strSql = "SELECT COUNT(*) AS RecsCount FROM ";
+    return GetAdoRS(program, server, adCmdText, strSql << asName(strName), rs, strDb, &extras);
   };
-  std::int32_t result = count();
+  std::int32_t result = count(strTable);
   if (extras.errNumber == errorNumber::cancelled) return -1;
   if (result == -1) {
     std::string strQualified;
     if (SchemaPrefixNeeded(program, server, strTable, strQualified, strDb, extras.errNumber)) {
-      strName = strQualified;
-      result = count();
+      result = count(strQualified);
       strTable = strQualified;
     }
   }
   if (result == -1 || !hasRecords(rs)) {
+    noteFailure(program, server.Name, strDb, {extras.errNumber, extras.errDescription});
     program.host.messageBox("Error while attempting to count records in table: " + extras.errDescription,
                             Icon::Warning);
     return -1;
@@ -289,10 +346,16 @@ std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::s
   return integerOf(rs->Fields("RecsCount").cell);
 }
 
-bool DbCheckSqlSelect(Program& program, const tServer& server, const std::string& strDb, const std::string& strSql) {
+bool DbCheckSqlSelect(Program& program, const tServer& server, const std::string& strDb, const SqlText& strSql) {
   const QuietScope quiet(program);
   RecordsetPtr rs;
-  return GetAdoRS(program, server, adCmdText, strSql, rs, strDb) != -1;
+  AdoExtras extras;
+  {
+    const AskedScope asked(program);
+    if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb, &extras) != -1) return true;
+  }
+  noteUnlessAnswer(program, server, strDb, extras);
+  return false;
 }
 
 }  // namespace qrel

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/Program.h"
+#include "db/SqlText.h"
 #include "platform/data/recordset.h"
 
 namespace qrel {
@@ -34,25 +35,27 @@ struct AdoExtras {
 
 // Runs strSql in strDb on a connection of its own. Returns the command's return value (0 for ordinary text) or -1 on
 // any failure, after an error report unless gblnNoConnErrMsg is set or the command was stopped. An empty strSql only
-// connects, to the login's default database. With the client-side cursor the record set comes back disconnected.
-std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const std::string& strSql,
-                      RecordsetPtr& rs, const std::string& strDb, AdoExtras* extras = nullptr);
+// connects, to the login's default database. With the client-side cursor the record set comes back disconnected. Every
+// failure, also of the rows that come later, is noted (readFailures.h); a spoiled strSql fails without being sent.
+std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const SqlText& strSql, RecordsetPtr& rs,
+                      const std::string& strDb, AdoExtras* extras = nullptr);
 
 // The same on an open connection, 0 or -1; a failure shows a warning with the command unless gblnNoConnErrMsg is set.
 std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, const tServer& server, int commandType,
-                           const std::string& strSql, RecordsetPtr& rs);
+                           const SqlText& strSql, RecordsetPtr& rs);
 
 // Opens a connection for a long run. A failure is always reported. It knows nothing of LocalDb servers.
 bool ADO_Connection_Open(Program& program, ConnectionPtr& connection, const tServer& server, const std::string& strDb);
 
 // Runs a command without a result set on a connection of its own; its return value or -1, after a report in any case.
-std::int32_t ExecAdoCmd(Program& program, const tServer& server, int commandType, const std::string& strSql,
+std::int32_t ExecAdoCmd(Program& program, const tServer& server, int commandType, const SqlText& strSql,
                         const std::string& strDb, AdoExtras* extras = nullptr);
 
 // Runs a statement through EXEC in strDb (WrapSqlInExec changes strSql). False after "Error occured - aborting.".
 bool SQL_Execute(Program& program, const tServer& server, const std::string& strDb, std::string& strSql);
 
-// The connection strings, in the two forms that the procedures above send.
+// The connection strings, in the two forms that the procedures above send. A value that couldn't be read back as it is
+// (a ";" in a password) stands in quotes.
 std::string connectionStringForQuery(const tServer& server, const std::string& strDb, bool blnCommandGiven);
 std::string connectionStringForRun(const tServer& server, const std::string& strDb);
 
@@ -60,7 +63,7 @@ std::string connectionStringForRun(const tServer& server, const std::string& str
 // -1 is sent as Null.
 std::string AddParameter(Program& program, Command& command, const ParamValue& value, int direction);
 
-// The server's ProductVersion, empty when it can't be had.
+// The server's ProductVersion, empty when it can't be had. Silent; noted unless the server doesn't know the question.
 std::string GetServerVersion(Program& program, const tServer& server);
 // The major version: the number before the first point, 0 for an empty text.
 std::int32_t GetVersionNumber(const std::string& strVersion);
@@ -75,8 +78,11 @@ bool NullExistsInColumn(Program& program, const tServer& server, const std::stri
 std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::string& strTable,
                                        const std::string& strDb);
 
-// Whether the server accepts a query. Silent.
-bool DbCheckSqlSelect(Program& program, const tServer& server, const std::string& strDb, const std::string& strSql);
+// Whether the server accepts a query. Silent; only a failure that says nothing about the query is noted.
+bool DbCheckSqlSelect(Program& program, const tServer& server, const std::string& strDb, const SqlText& strSql);
+
+// Whether an error number is a server's answer to a query (bad SQL, an unknown name) and not a failure to get one.
+bool IsAnswer(std::int32_t errNumber);
 
 // The name in square brackets; a bracket that is there already isn't added again.
 std::string AddSquareBrackets(const std::string& strName);

@@ -32,7 +32,7 @@ constexpr ObjectTypeRow objectTypes[] = {
 };
 
 // The condition of a plain type. Functions keep their "or" without brackets: what is appended binds to the last term.
-std::string plainClause(long type) {
+SqlText plainClause(long type) {
   switch (type) {
     case objProcedures:
       return "OBJECTPROPERTY(id, N'IsProcedure') = 1";
@@ -50,19 +50,19 @@ std::string plainClause(long type) {
   }
 }
 
-constexpr const char* relationshipJoins =
+constexpr char relationshipJoins[] =
     "INNER JOIN sysobjects so ON sr.constid = so.id "
     "INNER JOIN sysobjects sof ON sof.id = sr.fkeyid "
     "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
     "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
     "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 ";
 
-std::string relationshipsQuery() {
-  return std::string("SELECT so.name AS name, so.refdate AS refdate, so.id AS id FROM sysreferences sr ") +
-         relationshipJoins + "ORDER BY so.name";
+SqlText relationshipsQuery() {
+  return SqlText("SELECT so.name AS name, so.refdate AS refdate, so.id AS id FROM sysreferences sr ")
+         << relationshipJoins << "ORDER BY so.name";
 }
 
-std::string constraintsQuery() {
+SqlText constraintsQuery() {
   return "SELECT DISTINCT si.name as [name], so2.refdate AS refdate, so2.id AS id  "
          "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
          "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
@@ -76,17 +76,19 @@ std::string constraintsQuery() {
          "ORDER BY si.name";
 }
 
-std::string plainQuery(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
-                       const std::string& strFilter, int side) {
-  std::string strClause = plainClause(type);
-  std::string strJoin, strWhere;
+SqlText plainQuery(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
+                   const SqlText& strFilter, int side) {
+  SqlText strClause = plainClause(type);
+  SqlText strJoin, strWhere;
   const bool blnSchemaFilter = GetSchemaFilter(program, type, side, strJoin, strWhere);
-  if (blnIgnoreSysObjects) strClause += " and xtype <> 'S' ";
-  if (!strObjName.empty()) strClause += " and name = '" + strObjName + "' ";
-  if (!strFilter.empty()) strClause += " and [name] " + strFilter;
-  if (blnSchemaFilter)
-    return "select name, refdate, id from sysobjects " + strJoin + " where " + strClause + strWhere + " order by name";
-  return "select name, refdate, id from sysobjects where " + strClause + " order by name";
+  if (blnIgnoreSysObjects) strClause << " and xtype <> 'S' ";
+  if (!strObjName.empty()) strClause << " and name = " << inQuotes(strObjName) << " ";
+  if (!strFilter.empty()) strClause << " and [name] " << strFilter;
+  SqlText strSql = "select name, refdate, id from sysobjects ";
+  if (blnSchemaFilter) strSql << strJoin << " ";
+  strSql << "where " << strClause;
+  if (blnSchemaFilter) strSql << strWhere;
+  return strSql << " order by name";
 }
 
 }  // namespace
@@ -97,8 +99,8 @@ std::string GetObjectTypeName(long type, bool blnSingular) {
   return blnSingular ? "Object" : "objects";
 }
 
-std::string BuildObjSQLString(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
-                              const std::string& strFilter, int side) {
+SqlText BuildObjSQLString(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
+                          const SqlText& strFilter, int side) {
   if (!plainClause(type).empty()) return plainQuery(program, type, blnIgnoreSysObjects, strObjName, strFilter, side);
   if (type == objRelationships) return relationshipsQuery();
   if (type == objConstraints) return constraintsQuery();
@@ -109,11 +111,11 @@ std::string BuildObjSQLString(Program& program, long type, bool blnIgnoreSysObje
 
 void CountObjects(Program& program, const tServer& server, const std::string& strDb, long type, RecordsetPtr& rs) {
   rs.reset();
-  std::string strSql;
-  if (const std::string strClause = plainClause(type); !strClause.empty())
-    strSql = "SELECT COUNT (*) AS RecsCount FROM dbo.sysobjects where " + strClause;
+  SqlText strSql;
+  if (const SqlText strClause = plainClause(type); !strClause.empty())
+    strSql << "SELECT COUNT (*) AS RecsCount FROM dbo.sysobjects where " << strClause;
   else if (type == objRelationships)
-    strSql = std::string("SELECT COUNT (*) FROM sysreferences sr ") + relationshipJoins;
+    strSql << "SELECT COUNT (*) FROM sysreferences sr " << relationshipJoins;
   if (strSql.empty()) {
     program.host.messageBox("Function CountObjects - wrong parameter passed.");
     return;
@@ -142,16 +144,18 @@ bool convertList(Program& program, RecordsetPtr& rs, long type, int side, std::v
 
 }  // namespace
 
-void LoadObjects(Program& program, tServer& server, CheckList& list, TextPane& textPanel, long type,
-                 const std::string& strDb, bool blnUpdateText, const std::string& strFilter, int side, bool) {
-  trap(program, "mdlObjects", "LoadObjects", [&] {
+bool LoadObjects(Program& program, tServer& server, CheckList& list, TextPane& textPanel, long type,
+                 const std::string& strDb, bool blnUpdateText, const SqlText& strFilter, int side, bool) {
+  return trap(program, "mdlObjects", "LoadObjects", false, [&] {
     WriteDebugLog(program, "Begin LoadObjects, pstrDbName = " + strDb);
     RecordsetPtr rs;
-    GetAdoRS(program, server, adCmdText,
-             BuildObjSQLString(program, type, program.settings.IgnoreSysObjects, "", strFilter, side), rs, strDb);
+    const std::int32_t result =
+        GetAdoRS(program, server, adCmdText,
+                 BuildObjSQLString(program, type, program.settings.IgnoreSysObjects, "", strFilter, side), rs, strDb);
     std::vector<TwoStr> arr;
     long count = 0;
-    if (convertList(program, rs, type, side, arr, count)) {
+    const bool blnConverted = convertList(program, rs, type, side, arr, count);
+    if (blnConverted) {
       if (type != objPermissions && GetVersionNumber(server.Version) >= 9 && AreDuplicatesInArr_TwoStr(arr, count))
         AddSchemaToDuplicateNames(program, server, type, strDb, arr, count);
       LoadListView(program, list, arr, count);
@@ -163,12 +167,13 @@ void LoadObjects(Program& program, tServer& server, CheckList& list, TextPane& t
       LoadListView(program, list, arr, count);
     }
     if (rs) rs->Close();
+    return blnConverted && result != -1;
   });
 }
 
 bool LoadObjects_ToRecordset(Program& program, const ConnectionPtr& connection, RecordsetPtr& rs, const tServer& server,
                              long type, const std::string&, int side) {
-  const std::string strSql = BuildObjSQLString(program, type, program.settings.IgnoreSysObjects, "", "", side);
+  const SqlText strSql = BuildObjSQLString(program, type, program.settings.IgnoreSysObjects, "", "", side);
   return GetAdoRS_Conn(program, connection, server, adCmdText, strSql, rs) != -1;
 }
 
@@ -177,7 +182,7 @@ bool GetAllObjectsOfType(Program& program, long type, const tServer& server, con
   count = 0;
   arr.clear();
   RecordsetPtr rs;
-  const std::string strSql = BuildObjSQLString(program, type, program.settings.IgnoreSysObjects, "", "", side);
+  const SqlText strSql = BuildObjSQLString(program, type, program.settings.IgnoreSysObjects, "", "", side);
   if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) != -1 &&
       toEntries(program, rs, arr, count, static_cast<std::int32_t>(type)))
     return true;

@@ -26,19 +26,20 @@ enum enmObjectType : long {
 std::string GetObjectTypeName(long type, bool blnSingular);
 
 // The query for a type's objects: name, reference date, id, in order of name. strFilter is a condition on the name,
-// such as "LIKE 'a%'"; side (0 Source, 1 Target) selects the schema filter. An unknown code shows a message and gives
-// an empty text.
-std::string BuildObjSQLString(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
-                              const std::string& strFilter, int side);
+// such as SqlText("LIKE ") << inQuotes("a%"); side (0 Source, 1 Target) selects the schema filter. An unknown code
+// shows a message and gives an empty text.
+SqlText BuildObjSQLString(Program& program, long type, bool blnIgnoreSysObjects, const std::string& strObjName,
+                          const SqlText& strFilter, int side);
 
 // Fills rs with one record whose first field is the number of objects, without any filter.
 void CountObjects(Program& program, const tServer& server, const std::string& strDb, long type, RecordsetPtr& rs);
 
-// Fills a panel's object list, with the first row selected. With blnUpdateText its text pane follows.
-void LoadObjects(Program& program, tServer& server, CheckList& list, TextPane& textPanel, long type,
-                 const std::string& strDb, bool blnUpdateText, const std::string& strFilter, int side, bool blnQuiet);
+// Fills a panel's object list, with the first row selected. With blnUpdateText its text pane follows. False when the
+// list couldn't be read, or not to its end: it then shows what there is.
+bool LoadObjects(Program& program, tServer& server, CheckList& list, TextPane& textPanel, long type,
+                 const std::string& strDb, bool blnUpdateText, const SqlText& strFilter, int side, bool blnQuiet);
 
-// The same query on an open connection.
+// The same query on an open connection; False when it failed.
 bool LoadObjects_ToRecordset(Program& program, const ConnectionPtr& connection, RecordsetPtr& rs, const tServer& server,
                              long type, const std::string& strDb, int side);
 

@@ -4,21 +4,22 @@
 
 namespace qrel {
 
-std::string permissionsQuery(bool blnIgnoreSysObjects) {
-  return std::string(
-             "SELECT b.object_id, b.[type_desc], c.[name] AS schema_name, b.[name], a.[minor_id],"
-             " CASE WHEN a.[minor_id] > 0 THEN"
-             " (SELECT NAME"
-             "    FROM sys.Columns"
-             "    WHERE object_id = a.major_id"
-             "    AND column_id = a.minor_id)"
-             " ELSE ''"
-             " END AS minor_name,"
-             " a.[state_desc], a.[permission_name], b.[type] as object_type, *"
-             " FROM sys.database_permissions a"
-             " LEFT JOIN sys.objects b ON b.object_id = a.major_id"
-             " INNER JOIN sys.schemas c ON b.schema_id = c.schema_id ") +
-         (blnIgnoreSysObjects ? "WHERE major_id > 0 " : "") + " ORDER BY b.[type_desc], schema_name, b.[name] ";
+SqlText permissionsQuery(bool blnIgnoreSysObjects) {
+  SqlText strSql =
+      "SELECT b.object_id, b.[type_desc], c.[name] AS schema_name, b.[name], a.[minor_id],"
+      " CASE WHEN a.[minor_id] > 0 THEN"
+      " (SELECT NAME"
+      "    FROM sys.Columns"
+      "    WHERE object_id = a.major_id"
+      "    AND column_id = a.minor_id)"
+      " ELSE ''"
+      " END AS minor_name,"
+      " a.[state_desc], a.[permission_name], b.[type] as object_type, *"
+      " FROM sys.database_permissions a"
+      " LEFT JOIN sys.objects b ON b.object_id = a.major_id"
+      " INNER JOIN sys.schemas c ON b.schema_id = c.schema_id ";
+  if (blnIgnoreSysObjects) strSql << "WHERE major_id > 0 ";
+  return strSql << " ORDER BY b.[type_desc], schema_name, b.[name] ";
 }
 
 bool ConvertRecordsetToPermissionsArray(Program& program, RecordsetPtr& rs, std::vector<tPermission>& arr) {

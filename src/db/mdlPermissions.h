@@ -25,7 +25,7 @@ struct mdlPermissionsState {
   std::array<std::vector<tPermission>, 2> arrPermissions;
 };
 
-std::string permissionsQuery(bool blnIgnoreSysObjects);
+SqlText permissionsQuery(bool blnIgnoreSysObjects);
 // True also for an empty or missing record set.
 bool ConvertRecordsetToPermissionsArray(Program& program, RecordsetPtr& rs, std::vector<tPermission>& arr);
 bool ConvertPermissionsArrayToTwoStrArray(Program& program, const std::vector<tPermission>& arr,

@@ -10,13 +10,13 @@ namespace qrel {
 
 std::string GetTableText(Program& program, tServer& server, const std::string& strTable, const std::string& strDb,
                          bool blnIgnoreCols, long& lngIgnored, long lngId, const std::string& strLineSuffix,
-                         bool blnClusteredOnly, const std::string& strIndexSuffix) {
+                         bool blnClusteredOnly, const std::string& strIndexSuffix, const std::string& strListed) {
   std::string strText;
   std::vector<tTableColumn> arrColumns;
   std::vector<std::string> arrIgnored;
   long lngUpper = -1;
   GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
-                    arrIgnored, lngId, strLineSuffix);
+                    arrIgnored, lngId, strLineSuffix, ignoredColsStruct, strListed);
   if (!blnClusteredOnly && program.settings.IgnoreIndexes) return strText;
   std::vector<tTableColumn> arrIndexes;
   long lngCount = 0;
@@ -27,19 +27,22 @@ std::string GetTableText(Program& program, tServer& server, const std::string& s
 
 namespace {
 
-std::string columnsQuery(const std::string& strTable, long lngId) {
-  const std::string condition =
-      lngId >= 1 ? "WHERE sco.id = " + std::to_string(lngId) + " " : "WHERE sob.name = '" + strTable + "' ";
-  return "SELECT sco.[name] AS [column], sco.autoval, sco.isnullable, "
-         "sco.length, sco.prec, sco.scale, sty.[name] AS datatype, "
-         "ident_seed('" +
-         strTable + "') AS identityseed, ident_incr('" + strTable +
-         "') AS identityincrement, "
-         "isID=case when sco.status&128=0 then '' else 'Y' end "
-         ", sco.cdefault, sob.[id] AS [table_id], sco.[colid] AS [col_id] "
-         "FROM sysobjects sob INNER JOIN syscolumns sco ON sob.id = sco.id "
-         "INNER JOIN systypes sty ON sco.xtype = sty.xtype AND sco.xusertype = sty.xusertype " +
-         condition + "ORDER BY sco.colorder";
+SqlText columnsQuery(const std::string& strTable, long lngId) {
+  SqlText condition;
+  if (lngId >= 1)
+    condition << "WHERE sco.id = " << lngId << " ";
+  else
+    condition << "WHERE sob.name = " << inQuotes(strTable) << " ";
+  return SqlText(
+             "SELECT sco.[name] AS [column], sco.autoval, sco.isnullable, "
+             "sco.length, sco.prec, sco.scale, sty.[name] AS datatype, ident_seed(")
+         << inQuotes(strTable) << ") AS identityseed, ident_incr(" << inQuotes(strTable)
+         << ") AS identityincrement, "
+            "isID=case when sco.status&128=0 then '' else 'Y' end "
+            ", sco.cdefault, sob.[id] AS [table_id], sco.[colid] AS [col_id] "
+            "FROM sysobjects sob INNER JOIN syscolumns sco ON sob.id = sco.id "
+            "INNER JOIN systypes sty ON sco.xtype = sty.xtype AND sco.xusertype = sty.xusertype "
+         << condition << "ORDER BY sco.colorder";
 }
 
 long longOrZero(const Field& field) { return field.IsNull() ? 0 : integerOf(field.cell); }
@@ -123,20 +126,32 @@ void readColumns(Program& program, const tServer& server, const std::string& str
   }
 }
 
+// A table's ignored columns: of its name as listed, failing that of its bare name.
+std::vector<std::string> ignoredColumnsOf(Program& program, IgnoredList enmList, const tServer& server,
+                                          const std::string& strDb, const std::string& strListed) {
+  const auto& lookUp = program.state<IgnoredColumnsSource>().lookUp;
+  if (!lookUp) return {};
+  std::vector<std::string> arrIgnored = lookUp(enmList, server, strDb, strListed);
+  const std::size_t point = strListed.rfind('.');
+  if (arrIgnored.empty() && point != std::string::npos)
+    arrIgnored = lookUp(enmList, server, strDb, strListed.substr(point + 1));
+  return arrIgnored;
+}
+
 }  // namespace
 
 void ReadTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                         std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                         long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                        const std::string& strLineSuffix, IgnoredList enmList) {
+                        const std::string& strLineSuffix, IgnoredList enmList, const std::string& strListed) {
   lngUpper = -1;
   lngIgnored = 0;
   strText.clear();
   arrColumns.clear();
   arrIgnored.clear();
   if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
-  const auto& source = program.state<IgnoredColumnsSource>();
-  if (blnIgnoreCols && source.lookUp) arrIgnored = source.lookUp(enmList, server, strDb, strTable);
+  if (blnIgnoreCols)
+    arrIgnored = ignoredColumnsOf(program, enmList, server, strDb, strListed.empty() ? strTable : strListed);
   lngIgnored = static_cast<long>(arrIgnored.size());
   RecordsetPtr rs;
   AdoExtras extras;
@@ -159,27 +174,29 @@ void ReadTableStructure(Program& program, tServer& server, const std::string& st
 bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                       const std::string& strLineSuffix, IgnoredList enmList) {
+                       const std::string& strLineSuffix, IgnoredList enmList, const std::string& strListed) {
   return trap(program, "mdlQueryCode", "GetTableStructure", false, [&] {
     ReadTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
-                       arrIgnored, lngId, strLineSuffix, enmList);
+                       arrIgnored, lngId, strLineSuffix, enmList, strListed);
     return true;
   });
 }
 
 namespace {
 
-std::string indexesQuery(const std::string& strTable, bool blnClusteredOnly) {
-  return "SELECT DISTINCT sc.name AS [column], si.name as [index], sk.indid, sk.keyno "
-         "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
-         "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
-         "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
-         "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
-         "WHERE so2.name = '" +
-         strTable + "' AND " + (blnClusteredOnly ? "si.indid = 1 AND " : "si.indid BETWEEN 1 AND 254 AND ") +
-         "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
-         "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 "
-         "ORDER BY sk.indid, sk.keyno";
+SqlText indexesQuery(const std::string& strTable, bool blnClusteredOnly) {
+  return SqlText(
+             "SELECT DISTINCT sc.name AS [column], si.name as [index], sk.indid, sk.keyno "
+             "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
+             "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
+             "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
+             "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
+             "WHERE so2.name = ")
+         << inQuotes(strTable) << " AND "
+         << (blnClusteredOnly ? SqlText("si.indid = 1 AND ") : SqlText("si.indid BETWEEN 1 AND 254 AND "))
+         << "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
+            "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 "
+            "ORDER BY sk.indid, sk.keyno";
 }
 
 // The opening of a table's first index; those behind it open with "INDEX" alone.
@@ -264,11 +281,9 @@ long GetColumnsCount(Program& program, tServer& server, const std::string& strDb
 std::string GetDefaultValue(Program& program, const tServer& server, const std::string& strDb, long lngTableId,
                             long lngColId) {
   RecordsetPtr rs;
-  GetAdoRS(program, server, adCmdText,
-           "SELECT [ctext] FROM syscomments WHERE id IN (SELECT cdefault FROM syscolumns "
-           "WHERE id = " +
-               std::to_string(lngTableId) + " AND colid = " + std::to_string(lngColId) + " AND cdefault > 0)",
-           rs, strDb);
+  SqlText strSql = "SELECT [ctext] FROM syscomments WHERE id IN (SELECT cdefault FROM syscolumns WHERE id = ";
+  strSql << lngTableId << " AND colid = " << lngColId << " AND cdefault > 0)";
+  GetAdoRS(program, server, adCmdText, strSql, rs, strDb);
   return hasRecords(rs) ? rs->Fields("ctext").Text() : std::string();
 }
 
@@ -276,10 +291,9 @@ std::string GetDefaultConstraintName(Program& program, const tServer& server, co
                                      long lngDefaultId) {
   const QuietScope quiet(program);
   RecordsetPtr rs;
-  GetAdoRS(program, server, adCmdText,
-           "SELECT [name] FROM sys.objects WHERE parent_object_id = " + std::to_string(lngTableId) +
-               " AND object_id = " + std::to_string(lngDefaultId) + " AND type_desc LIKE 'DEFAULT_CONSTRAINT'",
-           rs, strDb);
+  SqlText strSql = "SELECT [name] FROM sys.objects WHERE parent_object_id = ";
+  strSql << lngTableId << " AND object_id = " << lngDefaultId << " AND type_desc LIKE 'DEFAULT_CONSTRAINT'";
+  GetAdoRS(program, server, adCmdText, strSql, rs, strDb);
   return hasRecords(rs) ? rs->Fields("name").Text() : std::string();
 }
 

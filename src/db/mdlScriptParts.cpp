@@ -26,11 +26,11 @@ std::string GetTableConstraints(Program& program, const tServer& server, const s
   trap(program, "mdlQueryCode", "GetTableConstraints", [&] {
     RecordsetPtr rs;
     GetAdoRS(program, server, adCmdText,
-             "SELECT so.name AS [constraint], sc.text AS [default], sl.name as [column] "
-             "FROM sysobjects so INNER JOIN syscomments sc ON so.id = sc.id "
-             "INNER JOIN syscolumns sl ON so.parent_obj = sl.id AND so.id = sl.cdefault "
-             "WHERE so.parent_obj IN (SELECT id FROM sysobjects WHERE name = '" +
-                 strTable + "') ORDER BY info",
+             SqlText("SELECT so.name AS [constraint], sc.text AS [default], sl.name as [column] "
+                     "FROM sysobjects so INNER JOIN syscomments sc ON so.id = sc.id "
+                     "INNER JOIN syscolumns sl ON so.parent_obj = sl.id AND so.id = sl.cdefault "
+                     "WHERE so.parent_obj IN (SELECT id FROM sysobjects WHERE name = ")
+                 << inQuotes(strTable) << ") ORDER BY info",
              rs, strDb);
     if (!hasRecords(rs)) return;
     result = "EXEC('ALTER TABLE ' + @Database + '.[dbo].[" + strTable + "] WITH NOCHECK ADD\r\n";
@@ -50,12 +50,12 @@ std::string GetExtras(Program& program, const tServer& server, const std::string
   trap(program, "mdlQueryCode", "GetExtras", [&] {
     RecordsetPtr rs;
     GetAdoRS(program, server, adCmdText,
-             "SELECT si.name AS [index], sk.indid, sc.[name] AS [column] FROM sysindexkeys sk "
-             "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
-             "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
-             "INNER JOIN sysobjects so ON so.id = sk.id "
-             "WHERE so.[name] = '" +
-                 strTable + "' ORDER BY sk.indid",
+             SqlText("SELECT si.name AS [index], sk.indid, sc.[name] AS [column] FROM sysindexkeys sk "
+                     "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
+                     "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
+                     "INNER JOIN sysobjects so ON so.id = sk.id "
+                     "WHERE so.[name] = ")
+                 << inQuotes(strTable) << " ORDER BY sk.indid",
              rs, strDb);
     if (!hasRecords(rs)) return;
     const auto opening = [&](const char* strCreate) {

@@ -21,9 +21,9 @@ void requireRecordset(const RecordsetPtr& rs) {
   if (!rs) throw RuntimeError(errorNumber::objectNotSet, "Object variable or With block variable not set");
 }
 
-std::string sourceQuery(const std::string& strObjName) {
-  return "SELECT text FROM syscomments sc INNER JOIN sysobjects so ON sc.id = so.id WHERE so.name = '" + strObjName +
-         "' ORDER BY sc.colid";
+SqlText sourceQuery(const std::string& strObjName) {
+  return SqlText("SELECT text FROM syscomments sc INNER JOIN sysobjects so ON sc.id = so.id WHERE so.name = ")
+         << inQuotes(strObjName) << " ORDER BY sc.colid";
 }
 
 // The rows' texts, one behind the other.
@@ -120,17 +120,17 @@ std::string GetRelationshipText(Program& program, const tServer& server, const s
                                 const std::string& strDb) {
   RecordsetPtr rs;
   GetAdoRS(program, server, adCmdText,
-           "SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
-           "sor.name AS referencedtable, scr.name AS referencedcolumn, "
-           "sof.name AS tablename "
-           "FROM sysreferences sr "
-           "INNER JOIN sysobjects so ON sr.constid = so.id "
-           "INNER JOIN sysobjects sof ON sof.id = sr.fkeyid "
-           "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
-           "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
-           "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
-           "WHERE so.name = '" +
-               strObjName + "' ORDER BY scf.name",
+           SqlText("SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
+                   "sor.name AS referencedtable, scr.name AS referencedcolumn, "
+                   "sof.name AS tablename "
+                   "FROM sysreferences sr "
+                   "INNER JOIN sysobjects so ON sr.constid = so.id "
+                   "INNER JOIN sysobjects sof ON sof.id = sr.fkeyid "
+                   "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
+                   "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
+                   "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
+                   "WHERE so.name = ")
+               << inQuotes(strObjName) << " ORDER BY scf.name",
            rs, strDb);
   requireRecordset(rs);
   if (!hasRecords(rs)) return {};
@@ -144,22 +144,22 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
                               const std::string& strDb) {
   return trap(program, "modObjectText", "GetConstraintText", std::string(), [&]() -> std::string {
     RecordsetPtr rs;
-    GetAdoRS(
-        program, server, adCmdText,
-        "SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, so2.name as "
-        "[tablename] "
-        "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
-        "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
-        "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
-        "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
-        "WHERE "
-        "si.indid = 1 AND "
-        " si.name = '" +
-            strObjName +
-            "' AND "
-            "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
-            "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 ",
-        rs, strDb);
+    GetAdoRS(program, server, adCmdText,
+             SqlText("SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, "
+                     "so2.name as "
+                     "[tablename] "
+                     "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
+                     "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
+                     "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
+                     "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
+                     "WHERE "
+                     "si.indid = 1 AND "
+                     " si.name = ")
+                 << inQuotes(strObjName)
+                 << " AND "
+                    "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
+                    "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 ",
+             rs, strDb);
     requireRecordset(rs);
     if (!hasRecords(rs)) return {};
     return TrimBlanksAndBreaks("CONSTRAINT [" + rs->Fields("name").Text() +
@@ -171,6 +171,12 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
 std::string GetExtendedObjectName(Program& program, tServer& server, const std::string& strDb,
                                   const std::string& strName, long type, long lngId) {
   const std::string name = strName.substr(strName.rfind('.') + 1);
+  if (lngId >= 1 && !FitsInBrackets(name)) {
+    // A listed name is no bracketed one. In the brackets that are still missing it would be another object's.
+    RecordsetPtr rs;
+    GetAdoRS(program, server, adCmdText, SqlText("SELECT * FROM ") << inBrackets("[" + name + "]"), rs, strDb);
+    return {};
+  }
   const auto qualified = [&](const std::string& prefix) {
     return AddSquareBrackets(prefix) + "." + AddSquareBrackets(name);
   };

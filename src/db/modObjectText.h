@@ -32,6 +32,8 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
                               const std::string& strDb);
 
 // The name as the program's own SQL uses it: "[name]", or "[schema].[name]" where that is known. lngId 0: by name.
+// Empty when the schema can't be read, and for an object of the catalogue (lngId) whose name can't stand in brackets;
+// both are told.
 std::string GetExtendedObjectName(Program& program, tServer& server, const std::string& strDb,
                                   const std::string& strName, long type, long lngId);
 

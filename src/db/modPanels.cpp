@@ -7,6 +7,7 @@
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
 #include "db/modSchema.h"
+#include "db/readFailures.h"
 
 namespace qrel {
 
@@ -22,8 +23,9 @@ void CheckSQLServerVersion(Program& program, tServer& server) {
 
 bool CanConnectToDb(Program& program, const tServer& server, const std::string& strDb, int Index) {
   const QuietScope quiet(program);
+  const AskedScope asked(program);
   RecordsetPtr rs;
-  const std::string strSql = BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", Index);
+  const SqlText strSql = BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", Index);
   return GetAdoRS(program, server, adCmdText, strSql, rs, strDb) != -1;
 }
 

@@ -40,11 +40,11 @@ std::string xtypeLetter(long type) {
   }
 }
 
-constexpr const char* ownersQuery =
+constexpr char ownersQuery[] =
     "SELECT DISTINCT su.name AS Owner FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid ";
 
 // The non-empty first fields of a query's records; false when the query failed.
-bool firstFields(Program& program, const tServer& server, const std::string& strDb, const std::string& strSql,
+bool firstFields(Program& program, const tServer& server, const std::string& strDb, const SqlText& strSql,
                  std::vector<std::string>& out) {
   RecordsetPtr rs;
   if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) == -1) return false;
@@ -62,12 +62,12 @@ std::string GetOwner(Program& program, const tServer& server, const std::string&
                      long type) {
   try {
     RecordsetPtr rs;
-    GetAdoRS(
-        program, server, adCmdText,
-        "SELECT so.name AS ObjectName, su.name AS Owner FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid "
-        "WHERE so.name = '" +
-            strObjName + "' AND so.xtype = '" + xtypeLetter(type) + "'",
-        rs, strDb);
+    GetAdoRS(program, server, adCmdText,
+             SqlText("SELECT so.name AS ObjectName, su.name AS Owner FROM sysobjects so INNER JOIN sysusers su ON "
+                     "so.uid = su.uid "
+                     "WHERE so.name = ")
+                 << inQuotes(strObjName) << " AND so.xtype = " << inQuotes(xtypeLetter(type)),
+             rs, strDb);
     return hasRecords(rs) ? rs->Fields(1).Text() : std::string();
   } catch (const std::exception& error) {
     const ErrorInfo info = describeError(error);
@@ -88,7 +88,7 @@ long GetAllOwners(Program& program, const tServer& server, const std::string& st
 long GetAllOwnersIntoArray(Program& program, const tServer& server, const std::string& strDb,
                            std::vector<std::string>& arrOwners) {
   arrOwners.clear();
-  if (!firstFields(program, server, strDb, std::string(ownersQuery) + "ORDER BY su.name", arrOwners)) return -1;
+  if (!firstFields(program, server, strDb, SqlText(ownersQuery) << "ORDER BY su.name", arrOwners)) return -1;
   return static_cast<long>(arrOwners.size());
 }
 
@@ -112,7 +112,7 @@ void LoadOwners(Program& program, const tServer& server, const std::string& strD
 long GetAllSchemas(Program& program, const tServer& server, const std::string& strDb,
                    std::vector<std::string>& arrSchemas) {
   arrSchemas.clear();
-  const char* strSql =
+  const SqlText strSql =
       "SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.schemata WHERE SCHEMA_NAME NOT IN "
       "('INFORMATION_SCHEMA', 'sys', 'db_owner', 'db_accessadmin', 'db_securityadmin', "
       "'db_ddladmin', 'db_backupoperator', 'db_datareader', 'db_datawriter', "
@@ -139,15 +139,15 @@ std::string schemaFromTriggerSource(const std::string& strSource) {
   return std::string(header.substr(open + 1, close - open - 1));
 }
 
-std::string schemaQuery(long type) {
+SqlText schemaQuery(long type) {
   switch (type) {
     case objProcedures:
     case objFunctions:
-      return "SELECT ROUTINE_SCHEMA FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_NAME = '";
+      return "SELECT ROUTINE_SCHEMA FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_NAME = ";
     case objViews:
-      return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = '";
+      return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = ";
     case objTables:
-      return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_NAME = '";
+      return "SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_NAME = ";
     default:
       return {};
   }
@@ -158,10 +158,10 @@ std::string schemaQuery(long type) {
 std::string GetSchemaForObject(Program& program, const tServer& server, const std::string& strDb,
                                const std::string& strObjName, long type) {
   if (type == objTriggers) return schemaFromTriggerSource(GetObjectText(program, server, strObjName, strDb, type));
-  const std::string strSql = schemaQuery(type);
+  SqlText strSql = schemaQuery(type);
   if (strSql.empty()) return {};
   RecordsetPtr rs;
-  GetAdoRS(program, server, adCmdText, strSql + strObjName + "'", rs, strDb);
+  GetAdoRS(program, server, adCmdText, strSql << inQuotes(strObjName), rs, strDb);
   return hasRecords(rs) ? rs->Fields(0).Text() : std::string();
 }
 
@@ -176,20 +176,19 @@ bool Db_GetObjSchemaById(Program& program, tServer& server, long, const std::str
                          std::string& strSchema) {
   strSchema.clear();
   if (lngId < 1) return false;
-  const std::string strId = std::to_string(lngId);
   RecordsetPtr rs;
   std::int32_t result = -1;
   const auto byUser = [&] {
-    return GetAdoRS(program, server, adCmdText, "SELECT USER_NAME(uid) FROM sysobjects WHERE [id] = " + strId, rs,
-                    strDb);
+    return GetAdoRS(program, server, adCmdText, SqlText("SELECT USER_NAME(uid) FROM sysobjects WHERE [id] = ") << lngId,
+                    rs, strDb);
   };
   const bool implemented =
       server.VersionNum >= 9 && Is_OBJECT_SCHEMA_NAME_Implemented(server.Version, server.VersionNum);
   if (server.VersionNum >= 9 && !implemented) server.VersionNum = 8;
   if (implemented)
-    result =
-        GetAdoRS(program, server, adCmdText,
-                 "SELECT OBJECT_SCHEMA_NAME([object_id]) FROM sys.objects WHERE [object_id] = " + strId, rs, strDb);
+    result = GetAdoRS(program, server, adCmdText,
+                      SqlText("SELECT OBJECT_SCHEMA_NAME([object_id]) FROM sys.objects WHERE [object_id] = ") << lngId,
+                      rs, strDb);
   else
     result = byUser();
   if (result == -1 && server.VersionNum >= 9) {
@@ -201,6 +200,16 @@ bool Db_GetObjSchemaById(Program& program, tServer& server, long, const std::str
   return true;
 }
 
+bool PointIsPartOfName(Program& program, const tServer& server, const std::string& strDb, long type,
+                       const std::string& strListed, long lngId) {
+  const std::size_t point = strListed.rfind('.');
+  if (point == std::string::npos) return false;
+  tServer asked = server;  // what the look-up learns of the version is not for the others
+  std::string strSchema;
+  return point + 1 == strListed.size() || GetVersionNumber(server.Version) < 9 ||
+         !Db_GetObjSchemaById(program, asked, type, strDb, lngId, strSchema) || strListed.substr(0, point) != strSchema;
+}
+
 bool SchemaPrefixNeeded(Program& program, tServer& server, const std::string& strTable, std::string& strOut,
                         const std::string& strDb, std::int32_t lngErrNumber) {
   strOut = strTable;
@@ -209,7 +218,7 @@ bool SchemaPrefixNeeded(Program& program, tServer& server, const std::string& st
   if (GetVersionNumber(server.Version) < 9) return false;
   server.SchemaCheckPerformed = true;
   const std::string strSchema = GetSchemaForObject(program, server, strDb, strTable, objTables);
-  if (strSchema.empty()) return false;
+  if (strSchema.empty() || !FitsInBrackets(strSchema)) return false;
   strOut = AddSquareBrackets(strSchema) + "." + AddSquareBrackets(strTable);
   server.AddSchema = true;
   return true;
@@ -235,18 +244,18 @@ std::string BuildSchemaFilteringString(Program& program) {
   return text;
 }
 
-bool GetSchemaFilter(Program& program, long type, int side, std::string& strJoin, std::string& strWhere) {
-  strJoin.clear();
-  strWhere.clear();
+bool GetSchemaFilter(Program& program, long type, int side, SqlText& strJoin, SqlText& strWhere) {
+  strJoin = {};
+  strWhere = {};
   if (type == objTriggers || type == objRelationships || type == objConstraints) return false;
   const auto& state = program.state<modSchemaState>();
   const auto index = static_cast<std::size_t>(side);
   if ((side != 0 && side != 1) || !state.gblnSchemaFilter[index]) return false;
   const std::string strList = WrapStringIntoQuotes(state.gstrSchemaFilter[index]);
-  const auto narrow = [&](const std::string& strView, const std::string& strKind) {
-    const std::string view = "INFORMATION_SCHEMA." + strView;
-    strJoin = "LEFT JOIN " + view + " ON " + view + "." + strKind + "_NAME = [name]";
-    strWhere = "AND " + view + "." + strKind + "_SCHEMA IN (" + strList + ")";
+  const auto narrow = [&](const SqlText& view, const SqlText& kind) {
+    strJoin << "LEFT JOIN INFORMATION_SCHEMA." << view << " ON INFORMATION_SCHEMA." << view << "." << kind
+            << "_NAME = [name]";
+    strWhere << "AND INFORMATION_SCHEMA." << view << "." << kind << "_SCHEMA IN (" << asList(strList) << ")";
   };
   if (type == objProcedures || type == objFunctions) narrow("ROUTINES", "ROUTINE");
   if (type == objViews) narrow("VIEWS", "TABLE");

@@ -8,6 +8,7 @@
 
 #include "app/Program.h"
 #include "app/Workspace.h"
+#include "db/SqlText.h"
 
 namespace qrel {
 
@@ -43,6 +44,10 @@ std::string GetSchemaForObject(Program& program, const tServer& server, const st
 // 8 when the newer query can't be used.
 bool Db_GetObjSchemaById(Program& program, tServer& server, long type, const std::string& strDb, long lngId,
                          std::string& strSchema);
+// Whether cutting a listed name at its last point leaves another name than the object's own: the point is part of that,
+// and no schema stands before it. lngId: of the object (of a constraint: its table's). Also when nobody can say.
+bool PointIsPartOfName(Program& program, const tServer& server, const std::string& strDb, long type,
+                       const std::string& strListed, long lngId);
 // lngVersion -1: taken from the text. Among version 9 only three builds have the function.
 bool Is_OBJECT_SCHEMA_NAME_Implemented(const std::string& strVersion, long lngVersion);
 
@@ -57,6 +62,6 @@ std::string WrapStringIntoQuotes(const std::string& strText);
 std::string BuildSchemaFilteringString(Program& program);
 
 // The join and the condition that narrow an object list to the side's chosen schemas. False: no filter applies.
-bool GetSchemaFilter(Program& program, long type, int side, std::string& strJoin, std::string& strWhere);
+bool GetSchemaFilter(Program& program, long type, int side, SqlText& strJoin, SqlText& strWhere);
 
 }  // namespace qrel

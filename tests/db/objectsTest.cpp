@@ -82,14 +82,14 @@ TEST(Catalogue, BelowVersion9HasNoPrefixes) {
 TEST(Catalogue, FilterBindsToTheLastTermOfFunctions) {
   TestProgram test;
   EXPECT_EQ(
-      BuildObjSQLString(test.program, objFunctions, true, "f", "LIKE 'a%'", 0),
+      BuildObjSQLString(test.program, objFunctions, true, "f", SqlText("LIKE ") << inQuotes("a%"), 0).text(),
       "select name, refdate, id from sysobjects where OBJECTPROPERTY(id, N'IsInlineFunction') = 1 or "
       "OBJECTPROPERTY(id, N'IsScalarFunction') = 1  or OBJECTPROPERTY(id, N'IsTableFunction') = 1 and xtype <> 'S'  "
       "and name = 'f'  and [name] LIKE 'a%' order by name");
   auto& filter = test.program.state<modSchemaState>();
   filter.gblnSchemaFilter[1] = true;
   filter.gstrSchemaFilter[1] = "dbo,sales";
-  EXPECT_EQ(BuildObjSQLString(test.program, objViews, false, "", "", 1),
+  EXPECT_EQ(BuildObjSQLString(test.program, objViews, false, "", "", 1).text(),
             "select name, refdate, id from sysobjects LEFT JOIN INFORMATION_SCHEMA.VIEWS ON "
             "INFORMATION_SCHEMA.VIEWS.TABLE_NAME = [name] where OBJECTPROPERTY(id, N'IsView') = 1AND "
             "INFORMATION_SCHEMA.VIEWS.TABLE_SCHEMA IN ('dbo','sales') order by name");

@@ -59,8 +59,8 @@ class RecordComparison {
   bool compare();
   // Fetching.
   bool fetchBoth();
-  bool fetch(std::size_t side, const std::string& strSql);
-  std::string buildSelects();
+  bool fetch(std::size_t side, const SqlText& strSql);
+  SqlText buildSelects();
   void prepareDifferences();
   // The walk.
   Step walk();
@@ -92,7 +92,7 @@ class RecordComparison {
   const bool byKey_;
   RecordKeys keys_;
 
-  std::array<std::string, 2> selects_;
+  std::array<SqlText, 2> selects_;
   RecordsetPtr rs1_, rs2_;
   std::int32_t rec_ = 1;
   std::int32_t matched_ = 0;
@@ -100,8 +100,8 @@ class RecordComparison {
   int line_ = 0;  // which part of the work an error is from
 };
 
-std::string RecordComparison::buildSelects() {
-  std::string strSelectPart;
+SqlText RecordComparison::buildSelects() {
+  SqlText strSelectPart;
   selects_[0] =
       BuildSqlSelectStringWithColumns(program_, program_.main.gtypSelServ[0], request_.arrDbs[0], request_.arrTables[0],
                                       extNames_[0], strSelectPart, request_.arrObjIds[0]);
@@ -112,15 +112,15 @@ std::string RecordComparison::buildSelects() {
     const CursorScope cursor(program_, adUseServer);
     blnAccepted = DbCheckSqlSelect(program_, program_.main.gtypSelServ[1], request_.arrDbs[1], selects_[1]);
   }
-  if (!request_.arrOrderBy[0].empty()) selects_[0] += " " + request_.arrOrderBy[0];
+  if (!request_.arrOrderBy[0].empty()) selects_[0] << " " << request_.arrOrderBy[0];
   if (blnAccepted) return {};
   selects_[1] =
       BuildSqlSelectStringWithColumns(program_, program_.main.gtypSelServ[1], request_.arrDbs[1], request_.arrTables[1],
                                       extNames_[1], strSelectPart, request_.arrObjIds[1]);
-  return request_.arrOrderBy[1].empty() ? "" : " " + request_.arrOrderBy[1];
+  return request_.arrOrderBy[1].empty() ? SqlText() : SqlText(" ") << request_.arrOrderBy[1];
 }
 
-bool RecordComparison::fetch(std::size_t side, const std::string& strSql) {
+bool RecordComparison::fetch(std::size_t side, const SqlText& strSql) {
   const std::int32_t result = GetAdoRS(program_, program_.main.gtypSelServ[side], adCmdText, strSql,
                                        side == 0 ? rs1_ : rs2_, request_.arrDbs[side]);
   program_.host.doEvents();
@@ -131,11 +131,11 @@ bool RecordComparison::fetchBoth() {
   // Deleting what was matched needs all records of the Target here.
   std::optional<CursorScope> cursor;
   if (byKey_ && program_.settings.glngCursorLocation == adUseServer) cursor.emplace(program_, adUseClient);
-  const std::string strOwnOrder = buildSelects();
+  const SqlText strOwnOrder = buildSelects();
   line_ = 200;
   if (stopped() || !fetch(0, selects_[0])) return false;
   frmStatus_.ShowHideControls(4);
-  selects_[1] += strOwnOrder;
+  selects_[1] << strOwnOrder;
   return fetch(1, selects_[1]);
 }
 
@@ -291,6 +291,8 @@ bool RecordComparison::compare() {
   if (!fetchBoth()) return false;
   frmStatus_.ShowHideControls(5);
   prepareDifferences();
+  // Without both counts nothing says how far the records go.
+  if (recs_[0] < 0 || recs_[1] < 0) return false;
   state_.lngEnd = DataCompEnd::Done;
   return walk() == Step::Counting && count();
 }

@@ -34,38 +34,46 @@ std::string CompMethodToString(std::int32_t lngCompMethod) {
 
 bool NamesKey(const std::string& strKey) { return !strKey.empty() && strKey != noField; }
 
-std::string BuildOrderByClause(const std::string& strKey1, const std::string& strKey2, const std::string& strKey3) {
-  std::string text;
+SqlText BuildOrderByClause(const std::string& strKey1, const std::string& strKey2, const std::string& strKey3) {
+  SqlText text;
   for (const std::string* key : {&strKey1, &strKey2, &strKey3}) {
     const std::string_view trimmed = trimBlanks(*key);
     if (trimmed.empty()) break;
-    text.append(text.empty() ? " ORDER BY [" : ", [").append(trimmed).append("]");
+    text << (text.empty() ? SqlText(" ORDER BY ") : SqlText(", ")) << inBrackets(trimmed);
   }
-  return text.empty() ? text : text + " ";
+  if (!text.empty()) text << " ";
+  return text;
 }
 
-std::string BuildSqlSelectStringWithColumns(Program& program, tServer& server, const std::string& strDb,
-                                            const std::string& strTable, const std::string& strExtName,
-                                            std::string& strSelectPart, long lngObjId) {
-  strSelectPart.clear();
-  return trap(program, moduleName, "BuildSqlSelectStringWithColumns", std::string(), [&] {
-    std::string strText, strList;
+SqlText BuildSqlSelectStringWithColumns(Program& program, tServer& server, const std::string& strDb,
+                                        const std::string& strTable, const std::string& strExtName,
+                                        SqlText& strSelectPart, long lngObjId) {
+  strSelectPart = {};
+  return trap(program, moduleName, "BuildSqlSelectStringWithColumns", SqlText(), [&] {
+    std::string strText;
+    SqlText strList;
     std::vector<tTableColumn> arrColumns;
     std::vector<std::string> arrIgnored;
     long lngUpper = -1;
     long lngIgnored = 0;
     if (GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored,
                           lngObjId, "", ignoredColsData))
-      for (const tTableColumn& column : arrColumns) strList += (strList.empty() ? "[" : ",[") + column.strName + "]";
-    strSelectPart = "SELECT " + (strList.empty() ? "*" : strList) + " FROM ";
-    return strSelectPart + strExtName;
+      for (const tTableColumn& column : arrColumns) {
+        if (!strList.empty()) strList << ",";
+        strList << inBrackets(column.strName);
+      }
+    strSelectPart << "SELECT " << (strList.empty() ? SqlText("*") : strList) << " FROM ";
+    return SqlText(strSelectPart) << asName(strExtName);
   });
 }
 
-std::string BuildSelectForTargetTable(const std::string& strSelectPart, const std::string& strExtName2,
-                                      const std::string& strOrderBy2) {
+SqlText BuildSelectForTargetTable(const SqlText& strSelectPart, const std::string& strExtName2,
+                                  const SqlText& strOrderBy2) {
   if (strSelectPart.empty()) return {};
-  return strSelectPart + " " + strExtName2 + (strOrderBy2.empty() ? "" : " " + strOrderBy2);
+  SqlText strSql = strSelectPart;
+  strSql << " " << asName(strExtName2);
+  if (!strOrderBy2.empty()) strSql << " " << strOrderBy2;
+  return strSql;
 }
 
 std::array<std::vector<std::string>, 2> IgnoredDataColumns(Program& program, const tDataCompRequest& request) {

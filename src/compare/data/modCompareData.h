@@ -11,6 +11,7 @@
 #include "app/Program.h"
 #include "app/Workspace.h"
 #include "compare/data/dataCompSettings.h"
+#include "db/SqlText.h"
 
 namespace qrel {
 
@@ -20,7 +21,7 @@ class frmCompareData;
 struct tDataCompRequest {
   std::array<std::string, 2> arrDbs;
   std::array<std::string, 2> arrTables;      // as the object lists show them, with a schema where they show one
-  std::array<std::string, 2> arrOrderBy;     // of BuildOrderByClause
+  std::array<SqlText, 2> arrOrderBy;         // of BuildOrderByClause
   std::array<std::int32_t, 2> arrOffsets{};  // 1-based first record; 0 and 1 both mean the first
   std::int32_t lngCompMethod = compRecordByRecord;
   std::array<std::array<std::string, 3>, 2> arrCompKeys;  // columns; noField or empty where there is no key
@@ -87,17 +88,17 @@ std::string CompMethodToString(std::int32_t lngCompMethod);
 bool NamesKey(const std::string& strKey);
 
 // " ORDER BY [a], [b] " of the keys up to the first empty one; empty without a first.
-std::string BuildOrderByClause(const std::string& strKey1, const std::string& strKey2, const std::string& strKey3);
+SqlText BuildOrderByClause(const std::string& strKey1, const std::string& strKey2, const std::string& strKey3);
 
 // The SELECT of the table's columns less the ignored ones; of all columns when they can't be had. strSelectPart
 // receives its part up to and with " FROM ".
-std::string BuildSqlSelectStringWithColumns(Program& program, tServer& server, const std::string& strDb,
-                                            const std::string& strTable, const std::string& strExtName,
-                                            std::string& strSelectPart, long lngObjId);
+SqlText BuildSqlSelectStringWithColumns(Program& program, tServer& server, const std::string& strDb,
+                                        const std::string& strTable, const std::string& strExtName,
+                                        SqlText& strSelectPart, long lngObjId);
 
 // The SELECT of the Source's columns on the Target table.
-std::string BuildSelectForTargetTable(const std::string& strSelectPart, const std::string& strExtName2,
-                                      const std::string& strOrderBy2);
+SqlText BuildSelectForTargetTable(const SqlText& strSelectPart, const std::string& strExtName2,
+                                  const SqlText& strOrderBy2);
 
 // The columns of the two tables that are ignored, 0 Source, 1 Target.
 std::array<std::vector<std::string>, 2> IgnoredDataColumns(Program& program, const tDataCompRequest& request);

@@ -8,8 +8,6 @@ namespace {
 
 constexpr const char* crLf = "\r\n";
 
-void appendNameLine(std::string& text, const std::string& strName) { ((text += '\t') += strName) += crLf; }
-
 std::string withoutLastLineEnd(std::string text) {
   text.resize(text.size() - 2);
   return text;
@@ -17,7 +15,13 @@ std::string withoutLastLineEnd(std::string text) {
 
 }  // namespace
 
-void CompareAllReport::begin(const std::array<std::string, 2>& arrNames, const std::string& strFiltering) {
+void CompareAllReport::appendNameLine(std::string& text, const std::string& strName) const {
+  ((text += '\t') += input_ && input_->shownName ? input_->shownName(strName) : strName) += crLf;
+}
+
+void CompareAllReport::begin(const CompareAllInput& input, const std::array<std::string, 2>& arrNames,
+                             const std::string& strFiltering) {
+  input_ = &input;
   strReport = "Comparison of databases\r\n\r\n";
   strReport += "Source database " + arrNames[0] + crLf;
   strReport += "Target database " + arrNames[1] + crLf;
@@ -28,8 +32,9 @@ void CompareAllReport::beginType(long lngType, const CompareAllInput& input) {
   blnTables = lngType == objTables;
   blnSelective = input.blnSelective;
   type = GetObjectTypeName(lngType, false);
-  for (std::string* block : {&strSourceOnly, &strTargetOnly, &strIdentical, &strDetails}) block->clear();
-  lngIdenticalCount = lngDifferentCount = lngSourceOnlyCount = lngTargetOnlyCount = 0;
+  for (std::string* block : {&strSourceOnly, &strTargetOnly, &strNotCompared, &strIdentical, &strDetails})
+    block->clear();
+  lngIdenticalCount = lngDifferentCount = lngSourceOnlyCount = lngTargetOnlyCount = lngNotComparedCount = 0;
   blnFindings = false;
   if (!blnSelective) {
     strReport += "\r\n\r\nComparison of " + type + crLf;
@@ -65,7 +70,8 @@ void CompareAllReport::addDifferent(const std::string& strName) {
 
 void CompareAllReport::addDetails(const Program& program, const std::string& strName, const std::string& strSource,
                                   const std::string& strTarget) {
-  AddDifferencesToDetails(program, strDetails, type, strName, lngDifferentCount, strSource, strTarget);
+  const std::string strShown = input_ && input_->shownName ? input_->shownName(strName) : strName;
+  AddDifferencesToDetails(program, strDetails, type, strShown, lngDifferentCount, strSource, strTarget);
 }
 
 void CompareAllReport::addSourceOnly(const std::string& strName) {
@@ -96,10 +102,27 @@ void CompareAllReport::endSourcePass() {
   appendFound(lngSourceOnlyCount);
 }
 
+void CompareAllReport::addNotCompared(const std::string& strName) {
+  if (lngNotComparedCount == 0) strNotCompared = "List of " + type + " which could not be compared:\r\n";
+  appendNameLine(strNotCompared, strName);
+  ++lngNotComparedCount;
+  blnFindings = true;
+}
+
+void CompareAllReport::addUnreadList() {
+  strReport += unreadLine() + crLf;
+  blnFindings = true;
+}
+
 void CompareAllReport::endTargetPass() {
-  if (lngTargetOnlyCount == 0) return;
-  strReport += strTargetOnly;
-  appendFound(lngTargetOnlyCount);
+  if (lngTargetOnlyCount > 0) {
+    strReport += strTargetOnly;
+    appendFound(lngTargetOnlyCount);
+  }
+  if (lngNotComparedCount > 0) {
+    strReport += strNotCompared;
+    appendFound(lngNotComparedCount);
+  }
 }
 
 void CompareAllReport::appendIdenticalSummary() {
@@ -134,6 +157,8 @@ void CompareAllReport::endType(bool blnSomeColumnsIgnored) {
   appendIdenticalSummary();
   if (lngDifferentCount > 0) strReport += strDetails;
 }
+
+void CompareAllReport::endUnreadType() { strReport += unreadLine(); }
 
 void CompareAllReport::endEmptyType() { strReport.resize(strReport.size() - 2); }
 

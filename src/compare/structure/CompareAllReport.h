@@ -12,7 +12,8 @@ namespace qrel {
 class CompareAllReport {
  public:
   // arrNames: server and database of each side. strFiltering may be empty.
-  void begin(const std::array<std::string, 2>& arrNames, const std::string& strFiltering);
+  // `input` must outlive the report.
+  void begin(const CompareAllInput& input, const std::array<std::string, 2>& arrNames, const std::string& strFiltering);
 
   void beginType(long lngType, const CompareAllInput& input);
   void addCounts(std::size_t sourceCount, std::size_t targetCount);
@@ -26,10 +27,16 @@ class CompareAllReport {
   // Behind the last Source object: what was found so far goes to the report.
   void endSourcePass();
   void addTargetOnly(const std::string& strName);
+  // Without a verdict: in none of the other lists, and the type can't end as if all were the same.
+  void addNotCompared(const std::string& strName);
+  // The names of the Source that the Target's were to be held against couldn't be read.
+  void addUnreadList();
   void endTargetPass();
 
   // The rest of a compared type: the sentence about identical objects and the details.
   void endType(bool blnSomeColumnsIgnored);
+  // The rest of a type of which a list couldn't be read: nothing is said about its objects.
+  void endUnreadType();
   // The rest of a type without objects on both sides. One with objects on one side needs none.
   void endEmptyType();
 
@@ -41,20 +48,24 @@ class CompareAllReport {
 
  private:
   std::string singular() const { return type.substr(0, type.size() - 1); }
+  std::string unreadLine() const { return "Couldn't retrieve list of all " + type + "."; }
   std::string countLine(std::size_t count, const std::string& strSide) const;
   void appendFound(long lngCount);
+  void appendNameLine(std::string& text, const std::string& strName) const;
   void appendIdenticalSummary();
   void appendCleanSentence(bool blnSomeColumnsIgnored);
 
+  const CompareAllInput* input_ = nullptr;
   std::string strReport;
 
   // Of the type at work.
   bool blnTables = false;
   bool blnSelective = false;
   std::string type;  // plural
-  std::string strSourceOnly, strTargetOnly, strIdentical, strDetails;
+  std::string strSourceOnly, strTargetOnly, strNotCompared, strIdentical, strDetails;
   long lngIdenticalCount = 0, lngDifferentCount = 0, lngSourceOnlyCount = 0, lngTargetOnlyCount = 0;
-  bool blnFindings = false;  // an object that differs or is in Target only; one in Source only is none
+  long lngNotComparedCount = 0;
+  bool blnFindings = false;  // an object that differs, is in Target only or has no verdict; one in Source only is none
 };
 
 }  // namespace qrel

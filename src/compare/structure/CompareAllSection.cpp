@@ -1,12 +1,14 @@
 #include "compare/structure/CompareAllSection.h"
 
 #include "app/modStrings.h"
+#include "app/trap.h"
 #include "compare/structure/modCompareObjects.h"
 #include "compare/structure/modIgnoreColumnsOrder.h"
 #include "compare/structure/modIgnoreComments.h"
 #include "compare/structure/modIgnoreWhiteSpaces.h"
 #include "db/mdlQueryCode.h"
 #include "db/modObjectText.h"
+#include "db/modSchema.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -24,7 +26,13 @@ bool CompareAllSection::compare() {
   CompareAllReport& report = run_.report;
   const auto& lists = run_.frm.pvlSqlObj;
   report.beginType(type_, run_.input);
-  if (!loadLists()) return false;
+  bool blnRead = false;
+  if (!loadLists(blnRead)) return false;
+  if (!blnRead) {
+    report.endUnreadType();
+    return true;
+  }
+  ++program_.state<modCompareAllState>().lngTypesRead;
   if (!run_.input.blnSelective) report.addCounts(lists[0].count(), lists[1].count());
   if (lists[0].count() == 0 && lists[1].count() == 0) {
     report.endEmptyType();
@@ -38,14 +46,17 @@ bool CompareAllSection::compare() {
   return true;
 }
 
-bool CompareAllSection::loadLists() {
+bool CompareAllSection::loadLists(bool& blnRead) {
+  blnRead = true;
+  const ReadingScope reading(program_, "the list of " + GetObjectTypeName(type_, false));
   for (int side = 0; side < 2; ++side) {
     const auto index = static_cast<std::size_t>(side);
-    LoadObjects(program_, run_.server(side), run_.frm.pvlSqlObj[index], run_.frm.txtTXProc[index], type_,
-                run_.database(side), false, "", side, true);
+    if (!LoadObjects(program_, run_.server(side), run_.frm.pvlSqlObj[index], run_.frm.txtTXProc[index], type_,
+                     run_.database(side), false, "", side, true))
+      blnRead = false;
     if (!run_.pulse.goOn(true)) return false;
   }
-  if (type_ == objTables) namesakes_.emplace(program_, run_.input.arrDatabases);
+  if (type_ == objTables && blnRead) namesakes_.emplace(program_, run_.input.arrDatabases);
   return true;
 }
 
@@ -55,11 +66,33 @@ CompareAllSection::Item CompareAllSection::itemAt(int side, std::size_t row) con
   item.strPrinted = list.cell(row, 0);
   item.strName = bareName(item.strPrinted);
   item.lngId = numericPrefix(list.cell(row, 2));
+  item.side = side;
   return item;
 }
 
-bool CompareAllSection::proceed(const std::string& strName) const {
-  return ProceedWithThisObject(strName, run_.input.blnSelective, run_.selected);
+// A selection is of objects as they are listed; one of a bare name means all that have it.
+bool CompareAllSection::proceed(const Item& item) const {
+  const bool blnSelective = run_.input.blnSelective;
+  return ProceedWithThisObject(item.strPrinted, blnSelective, run_.selected) ||
+         ProceedWithThisObject(item.strName, blnSelective, run_.selected);
+}
+
+std::string CompareAllSection::wordsFor(const std::string& strName) const {
+  return lowerCase(GetObjectTypeName(type_, true)) + " " + strName;
+}
+
+bool CompareAllSection::nameIsCut(const Item& item) {
+  if (!PointIsPartOfName(program_, run_.server(item.side), run_.database(item.side), type_, item.strPrinted,
+                         item.lngId))
+    return false;
+  notCompared(item, "the point in its name can't be told from the one behind a schema");
+  return true;
+}
+
+void CompareAllSection::notCompared(const Item& item, const std::string& strWhy) {
+  if (!notCompared_.insert(item.strPrinted).second) return;
+  run_.report.addNotCompared(item.strPrinted);
+  program_.state<modCompareAllState>().arrNotCompared.push_back({type_, item.strPrinted, strWhy});
 }
 
 bool CompareAllSection::findNamesake(int side, const std::string& strName, long lngId, long& lngOtherId,
@@ -77,7 +110,7 @@ bool CompareAllSection::sourcePass() {
   for (std::size_t row = 0; row < count; ++row) {
     if (!run_.pulse.goOn()) return false;
     const Item item = itemAt(0, row);
-    if (!proceed(item.strName)) continue;
+    if (!proceed(item)) continue;
     run_.frm.lblCurProcName.setText(item.strPrinted);
     if (!compareItem(item)) return false;
   }
@@ -87,39 +120,57 @@ bool CompareAllSection::sourcePass() {
 }
 
 bool CompareAllSection::compareItem(const Item& item) {
-  CompareAllReport& report = run_.report;
+  const ReadingScope reading(program_, wordsFor(item.strPrinted));
+  const ReadWatch reads(program_);
+  if (nameIsCut(item)) return true;
   Pair pair;
   pair.arrIds[0] = item.lngId;
   bool blnProceed = false;
   if (!findNamesake(0, item.strName, item.lngId, pair.arrIds[1], blnProceed)) return false;
-  if (blnProceed) fetchTexts(item, pair);
-  if (pair.arrTexts[1].empty()) {
-    report.addSourceOnly(item.strPrinted);
-  } else if (identical(item, pair)) {
-    report.addIdentical(item.strPrinted + pair.strSuffix);
-  } else {
-    report.addDifferent(item.strPrinted + pair.strSuffix);
-    if (run_.input.blnDetails) report.addDetails(program_, item.strName, pair.arrTexts[0], pair.arrTexts[1]);
+  try {
+    if (blnProceed && !reads.failed()) fetchTexts(item, pair);
+    decide(item, pair, reads);
+  } catch (const std::exception& error) {
+    // One object's trouble is not the run's. A failed query has been told by now.
+    const ErrorInfo info = describeError(error);
+    if (!reads.failed())
+      ShowErrorReport(program_, info.number, info.description, "modCompareAll", "CompareAll_Structure");
+    notCompared(item, reads.failed() ? "" : info.description);
   }
   return true;
 }
 
+void CompareAllSection::decide(const Item& item, Pair& pair, const ReadWatch& reads) {
+  CompareAllReport& report = run_.report;
+  const bool blnInTarget = !pair.arrTexts[1].empty();
+  const bool blnSame = blnInTarget && !reads.failed() && identical(item, pair);
+  if (reads.failed()) {
+    notCompared(item);
+  } else if (!blnInTarget) {
+    report.addSourceOnly(item.strPrinted);
+  } else if (blnSame) {
+    report.addIdentical(item.strPrinted + pair.strSuffix);
+  } else {
+    report.addDifferent(item.strPrinted + pair.strSuffix);
+    if (!run_.input.blnDetails) return;
+    if (!pair.blnTooLong) return report.addDetails(program_, item.strName, pair.arrTexts[0], pair.arrTexts[1]);
+    program_.state<modCompareAllState>().arrWithoutDetails.push_back(
+        {type_, item.strPrinted, "comment marks without an end make its text too long"});
+  }
+}
+
 void CompareAllSection::fetchTexts(const Item& item, Pair& pair) {
-  auto& arrUnreadable = program_.state<modCompareAllState>().arrUnreadable;
+  const ReadWatch reads(program_);
   for (int side = 0; side < 2; ++side) {
     const auto index = static_cast<std::size_t>(side);
     long lngIgnored = 0;
-    try {
-      pair.arrTexts[index] = fetchText(side, item, pair.arrIds[index], lngIgnored);
-    } catch (const std::exception&) {
-      arrUnreadable.push_back({side, type_, item.strPrinted});
-      throw;
-    }
+    pair.arrTexts[index] = fetchText(side, item, pair.arrIds[index], lngIgnored);
     if (lngIgnored > 0) {
       pair.strSuffix = " (some columns ignored during comparison)";
       run_.blnSomeColumnsIgnored = true;
     }
   }
+  if (reads.failed()) return;
   for (int side = 0; side < 2; ++side) noteIfUnreadable(side, item, pair);
 }
 
@@ -127,7 +178,7 @@ std::string CompareAllSection::fetchText(int side, const Item& item, long lngId,
   switch (type_) {
     case objTables:
       return GetTableText(program_, run_.server(side), item.strName, run_.database(side), true, lngIgnored, lngId, "",
-                          false, "");
+                          false, "", item.strPrinted);
     case objRelationships:
       return GetRelationshipText(program_, run_.server(side), item.strName, run_.database(side));
     case objConstraints:
@@ -140,8 +191,8 @@ std::string CompareAllSection::fetchText(int side, const Item& item, long lngId,
   }
 }
 
-// A Source object is there, for it was listed. A table without columns of its own text was refused by the server, and
-// that has been told; it may still have index lines behind the empty line.
+// A Source object is there, for it was listed. A table without columns in its text may still have index lines behind
+// the empty line.
 void CompareAllSection::noteIfUnreadable(int side, const Item& item, const Pair& pair) {
   const std::string& text = pair.arrTexts[static_cast<std::size_t>(side)];
   const bool missing = text.empty() || (type_ == objTables && pair.strSuffix.empty() && text.starts_with("\r\n"));
@@ -161,18 +212,24 @@ bool CompareAllSection::targetHas(const std::string& strName) {
 }
 
 bool CompareAllSection::identical(const Item& item, Pair& pair) {
+  const auto& [strSource, strTarget] = pair.arrTexts;
+  if (strSource == strTarget || sameWithoutComments(pair)) return true;
+  return program_.settings.IgnoreColSeq && pair.arrIds[0] >= 1 && pair.arrIds[1] >= 1 && sameButForOrder(item, pair);
+}
+
+// The texts stay as the comparison has made them, for the details; those that would outgrow memory stay whole.
+bool CompareAllSection::sameWithoutComments(Pair& pair) {
   auto& [strSource, strTarget] = pair.arrTexts;
-  if (strSource == strTarget) return true;
   if (program_.settings.IgnoreComments) {
-    strSource = StripCommentsFromProc(strSource);
-    strTarget = StripCommentsFromProc(strTarget);
+    std::array<std::string, 2> arrStripped;
+    pair.blnTooLong =
+        !StripCommentsWithin(strSource, arrStripped[0]) || !StripCommentsWithin(strTarget, arrStripped[1]);
+    if (pair.blnTooLong) return SameWithoutComments(program_, strSource, strTarget, type_ == objViews);
+    pair.arrTexts = std::move(arrStripped);
   }
   if (type_ == objViews) AdjustCreateViewStatements(program_, strSource, strTarget);
-  const bool blnSame = program_.settings.IgnoreWhitespace
-                           ? CompareProcs_IgnoreWhiteSpaces(program_, strSource, strTarget)
-                           : strSource == strTarget;
-  return blnSame ||
-         (program_.settings.IgnoreColSeq && pair.arrIds[0] >= 1 && pair.arrIds[1] >= 1 && sameButForOrder(item, pair));
+  return program_.settings.IgnoreWhitespace ? CompareProcs_IgnoreWhiteSpaces(program_, strSource, strTarget)
+                                            : strSource == strTarget;
 }
 
 bool CompareAllSection::sameButForOrder(const Item& item, const Pair& pair) {
@@ -187,25 +244,50 @@ bool CompareAllSection::sameButForOrder(const Item& item, const Pair& pair) {
 
 // Names stay as listed here: one with its schema is not found by name.
 bool CompareAllSection::targetPass() {
-  RecordsetPtr rs;
-  LoadObjects_ToRecordset(program_, run_.connection(0), rs, run_.server(0), type_, run_.database(0), 0);
-  const NamesInRecordset namesInSource(rs);
-  if (rs) rs->Close();
+  const auto names = namesInSource();
   if (!run_.pulse.goOn(true)) return false;
-  const std::size_t count = run_.frm.pvlSqlObj[1].count();
+  if (!names) run_.report.addUnreadList();
+  const std::size_t count = names ? run_.frm.pvlSqlObj[1].count() : 0;
   for (std::size_t row = 0; row < count; ++row) {
     if (!run_.pulse.goOn()) return false;
     const Item item = itemAt(1, row);
-    if (!proceed(item.strPrinted)) continue;
+    if (!proceed(item) || isNotCompared(item)) continue;
     run_.frm.lblCurProcName.setText(item.strPrinted);
-    long lngOtherId = 0;
-    bool blnProceed = false;
-    if (!findNamesake(1, item.strPrinted, item.lngId, lngOtherId, blnProceed)) return false;
-    if (!blnProceed || !existsInSource(item.strPrinted, lngOtherId, namesInSource)) {
-      run_.report.addTargetOnly(item.strPrinted);
-    }
+    if (!lookForItem(item, *names)) return false;
   }
   run_.report.endTargetPass();
+  return true;
+}
+
+std::optional<NamesInRecordset> CompareAllSection::namesInSource() {
+  const ReadingScope reading(program_, "the list of " + GetObjectTypeName(type_, false));
+  RecordsetPtr rs;
+  if (!LoadObjects_ToRecordset(program_, run_.connection(0), rs, run_.server(0), type_, run_.database(0), 0)) return {};
+  return trap(program_, "modCompareAll", "CompareAll_Structure", std::optional<NamesInRecordset>(), [&] {
+    std::optional<NamesInRecordset> names(std::in_place, rs);
+    if (rs) rs->Close();
+    return names;
+  });
+}
+
+// Tells of a Target item that isn't in Source. False: the run is over.
+bool CompareAllSection::lookForItem(const Item& item, const NamesInRecordset& names) {
+  const ReadingScope reading(program_, wordsFor(item.strPrinted));
+  const ReadWatch reads(program_);
+  if (type_ == objTables && nameIsCut(item)) return true;
+  long lngOtherId = 0;
+  bool blnProceed = false;
+  if (!findNamesake(1, item.strPrinted, item.lngId, lngOtherId, blnProceed)) return false;
+  bool blnExists = false;
+  try {
+    blnExists = blnProceed && existsInSource(item.strPrinted, lngOtherId, names);
+  } catch (const std::exception&) {
+    if (!reads.failed()) throw;
+  }
+  if (reads.failed())
+    notCompared(item);
+  else if (!blnExists)
+    run_.report.addTargetOnly(item.strPrinted);
   return true;
 }
 
@@ -239,7 +321,7 @@ void CompareAllSection::countUnlisted() {
   const std::size_t count = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)].count();
   for (std::size_t row = 0; row < count; ++row) {
     const Item item = itemAt(side, row);
-    if (!proceed(side == 0 ? item.strName : item.strPrinted)) continue;
+    if (!proceed(item)) continue;
     ++(side == 0 ? state.lngSourceOnly : state.lngTargetOnly);
   }
 }

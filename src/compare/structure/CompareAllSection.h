@@ -46,30 +46,44 @@ class CompareAllSection {
     std::string strPrinted;  // as listed
     std::string strName;     // without its owner
     long lngId = 0;
+    int side = 0;
   };
   // The two texts of an object on their way through the tests.
   struct Pair {
     std::array<std::string, 2> arrTexts;
     std::array<long, 2> arrIds{};
-    std::string strSuffix;  // printed behind the name
+    std::string strSuffix;    // printed behind the name
+    bool blnTooLong = false;  // without comments the texts are longer than memory is
   };
 
-  bool loadLists();
+  // False: stopped. blnRead: both lists are whole.
+  bool loadLists(bool& blnRead);
   Item itemAt(int side, std::size_t row) const;
-  bool proceed(const std::string& strName) const;
+  bool proceed(const Item& item) const;
+  // Whether the name by which the item would be looked up is another than its own; told then.
+  bool nameIsCut(const Item& item);
+  void notCompared(const Item& item, const std::string& strWhy = {});
+  bool isNotCompared(const Item& item) const { return notCompared_.contains(item.strPrinted); }
+  // "table Orders"
+  std::string wordsFor(const std::string& strName) const;
   // Whether the item has a namesake on the other side to be compared with. False: the run is over.
   bool findNamesake(int side, const std::string& strName, long lngId, long& lngOtherId, bool& blnProceed);
 
   bool sourcePass();
   bool compareItem(const Item& item);
+  void decide(const Item& item, Pair& pair, const ReadWatch& reads);
   void fetchTexts(const Item& item, Pair& pair);
   std::string fetchText(int side, const Item& item, long lngId, long& lngIgnored);
   void noteIfUnreadable(int side, const Item& item, const Pair& pair);
   bool targetHas(const std::string& strName);
   bool identical(const Item& item, Pair& pair);
+  bool sameWithoutComments(Pair& pair);
   bool sameButForOrder(const Item& item, const Pair& pair);
 
   bool targetPass();
+  // Empty when the list can't be read.
+  std::optional<NamesInRecordset> namesInSource();
+  bool lookForItem(const Item& item, const NamesInRecordset& names);
   bool existsInSource(const std::string& strName, long lngOtherId, const NamesInRecordset& namesInSource);
 
   void countTotals();
@@ -79,6 +93,7 @@ class CompareAllSection {
   Program& program_;
   long type_;
   std::optional<TableNamesakes> namesakes_;                     // of a comparison of tables
+  std::unordered_set<std::string> notCompared_;                 // as listed
   std::optional<std::unordered_set<std::string>> targetNames_;  // bare, lower case; made when first asked for
 };
 

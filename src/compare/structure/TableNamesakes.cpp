@@ -3,15 +3,23 @@
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modSchema.h"
+#include "db/readFailures.h"
+#include "platform/error.h"
 
 namespace qrel {
 
 TableNamesakes::TableNamesakes(Program& program, const std::array<std::string, 2>& arrDatabases) {
   const QuietScope quiet(program);
-  for (std::size_t side = 0; side < 2; ++side) {
-    if (read(program, program.main.gtypSelServ[side], arrDatabases[side], sides_[side])) continue;
+  // What isn't known here is asked for table by table, and a failure told then.
+  const AskedScope asked(program);
+  try {
+    for (std::size_t side = 0; side < 2; ++side) {
+      if (read(program, program.main.gtypSelServ[side], arrDatabases[side], sides_[side])) continue;
+      sides_ = {};
+      return;
+    }
+  } catch (const RuntimeError&) {
     sides_ = {};
-    return;
   }
 }
 
@@ -26,7 +34,7 @@ bool TableNamesakes::read(Program& program, const tServer& server, const std::st
   for (; rs && !rs->Eof(); rs->MoveNext())
     if (!rs->Fields(1).IsNull()) tables.schemas.emplace(integerOf(rs->Fields(0).cell), rs->Fields(1).Text());
   constexpr int noSide = -1;
-  const std::string strSql = BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", noSide);
+  const SqlText strSql = BuildObjSQLString(program, objTables, program.settings.IgnoreSysObjects, "", "", noSide);
   if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) == -1) return false;
   for (; rs && !rs->Eof(); rs->MoveNext()) {
     const long lngId = integerOf(rs->Fields(2).cell);

@@ -192,7 +192,7 @@ bool compareTypes(CompareAllRun& run) {
 bool compareAll(CompareAllRun& run, std::string& strTypesFlags) {
   if (!openConnections(run)) return false;
   showProgress(run);
-  run.report.begin({run.server(0).Name + "." + run.database(0), run.server(1).Name + "." + run.database(1)},
+  run.report.begin(run.input, {run.server(0).Name + "." + run.database(0), run.server(1).Name + "." + run.database(1)},
                    BuildSchemaFilteringString(run.program));
   if (!compareTypes(run)) return false;
   run.program.report.gstrReportText = run.report.finish(ElapsedTime(run.program, run.frm.startTicks));

@@ -3,13 +3,16 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
 #include "app/Program.h"
 #include "compare/structure/CompareAllControls.h"
 #include "db/mdlData.h"
+#include "db/readFailures.h"
 
 namespace qrel {
 
@@ -21,11 +24,18 @@ struct ObjectSelection {
   std::vector<std::string> arrSelectedTarget;
 };
 
-// An object that is there and whose text couldn't be had: encrypted, or its query failed.
+// An object that is there and whose text is empty, though every query worked: it is encrypted.
 struct UnreadableObject {
   int side = 0;  // 0 Source, 1 Target
   long lngType = 0;
   std::string strName;  // as listed
+};
+
+// An object without a verdict: a read for it failed, or its name can't be used.
+struct NotComparedObject {
+  long lngType = 0;
+  std::string strName;  // as listed
+  std::string strWhy;   // half a sentence; empty: the failed reads say it (db/readFailures.h)
 };
 
 struct modCompareAllState {
@@ -37,13 +47,17 @@ struct modCompareAllState {
   long lngSourceOnly = 0;
   long lngTargetOnly = 0;
   std::vector<UnreadableObject> arrUnreadable;
+  std::vector<NotComparedObject> arrNotCompared;
+  std::vector<NotComparedObject> arrWithoutDetails;  // that differ, but whose lines couldn't be listed
+  long lngTypesRead = 0;                             // types of which both lists could be read
 };
 
 struct CompareAllInput {
   std::array<std::string, 2> arrDatabases;  // 0 Source, 1 Target
   bool blnSelective = false;                // only the objects of the selection
   ObjectSelection selection;
-  bool blnDetails = false;  // with the lines that differ
+  bool blnDetails = false;                                 // with the lines that differ
+  std::function<std::string(std::string_view)> shownName;  // how the report writes a name; unset: as it is
 };
 
 // Compares the types whose boxes are checked on the two selected servers. True when the run came to its end: the report
@@ -83,7 +97,8 @@ bool CompareAll_CheckForDuplicateNames(Program& program, long enmObjectType, tSe
                                        const std::string& strOtherDb, long lngObjectId, long& lngOtherId,
                                        bool& blnProceed);
 
-// The first fields of a record set, made once for a run through many names. A record set that isn't there has none.
+// The first fields of a record set, made once for a run through many names. A record set that isn't there has none; one
+// that fails on the way raises its error.
 class NamesInRecordset {
  public:
   explicit NamesInRecordset(const RecordsetPtr& rs);

@@ -1,14 +1,18 @@
 #include "compare/structure/modIgnoreComments.h"
 
+#include "app/Program.h"
 #include "app/modStrings.h"
+#include "compare/structure/TextRope.h"
+#include "compare/structure/modCompareObjects.h"
 #include "platform/error.h"
+#include "platform/text.h"
 
 namespace qrel {
 
 namespace {
 
 constexpr auto npos = std::string_view::npos;
-constexpr std::size_t longestText = std::size_t{64} << 20;
+constexpr std::size_t longestText = std::size_t{16} << 20;
 
 // A removal joins what stands before the comment to what stands behind it, and the two may form a new mark. So both
 // strippers move the text byte by byte from what is still to be read to `done`, which never holds a mark, and look at
@@ -25,6 +29,9 @@ bool endsInMark(const std::string& text, char first, char second) {
 class BlockComments {
  public:
   explicit BlockComments(std::string_view text) : tail_(text) {}
+
+  // Whether the text outgrew its bounds; what strip gives is of no use then.
+  bool outgrown() const { return outgrown_; }
 
   // The text less its first `count` comments.
   std::string strip(long count) {
@@ -84,7 +91,9 @@ class BlockComments {
       return true;
     }
     const std::size_t before = done_.size();
-    std::string again = done_.substr(1);
+    std::size_t firstCharacter = 0;
+    nextCodePoint(done_, firstCharacter);
+    std::string again = done_.substr(firstCharacter);
     dropTrailingLf(done_);
     if (done_.size() + again.size() == before) {
       done_ += again;
@@ -94,10 +103,8 @@ class BlockComments {
     again.append(front_, inFront_);
     front_ = std::move(again);
     inFront_ = 0;
-    if (done_.size() + front_.size() + tail_.size() > longestText) {
-      throw RuntimeError(errorNumber::outOfMemory, "Out of memory");
-    }
-    return true;
+    outgrown_ = done_.size() + front_.size() + tail_.size() > longestText;
+    return !outgrown_;
   }
 
   std::string done_;
@@ -106,6 +113,7 @@ class BlockComments {
   std::string_view tail_;  // then the original's rest
   std::size_t inTail_ = 0;
   bool tailHasEnd_ = true;
+  bool outgrown_ = false;
 };
 
 // Offset at which the text goes on behind the line comment whose mark ends at `from`. The LF of a CR LF stays.
@@ -135,16 +143,93 @@ std::string stripLineComments(std::string_view text, long count) {
   return done.append(text, at);
 }
 
-}  // namespace
+using Mark = TextRope::Mark;
 
-std::string StripCommentsFromProc(std::string_view strText) {
+TextRope joined(const TextRope& text, std::uint64_t mark, const TextRope& rest) {
+  const bool lf = mark > 0 && text.at(mark - 1) == '\n';
+  return text.front(lf ? mark - 1 : mark) + rest;
+}
+
+TextRope withoutFirstCharacter(const TextRope& text) {
+  const std::string head = text.head(4);
+  std::size_t size = 0;
+  nextCodePoint(head, size);
+  return text.behind(size);
+}
+
+TextRope stripBlocks(TextRope text, long count) {
+  for (; count > 0; --count) {
+    const auto begin = text.find(Mark::BlockBegin);
+    if (!begin) break;
+    const auto end = text.find(Mark::BlockEnd, *begin);
+    text = joined(text, *begin, end ? text.behind(*end + 2) : withoutFirstCharacter(text));
+  }
+  return text;
+}
+
+TextRope stripLines(TextRope text, long count) {
+  for (; count > 0; --count) {
+    const auto begin = text.find(Mark::Line);
+    if (!begin) break;
+    auto end = text.find(Mark::CrLf, *begin);
+    if (!end) end = text.find(Mark::Lf, *begin);
+    text = joined(text, *begin, end ? text.behind(*end + 1) : TextRope());
+  }
+  return text;
+}
+
+// What StripCommentsFromProc gives.
+TextRope stripped(std::string_view strText) {
   const long blocks = CountOccurrences(strText, "/*");
   const long lines = CountOccurrences(strText, "--");
-  if (blocks == 0 && lines == 0) return std::string(strText);
-  std::string text = ReplaceChars(strText, "\n", "\r\n");
-  if (blocks > 0) text = BlockComments(text).strip(blocks);
-  if (lines > 0) text = stripLineComments(text, lines);
+  if (blocks == 0 && lines == 0) return TextRope(std::string(strText));
+  return stripLines(stripBlocks(TextRope(ReplaceChars(strText, "\n", "\r\n")), blocks), lines);
+}
+
+// The headers are in the first 500 characters behind the leading blanks.
+void adjustHeaders(Program& program, TextRope& a, TextRope& b) {
+  constexpr std::size_t enough = 4000;
+  const auto headSize = [](const TextRope& text) {
+    return static_cast<std::size_t>(std::min<std::uint64_t>(text.leadingBlanks(), longestText)) + enough;
+  };
+  std::string headA = a.head(headSize(a)), headB = b.head(headSize(b));
+  const TextRope restA = a.behind(headA.size()), restB = b.behind(headB.size());
+  AdjustCreateViewStatements(program, headA, headB);
+  a = TextRope(std::move(headA)) + restA;
+  b = TextRope(std::move(headB)) + restB;
+}
+
+}  // namespace
+
+bool StripCommentsWithin(std::string_view strText, std::string& strStripped) {
+  const long blocks = CountOccurrences(strText, "/*");
+  const long lines = CountOccurrences(strText, "--");
+  strStripped = blocks == 0 && lines == 0 ? std::string(strText) : ReplaceChars(strText, "\n", "\r\n");
+  if (blocks > 0) {
+    BlockComments comments(strStripped);
+    std::string text = comments.strip(blocks);
+    if (comments.outgrown()) return false;
+    strStripped = std::move(text);
+  }
+  if (lines > 0) strStripped = stripLineComments(strStripped, lines);
+  return true;
+}
+
+std::string StripCommentsFromProc(std::string_view strText) {
+  std::string text;
+  if (!StripCommentsWithin(strText, text))
+    throw RuntimeError(errorNumber::outOfMemory, "Out of memory: comment marks without an end make the text too long.");
   return text;
+}
+
+bool SameWithoutComments(Program& program, std::string_view strA, std::string_view strB, bool blnViews) {
+  const bool blnWords = program.settings.IgnoreWhitespace;
+  // Case goes letter by letter, so that it can go first.
+  const bool blnFold = blnWords && !program.settings.CaseSensitive;
+  TextRope a = stripped(blnFold ? upperCase(strA) : std::string(strA));
+  TextRope b = stripped(blnFold ? upperCase(strB) : std::string(strB));
+  if (blnViews) adjustHeaders(program, a, b);
+  return blnWords ? a.withoutBlanksAtEnds().sameWords(b.withoutBlanksAtEnds()) : a.same(b);
 }
 
 }  // namespace qrel

@@ -52,6 +52,11 @@ ConnectionString ConnectionString::parse(std::string_view text) {
   return result;
 }
 
+std::string ConnectionString::quoted(const std::string& value) {
+  if (trimSpace(value).size() == value.size() && value.find_first_of(";={}'\"") == std::string::npos) return value;
+  return '"' + replaceAll(value, "\"", "\"\"") + '"';
+}
+
 std::string ConnectionString::get(std::string_view key) const {
   for (auto pair = pairs.rbegin(); pair != pairs.rend(); ++pair) {
     if (equalNoCase(pair->first, key)) return pair->second;

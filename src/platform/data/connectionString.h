@@ -14,6 +14,9 @@ struct ConnectionString {
   std::vector<std::pair<std::string, std::string>> pairs;
 
   static ConnectionString parse(std::string_view text);
+  // A value as it has to stand behind its "=" so that parse gives it back: plain values as they are, others in double
+  // quotes with quotes inside doubled.
+  static std::string quoted(const std::string& value);
   std::string get(std::string_view key) const;  // empty when absent
   bool has(std::string_view key) const;
 

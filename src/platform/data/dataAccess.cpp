@@ -43,7 +43,7 @@ std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
   if (!native && !startsNoCase(provider, "SQLOLEDB")) {
     refuse("Provider '" + provider + "' cannot be found. Use SQLOLEDB.1, or SQLNCLI11 for (localdb) servers.");
   }
-  std::string server(trimBlanks(connectionString.server()));
+  std::string server = connectionString.server();
   if (startsNoCase(server, localDbPrefix)) {
     if (!native) {
       refuse("SQL Server '" + server +

@@ -1,6 +1,7 @@
 #include "platform/data/recordset.h"
 
 #include <algorithm>
+#include <type_traits>
 #include <utility>
 
 #include "platform/data/rowFilter.h"
@@ -64,10 +65,47 @@ Recordset::State_& Recordset::complete() const {
   return state;
 }
 
+namespace {
+
+// Rows of which somebody wants to know when they don't come.
+class WatchedRows : public RowSource {
+ public:
+  WatchedRows(std::unique_ptr<RowSource> rows, std::function<void(const std::exception&)> failed)
+      : rows_(std::move(rows)), failed_(std::move(failed)) {}
+  const std::vector<ColumnInfo>& columns() const override { return rows_->columns(); }
+  std::size_t fetch(ColumnStore& store, std::size_t most) override {
+    return watched([&] { return rows_->fetch(store, most); });
+  }
+  void rewind() override {
+    watched([&] { rows_->rewind(); });
+  }
+  std::int64_t count() override {
+    return watched([&] { return rows_->count(); });
+  }
+
+ private:
+  template <class Body>
+  std::invoke_result_t<Body> watched(Body&& body) {
+    try {
+      return body();
+    } catch (const std::exception& error) {
+      failed_(error);
+      throw;
+    }
+  }
+
+  std::unique_ptr<RowSource> rows_;
+  std::function<void(const std::exception&)> failed_;
+};
+
+}  // namespace
+
 void Recordset::Open(Command& command) {
   Close();
   CommandResult result = command.run();
-  if (result.rows) Open(std::move(result.rows));
+  if (!result.rows) return;
+  if (onReadFailed) result.rows = std::make_unique<WatchedRows>(std::move(result.rows), onReadFailed);
+  Open(std::move(result.rows));
 }
 
 void Recordset::Open(std::unique_ptr<RowSource> rows) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -90,6 +92,8 @@ class Recordset {
   int CursorLocation = adUseServer;
   std::size_t CacheSize = 1;
   int MarshalOptions = 0;
+  // Told of rows that can't be read, at opening or later; the error goes on to whoever asked for them.
+  std::function<void(const std::exception&)> onReadFailed;
 
   // Runs the command and stands on the first record. A command without a result leaves the record set closed.
   void Open(Command& command);

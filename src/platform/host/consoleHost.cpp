@@ -9,13 +9,14 @@
 #include "platform/controls/form.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
 void ConsoleHost::tell(const std::string& title, const std::string& text) {
   messages_ << "qrel: ";
   if (!title.empty()) messages_ << title << ": ";
-  messages_ << replaceAll(text, "\r\n", "\n") << '\n';
+  messages_ << visibleLines(replaceAll(text, "\r\n", "\n")) << '\n';
   messages_.flush();
 }
 
@@ -50,7 +51,7 @@ void ConsoleHost::tellReadOnlyTexts(Form& form) {
     const auto* box = dynamic_cast<const TextBox*>(control);
     if (box && box->readOnly && !box->text().empty()) {
       ++errorReports_;
-      tell(form.caption, box->text());
+      if (!tellWindow || !tellWindow(form)) tell(form.caption, box->text());
     }
   }
 }

@@ -19,8 +19,10 @@ class ConsoleHost : public Host {
   std::deque<std::function<void(Form&)>> windows;
   // The modal window that is open, the innermost one; null without any.
   Form* shown() const { return shown_; }
-  // Error reports shown so far.
+  // Windows with a message of their own (error reports) shown so far.
   std::size_t errorReports() const { return errorReports_; }
+  // Asked first how a modal window without an action is told; true: it has been.
+  std::function<bool(Form&)> tellWindow;
   // Asked at every yield; a command sets it to watch for Ctrl+C.
   std::function<void()> onDoEvents;
 
