@@ -17,6 +17,10 @@ void printLoadReport(std::ostream& out, const LoadReport& report) {
       {"types", report.types},
       {"sequences", report.sequences},
       {"rows", report.rows},
+      {"statements", report.statements},
+      {"made", report.made},
+      {"ran", report.ran},
+      {"without effect", report.withoutEffect},
       {"statements skipped", static_cast<std::int64_t>(report.skipped.size())},
       {"statements refused", static_cast<std::int64_t>(report.failed.size())},
   };

@@ -190,7 +190,7 @@ class Collector : public tsql::BatchListener {
     const std::size_t line = firstLine_ + outcome.line - 1;
     if (options_.progress && report_.statements % statementsBetweenProgress == 0) options_.progress(file_, line);
     const bool skipped = outcome.kind == StatementOutcome::Kind::Skipped;
-    if (!skipped && outcome.kind != StatementOutcome::Kind::Failed) return;
+    if (!skipped && outcome.kind != StatementOutcome::Kind::Failed) return count(report_, outcome.kind);
     const bool mayComeLater =
         !skipped && outcome.errorNumber == errorNumber::invalidObjectName &&
         (startsWith(outcome, "create") || startsWith(outcome, "alter") || startsWith(outcome, "insert"));
@@ -204,6 +204,17 @@ class Collector : public tsql::BatchListener {
   }
 
   std::vector<Pending> pending;
+
+  static void count(LoadReport& report, StatementOutcome::Kind kind) {
+    ++(kind == StatementOutcome::Kind::Made  ? report.made
+       : kind == StatementOutcome::Kind::Ran ? report.ran
+                                             : report.withoutEffect);
+  }
+  // What is listed without having been run as a statement.
+  void tellSkipped(std::size_t line, std::string firstWords, std::string reason) {
+    ++report_.statements;
+    report_.skipped.push_back({file_, line, std::move(firstWords), std::move(reason)});
+  }
 
   void startFile(std::string name) { file_ = std::move(name); }
   void startBatch(std::size_t line) {
@@ -227,9 +238,11 @@ class Attempt : public tsql::BatchListener {
  public:
   void statementDone(const StatementOutcome& outcome) override {
     good = good && outcome.kind != StatementOutcome::Kind::Failed && outcome.kind != StatementOutcome::Kind::Skipped;
+    kind = outcome.kind;
   }
   bool useDatabase(const std::string&) override { return true; }
   bool good = true;
+  StatementOutcome::Kind kind = StatementOutcome::Kind::Ran;
 };
 
 // Tries what has failed for want of something else, again and again while that helps.
@@ -241,6 +254,7 @@ void retry(tsql::Session& session, std::vector<Pending>& pending, LoadReport& re
       Attempt attempt;
       session.run(each.text, &attempt);
       each.done = attempt.good;
+      if (each.done) Collector::count(report, attempt.kind);
       helps = helps || each.done;
     }
   }
@@ -258,19 +272,19 @@ bool mayUseSqlcmd(std::string_view script) {
   return false;
 }
 
-void loadFile(const fs::path& file, tsql::Session& session, Collector& collector, LoadReport& report,
+void loadFile(const fs::path& file, tsql::Session& session, Collector& collector,
               std::vector<std::pair<std::string, std::string>>& variables) {
   std::string script = decodeText(readBytes(file));
   collector.startFile(file.string());
   if (mayUseSqlcmd(script)) {
     std::vector<SkippedStatement> unknown;
     script = applySqlcmd(script, variables, unknown);
-    for (SkippedStatement& each : unknown) {
-      each.file = file.string();
-      report.skipped.push_back(std::move(each));
-    }
+    for (SkippedStatement& each : unknown)
+      collector.tellSkipped(each.line, std::move(each.firstWords), std::move(each.reason));
   }
   for (const Batch& batch : splitBatches(script)) {
+    if (batch.count == 0)
+      collector.tellSkipped(batch.firstLine, "GO 0", "the batch that begins here is to be run no time at all");
     for (int turn = 0; turn < batch.count && !collector.stopRequested(); ++turn) {
       collector.startBatch(batch.firstLine);
       session.run(batch.text, &collector);
@@ -302,7 +316,7 @@ LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std:
     Collector collector(report, options);
     auto variables = options.variables;
     for (const fs::path& file : files)
-      if (!report.stopped) loadFile(file, session, collector, report, variables);
+      if (!report.stopped) loadFile(file, session, collector, variables);
     if (files.size() > 1 && !report.stopped) retry(session, collector.pending, report);
     session.commitAll();
     report.rows = session.rowsInserted();

@@ -24,6 +24,8 @@ struct LoadReport {
   std::int64_t tables = 0, procedures = 0, functions = 0, views = 0, triggers = 0, relationships = 0, indexes = 0,
                types = 0, sequences = 0, rows = 0;
   std::int64_t statements = 0;
+  // What became of them; with those skipped and failed it adds up to `statements`.
+  std::int64_t made = 0, ran = 0, withoutEffect = 0;
   std::vector<SkippedStatement> skipped;  // not understood, in order
   std::vector<SkippedStatement> failed;   // understood and refused, in order
   bool stopped = false;
@@ -53,10 +55,11 @@ LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std:
 struct Batch {
   std::string_view text;
   std::size_t firstLine = 1;  // 1-based in the file
-  int count = 1;
+  int count = 1;  // 0 behind "GO 0"
 };
 // Splits at GO (alone on its line, any case, optional count, optional semicolon or line comment behind it), not inside
-// strings, brackets or block comments.
+// strings, brackets or block comments. One that is never closed ends at a GO line all the same, so that the batch which
+// opens it is lost alone: whoever runs that finds something open at its end.
 std::vector<Batch> splitBatches(std::string_view script);
 // Replaces $(name) by its value and carries out :setvar; other sqlcmd commands (:r, :on error ...) are blanked and told
 // in `unknown` with their lines. An undefined $(name) stays as it is. Line count and line ends stay.
