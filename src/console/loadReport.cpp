@@ -65,7 +65,9 @@ void printLoadReport(std::ostream& out, const LoadReport& report) {
       {"sequences", report.sequences},
       {"rows", report.rows},
       {"statements", report.statements()},
-      {"  carried out", report.statementsMade + report.statementsRan},
+      {"  made", report.statementsMade},
+      {"  ran", report.statementsRan},
+      {"  without effect", report.statementsWithoutEffect},
       {"  skipped", report.statementsSkipped},
       {"  refused", report.statementsFailed},
   };

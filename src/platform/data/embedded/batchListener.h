@@ -9,7 +9,8 @@ namespace qrel::tsql {
 
 // What became of one statement.
 struct StatementOutcome {
-  enum class Kind : std::uint8_t { Made, Ran, Skipped, Failed };
+  // From good to bad. WithoutEffect: what it would do on a server isn't kept here (options, messages, logins).
+  enum class Kind : std::uint8_t { WithoutEffect, Ran, Made, Skipped, Failed };
   Kind kind = Kind::Ran;
   std::string what;        // "table", "procedure", ... for Made; the reason for Skipped and Failed
   std::size_t line = 1;    // 1-based in the batch
@@ -20,7 +21,9 @@ struct StatementOutcome {
 };
 
 // How a batch is run. A provider's command stops at the first error and raises it; the loader goes on with the next
-// statement and is told of each.
+// statement and is told of each: every statement that a text holds has one outcome, in the order of the text, however
+// often a loop runs it. What a branch holds that isn't taken belongs to the IF or WHILE around it. `stopRequested` is
+// asked between statements and every few milliseconds while one runs.
 class BatchListener {
  public:
   virtual ~BatchListener() = default;

@@ -23,10 +23,11 @@ struct SkippedStatement {
 struct Batch {
   std::string_view text;
   std::size_t firstLine = 1;  // 1-based in the file
-  int count = 1;
+  int count = 1;              // 0 behind "GO 0"
 };
 // Splits at GO (alone on its line, any case, optional count, optional semicolon or line comment behind it), not inside
-// strings, brackets or block comments.
+// strings, brackets or block comments. One that is never closed ends at a GO line all the same, so that the batch which
+// opens it is lost alone: whoever runs that finds something open at its end.
 std::vector<Batch> splitBatches(std::string_view script);
 // Replaces $(name) by its value and carries out :setvar; other sqlcmd commands (:r, :on error ...) are blanked and told
 // in `unknown` with their lines. An undefined $(name) stays as it is. Line count and line ends stay.

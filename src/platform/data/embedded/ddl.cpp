@@ -5,6 +5,7 @@
 
 #include "platform/data/embedded/translate.h"
 #include "platform/data/embedded/typeNames.h"
+#include "platform/data/embedded/words.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -68,16 +69,6 @@ TypeRef numberType(std::string_view digits) {
 }
 
 }  // namespace
-
-bool startsStatement(const Token& token) {
-  static constexpr std::array<std::string_view, 43> words{
-      "SELECT",  "INSERT",   "UPDATE",   "DELETE", "CREATE",     "ALTER",      "DROP",       "EXEC",  "EXECUTE",
-      "IF",      "WHILE",    "BEGIN",    "END",    "ELSE",       "DECLARE",    "SET",        "PRINT", "RAISERROR",
-      "THROW",   "RETURN",   "GOTO",     "USE",    "GRANT",      "DENY",       "REVOKE",     "MERGE", "TRUNCATE",
-      "COMMIT",  "ROLLBACK", "SAVE",     "BULK",   "CHECKPOINT", "BACKUP",     "RESTORE",    "DBCC",  "KILL",
-      "WAITFOR", "BREAK",    "CONTINUE", "OPEN",   "CLOSE",      "DEALLOCATE", "RECONFIGURE"};
-  return isOneOf(token, words);
-}
 
 std::vector<std::string> DdlReader::nameList() {
   std::vector<std::string> names;

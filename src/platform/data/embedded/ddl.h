@@ -10,10 +10,6 @@
 
 namespace qrel::tsql {
 
-// Whether a token begins a statement wherever it stands: SELECT, CREATE, IF, ... Words that may as well continue one
-// (WITH, ON) are not among them.
-bool startsStatement(const Token& token);
-
 class DdlReader {
  public:
   DdlReader(TokenReader& reader, const Catalogue& catalogue) : reader_(reader), catalogue_(catalogue) {}

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "platform/data/embedded/scan.h"
+#include "platform/data/embedded/words.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -14,93 +15,80 @@ namespace {
 // Batches longer than this are lexed piece by piece where they are rows of INSERTs.
 constexpr std::size_t pieceSize = 16 * 1024;
 constexpr std::size_t firstWordsLength = 60;
-constexpr int mostTurns = 1000000;
-// Statements within statements, and brackets within brackets, beyond which nothing is read: both are read by recursion.
-constexpr int mostNesting = 200;
+// @@ERROR for errors that have no number of their own here.
+constexpr std::int64_t otherError = 50000;
+constexpr std::int64_t invalidNameError = 208;
 
-bool isModuleWord(const Token& token) {
-  return token.is("PROC") || token.is("PROCEDURE") || token.is("VIEW") || token.is("FUNCTION") || token.is("TRIGGER");
+std::string_view wordAt(std::string_view text, std::size_t at) {
+  std::size_t end = at;
+  while (end < text.size() && ((text[end] | 0x20) >= 'a' && (text[end] | 0x20) <= 'z')) ++end;
+  return text.substr(at, end - at);
 }
 
 // Whether a batch is one CREATE or ALTER of a procedure, view, function or trigger.
 bool isModuleBatch(std::string_view batch) {
-  const std::string_view head = batch.substr(skipBlanksAndComments(batch, 0), 400);
-  const auto tokens = lex(head);
-  TokenReader reader(head, tokens);
-  if (!reader.acceptWord("ALTER")) {
-    if (!reader.acceptWord("CREATE")) return false;
-    if (reader.acceptWord("OR")) reader.acceptWord("ALTER");
+  std::size_t at = 0;
+  const auto next = [&] {
+    at = skipBlanksAndComments(batch, at);
+    const std::string_view word = wordAt(batch, at);
+    at += word.size();
+    return word;
+  };
+  std::string_view word = next();
+  if (equalNoCase(word, "CREATE")) {
+    word = next();
+    if (equalNoCase(word, "OR")) next(), word = next();
+  } else if (equalNoCase(word, "ALTER")) {
+    word = next();
   }
-  return isModuleWord(reader.peek());
+  Token token;
+  token.kind = TokenKind::Word;
+  token.raw = word;
+  return isModuleWord(token);
 }
 
-// How deep brackets, CASE and runs of signs and NOTs go between two tokens.
-int nestingOf(const std::vector<Token>& tokens, std::size_t begin, std::size_t end) {
-  int deepest = 0;
-  int open = 0;
-  int run = 0;
-  for (std::size_t i = begin; i < end; ++i) {
-    const Token& token = tokens[i];
-    const bool prefix = token.isSymbol("-") || token.isSymbol("+") || token.isSymbol("~") || token.is("NOT");
-    run = prefix ? run + 1 : 0;
-    if (token.isSymbol("(") || token.is("CASE")) ++open;
-    if ((token.isSymbol(")") || token.is("END")) && open > 0) --open;
-    deepest = std::max(deepest, open + run);
+// A label is looked for in the whole batch.
+bool mayJump(std::string_view batch) {
+  for (std::size_t at = 0; (at = batch.find_first_of("gG", at)) != std::string_view::npos; ++at)
+    if (equalNoCase(batch.substr(at, 4), "goto")) return true;
+  return false;
+}
+
+std::size_t lineOf(std::string_view text, std::size_t offset) {
+  std::size_t line = 1;
+  for (std::size_t at = nextLine(text, 0); at <= offset && at < text.size(); at = nextLine(text, at)) ++line;
+  return line;
+}
+
+// The server's words for what a batch leaves open.
+std::string unclosedText(const OpenPart& open) {
+  switch (open.mark) {
+    case '*':
+      return "Missing end comment mark '*/': the comment that begins here is never closed.";
+    case '[':
+      return "Unclosed bracket: the name that begins here is never closed.";
+    default:
+      return std::string("Unclosed quotation mark: the ") + (open.mark == '"' ? "name" : "text") +
+             " that begins here is never closed.";
   }
-  return deepest;
 }
 
-bool beginsTransaction(const Token& behindBegin) {
-  return behindBegin.is("TRAN") || behindBegin.is("TRANSACTION") || behindBegin.is("DISTRIBUTED") ||
-         behindBegin.is("DIALOG") || behindBegin.is("CONVERSATION");
-}
+constexpr std::string_view nothingRun = " Nothing of its batch is run.";
 
-bool isOneOf(const Token& token, std::initializer_list<std::string_view> words) {
-  return std::any_of(words.begin(), words.end(), [&](std::string_view word) { return token.is(word); });
-}
-
-// Whether a word that may start a statement goes on with the one that `first` starts.
-class Continuation {
- public:
-  explicit Continuation(const Token& first)
-      : merge_(first.is("MERGE")),
-        wantsSet_(first.is("UPDATE") || first.is("ALTER")),
-        wantsQuery_(first.is("INSERT")),
-        wantsStatement_(first.is("WITH")),
-        alter_(first.is("ALTER")) {}
-
-  // Tells of each token in turn that stands in no brackets.
-  void pass(const Token& token) {
-    if (token.is("VALUES")) wantsQuery_ = false;
-  }
-
-  bool continues(const Token& previous, const Token& token) {
-    if (merge_) return true;  // a MERGE ends with its semicolon alone
-    if (previous.isSymbol(",") || previous.isSymbol("=") ||
-        isOneOf(previous, {"UNION", "ALL", "EXCEPT", "INTERSECT", "AS", "THEN", "FOR", "ON", "AFTER", "OF", "GRANT",
-                           "DENY", "REVOKE", "AND", "OR", "NOT"}))
-      return true;
-    if (token.is("SET") && take(wantsSet_)) return true;
-    if (isOneOf(token, {"SELECT", "EXEC", "EXECUTE"}) && take(wantsQuery_)) return true;
-    if (alter_ && isOneOf(token, {"DROP", "ALTER"}) && take(alter_)) return true;
-    if (isOneOf(token, {"SELECT", "INSERT", "UPDATE", "DELETE", "MERGE"}) && take(wantsStatement_)) {
-      wantsSet_ = token.is("UPDATE");
-      wantsQuery_ = token.is("INSERT");
-      merge_ = token.is("MERGE");
-      return true;
+// `text` from its start as one line of limited length.
+std::string shortened(std::string_view text) {
+  std::string words;
+  for (const char c : text) {
+    const bool blank = static_cast<unsigned char>(c) <= 0x20;
+    if (!blank) {
+      words += c;
+    } else if (!words.empty() && words.back() != ' ') {
+      words += ' ';
     }
-    return false;
+    if (words.size() > firstWordsLength + 4) break;
   }
-
- private:
-  static bool take(bool& flag) {
-    const bool was = flag;
-    flag = false;
-    return was;
-  }
-
-  bool merge_, wantsSet_, wantsQuery_, wantsStatement_, alter_;
-};
+  return std::string(trimRightBlanks(leftCharacters(words, firstWordsLength)));
+}
 
 }  // namespace
 
@@ -116,7 +104,23 @@ Interpreter::Interpreter(Session& session, SessionState& state, BatchListener* l
 
 void Interpreter::run(std::string_view batch) {
   batch_ = batch;
-  const bool whole = batch.size() <= pieceSize || isModuleBatch(batch);
+  if (const OpenPart open = openPartAt(batch, 0, batch.size()); open.mark != 0) {
+    const std::string reason = unclosedText(open) + std::string(nothingRun);
+    if (!listener_) throw DataError(errorNumber::badSql, reason, "42000", std::string(batch));
+    StatementOutcome outcome;
+    outcome.kind = Kind::Failed;
+    outcome.what = reason;
+    outcome.line = fixedLine_ != 0 ? fixedLine_ : lineOf(batch, open.at);
+    outcome.firstWords = shortened(batch.substr(open.at));
+    outcome.errorNumber = errorNumber::badSql;
+    if (tellTo_) {
+      tellTo_->push_back(std::move(outcome));
+    } else {
+      listener_->statementDone(outcome);
+    }
+    return;
+  }
+  const bool whole = batch.size() <= pieceSize || isModuleBatch(batch) || mayJump(batch);
   for (std::size_t at = 0; at < batch.size() && flow_ == Flow::Normal;) {
     const std::string_view rest = batch.substr(at);
     const std::string_view piece = whole ? rest : rest.substr(0, findCut(rest, pieceSize));
@@ -130,44 +134,62 @@ void Interpreter::run(std::string_view batch) {
 void Interpreter::runPiece(std::string_view text) {
   tokens_ = lex(text);
   reader_ = TokenReader(text, tokens_);
-  deep_ = nestingOf(tokens_, 0, tokens_.size()) > mostNesting;
-  while (!reader_.atEnd() && flow_ == Flow::Normal) {
-    const std::size_t before = reader_.position();
-    statement();
-    if (reader_.position() == before) reader_.next();
-  }
+  structure_ = Structure(tokens_);
+  account_.open(tokens_.size() - 1);
+  ends_.clear();
+  blocks_.clear();
+  limit_ = tokens_.size() - 1;
+  deep_ = structure_.nestingOf(0, limit_) > mostNesting;
+  runUntil(0, limit_);
+  if (flow_ != Flow::Normal) account_.claim(reader_.position(), limit_);
+  tellUnread();
+  tellAll();
 }
 
+// Runs the statement at the reader and leaves one outcome for it.
 void Interpreter::statement() {
-  if (listener_ && listener_->stopRequested()) flow_ = Flow::Stop;
+  if (stopAsked()) flow_ = Flow::Stop;
+  if (flow_ != Flow::Normal) return;
+  const std::size_t start = reader_.position();
+  if (reader_.acceptSymbol(";")) return account_.claim(start, start + 1);
+  if (state_.noExec && !atExecOn()) return suspended(start);
+  Doing outer = std::exchange(doing_, {});
+  ++statementDepth_;
+  dispatch();
+  --statementDepth_;
+  if (reader_.position() == start) reader_.next();
+  record(start);
+  doing_ = std::move(outer);
+}
+
+void Interpreter::dispatch() {
   const Token& first = reader_.peek();
-  if (first.isSymbol(";")) {
-    reader_.next();
-    return;
-  }
-  if (++statementDepth_ > mostNesting) {
-    parsed_ = true;
-    const std::size_t start = reader_.position();
-    reader_.moveTo(tokens_.size() - 1);
-    statementFailed(start, Kind::Skipped, "nested too deeply", errorNumber::badSql);
+  if (statementDepth_ > mostNesting) {
+    leaveRest(Kind::Skipped, "nested too deeply: the rest of the batch is left out");
   } else if (first.is("IF")) {
     ifStatement();
   } else if (first.is("WHILE")) {
     whileStatement();
-  } else if (first.is("BEGIN") && !beginsTransaction(reader_.peek(1))) {
+  } else if (structure_.opensBlockAt(reader_.position())) {
     block();
+  } else if (first.is("GOTO")) {
+    gotoStatement();
+  } else if (first.is("ELSE")) {
+    elseStatement();
+  } else if (first.kind == TokenKind::Word && reader_.peek(1).isSymbol(":")) {
+    label();
   } else {
     simpleStatement();
   }
-  --statementDepth_;
 }
 
 void Interpreter::checkNesting(std::size_t start) const {
-  if (deep_ && nestingOf(tokens_, start, likelyEnd(start)) > mostNesting) notUnderstood("nested too deeply");
+  if (deep_ && structure_.nestingOf(start, structure_.guessEnd(start, limit_)) > mostNesting)
+    notUnderstood("nested too deeply");
 }
 
-Interpreter::Handler Interpreter::handlerOf(const Token& token) const {
-  static constexpr std::array<Entry, 45> entries{{
+Interpreter::Handler Interpreter::handlerOf(const Token& token) {
+  static constexpr std::array<Entry, 46> entries{{
       {"INSERT", &Interpreter::insertStatement},
       {"SELECT", &Interpreter::selectStatement},
       {"CREATE", &Interpreter::createStatement},
@@ -183,7 +205,7 @@ Interpreter::Handler Interpreter::handlerOf(const Token& token) const {
       {"DECLARE", &Interpreter::declareStatement},
       {"PRINT", &Interpreter::expressionStatement},
       {"RAISERROR", &Interpreter::raiserrorStatement},
-      {"THROW", &Interpreter::skipWithoutEffect},
+      {"THROW", &Interpreter::throwStatement},
       {"GRANT", &Interpreter::permissionStatement},
       {"DENY", &Interpreter::permissionStatement},
       {"REVOKE", &Interpreter::permissionStatement},
@@ -193,26 +215,27 @@ Interpreter::Handler Interpreter::handlerOf(const Token& token) const {
       {"ROLLBACK", &Interpreter::transactionStatement},
       {"SAVE", &Interpreter::transactionStatement},
       {"CHECKPOINT", &Interpreter::skipWithoutEffect},
-      {"DBCC", &Interpreter::skipWithoutEffect},
+      {"DBCC", &Interpreter::dbccStatement},
       {"BACKUP", &Interpreter::skipWithoutEffect},
       {"RECONFIGURE", &Interpreter::skipWithoutEffect},
+      {"REVERT", &Interpreter::skipWithoutEffect},
       {"WAITFOR", &Interpreter::skipWithoutEffect},
       {"ENABLE", &Interpreter::skipWithoutEffect},
       {"DISABLE", &Interpreter::skipWithoutEffect},
       {"RETURN", &Interpreter::flowStatement},
       {"BREAK", &Interpreter::flowStatement},
       {"CONTINUE", &Interpreter::flowStatement},
+      {"OPEN", &Interpreter::openCursor},
+      {"FETCH", &Interpreter::fetchCursor},
+      {"CLOSE", &Interpreter::closeCursor},
+      {"DEALLOCATE", &Interpreter::closeCursor},
       {"MERGE", &Interpreter::notKept},
       {"GOTO", &Interpreter::notKept},
       {"RESTORE", &Interpreter::notKept},
       {"BULK", &Interpreter::notKept},
-      {"OPEN", &Interpreter::notKept},
-      {"FETCH", &Interpreter::notKept},
-      {"CLOSE", &Interpreter::notKept},
-      {"DEALLOCATE", &Interpreter::notKept},
       {"KILL", &Interpreter::notKept},
+      {"SHUTDOWN", &Interpreter::notKept},
       {"END", &Interpreter::notKept},
-      {"ELSE", &Interpreter::notKept},
   }};
   for (const Entry& entry : entries)
     if (token.is(entry.word)) return entry.handler;
@@ -220,98 +243,197 @@ Interpreter::Handler Interpreter::handlerOf(const Token& token) const {
   return nullptr;
 }
 
+// A batch may begin with a procedure's name alone.
+Interpreter::Handler Interpreter::handlerAt() const {
+  const Handler handler = handlerOf(reader_.peek());
+  if (!handler && reader_.peek().isIdentifier() && atBatchStart()) return &Interpreter::execStatement;
+  return handler;
+}
+
+bool Interpreter::isModuleAt(std::size_t at) const {
+  const auto token = [&](std::size_t ahead) -> const Token& { return tokens_[std::min(at + ahead, limit_)]; };
+  if (token(0).is("ALTER")) return isModuleWord(token(1));
+  return token(0).is("CREATE") && isModuleWord(token(token(1).is("OR") ? 3 : 1));
+}
+
 void Interpreter::simpleStatement() {
   const std::size_t start = reader_.position();
   statementStart_ = start;
-  parsed_ = silent_ = false;
-  made_.clear();
-  rows_ = 0;
+  parsed_ = false;
   try {
-    Handler handler = handlerOf(reader_.peek());
-    if (!handler && reader_.peek().isIdentifier() && atBatchStart()) handler = &Interpreter::execStatement;
-    if (!handler && reader_.peek(1).isSymbol(":")) {  // a label
-      reader_.next();
-      reader_.next();
-      return;
-    }
-    if (!handler) notUnderstood("unknown statement");
-    if (running()) requireStatement(session_.rights(), reader_, session_.open().facts.database);
-    checkNesting(start);
-    const bool told = running();
-    (this->*handler)();
-    if (told && !silent_) tell(start, made_.empty() ? Kind::Ran : Kind::Made, made_, rows_);
+    perform(start);
   } catch (const NotUnderstood& error) {
-    statementFailed(start, Kind::Skipped, error.reason, errorNumber::badSql);
+    refused(start, Kind::Skipped, error.reason, errorNumber::badSql);
   } catch (const DataError& error) {
-    if (error.number == errorNumber::cannotConnect || !listener_) {
-      // The file itself is in trouble, or there is nobody to tell.
-      if (running())
-        throw DataError(error.number, error.description, error.sqlState,
-                        error.sql.empty() ? std::string(batch_) : error.sql);
-    }
-    statementFailed(start, Kind::Failed, error.description, error.number);
+    refused(start, error);
   }
 }
 
-void Interpreter::statementFailed(std::size_t start, Kind kind, const std::string& reason, std::int32_t number) {
-  statementStart_ = start;
-  if (!parsed_) reader_.moveTo(std::max(likelyEnd(start), start + 1));
-  if (!running()) return;
-  if (!listener_) throw DataError(number, reason, "42000", std::string(batch_));
-  tell(start, kind, reason, 0, number);
+void Interpreter::perform(std::size_t start) {
+  const Handler handler = handlerAt();
+  if (!handler) notUnderstood("unknown statement");
+  if (running()) requireStatement(session_.rights(), reader_, session_.open().facts.database);
+  checkNesting(start);
+  (this->*handler)();
 }
 
-void Interpreter::tell(std::size_t start, Kind kind, std::string what, std::int64_t rows, std::int32_t number) {
-  if (!listener_) return;
-  StatementOutcome outcome;
-  outcome.kind = kind;
-  outcome.what = std::move(what);
-  outcome.line = fixedLine_ != 0 ? fixedLine_ : tokens_[start].line + lineOffset_;
-  outcome.firstWords = firstWords(start);
-  outcome.rows = rows;
-  outcome.errorNumber = number;
+void Interpreter::refused(std::size_t start, const DataError& error) {
+  if (error.number == errorNumber::cancelled && stopAsked()) {
+    flow_ = Flow::Stop;
+    return;
+  }
+  if (error.number == errorNumber::cannotConnect || !listener_) {
+    // The file itself is in trouble, or there is nobody to tell.
+    throw DataError(error.number, error.description, error.sqlState,
+                    error.sql.empty() ? std::string(batch_) : error.sql);
+  }
+  refused(start, Kind::Failed, error.description, error.number);
+}
+
+void Interpreter::refused(std::size_t start, Kind kind, const std::string& reason, std::int32_t number) {
+  if (!parsed_) reader_.moveTo(endOfRefused(start, kind));
+  fail(kind, reason, number);
+  if (kind != Kind::Skipped || isModuleAt(start) || fixedLine_ != 0) return;
+  // Where its end had to be guessed, other statements may have gone with it.
+  if (structure_.buriedChange(start, reader_.position()) != Structure::none)
+    doing_.what += "; left out up to line " + std::to_string(tokens_[reader_.position() - 1].line + lineOffset_);
+}
+
+// What was understood and refused is read once more, for its end alone; where that fails, its words must do.
+std::size_t Interpreter::endOfRefused(std::size_t start, Kind kind) {
+  reader_.moveTo(start);
   if (kind == Kind::Failed) {
+    const bool was = std::exchange(executing_, false);
+    try {
+      perform(start);
+    } catch (const NotUnderstood&) {
+      parsed_ = false;
+    } catch (const DataError&) {
+      parsed_ = false;
+    }
+    executing_ = was;
+    if (parsed_ && reader_.position() > start) return reader_.position();
+    reader_.moveTo(start);
+  }
+  std::size_t end = std::max(structure_.guessEnd(start, limit_), start + 1);
+  // The block behind something unknown is its body.
+  if (!handlerAt() && structure_.opensBlockAt(end) && structure_.endOf(end) < limit_) end = structure_.endOf(end) + 1;
+  return end;
+}
+
+// The current statement has come to nothing.
+void Interpreter::fail(Kind kind, const std::string& reason, std::int32_t number) {
+  if (!listener_) throw DataError(number, reason, "42000", std::string(batch_));
+  doing_.kind = kind;
+  doing_.what = reason;
+  doing_.number = number;
+}
+
+void Interpreter::leaveRest(Kind kind, const std::string& reason) {
+  fail(kind, reason);
+  reader_.moveTo(tokens_.size() - 1);
+  parsed_ = true;
+  flow_ = Flow::Return;
+}
+
+void Interpreter::record(std::size_t start) {
+  if (!listener_) return;
+  if (flow_ == Flow::Stop) return account_.claim(start, reader_.position());
+  takeEffect(start);
+  if (doing_.kind == Kind::Skipped && state_.loops > 0)
+    throw LoopRefused{doing_.what, tokens_[start].line + lineOffset_};
+  std::vector<StatementOutcome> inside = std::move(doing_.inside);
+  account_.add(start, reader_.position(), outcomeOf(start), std::move(inside));
+}
+
+// What a statement's outcome means for those behind it.
+void Interpreter::takeEffect(std::size_t start) {
+  const bool bad = doing_.kind == Kind::Skipped || doing_.kind == Kind::Failed;
+  if (bad) markUnknown(start, reader_.position());
+  const Token& first = tokens_[start];
+  if (doing_.kind == Kind::Failed) {
+    setGlobal("@@error", doing_.number == errorNumber::invalidObjectName ? invalidNameError : otherError);
+    if (state_.tries > 0 && flow_ == Flow::Normal) {
+      caught_ = doing_.what;
+      flow_ = Flow::Throw;
+    }
+  } else if (!first.is("IF") && !first.is("WHILE") && !first.is("BEGIN") && !first.is("DECLARE")) {
+    setGlobal("@@error", 0);
+  }
+}
+
+StatementOutcome Interpreter::outcomeOf(std::size_t start) {
+  StatementOutcome outcome;
+  outcome.kind = doing_.kind;
+  outcome.what = doing_.what;
+  outcome.line = fixedLine_ != 0 ? fixedLine_ : tokens_[start].line + lineOffset_;
+  if (!account_.knows(start)) outcome.firstWords = firstWords(start);
+  outcome.rows = doing_.rows;
+  outcome.errorNumber = doing_.number;
+  if (doing_.kind == Kind::Failed) {
     const bool module = start == 0 && pieceStart_ == 0 && isModuleBatch(batch_);
     outcome.text = module ? batch_ : reader_.sourceBetween(start, reader_.position());
   }
-  listener_->statementDone(outcome);
+  return outcome;
+}
+
+void Interpreter::tellAll() {
+  if (!listener_) return;
+  for (StatementOutcome& outcome : account_.take()) {
+    if (tellTo_) {
+      tellTo_->push_back(std::move(outcome));
+    } else {
+      listener_->statementDone(outcome);
+    }
+  }
+}
+
+// Whatever way the statements were read: a token that is in none of them is told.
+void Interpreter::tellUnread() {
+  if (!listener_ || flow_ == Flow::Stop) return;
+  for (auto [first, last] = account_.unclaimed(); first != last; std::tie(first, last) = account_.unclaimed()) {
+    doing_ = {};
+    doing_.kind = Kind::Skipped;
+    doing_.what = "not read";
+    reader_.moveTo(last);
+    account_.add(first, last, outcomeOf(first), {});
+  }
 }
 
 std::string Interpreter::firstWords(std::size_t start) const {
-  const std::size_t end = std::max(reader_.position(), start + 1);
-  std::string words;
-  for (const char c : reader_.sourceBetween(start, end)) {
-    const bool blank = static_cast<unsigned char>(c) <= 0x20;
-    if (!blank) {
-      words += c;
-    } else if (!words.empty() && words.back() != ' ') {
-      words += ' ';
-    }
-    if (words.size() > firstWordsLength + 4) break;
-  }
-  return std::string(trimRightBlanks(leftCharacters(words, firstWordsLength)));
+  return shortened(reader_.sourceBetween(start, std::max(reader_.position(), start + 1)));
 }
 
-std::size_t Interpreter::likelyEnd(std::size_t start) const {
-  Continuation continuation(tokens_[start]);
-  int brackets = 0;
-  int blocks = 0;
-  for (std::size_t i = start + 1; i < tokens_.size(); ++i) {
-    const Token& token = tokens_[i];
-    if (token.kind == TokenKind::End) return i;
-    if (token.isSymbol("(")) ++brackets;
-    if (token.isSymbol(")")) brackets = std::max(0, brackets - 1);
-    if (brackets > 0) continue;
-    continuation.pass(token);
-    if (token.is("CASE")) ++blocks;
-    if (token.is("END") && blocks-- == 0) return i;
-    if (blocks > 0) continue;
-    if (token.isSymbol(";") || token.is("ELSE")) return i;
-    if (token.firstOnLine && (startsStatement(token) || token.is("FETCH")) &&
-        !continuation.continues(tokens_[i - 1], token))
-      return i;
+// Of variables that a statement would have set nobody knows the value.
+void Interpreter::markUnknown(std::size_t begin, std::size_t end) {
+  for (std::string& name : assignedWithin(begin, end)) state_.unknown.insert(std::move(name));
+  for (const char* word : {"INSERT", "UPDATE", "DELETE", "MERGE", "SELECT", "WITH", "EXEC", "EXECUTE"})
+    if (tokens_[begin].is(word) && doing_.kind == Kind::Skipped) state_.unknown.insert("@@rowcount");
+}
+
+void Interpreter::checkStop() const {
+  if (stopAsked()) throw DataError(errorNumber::cancelled, "Operation canceled.", "HY008");
+}
+
+// SET NOEXEC OFF and its like, which alone run while it is on.
+bool Interpreter::atExecOn() const {
+  const Token& option = reader_.peek(1);
+  return reader_.peek().is("SET") && (option.is("NOEXEC") || option.is("PARSEONLY") || option.is("FMTONLY"));
+}
+
+void Interpreter::suspended(std::size_t start) {
+  if (isModuleAt(start)) {
+    reader_.moveTo(tokens_.size() - 1);
+  } else {
+    skipStatement();
   }
-  return tokens_.size() - 1;
+  if (reader_.position() == start) reader_.next();
+  if (!listener_ || std::exchange(suspensionTold_, true)) return account_.claim(start, reader_.position());
+  Doing outer = std::exchange(doing_, {});
+  doing_.kind = Kind::Skipped;
+  doing_.what = "SET NOEXEC is ON: nothing of the batch is run until it is OFF";
+  account_.add(start, reader_.position(), outcomeOf(start), {});
+  doing_ = std::move(outer);
 }
 
 bool Interpreter::act() {
@@ -320,6 +442,7 @@ bool Interpreter::act() {
 }
 
 void Interpreter::schemaChanged() {
+  ++state_.changes;
   catalogue_->forget();
   state_.plans.clear();
   state_.identities.clear();
@@ -331,155 +454,23 @@ void Interpreter::notUnderstood(std::string reason) const {
 }
 
 void Interpreter::skipWithoutEffect() {
-  reader_.moveTo(likelyEnd(statementStart_));
+  const Token& first = tokens_[statementStart_];
+  // Names that are none of the server's reserved words begin a statement only in front of TRIGGER.
+  if ((first.is("ENABLE") || first.is("DISABLE")) && !tokens_[statementStart_ + 1].is("TRIGGER"))
+    notUnderstood("unknown statement");
+  reader_.moveTo(structure_.plainEnd(statementStart_, limit_));
+  withoutEffect();
   act();
 }
 
 void Interpreter::notKept() {
   const std::string word = upperCase(reader_.peek().raw);
-  if (word == "END" || word == "ELSE") {
+  if (word == "END") {
     reader_.next();
     parsed_ = true;
-    notUnderstood(word + " without its beginning");
+    notUnderstood("END without its beginning");
   }
   notUnderstood(word + " isn't carried out");
-}
-
-void Interpreter::statementsUntilEnd() {
-  ++blockDepth_;
-  while (!reader_.atEnd() && !reader_.peek().is("END")) {
-    const std::size_t before = reader_.position();
-    statement();
-    if (reader_.position() == before) reader_.next();
-  }
-  --blockDepth_;
-}
-
-void Interpreter::block() {
-  const std::size_t start = reader_.position();
-  reader_.next();
-  if (reader_.acceptWord("TRY")) return tryBlock();
-  statementsUntilEnd();
-  if (!reader_.acceptWord("END")) {
-    parsed_ = true;
-    statementFailed(start, Kind::Skipped, "BEGIN without END: its statements have been run", errorNumber::badSql);
-  }
-}
-
-void Interpreter::tryBlock() {
-  statementsUntilEnd();
-  reader_.acceptWord("END");
-  reader_.acceptWord("TRY");
-  reader_.acceptSymbol(";");
-  if (!reader_.peek().is("BEGIN") || !reader_.peek(1).is("CATCH")) return;
-  reader_.next();
-  reader_.next();
-  const bool was = executing_;
-  executing_ = false;
-  statementsUntilEnd();
-  executing_ = was;
-  reader_.acceptWord("END");
-  reader_.acceptWord("CATCH");
-}
-
-bool Interpreter::evaluateCondition(const std::string& sql) {
-  const Value value = evaluate("(" + sql + ")");
-  return !value.null && value.integer != 0;
-}
-
-// Moves to the statement behind a condition that can't be read.
-void Interpreter::skipToBody(std::size_t start) {
-  int brackets = 0;
-  for (std::size_t i = start + 1;; ++i) {
-    reader_.moveTo(i);
-    const Token& token = reader_.peek();
-    if (token.isSymbol("(")) ++brackets;
-    if (token.isSymbol(")")) --brackets;
-    if (token.kind == TokenKind::End || (brackets <= 0 && startsStatement(token))) return;
-  }
-}
-
-void Interpreter::ifStatement() {
-  const std::size_t start = reader_.position();
-  const bool was = executing_;
-  bool first = false;
-  bool second = false;
-  parsed_ = false;
-  try {
-    checkNesting(start);
-    reader_.next();
-    const std::string sql = translator().condition();
-    parsed_ = true;
-    if (running()) first = evaluateCondition(sql), second = !first;
-  } catch (const NotUnderstood& error) {
-    if (!std::exchange(parsed_, true)) skipToBody(start);
-    statementFailed(start, Kind::Skipped, error.reason, errorNumber::badSql);
-  } catch (const DataError& error) {
-    if (running() && (!listener_ || error.number == errorNumber::cannotConnect)) throw;
-    if (!std::exchange(parsed_, true)) skipToBody(start);
-    statementFailed(start, Kind::Failed, error.description, error.number);
-  }
-  executing_ = was && first;
-  statement();
-  const std::size_t behind = reader_.position();
-  while (reader_.acceptSymbol(";")) {
-  }
-  if (reader_.acceptWord("ELSE")) {
-    executing_ = was && second;
-    statement();
-  } else {
-    reader_.moveTo(behind);
-  }
-  executing_ = was;
-}
-
-void Interpreter::whileStatement() {
-  const std::size_t start = reader_.position();
-  const bool was = executing_;
-  for (int turn = 0;; ++turn) {
-    reader_.moveTo(start + 1);
-    bool goesOn = false;
-    parsed_ = false;
-    try {
-      checkNesting(start);
-      const std::string sql = translator().condition();
-      parsed_ = true;
-      goesOn = running() && evaluateCondition(sql);
-      if (goesOn && turn >= mostTurns) refuseLoop();
-    } catch (const NotUnderstood& error) {
-      if (!std::exchange(parsed_, true)) skipToBody(start);
-      statementFailed(start, Kind::Skipped, error.reason, errorNumber::badSql);
-      goesOn = false;
-    } catch (const DataError& error) {
-      if (running() && (!listener_ || error.number == errorNumber::cannotConnect)) throw;
-      if (!std::exchange(parsed_, true)) skipToBody(start);
-      statementFailed(start, Kind::Failed, error.description, error.number);
-      goesOn = false;
-    }
-    executing_ = was && goesOn;
-    statement();
-    executing_ = was;
-    if (flow_ == Flow::Continue) flow_ = Flow::Normal;
-    if (!goesOn || flow_ != Flow::Normal) break;
-  }
-  if (flow_ == Flow::Break) flow_ = Flow::Normal;
-}
-
-void Interpreter::refuseLoop() {
-  throw DataError(errorNumber::badSql, "The loop has been ended after " + std::to_string(mostTurns) + " turns.");
-}
-
-void Interpreter::flowStatement() {
-  const Token& word = reader_.next();
-  Flow flow = word.is("BREAK") ? Flow::Break : word.is("CONTINUE") ? Flow::Continue : Flow::Return;
-  std::string value;
-  const Token& next = reader_.peek();
-  const bool expression = next.kind == TokenKind::Number || next.kind == TokenKind::Variable || next.isSymbol("-") ||
-                          (next.isSymbol("(") && !next.firstOnLine);
-  if (flow == Flow::Return && expression) value = translator().expression();
-  if (!act()) return;
-  if (!value.empty()) result_.returnValue = static_cast<std::int32_t>(evaluate(value).integer);
-  flow_ = flow;
 }
 
 }  // namespace qrel::tsql

@@ -5,6 +5,7 @@
 #include "platform/data/embedded/interpreter.h"
 #include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/typeNames.h"
+#include "platform/data/embedded/words.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -34,6 +35,11 @@ std::string attachDatabaseFile(OpenDatabase& open, const std::string& name) {
   throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name + "'.", "42S02");
 }
 
+bool sameValue(const Value& a, const Value& b) {
+  if (a.null || b.null) return a.null == b.null;
+  return a.type == b.type && a.integer == b.integer && a.real == b.real && a.text == b.text;
+}
+
 }  // namespace
 
 TranslateContext& Interpreter::context() {
@@ -52,8 +58,22 @@ TranslateContext& Interpreter::context() {
 
 Value Interpreter::evaluate(const std::string& sql) {
   sqlite::Statement query(*database_, "select " + sql);
-  bindVariables(query, session_.variables);
+  bind(query);
   return query.step() ? sqlite::valueOf(query, 0) : Value();
+}
+
+void Interpreter::bind(sqlite::Statement& statement) const {
+  const int count = sqlite3_bind_parameter_count(statement.get());
+  for (int i = 1; i <= count; ++i) {
+    const char* given = sqlite3_bind_parameter_name(statement.get(), i);
+    std::string name = given ? given : "";
+    const bool global = name.starts_with("@__");
+    if (global) name.replace(0, 3, "@@");
+    if (state_.unknown.count(name) != 0)
+      notUnderstood("the value of " + name + " isn't known: what sets it wasn't carried out");
+    if (global && session_.variables.count(name) == 0) notUnderstood(name + " isn't known here");
+  }
+  bindVariables(statement, session_.variables);
 }
 
 void Interpreter::assign(const std::string& variable, const Value& value) {
@@ -61,11 +81,18 @@ void Interpreter::assign(const std::string& variable, const Value& value) {
   const auto type = session_.variableTypes.find(key);
   if (type == session_.variableTypes.end())
     throw DataError(errorNumber::badSql, "Must declare the scalar variable \"" + variable + "\".", "42000");
-  session_.variables[key] = value.null ? Value() : convertTo(type->second, value);
+  Value fresh = value.null ? Value() : convertTo(type->second, value);
+  Value& kept = session_.variables[key];
+  if (!sameValue(kept, fresh)) ++state_.changes;
+  kept = std::move(fresh);
+  state_.unknown.erase(key);
 }
 
 void Interpreter::setGlobal(const char* name, std::int64_t value) {
   Value& kept = session_.variables[name];
+  if (kept.integer != value && std::string_view(name) != "@@error" && std::string_view(name) != "@@rowcount")
+    ++state_.changes;
+  if (!state_.unknown.empty()) state_.unknown.erase(name);
   kept.type = DataType::Integer;
   kept.null = false;
   kept.integer = value;
@@ -92,6 +119,7 @@ std::shared_ptr<const TableInfo> Interpreter::requireTable(const ObjectName& nam
 
 void Interpreter::declareStatement() {
   reader_.next();
+  if (reader_.peek().kind != TokenKind::Variable) return declareCursor();
   do {
     declareVariable();
   } while (reader_.acceptSymbol(","));
@@ -99,14 +127,16 @@ void Interpreter::declareStatement() {
 }
 
 void Interpreter::declareVariable() {
-  if (reader_.peek().kind != TokenKind::Variable) notUnderstood("cursors aren't kept");
+  if (reader_.peek().kind != TokenKind::Variable) notUnderstood("a variable is expected");
   const std::string name = lowerCase(reader_.next().raw);
   reader_.acceptWord("AS");
   if (reader_.peek().is("TABLE")) notUnderstood("table variables aren't kept");
-  if (reader_.peek().is("CURSOR")) notUnderstood("cursors aren't kept");
-  session_.variableTypes[name] = readType(reader_, catalogue_);
-  session_.variables[name] = Value();
+  if (reader_.peek().is("CURSOR")) notUnderstood("cursors in variables aren't kept");
+  TypeRef type = readType(reader_, catalogue_);
+  // In a loop it is declared once, and keeps its value.
+  if (session_.variableTypes.insert_or_assign(name, std::move(type)).second) session_.variables[name] = Value();
   if (!reader_.acceptSymbol("=")) return;
+  if (running()) state_.unknown.insert(name);  // until it has its value
   const std::string sql = translator().expression();
   if (running()) assign(name, evaluate(sql));
 }
@@ -118,6 +148,7 @@ void Interpreter::setStatement() {
   std::string operation;
   const Token& sign = reader_.next();
   if (sign.kind != TokenKind::Symbol || sign.raw.back() != '=') notUnderstood("'=' is expected");
+  if (reader_.peek().is("CURSOR")) notUnderstood("cursors in variables aren't kept");
   operation = sign.raw.substr(0, sign.raw.size() - 1);
   const std::size_t begin = reader_.position();
   std::string sql = translator().expression();
@@ -142,18 +173,42 @@ void Interpreter::setOption() {
     state_.plans.clear();
     return;
   }
+  withoutEffect();
   if (reader_.acceptWord("TRANSACTION")) {  // ISOLATION LEVEL READ COMMITTED and so on
     while (reader_.peek().kind == TokenKind::Word && !startsStatement(reader_.peek())) reader_.next();
-  } else {
-    if (reader_.acceptWord("STATISTICS")) reader_.peek();
-    do {
-      reader_.expectIdentifier();
-    } while (reader_.acceptSymbol(","));
-    reader_.acceptSymbol("=");
-    reader_.acceptSymbol("-");
-    reader_.next();  // ON, OFF or a value
+    act();
+    return;
   }
-  act();
+  reader_.acceptWord("STATISTICS");
+  std::string option;
+  do {
+    option = upperCase(reader_.expectIdentifier());
+  } while (reader_.acceptSymbol(","));
+  reader_.acceptSymbol("=");
+  setRunOption(option);
+}
+
+// The value of an option, with those options that change what is run or read.
+void Interpreter::setRunOption(const std::string& option) {
+  const bool negative = reader_.acceptSymbol("-");
+  const Token& value = reader_.peek();
+  if (value.kind == TokenKind::End || value.kind == TokenKind::Symbol || startsStatement(value))
+    notUnderstood("the option's value is expected");
+  reader_.next();
+  if (!act()) return;
+  const auto only = [&](std::initializer_list<std::string_view> harmless) {
+    for (const std::string_view each : harmless)
+      if (equalNoCase(value.name(), each)) return;
+    notUnderstood("SET " + option + " " + std::string(value.raw) + " isn't carried out");
+  };
+  if (option == "NOEXEC" || option == "PARSEONLY" || option == "FMTONLY") state_.noExec = value.is("ON");
+  if (option == "DATEFORMAT") only({"mdy"});
+  if (option == "DATEFIRST") only({"7"});
+  if (option == "LANGUAGE") only({"us_english", "English"});
+  if (option == "IMPLICIT_TRANSACTIONS") only({"OFF"});
+  if (option != "ROWCOUNT") return;
+  state_.rowLimit = value.raw != "0" || negative;
+  only({"0"});
 }
 
 void Interpreter::selectStatement() {
@@ -164,8 +219,9 @@ void Interpreter::selectStatement() {
   const std::string sql = query.select(&assigned);
   if (!act()) return;
   if (!assigned.empty()) {
+    if (state_.rowLimit) notUnderstood("SET ROWCOUNT is in force");
     sqlite::Statement rows(*database_, sql);
-    bindVariables(rows, session_.variables);
+    bind(rows);
     std::vector<Value> last;
     std::int64_t count = 0;
     for (; rows.step(); ++count) {
@@ -184,25 +240,43 @@ void Interpreter::selectStatement() {
 void Interpreter::expressionStatement() {
   reader_.next();
   translator().expression();
+  withoutEffect();
   act();
 }
 
-// RAISERROR ('...', 16, 1) WITH NOWAIT, or the old RAISERROR 50001 'text'.
+// RAISERROR ('...', 16, 1) WITH NOWAIT, or the old RAISERROR 50001 'text'. From severity 11 on it is an error.
 void Interpreter::raiserrorStatement() {
   reader_.next();
-  if (reader_.peek().isSymbol("(")) {
-    reader_.skipParentheses();
+  std::string text, severity;
+  if (reader_.acceptSymbol("(")) {
+    text = translator().expression();
+    reader_.expectSymbol(",");
+    severity = translator().expression();
+    while (reader_.acceptSymbol(",")) translator().expression();
+    reader_.expectSymbol(")");
     if (reader_.acceptWord("WITH")) {
       do {
         reader_.expectIdentifier();
       } while (reader_.acceptSymbol(","));
     }
   } else {
-    reader_.next();
+    translator().expression();
     reader_.acceptSymbol(",");
-    reader_.next();
+    text = translator().expression();
   }
-  act();
+  withoutEffect();
+  if (!act()) return;
+  const Value level = severity.empty() ? Value::ofInteger(16) : evaluate(severity);
+  if (!level.null && level.integer > 10) fail(Kind::Failed, "RAISERROR: " + evaluate(text).text);
+}
+
+// DBCC: what only looks or tidies up has no effect here.
+void Interpreter::dbccStatement() {
+  if (reader_.peek(1).is("CHECKIDENT")) {
+    for (std::size_t i = reader_.position(); i < structure_.plainEnd(reader_.position(), limit_); ++i)
+      if (tokens_[i].is("RESEED")) notUnderstood("DBCC CHECKIDENT with RESEED isn't carried out");
+  }
+  skipWithoutEffect();
 }
 
 }  // namespace qrel::tsql

@@ -75,21 +75,14 @@ class Collector : public tsql::BatchListener {
   void statementDone(const StatementOutcome& outcome) override {
     const std::size_t line = firstLine_ + outcome.line - 1;
     if (options_.progress && report_.statements() % statementsBetweenProgress == 0) options_.progress(file_, line);
-    switch (outcome.kind) {
-      case StatementOutcome::Kind::Made:
-        ++report_.statementsMade;
-        break;
-      case StatementOutcome::Kind::Ran:
-        ++report_.statementsRan;
-        break;
-      case StatementOutcome::Kind::Skipped:
-        skipped({file_, line, outcome.firstWords, outcome.what});
-        break;
-      case StatementOutcome::Kind::Failed:
-        ++report_.statementsFailed;
-        const std::size_t entry = note(report_.failed, "f", {file_, line, outcome.firstWords, outcome.what});
-        if (tryAgain_ && mayComeLater(outcome)) keep(entry, outcome.text);
-        break;
+    if (outcome.kind == StatementOutcome::Kind::Skipped) {
+      skipped({file_, line, outcome.firstWords, outcome.what});
+    } else if (outcome.kind == StatementOutcome::Kind::Failed) {
+      ++report_.statementsFailed;
+      const std::size_t entry = note(report_.failed, "f", {file_, line, outcome.firstWords, outcome.what});
+      if (tryAgain_ && mayComeLater(outcome)) keep(entry, outcome.text);
+    } else {
+      count(report_, outcome.kind);
     }
   }
   bool useDatabase(const std::string&) override { return true; }
@@ -98,6 +91,11 @@ class Collector : public tsql::BatchListener {
     return report_.stopped;
   }
 
+  static void count(LoadReport& report, StatementOutcome::Kind kind) {
+    ++(kind == StatementOutcome::Kind::Made  ? report.statementsMade
+       : kind == StatementOutcome::Kind::Ran ? report.statementsRan
+                                             : report.statementsWithoutEffect);
+  }
   void startFile(std::string name) { file_ = std::move(name); }
   void startBatch(std::size_t line) {
     firstLine_ = line;
@@ -158,12 +156,12 @@ class Attempt : public tsql::BatchListener {
   explicit Attempt(Collector& collector) : collector_(collector) {}
   void statementDone(const StatementOutcome& outcome) override {
     good = good && outcome.kind != StatementOutcome::Kind::Failed && outcome.kind != StatementOutcome::Kind::Skipped;
-    made = made || outcome.kind == StatementOutcome::Kind::Made;
+    kind = outcome.kind;
   }
   bool useDatabase(const std::string&) override { return true; }
   bool stopRequested() override { return collector_.stopRequested(); }
   bool good = true;
-  bool made = false;
+  StatementOutcome::Kind kind = StatementOutcome::Kind::Ran;
 
  private:
   Collector& collector_;
@@ -181,7 +179,7 @@ void retry(tsql::Session& session, Collector& collector, LoadReport& report) {
         helps = true;
         --each.times;
         --report.statementsFailed;
-        ++(attempt.made ? report.statementsMade : report.statementsRan);
+        Collector::count(report, attempt.kind);
         if (each.entry < report.failed.size()) --report.failed[each.entry].times;
       }
     }
@@ -214,6 +212,8 @@ void loadFile(const fs::path& file, tsql::Session& session, Collector& collector
   }
   if (collector.stopRequested()) return;
   for (const Batch& batch : splitBatches(script)) {
+    if (batch.count == 0)
+      collector.skipped({file.string(), batch.firstLine, "GO 0", "the batch that begins here is to be run no time at all"});
     for (int turn = 0; turn < batch.count && !collector.stopRequested(); ++turn) {
       collector.startBatch(batch.firstLine);
       session.run(batch.text, &collector);

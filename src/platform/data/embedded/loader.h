@@ -19,8 +19,11 @@ struct LoadReport {
   std::int64_t tables = 0, procedures = 0, functions = 0, views = 0, triggers = 0, relationships = 0, indexes = 0,
                types = 0, sequences = 0, rows = 0;
   // What became of all statements that were met: statements() is the sum.
-  std::int64_t statementsMade = 0, statementsRan = 0, statementsSkipped = 0, statementsFailed = 0;
-  std::int64_t statements() const { return statementsMade + statementsRan + statementsSkipped + statementsFailed; }
+  std::int64_t statementsMade = 0, statementsRan = 0, statementsWithoutEffect = 0, statementsSkipped = 0,
+               statementsFailed = 0;
+  std::int64_t statements() const {
+    return statementsMade + statementsRan + statementsWithoutEffect + statementsSkipped + statementsFailed;
+  }
   // Not understood; understood and refused; in order. Beyond mostListed entries each, statements are counted only.
   static constexpr std::size_t mostListed = 10000;
   std::vector<SkippedStatement> skipped;

@@ -1,5 +1,6 @@
 #include "platform/data/embedded/scan.h"
 
+#include <algorithm>
 #include <cctype>
 #include <string>
 
@@ -132,6 +133,34 @@ std::size_t skipQuotedOrComment(std::string_view text, std::size_t at) {
     default:
       return at;
   }
+}
+
+OpenPart openPartAt(std::string_view text, std::size_t begin, std::size_t end, OpenPart open) {
+  std::size_t at = begin;
+  while (at < end) {
+    const std::string_view two = text.substr(at, std::min<std::size_t>(2, end - at));
+    if (open.mark == '*') {
+      if (two == "/*") ++open.depth;
+      if (two == "*/" && --open.depth == 0) open = {};
+      at += two == "/*" || two == "*/" ? 2 : 1;
+    } else if (open.mark != 0) {
+      const char close = open.mark == '[' ? ']' : open.mark;
+      at = text.find(close, at);
+      if (at >= end) return open;
+      const bool doubled = at + 1 < end && text[at + 1] == close;
+      at += doubled ? 2 : 1;
+      if (!doubled) open = {};
+    } else if (two == "--") {
+      at = nextLine(text, at);
+    } else if (two == "/*") {
+      open = {'*', 1, at};
+      at += 2;
+    } else {
+      if (two[0] == '\'' || two[0] == '"' || two[0] == '[') open = {two[0], 0, at};
+      ++at;
+    }
+  }
+  return open;
 }
 
 std::size_t skipBlanksAndComments(std::string_view text, std::size_t at) {

@@ -10,7 +10,16 @@ namespace qrel::tsql {
 // not closed runs to the end. Block comments nest. A line comment ends before its line end.
 std::size_t skipQuotedOrComment(std::string_view text, std::size_t at);
 
-// The same for comments and blanks alone: the offset of the first character that is neither.
+// A quoted part or block comment that stands open at some place of a text.
+struct OpenPart {
+  char mark = 0;       // ' or " or [ or, for a comment, *; 0 when nothing is open
+  int depth = 0;       // of comments within comments
+  std::size_t at = 0;  // where it opens
+};
+// What is open at `end`, when `before` is open at `begin`.
+OpenPart openPartAt(std::string_view text, std::size_t begin, std::size_t end, OpenPart before = {});
+
+// Like skipQuotedOrComment for comments and blanks alone: the offset of the first character that is neither.
 std::size_t skipBlanksAndComments(std::string_view text, std::size_t at);
 
 // The offset behind the line end (LF, CR LF or CR) of the line that `at` stands on; the text's size on the last line.

@@ -6,6 +6,7 @@
 #include "platform/data/embedded/interpreter.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/embedded/typeNames.h"
+#include "platform/data/embedded/words.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -16,7 +17,7 @@ constexpr int deepestNesting = 32;
 
 // System procedures that change nothing which is kept here.
 bool isWithoutEffect(const std::string& name) {
-  static constexpr std::array<std::string_view, 36> names{"sp_dboption",
+  static constexpr std::array<std::string_view, 35> names{"sp_dboption",
                                                           "sp_configure",
                                                           "sp_tableoption",
                                                           "sp_settriggerorder",
@@ -46,8 +47,7 @@ bool isWithoutEffect(const std::string& name) {
                                                           "sp_fulltext_database",
                                                           "sp_help",
                                                           "sp_helptext",
-                                                          "sp_msforeachtable",
-                                                          "sp_dbcmptlevel",
+                                                                                                                    "sp_dbcmptlevel",
                                                           "sp_createstats",
                                                           "sp_autostats",
                                                           "sp_spaceused",
@@ -66,94 +66,143 @@ ObjectName nameFrom(const std::string& text) {
 }  // namespace
 
 void Interpreter::execStatement() {
-  const std::size_t line = reader_.peek().line + lineOffset_;
+  const std::size_t line = fixedLine_ != 0 ? fixedLine_ : reader_.peek().line + lineOffset_;
   if (!reader_.acceptWord("EXEC")) reader_.acceptWord("EXECUTE");
-  if (reader_.peek().isSymbol("(")) {
-    reader_.next();
+  if (reader_.acceptSymbol("(")) {
     const std::string sql = translator().expression();
     reader_.expectSymbol(")");
     if (reader_.peek().is("AT")) notUnderstood("another server");
+    if (reader_.peek().is("AS")) {  // USER = '...'
+      for (int i = 0; i < 4; ++i) reader_.next();
+    }
     if (act()) execText(evaluate(sql).text, line);
     return;
   }
-  if (reader_.peek().is("AS")) {  // EXECUTE AS USER = '...'
-    skipWithoutEffect();
-    return;
-  }
+  if (reader_.peek().is("AS")) return skipWithoutEffect();  // EXECUTE AS USER = '...'
+  std::string result;
   if (reader_.peek().kind == TokenKind::Variable) {
     if (!reader_.peek(1).isSymbol("=")) notUnderstood("a procedure whose name stands in a variable");
-    reader_.next();
+    result = lowerCase(reader_.next().raw);
     reader_.next();
   }
   const ObjectName procedure = readObjectName(reader_);
-  if (reader_.acceptSymbol(";")) {
-    if (reader_.peek().kind == TokenKind::Number) reader_.next();
+  if (reader_.peek().isSymbol(";") && reader_.peek(1).kind == TokenKind::Number) {  // one of a group
+    reader_.next();
+    reader_.next();
   }
   const std::vector<Argument> arguments = readArguments();
-  if (act()) systemProcedure(lowerCase(procedure.name), arguments, line);
+  if (reader_.peek().is("WITH") && reader_.peek(1).is("RECOMPILE")) {
+    reader_.next();
+    reader_.next();
+  }
+  if (!act()) return;
+  runProcedure(procedure, arguments, line);
+  if (!result.empty()) assign(result, Value::ofInteger(0));
 }
 
 // "a, @b = 1, N'c' OUTPUT": bare words are texts.
 std::vector<Interpreter::Argument> Interpreter::readArguments() {
   std::vector<Argument> arguments;
-  const auto atArgument = [&] {
-    const Token& token = reader_.peek();
-    return token.kind != TokenKind::End && !token.isSymbol(";") && !startsStatement(token) &&
-           (token.kind != TokenKind::Symbol || token.isSymbol("-")) && !token.is("GO") && !token.is("WITH");
-  };
-  if (!atArgument()) return arguments;
+  const Token& first = reader_.peek();
+  if (reader_.position() >= limit_ || first.isSymbol(";") || startsStatement(first) || first.is("WITH") ||
+      first.is("GO") || (first.kind == TokenKind::Symbol && !first.isSymbol("-") && !first.isSymbol("+")))
+    return arguments;
   do {
-    Argument& argument = arguments.emplace_back();
-    if (reader_.peek().kind == TokenKind::Variable && reader_.peek(1).isSymbol("=")) {
-      argument.name = lowerCase(reader_.next().raw);
-      reader_.next();
-    }
-    const Token& token = reader_.peek();
-    if (token.isIdentifier() && !token.is("NULL") && !reader_.peek(1).isSymbol("(")) {
-      argument.value = Value::ofText(std::string(token.name()));
-      reader_.next();
-    } else {
-      const std::string sql = translator().expression();
-      if (running()) argument.value = evaluate(sql);
-    }
-    if (!reader_.acceptWord("OUTPUT")) reader_.acceptWord("OUT");
+    arguments.push_back(readArgument());
   } while (reader_.acceptSymbol(","));
   return arguments;
 }
 
-void Interpreter::execText(const std::string& text, std::size_t line) {
+// A literal, a variable or a word; the server takes no expression here.
+Interpreter::Argument Interpreter::readArgument() {
+  Argument argument;
+  if (reader_.peek().kind == TokenKind::Variable && reader_.peek(1).isSymbol("=")) {
+    argument.name = lowerCase(reader_.next().raw);
+    reader_.next();
+  }
+  const Token& token = reader_.peek();
+  const std::string variable = token.kind == TokenKind::Variable ? lowerCase(token.raw) : "";
+  if (token.is("NULL") || token.is("DEFAULT")) {
+    reader_.next();
+  } else if (token.isIdentifier()) {
+    if (startsStatement(token)) notUnderstood("an argument is expected");
+    argument.value = Value::ofText(std::string(token.name()));
+    reader_.next();
+  } else {
+    const std::size_t begin = reader_.position();
+    const bool sign = token.isSymbol("-") || token.isSymbol("+");
+    const std::string sql = translator().expression();
+    if (reader_.position() != begin + (sign ? 2 : 1)) {
+      reader_.moveTo(begin + 1);
+      throw DataError(errorNumber::badSql, "Incorrect syntax near '" + std::string(reader_.peek().raw) + "'.", "42000");
+    }
+    if (running()) argument.value = evaluate(sql);
+  }
+  if (reader_.acceptWord("OUTPUT") || reader_.acceptWord("OUT")) argument.output = variable;
+  return argument;
+}
+
+// Runs a text as a batch within the batch. It sees the given variables alone and gives back those in `outputs`, from
+// its own names to those outside.
+void Interpreter::execText(const std::string& text, std::size_t line, std::map<std::string, Value> variables,
+                           std::map<std::string, TypeRef> types, const std::map<std::string, std::string>& outputs) {
   if (state_.nesting >= deepestNesting)
     refuse("Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).");
-  silent_ = listener_ != nullptr;
+  for (const auto& [name, value] : session_.variables)
+    if (name.starts_with("@@")) variables[name] = value;
+  const auto exchange = [&] {
+    std::swap(session_.variables, variables);
+    std::swap(session_.variableTypes, types);
+  };
+  std::set<std::string> unknown;
+  exchange();
+  std::swap(state_.unknown, unknown);
   ++state_.nesting;
-  const auto variables = session_.variables;
-  const auto types = session_.variableTypes;
   Interpreter inner(session_, state_, listener_, result_);
-  inner.fixedLine_ = fixedLine_ != 0 ? fixedLine_ : line;
+  inner.fixedLine_ = line;
+  inner.tellTo_ = &doing_.inside;
+  const auto leave = [&] {
+    --state_.nesting;
+    exchange();
+    std::swap(state_.unknown, unknown);
+    for (auto& [name, value] : variables)
+      if (name.starts_with("@@")) session_.variables[name] = value;
+  };
   try {
     inner.run(text);
   } catch (...) {
-    --state_.nesting;
+    leave();
     throw;
   }
-  --state_.nesting;
-  session_.variables = variables;
-  session_.variableTypes = types;
-  if (inner.flow_ == Flow::Stop) flow_ = Flow::Stop;
+  leave();
+  if (inner.flow_ == Flow::Stop || inner.flow_ == Flow::Throw || inner.flow_ == Flow::Abort) flow_ = inner.flow_;
+  if (flow_ == Flow::Throw) caught_ = inner.caught_;
+  for (const auto& [from, to] : outputs) {
+    if (unknown.count(from) != 0)
+      state_.unknown.insert(to);
+    else
+      assign(to, variables[from]);
+  }
 }
 
-void Interpreter::systemProcedure(const std::string& name, const std::vector<Argument>& arguments, std::size_t line) {
+void Interpreter::runProcedure(const ObjectName& procedure, const std::vector<Argument>& arguments, std::size_t line) {
+  const std::string name = lowerCase(procedure.name);
   requireProcedure(session_.rights(), name, session_.open().facts.database);
+  const bool system = procedure.schema.empty() || equalNoCase(procedure.schema, "dbo") ||
+                      equalNoCase(procedure.schema, "sys");
+  if (!system) throw NotUnderstood{"the procedure " + procedure.schema + "." + procedure.name + " isn't run", 1};
+  if (isWithoutEffect(name)) return withoutEffect();
+  if (name.starts_with("sp_")) localName(procedure);  // another database's isn't run here
   if (name == "sp_executesql") return executeSql(arguments, line);
   if (name == "sp_addtype") return addType(arguments);
   if (name == "sp_rename") return renameObject(arguments);
+  if (name == "sp_msforeachtable") return forEachTable(arguments, line);
   if (name == "sp_attach_db" || name == "sp_attach_single_file_db") return attachDatabase(arguments);
   if (name == "sp_droptype") {
     if (arguments.empty()) refuse("Procedure 'sp_droptype' expects parameter '@typename', which was not supplied.");
     changes().dropType(nameFrom(arguments[0].value.text));
     return;
   }
-  if (isWithoutEffect(name)) return;
   throw NotUnderstood{"the procedure " + name + " isn't run", 1};
 }
 
@@ -169,28 +218,54 @@ Value argumentOf(const Arguments& arguments, std::size_t position, std::string_v
 
 }  // namespace
 
+// sp_executesql text, parameters' definitions, parameters. The server takes the first two by their place, whatever name
+// they are given.
 void Interpreter::executeSql(const std::vector<Argument>& arguments, std::size_t line) {
-  const Value text = argumentOf(arguments, 0, "@stmt");
-  const Value declarations = argumentOf(arguments, 1, "@params");
-  const auto variables = session_.variables;
-  const auto types = session_.variableTypes;
-  if (!declarations.null) {
-    const auto tokens = lex(declarations.text);
-    TokenReader reader(declarations.text, tokens);
-    std::map<std::string, Value> values;
+  if (arguments.empty())
+    refuse("Procedure or function 'sp_executesql' expects parameter '@statement', which was not supplied.");
+  std::map<std::string, Value> variables;
+  std::map<std::string, TypeRef> types;
+  std::map<std::string, std::string> outputs;
+  if (arguments.size() > 1 && !arguments[1].value.null && !arguments[1].value.text.empty()) {
+    const std::string& definitions = arguments[1].value.text;
+    const auto tokens = lex(definitions);
+    TokenReader reader(definitions, tokens);
     std::size_t position = 2;
     do {
+      if (reader.peek().kind != TokenKind::Variable) throw NotUnderstood{"the parameters' definitions", 1};
       const std::string name = lowerCase(reader.next().raw);
       reader.acceptWord("AS");
-      session_.variableTypes[name] = readType(reader, catalogue_);
-      if (!reader.acceptWord("OUTPUT")) reader.acceptWord("OUT");
-      values[name] = argumentOf(arguments, position++, name);
+      const TypeRef type = readType(reader, catalogue_);
+      const bool output = reader.acceptWord("OUTPUT") || reader.acceptWord("OUT");
+      auto given = std::find_if(arguments.begin() + 2, arguments.end(),
+                                [&](const Argument& argument) { return argument.name == name; });
+      if (given == arguments.end() && position < arguments.size() && arguments[position].name.empty())
+        given = arguments.begin() + static_cast<std::ptrdiff_t>(position);
+      ++position;
+      variables[name] = given == arguments.end() || given->value.null ? Value() : convertTo(type, given->value);
+      if (output && given != arguments.end() && !given->output.empty()) outputs[name] = given->output;
+      types[name] = type;
     } while (reader.acceptSymbol(","));
-    for (const auto& [name, value] : values) assign(name, value);
+    if (!reader.atEnd()) throw NotUnderstood{"the parameters' definitions", 1};
   }
-  execText(text.text, line);
-  session_.variables = variables;
-  session_.variableTypes = types;
+  const std::string text = arguments[0].value.text;
+  execText(text, line, std::move(variables), std::move(types), outputs);
+}
+
+// sp_msforeachtable 'command': the command with each table's name in place of "?".
+void Interpreter::forEachTable(const std::vector<Argument>& arguments, std::size_t line) {
+  if (arguments.size() != 1 || (!arguments[0].name.empty() && arguments[0].name != "@command1"))
+    throw NotUnderstood{"sp_msforeachtable with more than a command", 1};
+  std::vector<std::string> names;
+  {
+    sqlite::Statement tables(*database_,
+                             "select '[' || replace(s.name, ']', ']]') || '].[' || replace(o.name, ']', ']]') || ']' "
+                             "from cat_objects o join cat_schemas s on s.id = o.schema_id where o.xtype = 'U' order by "
+                             "o.id");
+    while (tables.step()) names.emplace_back(tables.text(0));
+  }
+  for (const std::string& name : names)
+    if (flow_ == Flow::Normal) execText(replaceAll(arguments[0].value.text, "?", name), line);
 }
 
 void Interpreter::addType(const std::vector<Argument>& arguments) {

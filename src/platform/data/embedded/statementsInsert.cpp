@@ -378,7 +378,7 @@ void Interpreter::insertValues(InsertPlan& plan) {
       count = 1;
     }
   }
-  rows_ = count;
+  doing_.rows = count;
   state_.inserted += count;
   setGlobal("@@rowcount", count);
   result_.recordsAffected = count;
@@ -387,10 +387,11 @@ void Interpreter::insertValues(InsertPlan& plan) {
 void Interpreter::insertQuery(InsertPlan& plan) {
   const std::string sql = translator().select();
   if (!act()) return;
+  if (state_.rowLimit) notUnderstood("SET ROWCOUNT is in force");
   std::vector<std::vector<Value>> rows;  // all of them first: the query may read the table that grows
   {
     sqlite::Statement query(*database_, sql);
-    bindVariables(query, session_.variables);
+    bind(query);
     const auto count = static_cast<std::size_t>(sqlite3_column_count(query.get()));
     if (count != plan.given) {
       refuse("The select list for the INSERT statement contains " + std::string(count < plan.given ? "fewer" : "more") +
@@ -403,15 +404,16 @@ void Interpreter::insertQuery(InsertPlan& plan) {
   }
   atomically([&] {
     for (auto& row : rows) {
+      checkStop();
       for (std::size_t i = 0; i < row.size(); ++i)
         if (!row[i].null) row[i] = convertTo(plan.columns[i].column->type, row[i]);
       insertRow(plan, row);
     }
   });
-  rows_ = static_cast<std::int64_t>(rows.size());
-  state_.inserted += rows_;
-  setGlobal("@@rowcount", rows_);
-  result_.recordsAffected = rows_;
+  doing_.rows = static_cast<std::int64_t>(rows.size());
+  state_.inserted += doing_.rows;
+  setGlobal("@@rowcount", doing_.rows);
+  result_.recordsAffected = doing_.rows;
 }
 
 // `values` holds the given columns' values in their stored form.

@@ -1,7 +1,9 @@
 // CREATE and ALTER: which statement it is; procedures, views, functions and triggers.
 #include <array>
 
+#include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/interpreter.h"
+#include "platform/data/embedded/words.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -59,8 +61,14 @@ void Interpreter::alterStatement() {
   const Token& word = reader_.peek();
   if (reader_.acceptWord("TABLE")) {
     alterTable();
-  } else if (isWithoutEffect(word) || word.is("INDEX") || word.is("SEQUENCE")) {
+  } else if (isWithoutEffect(word) || word.is("INDEX")) {
+    const std::size_t start = reader_.position();
     skipWithoutEffect();
+    for (std::size_t i = start; word.is("INDEX") && i < reader_.position(); ++i) {
+      if (!tokens_[i].is("DISABLE")) continue;
+      parsed_ = true;
+      notUnderstood("indexes aren't disabled");
+    }
   } else {
     notUnderstood("ALTER " + upperCase(word.raw) + " isn't carried out");
   }
@@ -114,24 +122,71 @@ bool Interpreter::isEncrypted(std::size_t from) const {
   return false;
 }
 
+namespace {
+
+// Whether a query goes on, for all that its text tells, with a word that begins statements.
+bool continuesQuery(const Token& previous, const Token& token) {
+  static constexpr std::array<std::string_view, 6> before{"AS", "UNION", "ALL", "EXCEPT", "INTERSECT", "RETURN"};
+  if (token.is("MERGE") || token.is("FETCH")) return true;  // a join's hint, a row limit
+  if (!token.is("SELECT")) return false;
+  bool goesOn = previous.isSymbol(")");  // of a common table
+  for (const std::string_view word : before) goesOn = goesOn || previous.is(word);
+  return goesOn;
+}
+
+}  // namespace
+
+// What the server refuses a batch for: a second module in it, another statement behind a view's query.
+void Interpreter::checkModuleBody(const std::string& kind, std::size_t from) const {
+  int brackets = 0;
+  bool query = false;
+  for (std::size_t i = from; i + 1 < tokens_.size(); ++i) {
+    const Token& token = tokens_[i];
+    const Token& previous = tokens_[i - 1];
+    if (token.isSymbol("(")) ++brackets;
+    if (token.isSymbol(")")) --brackets;
+    const bool permission = previous.isSymbol(",") || previous.is("GRANT") || previous.is("DENY") ||
+                            previous.is("REVOKE");
+    if (token.is("CREATE") && isModuleAt(i) && !permission)
+      refuse("'CREATE " + upperCase(tokens_[i + 1].raw) + "' must be the first statement in a query batch (line " +
+             std::to_string(token.line) + "). Nothing of the batch is kept.");
+    if (kind != "view" || brackets > 0) continue;
+    query = query || token.is("SELECT");
+    if (token.is("CASE") && structure_.endOf(i) != Structure::none) {
+      i = structure_.endOf(i);
+    } else if (query && startsStatement(token) && !continuesQuery(previous, token)) {
+      refuse("Incorrect syntax near the keyword '" + upperCase(token.raw) + "' (line " + std::to_string(token.line) +
+             "). Nothing of the batch is kept.");
+    }
+  }
+}
+
+// The rest of the batch is the module's body, whatever becomes of it: none of it is ever run.
 void Interpreter::moduleStatement() {
+  const std::size_t create = reader_.position();
+  if (!atBatchStart() || insideAnother() || !executing_) {
+    // The server compiles nothing of such a batch; here at least nothing of the module's body is run.
+    const Token& kind = tokens_[reader_.peek(1).is("OR") ? create + 3 : create + 1];
+    return leaveRest(Kind::Failed, "'CREATE/ALTER " + upperCase(kind.raw) +
+                                       "' must be the first statement in a query batch. The rest of the batch is "
+                                       "left out.");
+  }
+  try {
+    keepModule();
+  } catch (...) {
+    reader_.moveTo(tokens_.size() - 1);
+    parsed_ = true;
+    throw;
+  }
+}
+
+void Interpreter::keepModule() {
   const std::size_t create = reader_.position();
   const bool alter = reader_.next().is("ALTER");
   const bool orAlter = !alter && reader_.acceptWord("OR");
   if (orAlter) reader_.expectWord("ALTER");
   const std::size_t kindAt = reader_.position();
   const std::string kind = moduleKind(reader_.next());
-  if (!atBatchStart() || blockDepth_ > 0 || !executing_) {
-    // The server compiles nothing of such a batch; here at least nothing of the module's body is run.
-    const std::string reason = "'CREATE/ALTER " + upperCase(kind) +
-                               "' must be the first statement in a query batch. The rest of the batch is left out.";
-    if (!listener_) throw DataError(errorNumber::badSql, reason, "42000", std::string(batch_));
-    tell(create, Kind::Failed, reason, 0, errorNumber::badSql);
-    silent_ = parsed_ = true;
-    reader_.moveTo(tokens_.size() - 1);
-    flow_ = Flow::Return;
-    return;
-  }
   const ObjectName name = localName(readObjectName(reader_));
   const std::size_t behindName = reader_.position();
   std::optional<ObjectName> parent;
@@ -139,13 +194,11 @@ void Interpreter::moduleStatement() {
   if (kind == "function") xtype = functionKind(behindName);
   if (kind == "trigger") {
     reader_.expectWord("ON");
-    if (reader_.peek().is("DATABASE") || reader_.peek().is("ALL")) {
-      reader_.moveTo(tokens_.size() - 1);
-      parsed_ = true;
+    if (reader_.peek().is("DATABASE") || reader_.peek().is("ALL"))
       notUnderstood("triggers on databases and servers aren't kept");
-    }
     parent = localName(readObjectName(reader_));
   }
+  checkModuleBody(kind, behindName);
   reader_.moveTo(tokens_.size() - 1);
   if (!act()) return;
   if (alter && !catalogue_->find(name.schema, name.name)) {

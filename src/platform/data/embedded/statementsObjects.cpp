@@ -7,6 +7,7 @@
 #include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/translate.h"
 #include "platform/data/embedded/typeNames.h"
+#include "platform/data/embedded/words.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -100,7 +101,7 @@ void Interpreter::createSequence() {
     if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec == std::errc()) reader_.next();
     if (negative) value = -value;
   };
-  const std::size_t end = likelyEnd(statementStart_);
+  const std::size_t end = structure_.plainEnd(statementStart_, limit_);
   while (reader_.position() < end) {  // of the options only these two count
     if (reader_.acceptWord("START")) {
       reader_.acceptWord("WITH");
@@ -129,10 +130,11 @@ void Interpreter::createSynonym() {
 void Interpreter::createDatabase() {
   reader_.next();
   const std::string name = reader_.expectIdentifier();
-  reader_.moveTo(likelyEnd(statementStart_));
+  reader_.moveTo(structure_.plainEnd(statementStart_, limit_));
   if (!act()) return;
   if (listener_) {
     if (!listener_->useDatabase(name)) notUnderstood("CREATE DATABASE isn't carried out here");
+    withoutEffect();
     return;
   }
   const auto file = databaseFile(session_.open().facts.folder, name);
@@ -148,6 +150,7 @@ void Interpreter::useStatement() {
   if (!act()) return;
   if (listener_) {
     if (!listener_->useDatabase(name)) notUnderstood("USE of another database isn't carried out here");
+    withoutEffect();
     if (!isSystemDatabase(name)) state_.usedNames.insert(lowerCase(name));
     return;
   }
@@ -193,7 +196,7 @@ void Interpreter::dropStatement() {
   do {
     names.push_back(localName(readObjectName(reader_)));
   } while (reader_.acceptSymbol(","));
-  if (reader_.acceptWord("ON")) reader_.moveTo(likelyEnd(statementStart_));  // DROP TRIGGER ... ON DATABASE
+  if (reader_.acceptWord("ON")) reader_.moveTo(structure_.plainEnd(statementStart_, limit_));  // DROP TRIGGER ... ON DATABASE
   if (!act()) return;
   std::optional<DataError> first;  // the others are dropped all the same
   for (const ObjectName& name : names) {
@@ -259,6 +262,7 @@ void Interpreter::dropDatabases(bool ifExists) {
   for (const std::string& name : names) {
     if (listener_) {
       if (!listener_->useDatabase(name)) notUnderstood("DROP DATABASE isn't carried out here");
+      withoutEffect();
       continue;
     }
     const auto file = databaseFile(session_.open().facts.folder, name);
@@ -344,6 +348,7 @@ void Interpreter::beginTransaction() {
     if (reader_.peek().kind == TokenKind::String) reader_.next();
   }
   if (!act()) return;
+  ++state_.changes;
   if (state_.transactions++ == 0) {
     database_->execute("savepoint q_transaction");
     state_.insertedAtBegin = state_.inserted;

@@ -53,12 +53,14 @@ void Interpreter::alterTable() {
     do {
       reader_.expectIdentifier();
     } while (reader_.acceptSymbol(","));
+    withoutEffect();
     act();
   } else if (word.is("SET") || word.is("REBUILD") || word.is("SWITCH")) {
     if (word.is("SWITCH")) notUnderstood("partitions aren't kept");
     reader_.next();
     if (reader_.peek().isSymbol("(")) reader_.skipParentheses();
     if (reader_.acceptWord("WITH")) reader_.skipParentheses();
+    withoutEffect();
     act();
   } else {
     notUnderstood("unknown form of ALTER TABLE");
@@ -123,8 +125,10 @@ void Interpreter::fillColumns(const ObjectName& name, const std::vector<ColumnDe
     const InsertPlan::Column source = defaultFor(*column);
     sqlite::Statement update(*database_, "update " + quoteName(table->storage) + " set " + quoteColumn(column->name) +
                                              " = ?1 where _rowid_ = ?2");
-    for (const std::int64_t row : rows)
+    for (const std::int64_t row : rows) {
+      checkStop();
       update.bind(1, counted ? generated(*table, *column) : defaultOf(source)).bind(2, row).run();
+    }
   }
 }
 

@@ -67,7 +67,9 @@ Interpreter::UpdateTarget Interpreter::readTarget(std::size_t target) {
     result.where = " where " + std::string(reader_.sourceBetween(begin, reader_.position()));
   }
   if (reader_.acceptWord("OPTION")) reader_.skipParentheses();
-  if (act()) result.table = requireTable(localName(name));
+  if (!act()) return result;
+  if (state_.rowLimit) notUnderstood("SET ROWCOUNT is in force");
+  result.table = requireTable(localName(name));
   return result;
 }
 
@@ -128,7 +130,7 @@ void Interpreter::applyUpdate(const TableInfo& table, const std::vector<const Ta
   {
     std::set<std::int64_t> seen;  // a row that several joined rows meet is changed once
     sqlite::Statement query(*database_, rowsSql);
-    bindVariables(query, session_.variables);
+    bind(query);
     while (query.step()) {
       if (!seen.insert(query.integer(0)).second) continue;
       auto& row = rows.emplace_back(query.integer(0), std::vector<Value>());
@@ -143,6 +145,7 @@ void Interpreter::applyUpdate(const TableInfo& table, const std::vector<const Ta
   if (version != table.columns.end()) set += ", " + quoteColumn(version->name) + " = ?";
   sqlite::Statement update(*database_, "update " + quoteName(table.storage) + " set " + set + " where _rowid_ = ?");
   for (const auto& [row, values] : rows) {
+    checkStop();
     int at = 0;
     for (const Value& value : values) {
       const auto* column = columns[static_cast<std::size_t>(at)];
@@ -177,7 +180,7 @@ void Interpreter::deleteStatement() {
   if (!running()) return;
   sqlite::Statement rows(*database_, "delete from " + quoteName(table.table->storage) + " where _rowid_ in (" +
                                          rowsQuery(table, {}) + ")");
-  bindVariables(rows, session_.variables);
+  bind(rows);
   rows.run();
   const std::int64_t count = sqlite3_changes64(database_->get());
   setGlobal("@@rowcount", count);

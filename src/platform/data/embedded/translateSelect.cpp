@@ -4,6 +4,7 @@
 #include "platform/data/embedded/quoting.h"
 #include "platform/data/embedded/statementRights.h"
 #include "platform/data/embedded/translation.h"
+#include "platform/data/embedded/words.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -23,15 +24,6 @@ class ScopeGuard {
   Scope*& current_;
   Scope* before_;
 };
-
-bool startsStatement(const Token& token) {
-  for (const std::string_view word :
-       {"select", "insert", "update", "delete", "exec",   "execute", "declare",  "set",      "if",
-        "else",   "begin",  "while",  "print",  "return", "create",  "alter",    "drop",     "truncate",
-        "grant",  "deny",   "revoke", "use",    "merge",  "commit",  "rollback", "raiserror"})
-    if (token.is(word)) return true;
-  return false;
-}
 
 bool endsSelectList(const Token& token) {
   for (const std::string_view word :
@@ -147,6 +139,7 @@ void Translation::readLimit(std::string& limit) {
 
 void Translation::refuseForClause() {
   if (reader_.peek().is("for")) {
+    if (reader_.peek(1).is("read") || reader_.peek(1).is("update")) return;  // of the cursor that reads the query
     if (!reader_.peek(1).is("browse")) refuse("FOR " + std::string(reader_.peek(1).raw) + " can't be translated");
     reader_.next();
     reader_.next();
@@ -231,6 +224,7 @@ std::size_t Translation::findFrom() const {
     if (token.is("case")) ++cases;
     if (token.is("end")) {
       if (--cases < 0) return 0;
+      continue;  // the word ends a statement too
     }
     if (token.is("from")) return reader_.position() + i;
     if (cases == 0 && i > 0 && endsSelectList(token)) return 0;
