@@ -1,6 +1,7 @@
 #include "app/mdlMain.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "app/CCommandArgs.h"
 #include "app/modRegistry.h"
@@ -73,6 +74,18 @@ void SaveLocation(Program& program) {
   SaveSettingString(program.store, HKEY_CURRENT_USER, productKey, "Location", program.main.gstrAppPath);
 }
 
+namespace {
+
+// The digits that the text begins with; 0 when there are none or too many.
+std::int32_t processId(std::string_view text) {
+  std::int32_t id = 0;
+  const bool number = !text.empty() && text.front() >= '0' && text.front() <= '9';
+  const auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), id);
+  return number && failed == std::errc() ? id : 0;
+}
+
+}  // namespace
+
 void ParseCommandLine(Program& program) {
   if (program.commandLine.empty()) return;
   CCommandArgs args;
@@ -80,7 +93,7 @@ void ParseCommandLine(Program& program) {
   args.TestString = program.commandLine;
   args.Parse();
   const std::string strId = args.Item("RunSavedComp");
-  if (!strId.empty()) program.main.glngRunSavedCompId = numericPrefix(strId);
+  if (!strId.empty()) program.main.glngRunSavedCompId = processId(strId);
 }
 
 double GetMdacVersion(Program& program) { return program.data.version(); }

@@ -10,6 +10,8 @@ namespace qrel {
 
 namespace {
 
+constexpr std::int32_t permissionRows = 90;  // the object type whose third field is no number
+
 std::string textOfField(Recordset& rs, std::size_t index) {
   const Field field = rs.Fields(index);
   if (field.IsNull()) throw RuntimeError(errorNumber::invalidUseOfNull, "Invalid use of Null");
@@ -48,7 +50,7 @@ bool ConvertRecordsetToTwoStrArray(Host& host, Recordset& rs, std::vector<TwoStr
     TwoStr item;
     item.strName = textOfField(rs, 0);
     item.strRefDate = textOfField(rs, 1);
-    item.lngId = integerOf(rs.Fields(2).cell);
+    item.lngId = lngType == permissionRows ? 0 : integerOf(rs.Fields(2).cell);
     if (lngType != 0) item.lngType = lngType;
     arrItems.push_back(std::move(item));
   });

@@ -43,7 +43,7 @@ ExitCode runText(Console& console, const std::string& sideText, const std::strin
   listObjects(console, workspace, side, 0, type);
   selectObject(console, workspace, side, 0, name);
   if (!showSelected(console, workspace, side, 0)) return ExitCode::Incomplete;
-  const std::string& text = workspace.txtTXProc[0].text();
+  const std::string& text = workspace.txtTXProc[0].givenText();
   console.out << text;
   return side.incomplete ? ExitCode::Incomplete : ExitCode::Identical;
 }

@@ -214,7 +214,8 @@ bool GetListOfAllColumns(Program& program, const tServer& server, const std::str
 }
 
 bool IsItDbObject(const std::string& strName, const std::vector<TwoStr>& arr, long count) {
-  return GetElIndexInArr_TwoStr(arr, count, lowerCase(trimBlanks(strName))) >= 0;
+  const std::string strLower = lowerCase(trimBlanks(strName));
+  return !strLower.empty() && GetElIndexInArr_TwoStr(arr, count, strLower) >= 0;
 }
 
 void AddSchemaToDuplicateNames(Program& program, tServer& server, long type, const std::string& strDb,

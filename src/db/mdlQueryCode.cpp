@@ -10,13 +10,13 @@ namespace qrel {
 
 std::string GetTableText(Program& program, tServer& server, const std::string& strTable, const std::string& strDb,
                          bool blnIgnoreCols, long& lngIgnored, long lngId, const std::string& strLineSuffix,
-                         bool blnClusteredOnly, const std::string& strIndexSuffix) {
+                         bool blnClusteredOnly, const std::string& strIndexSuffix, const std::string& strListed) {
   std::string strText;
   std::vector<tTableColumn> arrColumns;
   std::vector<std::string> arrIgnored;
   long lngUpper = -1;
   GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
-                    arrIgnored, lngId, strLineSuffix);
+                    arrIgnored, lngId, strLineSuffix, ignoredColsStruct, strListed);
   if (!blnClusteredOnly && program.settings.IgnoreIndexes) return strText;
   std::vector<tTableColumn> arrIndexes;
   long lngCount = 0;
@@ -128,7 +128,7 @@ void readColumns(Program& program, const tServer& server, const std::string& str
 void ReadTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                         std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                         long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                        const std::string& strLineSuffix, IgnoredList enmList) {
+                        const std::string& strLineSuffix, IgnoredList enmList, const std::string& strListed) {
   lngUpper = -1;
   lngIgnored = 0;
   strText.clear();
@@ -136,7 +136,8 @@ void ReadTableStructure(Program& program, tServer& server, const std::string& st
   arrIgnored.clear();
   if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
   const auto& source = program.state<IgnoredColumnsSource>();
-  if (blnIgnoreCols && source.lookUp) arrIgnored = source.lookUp(enmList, server, strDb, strTable);
+  if (blnIgnoreCols && source.lookUp)
+    arrIgnored = source.lookUp(enmList, server, strDb, strListed.empty() ? strTable : strListed);
   lngIgnored = static_cast<long>(arrIgnored.size());
   RecordsetPtr rs;
   AdoExtras extras;
@@ -159,10 +160,10 @@ void ReadTableStructure(Program& program, tServer& server, const std::string& st
 bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                       const std::string& strLineSuffix, IgnoredList enmList) {
+                       const std::string& strLineSuffix, IgnoredList enmList, const std::string& strListed) {
   return trap(program, "mdlQueryCode", "GetTableStructure", false, [&] {
     ReadTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
-                       arrIgnored, lngId, strLineSuffix, enmList);
+                       arrIgnored, lngId, strLineSuffix, enmList, strListed);
     return true;
   });
 }
@@ -196,8 +197,7 @@ std::string closed(std::string strLine) {
   return strLine + ")";
 }
 
-// Walks the index rows in order of index and key and hands each finished index line to `finish`, without its leading
-// line end, together with whether the line had one.
+// Walks the index rows in order of index and key: one line, and one entry, an index.
 struct IndexWalk {
   std::string result;
   std::vector<tTableColumn> entries;
@@ -207,26 +207,25 @@ struct IndexWalk {
     std::string strLine = firstOpening(integerOf(rs.Fields("indid").cell), rs.Fields("index").Text(), strIndexSuffix);
     while (!rs.Eof()) {
       const long lngIndId = integerOf(rs.Fields("indid").cell);
-      strLine += "[" + rs.Fields("column").Text() + "], ";
-      if (blnFillArray) {
-        entries.emplace_back();
-        entries.back().strName = rs.Fields("index").Text();
-        entries.back().strLine = rs.Fields("column").Text();
-      }
+      const std::string strIndex = rs.Fields("index").Text();
+      const std::string strColumn = rs.Fields("column").Text();
+      strLine += "[" + strColumn + "], ";
       rs.MoveNext();
       if (!rs.Eof() && integerOf(rs.Fields("indid").cell) <= lngIndId) continue;
-      finish(closed(strLine), blnFillArray);
+      strLine = closed(std::move(strLine));
+      if (blnFillArray) addEntry(strIndex, strColumn, strLine);
+      result += strLine;
       if (!rs.Eof()) strLine = "\r\nINDEX [" + rs.Fields("index").Text() + "] (";
     }
   }
 
  private:
-  void finish(const std::string& strLine, bool blnFillArray) {
-    if (blnFillArray) {
-      entries.back().strDefinition = strLine.starts_with("\r\n") ? strLine.substr(2) : strLine;
-      ++count;
-    }
-    result += strLine;
+  void addEntry(const std::string& strIndex, const std::string& strLastColumn, const std::string& strLine) {
+    tTableColumn& entry = entries.emplace_back();
+    entry.strName = strIndex;
+    entry.strLine = strLastColumn;
+    entry.strDefinition = strLine.starts_with("\r\n") ? strLine.substr(2) : strLine;
+    ++count;
   }
 };
 

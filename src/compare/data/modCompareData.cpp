@@ -48,7 +48,7 @@ std::string BuildSqlSelectStringWithColumns(Program& program, tServer& server, c
                                             const std::string& strTable, const std::string& strExtName,
                                             std::string& strSelectPart, long lngObjId) {
   strSelectPart.clear();
-  return trap(program, moduleName, "BuildSqlSelectStringWithColumns", std::string(), [&] {
+  return trap(program, "mdlMisc", "BuildSqlSelectStringWithColumns", std::string(), [&] {
     std::string strText, strList;
     std::vector<tTableColumn> arrColumns;
     std::vector<std::string> arrIgnored;
@@ -106,8 +106,8 @@ tDataCompRequest RequestOfSelection(const Workspace& workspace) {
 
 void cmdCompData_Click(Program& program, Workspace& workspace) {
   trap(program, "frmMain", "cmdCompData_Click", [&] {
-    const std::array<std::string, 2> texts{std::string(trimBlanks(workspace.txtTXProc[0].text())),
-                                           std::string(trimBlanks(workspace.txtTXProc[1].text()))};
+    const std::array<std::string, 2> texts{std::string(trimBlanks(workspace.txtTXProc[0].givenText())),
+                                           std::string(trimBlanks(workspace.txtTXProc[1].givenText()))};
     if (texts[0].empty() && texts[1].empty()) {
       program.host.messageBox("Cannot compare - the list of objects is empty.", Icon::Information, "Cannot Compare");
       return;

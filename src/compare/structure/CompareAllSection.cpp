@@ -77,7 +77,7 @@ bool CompareAllSection::sourcePass() {
   for (std::size_t row = 0; row < count; ++row) {
     if (!run_.pulse.goOn()) return false;
     const Item item = itemAt(0, row);
-    if (!proceed(item.strName)) continue;
+    if (!proceed(item.strPrinted)) continue;
     run_.frm.lblCurProcName.setText(item.strPrinted);
     if (!compareItem(item)) return false;
   }
@@ -127,7 +127,7 @@ std::string CompareAllSection::fetchText(int side, const Item& item, long lngId,
   switch (type_) {
     case objTables:
       return GetTableText(program_, run_.server(side), item.strName, run_.database(side), true, lngIgnored, lngId, "",
-                          false, "");
+                          false, "", item.strPrinted);
     case objRelationships:
       return GetRelationshipText(program_, run_.server(side), item.strName, run_.database(side));
     case objConstraints:
@@ -239,7 +239,7 @@ void CompareAllSection::countUnlisted() {
   const std::size_t count = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)].count();
   for (std::size_t row = 0; row < count; ++row) {
     const Item item = itemAt(side, row);
-    if (!proceed(side == 0 ? item.strName : item.strPrinted)) continue;
+    if (!proceed(item.strPrinted)) continue;
     ++(side == 0 ? state.lngSourceOnly : state.lngTargetOnly);
   }
 }
