@@ -58,6 +58,15 @@ bool ConvertRecordsetToTwoStrArray(Host& host, Recordset& rs, std::vector<TwoStr
   return done;
 }
 
+void OrderNamesakesById(std::vector<TwoStr>& arrItems) {
+  for (auto first = arrItems.begin(); first != arrItems.end();) {
+    const auto last = std::find_if(first + 1, arrItems.end(),
+                                   [&](const TwoStr& item) { return !equalNoCase(item.strName, first->strName); });
+    std::stable_sort(first, last, [](const TwoStr& a, const TwoStr& b) { return a.lngId < b.lngId; });
+    first = last;
+  }
+}
+
 bool AreDuplicatesInArr_TwoStr(const std::vector<TwoStr>& arrItems, long lngCount) {
   for (std::size_t i = 1; i < used(arrItems, lngCount); ++i) {
     if (arrItems[i - 1].strName == arrItems[i].strName) return true;

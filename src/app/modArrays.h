@@ -30,6 +30,9 @@ bool ConvertRecordsetToStrArray(Host& host, Recordset& rs, std::vector<std::stri
 bool ConvertRecordsetToTwoStrArray(Host& host, Recordset& rs, std::vector<TwoStr>& arrItems, long& lngCount,
                                    std::int32_t lngType);
 
+// Puts neighbours of one name, case not counting, into the order of their ids. Expects an array that is sorted by name.
+void OrderNamesakesById(std::vector<TwoStr>& arrItems);
+
 // Whether two neighbours have the same name. Expects a sorted array.
 bool AreDuplicatesInArr_TwoStr(const std::vector<TwoStr>& arrItems, long lngCount);
 

@@ -126,7 +126,9 @@ namespace {
 // A failed query's missing record set counts as an empty one.
 bool toEntries(Program& program, RecordsetPtr& rs, std::vector<TwoStr>& arr, long& count, std::int32_t lngType) {
   if (!rs) rs = std::make_unique<Recordset>();
-  return ConvertRecordsetToTwoStrArray(program.host, *rs, arr, count, lngType);
+  const bool done = ConvertRecordsetToTwoStrArray(program.host, *rs, arr, count, lngType);
+  OrderNamesakesById(arr);  // the query orders by name alone
+  return done;
 }
 
 // The rows of a list query as list entries; False when one can't be read.
