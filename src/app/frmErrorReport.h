@@ -13,7 +13,7 @@ struct tErrorReport {
   std::int32_t BuildNum = 0;
   std::string ModuleName;
   std::string ProcName;
-  std::string ExtraDesc;
+  std::string ExtraDesc;  // mostly empty
 };
 
 class frmErrorReport : public Form {

@@ -10,6 +10,8 @@ namespace qrel {
 
 namespace {
 
+constexpr std::int32_t permissionRows = 90;  // the object type whose third field is no number
+
 std::string textOfField(Recordset& rs, std::size_t index) {
   const Field field = rs.Fields(index);
   if (field.IsNull()) throw RuntimeError(errorNumber::invalidUseOfNull, "Invalid use of Null");
@@ -48,12 +50,21 @@ bool ConvertRecordsetToTwoStrArray(Host& host, Recordset& rs, std::vector<TwoStr
     TwoStr item;
     item.strName = textOfField(rs, 0);
     item.strRefDate = textOfField(rs, 1);
-    item.lngId = integerOf(rs.Fields(2).cell);
+    item.lngId = lngType == permissionRows ? 0 : integerOf(rs.Fields(2).cell);
     if (lngType != 0) item.lngType = lngType;
     arrItems.push_back(std::move(item));
   });
   lngCount = static_cast<long>(arrItems.size());
   return done;
+}
+
+void OrderNamesakesById(std::vector<TwoStr>& arrItems) {
+  for (auto first = arrItems.begin(); first != arrItems.end();) {
+    const auto last = std::find_if(first + 1, arrItems.end(),
+                                   [&](const TwoStr& item) { return !equalNoCase(item.strName, first->strName); });
+    std::stable_sort(first, last, [](const TwoStr& a, const TwoStr& b) { return a.lngId < b.lngId; });
+    first = last;
+  }
 }
 
 bool AreDuplicatesInArr_TwoStr(const std::vector<TwoStr>& arrItems, long lngCount) {

@@ -25,9 +25,13 @@ struct TwoStr {
 // record set gives True and a count of 0; a Null among the fields is error 94 and gives False.
 bool ConvertRecordsetToStrArray(Host& host, Recordset& rs, std::vector<std::string>& arrStrings, long& lngCount);
 
-// The same for name, second text and id, the first three fields; lngType is stored when it isn't 0.
+// The same for name, second text and id, the first three fields; lngType is stored when it isn't 0. Rows of permissions
+// (90) have no id: it is 0.
 bool ConvertRecordsetToTwoStrArray(Host& host, Recordset& rs, std::vector<TwoStr>& arrItems, long& lngCount,
                                    std::int32_t lngType);
+
+// Puts neighbours of one name, case not counting, into the order of their ids. Expects an array that is sorted by name.
+void OrderNamesakesById(std::vector<TwoStr>& arrItems);
 
 // Whether two neighbours have the same name. Expects a sorted array.
 bool AreDuplicatesInArr_TwoStr(const std::vector<TwoStr>& arrItems, long lngCount);

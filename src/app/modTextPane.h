@@ -16,7 +16,7 @@ class TextPane;
 void InitializeTXTextControl(Program& program, TextPane& pane);
 
 // Cuts the pane's text into lines and returns their count, 0 for an empty text. Each line ends one character before the
-// next one starts: with CR LF it keeps its CR, and the last line has none. lngError is 0, or -1 when the pane's line
+// next one starts, which is the pane's line end. lngError is 0, or -1 when the pane's line
 // offsets make no sense; the result is 0 then.
 std::int32_t TXText_ConvTextToArray(const TextPane& pane, CompLineArray& arr, std::int32_t& lngError);
 

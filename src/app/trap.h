@@ -35,6 +35,18 @@ void trap(Program& program, const char* strModuleName, const char* strProcName, 
   });
 }
 
+// The same for a procedure whose report tells how far it had come: the body keeps `line` up on its way.
+template <class Body>
+void trapWithLine(Program& program, const char* strModuleName, const char* strProcName, const int& line, Body&& body) {
+  try {
+    std::forward<Body>(body)();
+  } catch (const std::exception& error) {
+    const ErrorInfo info = describeError(error);
+    ShowErrorReport(program, info.number, info.description, strModuleName, strProcName,
+                    "Line num = " + std::to_string(line));
+  }
+}
+
 // The small helpers' trap: a box "Error: ", number, ". ", description, titled with the procedure's name.
 template <class Body, class Result>
 Result trapWithBox(Host& host, const char* strProcName, Result defaultResult, Body&& body) {

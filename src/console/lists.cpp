@@ -48,7 +48,7 @@ ExitCode runText(Console& console, const std::string& sideText, const std::strin
   requireObjects(console, workspace, side, 0, type);
   selectObject(console, workspace, side, 0, name);
   if (!showSelected(console, workspace, side, 0)) return ExitCode::Incomplete;
-  const std::string& text = workspace.txtTXProc[0].text();
+  const std::string& text = workspace.txtTXProc[0].givenText();
   // Byte by byte, but for eyes.
   console.out << (console.colours ? visibleLines(text) : text);
   return side.incomplete ? ExitCode::Incomplete : ExitCode::Identical;

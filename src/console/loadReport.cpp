@@ -1,21 +1,13 @@
 #include "console/loadReport.h"
 
-#include <cstdio>
 #include <iomanip>
 #include <ostream>
 
-#include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
 namespace {
-
-bool steersTerminal(char32_t c) {
-  const bool control = c < 0x20 || (c >= 0x7F && c < 0xA0);
-  const bool direction =
-      c == 0x61C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
-  return control || direction || c == 0x2028 || c == 0x2029 || c == 0xFEFF;
-}
 
 void list(std::ostream& out, const char* what, const std::vector<SkippedStatement>& statements, std::int64_t all) {
   for (const SkippedStatement& each : statements) {
@@ -29,22 +21,6 @@ void list(std::ostream& out, const char* what, const std::vector<SkippedStatemen
 }
 
 }  // namespace
-
-std::string visibleText(std::string_view text) {
-  std::string out;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t begin = at;
-    const char32_t c = nextCodePoint(text, at);
-    char shown[16];
-    if (!steersTerminal(c)) {
-      out.append(text.substr(begin, at - begin));
-    } else {
-      std::snprintf(shown, sizeof shown, c < 0x100 ? "\\x%02X" : "\\u{%04X}", static_cast<unsigned>(c));
-      out += shown;
-    }
-  }
-  return out;
-}
 
 std::string withThousands(std::int64_t number) {
   std::string digits = std::to_string(number);

@@ -15,9 +15,6 @@ void printLoadReport(std::ostream& out, const LoadReport& report);
 // that have all in common: file, line, first words, reason, how often.
 void listSkipped(std::ostream& out, const LoadReport& report);
 
-// A text of a script or a file's name as it may be printed on a terminal: characters that would steer it, or turn the
-// direction of what follows, as \xNN or \u{NNNN}.
-std::string visibleText(std::string_view text);
 // 1,234,567
 std::string withThousands(std::int64_t number);
 

@@ -128,7 +128,9 @@ namespace {
 // A failed query's missing record set counts as an empty one.
 bool toEntries(Program& program, RecordsetPtr& rs, std::vector<TwoStr>& arr, long& count, std::int32_t lngType) {
   if (!rs) rs = std::make_unique<Recordset>();
-  return ConvertRecordsetToTwoStrArray(program.host, *rs, arr, count, lngType);
+  const bool done = ConvertRecordsetToTwoStrArray(program.host, *rs, arr, count, lngType);
+  OrderNamesakesById(arr);  // the query orders by name alone
+  return done;
 }
 
 // The rows of a list query as list entries; False when one can't be read.
@@ -219,7 +221,8 @@ bool GetListOfAllColumns(Program& program, const tServer& server, const std::str
 }
 
 bool IsItDbObject(const std::string& strName, const std::vector<TwoStr>& arr, long count) {
-  return GetElIndexInArr_TwoStr(arr, count, lowerCase(trimBlanks(strName))) >= 0;
+  const std::string strLower = lowerCase(trimBlanks(strName));
+  return !strLower.empty() && GetElIndexInArr_TwoStr(arr, count, strLower) >= 0;
 }
 
 void AddSchemaToDuplicateNames(Program& program, tServer& server, long type, const std::string& strDb,

@@ -52,7 +52,7 @@ bool GetListOfAllObjects(Program& program, const tServer& server, const std::str
 // Asks for all columns of the database and hands out none: count is 0.
 bool GetListOfAllColumns(Program& program, const tServer& server, const std::string& strDb, std::vector<TwoStr>& arr,
                          long& count);
-// Whether the trimmed, lower-cased name equals an entry exactly.
+// Whether the trimmed, lower-cased name equals an entry exactly; an empty name is none.
 bool IsItDbObject(const std::string& strName, const std::vector<TwoStr>& arr, long count);
 
 // Prefixes the names that occur in several schemas, where neighbours are equal.

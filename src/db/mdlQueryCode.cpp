@@ -126,18 +126,6 @@ void readColumns(Program& program, const tServer& server, const std::string& str
   }
 }
 
-// A table's ignored columns: of its name as listed, failing that of its bare name.
-std::vector<std::string> ignoredColumnsOf(Program& program, IgnoredList enmList, const tServer& server,
-                                          const std::string& strDb, const std::string& strListed) {
-  const auto& lookUp = program.state<IgnoredColumnsSource>().lookUp;
-  if (!lookUp) return {};
-  std::vector<std::string> arrIgnored = lookUp(enmList, server, strDb, strListed);
-  const std::size_t point = strListed.rfind('.');
-  if (arrIgnored.empty() && point != std::string::npos)
-    arrIgnored = lookUp(enmList, server, strDb, strListed.substr(point + 1));
-  return arrIgnored;
-}
-
 }  // namespace
 
 void ReadTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
@@ -150,8 +138,9 @@ void ReadTableStructure(Program& program, tServer& server, const std::string& st
   arrColumns.clear();
   arrIgnored.clear();
   if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
-  if (blnIgnoreCols)
-    arrIgnored = ignoredColumnsOf(program, enmList, server, strDb, strListed.empty() ? strTable : strListed);
+  const auto& source = program.state<IgnoredColumnsSource>();
+  if (blnIgnoreCols && source.lookUp)
+    arrIgnored = source.lookUp(enmList, server, strDb, strListed.empty() ? strTable : strListed);
   lngIgnored = static_cast<long>(arrIgnored.size());
   RecordsetPtr rs;
   AdoExtras extras;
@@ -213,8 +202,7 @@ std::string closed(std::string strLine) {
   return strLine + ")";
 }
 
-// Walks the index rows in order of index and key and hands each finished index line to `finish`, without its leading
-// line end, together with whether the line had one.
+// Walks the index rows in order of index and key: one line, and one entry, an index.
 struct IndexWalk {
   std::string result;
   std::vector<tTableColumn> entries;
@@ -224,26 +212,25 @@ struct IndexWalk {
     std::string strLine = firstOpening(integerOf(rs.Fields("indid").cell), rs.Fields("index").Text(), strIndexSuffix);
     while (!rs.Eof()) {
       const long lngIndId = integerOf(rs.Fields("indid").cell);
-      strLine += "[" + rs.Fields("column").Text() + "], ";
-      if (blnFillArray) {
-        entries.emplace_back();
-        entries.back().strName = rs.Fields("index").Text();
-        entries.back().strLine = rs.Fields("column").Text();
-      }
+      const std::string strIndex = rs.Fields("index").Text();
+      const std::string strColumn = rs.Fields("column").Text();
+      strLine += "[" + strColumn + "], ";
       rs.MoveNext();
       if (!rs.Eof() && integerOf(rs.Fields("indid").cell) <= lngIndId) continue;
-      finish(closed(strLine), blnFillArray);
+      strLine = closed(std::move(strLine));
+      if (blnFillArray) addEntry(strIndex, strColumn, strLine);
+      result += strLine;
       if (!rs.Eof()) strLine = "\r\nINDEX [" + rs.Fields("index").Text() + "] (";
     }
   }
 
  private:
-  void finish(const std::string& strLine, bool blnFillArray) {
-    if (blnFillArray) {
-      entries.back().strDefinition = strLine.starts_with("\r\n") ? strLine.substr(2) : strLine;
-      ++count;
-    }
-    result += strLine;
+  void addEntry(const std::string& strIndex, const std::string& strLastColumn, const std::string& strLine) {
+    tTableColumn& entry = entries.emplace_back();
+    entry.strName = strIndex;
+    entry.strLine = strLastColumn;
+    entry.strDefinition = strLine.starts_with("\r\n") ? strLine.substr(2) : strLine;
+    ++count;
   }
 };
 

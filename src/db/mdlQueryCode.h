@@ -33,20 +33,19 @@ enum IgnoredList : long {
 struct IgnoredColumnsSource {
   std::function<std::vector<std::string>(IgnoredList enmList, const tServer& server, const std::string& strDb,
                                          const std::string& strTable)>
-      lookUp;
+      lookUp;  // of a table as it is listed, perhaps with its schema
 };
 
 // The whole text: the columns and, unless IgnoreIndexes is set or only the clustered one is wanted, the indexes behind
 // an empty line. lngIgnored receives the number of ignored columns (0 without blnIgnoreCols). lngId 0: the table by
-// name. Ignored columns are looked up under strListed, the name as an object list shows it (empty: strTable), and
-// failing that without what stands before its last point.
+// name. strListed: the name to look its ignored columns up under; empty: strTable.
 std::string GetTableText(Program& program, tServer& server, const std::string& strTable, const std::string& strDb,
                          bool blnIgnoreCols, long& lngIgnored, long lngId, const std::string& strLineSuffix,
                          bool blnClusteredOnly, const std::string& strIndexSuffix, const std::string& strListed = {});
 
 // The columns: text and array (from 0; lngUpper is its highest index, -1 for none). An unknown table gives an empty
 // text and True; False comes after an error report, with what was read by then. With blnIgnoreCols the columns of the
-// table's list enmList are left out.
+// table's list enmList are left out; strListed as above.
 bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
@@ -62,7 +61,8 @@ void ReadTableStructure(Program& program, tServer& server, const std::string& st
                         const std::string& strListed = {});
 
 // The index lines, each with a line end; empty for a table without indexes, and for one without any child object such
-// as a constraint. With blnFillArray lngCount receives the number of indexes and arrIndexes an entry per index column.
+// as a constraint. With blnFillArray lngCount receives the number of indexes and arrIndexes an entry for each: its
+// strLine is the index's last column.
 std::string GetIndexes(Program& program, const tServer& server, const std::string& strTable, const std::string& strDb,
                        bool blnClusteredOnly, const std::string& strIndexSuffix, bool blnFillArray,
                        std::vector<tTableColumn>& arrIndexes, long& lngCount);

@@ -48,10 +48,12 @@ std::string TrimBlanksAndBreaks(const std::string& strText) {
 void UpdateProcedureTextBox(Program& program, tServer& server, TextPane& textPanel, CheckList& list, long type,
                             const std::string& strDb, std::string strObjName, long lngId, int side,
                             bool blnResetPointer) {
-  trap(program, "modObjectText", "UpdateProcedureTextBox", [&] {
+  int line = 100;
+  trapWithLine(program, "modObjectText", "UpdateProcedureTextBox", line, [&] {
     WriteDebugLog(program, "Begin UpdateProcedureTextBox, pstrDbName = " + strDb + ", pstrSelProcName = " + strObjName);
     std::size_t llngCount = lngId < 1 ? list.selectionCount() : 1;
     WriteDebugLog(program, "llngCount = " + std::to_string(llngCount));
+    line = 200;
     if (llngCount == 0 && list.count() > 0) {
       const std::string before = std::exchange(list.tag, "OFF");
       list.select(0);
@@ -66,7 +68,9 @@ void UpdateProcedureTextBox(Program& program, tServer& server, TextPane& textPan
       if (lngId < 1) lngId = numericPrefix(list.cell(row, 2));
       if (strObjName.empty()) strObjName = list.cell(row, 0);
       WriteDebugLog(program, "lstrProcedure = " + strObjName);
+      line = 300;
       std::string text = GetTextOfObject(program, server, strDb, type, strObjName, lngId, side);
+      line = 400;
       if (!text.empty()) {
         textPanel.setText(std::move(text));
         textPanel.setSelection(0, 0);
@@ -97,7 +101,7 @@ std::string GetTextOfObject(Program& program, tServer& server, const std::string
     case objPermissions:
       return GetPermissionText(program, side, lngId);
     default:
-      program.host.messageBox("SHOULDN'T HAPPEN");
+      program.host.messageBox("SHOULDN't HAPPEN");
       return {};
   }
 }
@@ -118,26 +122,28 @@ std::string GetObjectTextConn(Program& program, const ConnectionPtr& connection,
 
 std::string GetRelationshipText(Program& program, const tServer& server, const std::string& strObjName,
                                 const std::string& strDb) {
-  RecordsetPtr rs;
-  GetAdoRS(program, server, adCmdText,
-           SqlText("SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
-                   "sor.name AS referencedtable, scr.name AS referencedcolumn, "
-                   "sof.name AS tablename "
-                   "FROM sysreferences sr "
-                   "INNER JOIN sysobjects so ON sr.constid = so.id "
-                   "INNER JOIN sysobjects sof ON sof.id = sr.fkeyid "
-                   "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
-                   "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
-                   "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
-                   "WHERE so.name = ")
-               << inQuotes(strObjName) << " ORDER BY scf.name",
-           rs, strDb);
-  requireRecordset(rs);
-  if (!hasRecords(rs)) return {};
-  return TrimBlanksAndBreaks(
-      "TABLE " + rs->Fields("tablename").Text() + "\r\nCONSTRAINT [" + rs->Fields("foreignkey").Text() +
-      "]\r\nFOREIGN KEY [" + rs->Fields("foreigncolumn").Text() + "]\r\nREFERENCES [" +
-      rs->Fields("referencedtable").Text() + "] [" + rs->Fields("referencedcolumn").Text() + "]");
+  return trap(program, "modObjectText", "GetRelationshipText", std::string(), [&]() -> std::string {
+    RecordsetPtr rs;
+    GetAdoRS(program, server, adCmdText,
+             SqlText("SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
+                     "sor.name AS referencedtable, scr.name AS referencedcolumn, "
+                     "sof.name AS tablename "
+                     "FROM sysreferences sr "
+                     "INNER JOIN sysobjects so ON sr.constid = so.id "
+                     "INNER JOIN sysobjects sof ON sof.id = sr.fkeyid "
+                     "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
+                     "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
+                     "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
+                     "WHERE so.name = ")
+                 << inQuotes(strObjName) << " ORDER BY scf.name",
+             rs, strDb);
+    requireRecordset(rs);
+    if (!hasRecords(rs)) return {};
+    return TrimBlanksAndBreaks(
+        "TABLE " + rs->Fields("tablename").Text() + "\r\nCONSTRAINT [" + rs->Fields("foreignkey").Text() +
+        "]\r\nFOREIGN KEY [" + rs->Fields("foreigncolumn").Text() + "]\r\nREFERENCES [" +
+        rs->Fields("referencedtable").Text() + "] [" + rs->Fields("referencedcolumn").Text() + "]");
+  });
 }
 
 std::string GetConstraintText(Program& program, const tServer& server, const std::string& strObjName,

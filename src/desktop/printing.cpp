@@ -16,14 +16,16 @@ namespace {
 
 constexpr double pointSize = 9;
 
-// The text's lines as they go on paper: none wider than the page.
+// The text's lines as they go on paper: none wider than the page, no character cut in two.
 QStringList brokenLines(const std::string& text, qsizetype widest) {
   QStringList lines;
   for (QString line : toQt(replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n")).split('\n')) {
     line.replace('\t', QStringLiteral("    "));
     do {
-      lines.push_back(line.left(widest));
-      line.remove(0, widest);
+      const bool cutsCharacter = widest > 1 && line.size() > widest && line[widest - 1].isHighSurrogate();
+      const qsizetype taken = cutsCharacter ? widest - 1 : widest;
+      lines.push_back(line.left(taken));
+      line.remove(0, taken);
     } while (!line.isEmpty());
   }
   return lines;

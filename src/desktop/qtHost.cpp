@@ -211,6 +211,8 @@ void QtHost::print(const PrintJob& job) {
   printPages(printer, job);
 }
 
+bool QtHost::shiftHeld() const { return QApplication::keyboardModifiers().testFlag(Qt::ShiftModifier); }
+
 Screen QtHost::screen() const {
   const QScreen* screen = QApplication::primaryScreen();
   return screen ? Screen{screen->size().width(), screen->size().height()} : Host::screen();

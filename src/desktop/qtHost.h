@@ -33,6 +33,7 @@ class QtHost : public Host {
   void setClipboardText(const std::string& text) override;
   // On the default printer; without one a file dialog asks for a PDF file.
   void print(const PrintJob& job) override;
+  bool shiftHeld() const override;
   Screen screen() const override;
   LocalTime now() const override;
   std::int64_t ticks() const override;

@@ -114,6 +114,7 @@ void frmMain::setUpControls() {
       button->setVisible(false);
       button->shown = false;
     }
+    workspace.txtTXProc[side].readOnly = true;
     workspace.pvlSqlObj[side].columnWidths = {1, 0, 0};  // the date and the id aren't shown
   }
 }

@@ -87,6 +87,7 @@ void frmMain::cmdCompareAll_Click() {
 void frmMain::cmdCompData_Click() {
   if (workspace.mblnBusy) return;
   const FlagScope busy(workspace.mblnBusy);
+  if (program_.host.shiftHeld()) program_.state<modCompareDataState>().blnShowOptionsOnce = true;
   qrel::cmdCompData_Click(program_, workspace);
 }
 

@@ -83,6 +83,18 @@ TEST(Replacements, GoOnBehindWhatTheyInserted) {
   EXPECT_EQ(EnsureTrailingCrLf("a\r\n"), "a\r\n\r\n");
 }
 
+TEST(CatalogueArrays, HaveNamesakesInTheOrderOfTheirIds) {
+  std::vector<TwoStr> items;
+  for (const auto& [name, id] : {std::pair("a", 9), {"B", 7}, {"b", 3}, {"B", 5}, {"c", 1}})
+    items.push_back({name, "", id, 0, ""});
+  OrderNamesakesById(items);
+  std::string order;
+  for (const TwoStr& item : items) order += item.strName + std::to_string(item.lngId) + " ";
+  EXPECT_EQ(order, "a9 b3 B5 B7 c1 ");
+  std::vector<TwoStr> none;
+  OrderNamesakesById(none);
+}
+
 TEST(Dates, AreWrittenFromNumbersOfTheRightLength) {
   EXPECT_EQ(LongToDateString(20040503, true, false, false), "May 03, 2004");
   EXPECT_EQ(LongToDateString(20040903, false, false, true), "Sep 03, 04");

@@ -79,8 +79,7 @@ TEST(MarkDifferences, WalksBothTextsSideBySide) {
           {"x|a", "a|b", "41/13"},           // Source is through before the steps are
           {"a|b", "x|a|b|c|d", "11/31133"},  // the steps are through first
           {"a|b|c|d", "a", "1444/1"},
-          // The last line has no line end, so it differs from one that has.
-          {"a\r|b", "a\r|b\r|", "12/123"},
+          {"a\r|b", "a|b\r|", "11/113"},  // line ends are no part of a line
           {"", "a|b", "/33"},
           {"a|b", "", "44/"},
           {"a|b", "a|b", "/"},
@@ -120,7 +119,7 @@ TEST(MarkDifferences, MatchesTableLinesByTheirFirstWord) {
           {"a int", "|a int||", "1/3133"},
           // A line of one word is matched as well, after a box.
           {"(|a int|)", "a int|) y|go", "412/123", 2},
-          {"a int\r|\r|b x", "a int\r|\r|c x", "114/113", 0},
+          {"a int\r|\r|b int\r|\r|", "a int\r|b int DEFAULT 1", "10144/11", 0},
       },
       objTables);
 }
@@ -137,14 +136,14 @@ TEST(MarkDifferences, MarksLargePairsWithoutComparingAllWithAll) {
   EXPECT_EQ(Marked(test, lines, "new\n" + lines, objViews).marks(), all + "1/3" + all + "1");
 }
 
-TEST(MarkDifferences, PaintsEachLineWithoutTheCharacterBehindIt) {
+TEST(MarkDifferences, PaintsEachLineWithoutItsEnd) {
   TestProgram test;
   const Marked marked(test, "a\r\nb\r\ngone\r\nz", "a\r\nnew\r\nb\r\nz", objViews);
   ASSERT_EQ(marked.marks(), "1141/1311");
   std::string painted;
   for (const auto& range : marked.paneSource.backgrounds())
     painted += std::to_string(range.start) + "+" + std::to_string(range.length) + " ";
-  EXPECT_EQ(painted, "0+2 3+2 6+5 12+1 ");
+  EXPECT_EQ(painted, "0+1 2+1 4+4 9+1 ");
   ASSERT_EQ(marked.paneTarget.backgrounds().size(), 4U) << "the earlier colours are painted over";
   EXPECT_EQ(marked.paneTarget.backgrounds()[0].colour, 0xFFFFFFU);
   EXPECT_EQ(marked.paneTarget.backgrounds()[1].colour, 0xD9C37AU);

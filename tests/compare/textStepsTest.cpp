@@ -208,27 +208,33 @@ TEST(Details, PrintTheLineEndBeforeALineAndForgiveTheLastComma) {
   EXPECT_EQ(result,
             "Differences in Source:\r\n\nb\r\nmore\r\n\r\n\r\n"
             "Differences in Target:\r\n\nc\r\n");
+  GetLineDifferences(test.program, "", "éa\r\nb", result);
+  EXPECT_EQ(result, "Differences in Target:\r\na\r\nb\r\n\r\n") << "a whole character is left out";
   EXPECT_TRUE(LinesDifferOnlyByComma(" a ,", "a"));
   EXPECT_FALSE(LinesDifferOnlyByComma("a, ", "a"));  // the comma isn't last
   EXPECT_FALSE(LinesDifferOnlyByComma("a,,", "a"));
 }
 
-TEST(TextPaneLines, DropOneCharacterBeforeTheNextLine) {
+TEST(TextPaneLines, EndWithOneCharacterWhateverWasPutIn) {
   TextPane pane("txtTXProc(0)");
   pane.setText("é\r\n\rb\n");
   CompLineArray arr;
   std::int32_t error = 5;
+  EXPECT_EQ(pane.text(), "é\n\nb\n");
+  EXPECT_EQ(pane.givenText(), "é\r\n\rb\n");
   ASSERT_EQ(TXText_ConvTextToArray(pane, arr, error), 4);
   EXPECT_EQ(error, 0);
-  const std::tuple<const char*, int, int> lines[] = {{"é\r", 0, 3}, {"", 4, 4}, {"b", 5, 6}, {"", 7, 7}};
+  const std::tuple<const char*, int, int> lines[] = {{"é", 0, 2}, {"", 3, 3}, {"b", 4, 5}, {"", 6, 6}};
   for (long n = 1; n <= 4; ++n) {
     const auto& [text, start, end] = lines[n - 1];
     EXPECT_EQ(arr[n].strLine, text) << n;
     EXPECT_EQ(arr[n].lngStart, start) << n;
     EXPECT_EQ(arr[n].lngEnd, end) << n;
   }
-  EXPECT_EQ(TXText_ConvArrayToText(arr, 3, error), "é\r\r\n\r\nb\r\n");
+  EXPECT_EQ(TXText_ConvArrayToText(arr, 3, error), "é\r\n\r\nb\r\n");
   EXPECT_EQ(TXText_ConvArrayToText(arr, 0, error), "");
+  pane.setText("plain\n");
+  EXPECT_EQ(pane.givenText(), "plain\n");
 }
 
 }  // namespace

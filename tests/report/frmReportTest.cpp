@@ -60,15 +60,14 @@ class Report : public ::testing::Test {
   fs::path before_ = fs::current_path();
 };
 
-// The pane's lines keep their CR, and each gets a CR LF.
-constexpr const char* written = "Source: x\r\r\nend\r\n";
+constexpr const char* written = "Source: x\r\nend\r\n";
 
 TEST_F(Report, ShowsTheTextAndCopiesIt) {
   SaveSettingDWord(test.store, HKEY_CURRENT_USER, "Software\\Qrel\\TXText", "PageWidth", 30000);
   SaveSettingDWord(test.store, HKEY_CURRENT_USER, "Software\\Qrel\\TXText", "PageHeight", 100);
   show([&](frmReport& window) {
     EXPECT_EQ(window.caption, "Comparison Report");
-    EXPECT_EQ(window.txtReport.text(), test.program.report.gstrReportText);
+    EXPECT_EQ(window.txtReport.text(), "  Source: x\nend");
     EXPECT_EQ(window.txtReport.pageWidth, 30000);
     EXPECT_EQ(window.txtReport.pageHeight, 15840) << "too small a page is raised";
     window.cmdCopyClip.personClicks();
@@ -104,7 +103,7 @@ TEST_F(Report, RecordsThePrintingAfterASaveOnce) {
   EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "print mine"}));
   ASSERT_EQ(test.host.printed.size(), 3U);
   EXPECT_EQ(test.host.printed[0].title, "Quorrel Report");
-  EXPECT_EQ(test.host.printed[0].text, test.program.report.gstrReportText);
+  EXPECT_EQ(test.host.printed[0].text, "  Source: x\nend");
   ASSERT_EQ(test.host.boxes.size(), 1U);
   EXPECT_EQ(test.host.boxes[0].icon, Icon::Information);
   EXPECT_EQ(

@@ -2,6 +2,7 @@
 
 #include <bit>
 
+#include "platform/data/matchKey.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -34,7 +35,7 @@ std::size_t GetFieldIndexByName(const Recordset& rs, const std::string& strName)
 }
 
 bool ValuesEqual(const Cell& varValue1, const Cell& varValue2, bool blnCaseSensitive) {
-  if (sameContent(varValue1, varValue2)) return true;
+  if (sameContent(varValue1, varValue2) || sameNumber(varValue1, varValue2)) return true;
   const std::string text1 = GetFieldValueOrNull(varValue1);
   const std::string text2 = GetFieldValueOrNull(varValue2);
   const std::string_view trimmed1 = trimBlanks(text1);

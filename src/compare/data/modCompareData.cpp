@@ -49,7 +49,7 @@ SqlText BuildSqlSelectStringWithColumns(Program& program, tServer& server, const
                                         const std::string& strTable, const std::string& strExtName,
                                         SqlText& strSelectPart, long lngObjId) {
   strSelectPart = {};
-  return trap(program, moduleName, "BuildSqlSelectStringWithColumns", SqlText(), [&] {
+  return trap(program, "mdlMisc", "BuildSqlSelectStringWithColumns", SqlText(), [&] {
     std::string strText;
     SqlText strList;
     std::vector<tTableColumn> arrColumns;
@@ -114,8 +114,8 @@ tDataCompRequest RequestOfSelection(const Workspace& workspace) {
 
 void cmdCompData_Click(Program& program, Workspace& workspace) {
   trap(program, "frmMain", "cmdCompData_Click", [&] {
-    const std::array<std::string, 2> texts{std::string(trimBlanks(workspace.txtTXProc[0].text())),
-                                           std::string(trimBlanks(workspace.txtTXProc[1].text()))};
+    const std::array<std::string, 2> texts{std::string(trimBlanks(workspace.txtTXProc[0].givenText())),
+                                           std::string(trimBlanks(workspace.txtTXProc[1].givenText()))};
     if (texts[0].empty() && texts[1].empty()) {
       program.host.messageBox("Cannot compare - the list of objects is empty.", Icon::Information, "Cannot Compare");
       return;

@@ -70,11 +70,8 @@ CompareAllSection::Item CompareAllSection::itemAt(int side, std::size_t row) con
   return item;
 }
 
-// A selection is of objects as they are listed; one of a bare name means all that have it.
-bool CompareAllSection::proceed(const Item& item) const {
-  const bool blnSelective = run_.input.blnSelective;
-  return ProceedWithThisObject(item.strPrinted, blnSelective, run_.selected) ||
-         ProceedWithThisObject(item.strName, blnSelective, run_.selected);
+bool CompareAllSection::proceed(const std::string& strListed) const {
+  return ProceedWithThisObject(strListed, run_.input.blnSelective, run_.selected);
 }
 
 std::string CompareAllSection::wordsFor(const std::string& strName) const {
@@ -110,7 +107,7 @@ bool CompareAllSection::sourcePass() {
   for (std::size_t row = 0; row < count; ++row) {
     if (!run_.pulse.goOn()) return false;
     const Item item = itemAt(0, row);
-    if (!proceed(item)) continue;
+    if (!proceed(item.strPrinted)) continue;
     run_.frm.lblCurProcName.setText(item.strPrinted);
     if (!compareItem(item)) return false;
   }
@@ -251,7 +248,7 @@ bool CompareAllSection::targetPass() {
   for (std::size_t row = 0; row < count; ++row) {
     if (!run_.pulse.goOn()) return false;
     const Item item = itemAt(1, row);
-    if (!proceed(item) || isNotCompared(item)) continue;
+    if (!proceed(item.strPrinted) || isNotCompared(item)) continue;
     run_.frm.lblCurProcName.setText(item.strPrinted);
     if (!lookForItem(item, *names)) return false;
   }
@@ -321,7 +318,7 @@ void CompareAllSection::countUnlisted() {
   const std::size_t count = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)].count();
   for (std::size_t row = 0; row < count; ++row) {
     const Item item = itemAt(side, row);
-    if (!proceed(item)) continue;
+    if (!proceed(item.strPrinted)) continue;
     ++(side == 0 ? state.lngSourceOnly : state.lngTargetOnly);
   }
 }

@@ -59,7 +59,7 @@ class CompareAllSection {
   // False: stopped. blnRead: both lists are whole.
   bool loadLists(bool& blnRead);
   Item itemAt(int side, std::size_t row) const;
-  bool proceed(const Item& item) const;
+  bool proceed(const std::string& strListed) const;
   // Whether the name by which the item would be looked up is another than its own; told then.
   bool nameIsCut(const Item& item);
   void notCompared(const Item& item, const std::string& strWhy = {});

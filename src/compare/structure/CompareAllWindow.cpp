@@ -1,5 +1,6 @@
 #include "compare/structure/CompareAllWindow.h"
 
+#include "app/modTextPane.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -38,6 +39,10 @@ CompareAllWindow::CompareAllWindow(Program& program, std::string formName)
     showNextShape();
     parts.lblTime.setText(ElapsedTime(program_, parts.startTicks));
   };
+}
+
+void CompareAllWindow::load() {
+  for (TextPane& pane : parts.txtTXProc) InitializeTXTextControl(program_, pane);
 }
 
 void CompareAllWindow::startRun() {

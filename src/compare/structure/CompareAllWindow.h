@@ -13,6 +13,7 @@ class CompareAllWindow : public Form {
 
   CompareAllControls parts{*this};
 
+  void load() override;
   // Refused while a run is on.
   bool closeRequested() override { return !parts.tmrStatus.enabled(); }
 

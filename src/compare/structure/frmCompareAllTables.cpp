@@ -23,6 +23,7 @@ void frmCompareAllTables::ShowUp(const std::string& strSourceDb, const std::stri
 }
 
 void frmCompareAllTables::load() {
+  CompareAllWindow::load();
   const long index = CompareAllIndex(menmObjectType_);
   waiting_ = index >= 0;
   if (waiting_) {

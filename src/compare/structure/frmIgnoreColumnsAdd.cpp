@@ -70,8 +70,7 @@ void frmIgnoreColumnsAdd::loadColumns() {
                     arrColumns, lngUpper, false, lngIgnored, arrIgnored, tableId_, "");
   pvlSqlObj0.clear();
   for (const tTableColumn& column : arrColumns) pvlSqlObj0.add(column.strName);
-  GetIgnoredColumns(program_, menmMode_, GetFullObjectName(server_, database_, table_), arrIgnored);
-  ListBox_DeselectIgnored(pvlSqlObj0, arrIgnored);
+  ListBox_DeselectIgnored(pvlSqlObj0, IgnoredColumnsOfTable(program_, menmMode_, server_, database_, table_));
 }
 
 void frmIgnoreColumnsAdd::tickAll(bool ticked) {

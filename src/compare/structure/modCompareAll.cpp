@@ -58,7 +58,9 @@ SelectedNames::SelectedNames(const ObjectSelection& selection)
 
 bool ProceedWithThisObject(const std::string& strName, bool blnSelective, const SelectedNames& selected) {
   if (strName.empty()) return false;
-  return !blnSelective || (selected.hasBounds() && selected.contains(strName));
+  if (!blnSelective) return true;
+  std::string strRest;
+  return selected.hasBounds() && (selected.contains(strName) || selected.contains(GetLastWord(strName, strRest, ".")));
 }
 
 namespace {

@@ -85,8 +85,9 @@ class SelectedNames {
   std::unordered_set<std::string> names_;  // of both sides
 };
 
-// Whether an object takes part: any in a run that isn't selective, otherwise one selected on either side. Never an
-// empty name, and none at all when a side has no selection.
+// Whether an object takes part, by its name as it is listed: any in a run that isn't selective, otherwise one that was
+// selected on either side under that name or under its bare one. Never an empty name, and none at all when a side has no
+// selection.
 bool ProceedWithThisObject(const std::string& strName, bool blnSelective, const SelectedNames& selected);
 
 // Makes sure that a table is compared with its namesake in the same schema. blnProceed: go on with the comparison;

@@ -1,5 +1,7 @@
 #include "compare/structure/modCompareSelected.h"
 
+#include <algorithm>
+
 #include "app/Workspace.h"
 #include "app/trap.h"
 #include "compare/structure/modCompareObjects.h"
@@ -47,7 +49,8 @@ struct Pair {
   bool blnIdentical = false;
 };
 
-std::string trimmedText(const TextPane& pane) { return std::string(trimBlanks(pane.text())); }
+// Of the object that the pane shows.
+std::string trimmedText(const TextPane& pane) { return std::string(trimBlanks(pane.givenText())); }
 
 void readSelection(const Program& program, const Workspace& workspace, Pair& pair) {
   pair.lngType = workspace.objectType();
@@ -111,8 +114,10 @@ std::string messageOf(const Program& program, const Pair& pair) {
 
 void reportOrPrint(Program& program, Workspace& workspace, PairComparisonSteps& steps, const Pair& pair) {
   if (steps.printRunInProgress()) {
-    steps.PrintPane("Source: ", workspace.txtTXProc[0]);
-    steps.PrintPane("Target: ", workspace.txtTXProc[1]);
+    if (!pair.blnIdentical) {
+      steps.PrintPane("Source: ", workspace.txtTXProc[0]);
+      steps.PrintPane("Target: ", workspace.txtTXProc[1]);
+    }
   } else if (!program.report.gstrReportText.empty()) {
     steps.ShowReport({"Comparison Report", pair.arrServers, pair.arrDatabases, pair.arrObjects, pairComparison,
                       ObjectTypeFlags(pair.lngType)});
@@ -192,9 +197,11 @@ void CompareHighlightedSections(Program& program, Workspace& workspace, PairComp
 }
 
 std::string ObjectTypeFlags(long lngType) {
+  constexpr std::array<long, 8> types = {objTables,   objProcedures,    objFunctions,   objViews,
+                                         objTriggers, objRelationships, objConstraints, objPermissions};
+  if (std::find(types.begin(), types.end(), lngType) == types.end()) return {};
   std::string flags;
-  for (const long type : {objTables, objProcedures, objFunctions, objViews, objTriggers, objRelationships,
-                          objConstraints, objPermissions}) {
+  for (const long type : types) {
     if (!flags.empty()) flags += ',';
     flags += type == lngType ? '1' : '0';
   }

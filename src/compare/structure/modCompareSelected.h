@@ -34,7 +34,8 @@ class PairComparisonSteps {
                                CompLineArray& arrTarget, long lngType) = 0;
   // Shows the report window over the program's report text and waits for it.
   virtual void ShowReport(const PairReport& report) = 0;
-  // Whether pairs are compared for printing; then each pane is printed under its heading instead of a report.
+  // Whether pairs are compared for printing; then there is no report, and the panes of a pair that differs are printed,
+  // each under its heading.
   virtual bool printRunInProgress() = 0;
   virtual void PrintPane(const std::string& strHeading, TextPane& pane) = 0;
 };
@@ -49,7 +50,7 @@ void CompareSelProcs(Program& program, Workspace& workspace, PairComparisonSteps
 void CompareHighlightedSections(Program& program, Workspace& workspace, PairComparisonSteps& steps);
 
 // The flags of one type in the order Tables, Procedures, Functions, Views, Triggers, Relationships, Constraints,
-// Permissions: "1,0,0,0,0,0,0,0" for tables. All 0 for any other code.
+// Permissions: "1,0,0,0,0,0,0,0" for tables. Empty for any other code.
 std::string ObjectTypeFlags(long lngType);
 
 }  // namespace qrel

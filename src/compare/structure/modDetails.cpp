@@ -34,7 +34,7 @@ class LineCutter {
   std::string restOfNext() const { return restBehind(cut_); }
 
  private:
-  std::string restBehind(std::size_t start) const { return text_.substr(std::min(start + 1, text_.size())); }
+  std::string restBehind(std::size_t start) const { return text_.substr(start + byteOffset(text_.substr(start), 1)); }
 
   std::string text_;
   std::size_t start_ = 0;  // 0-based, of the current line

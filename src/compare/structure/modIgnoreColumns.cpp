@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "app/modStrings.h"
 #include "app/trap.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -31,10 +32,17 @@ std::vector<std::string> valuesOf(cInifile& ini) {
 void ConnectIgnoredColumns(Program& program) {
   program.state<IgnoredColumnsSource>().lookUp = [&program](IgnoredList enmList, const tServer& server,
                                                             const std::string& strDb, const std::string& strTable) {
-    std::vector<std::string> arrColumns;
-    GetIgnoredColumns(program, enmList, GetFullObjectName(server.Name, strDb, strTable), arrColumns);
-    return arrColumns;
+    return IgnoredColumnsOfTable(program, enmList, server.Name, strDb, strTable);
   };
+}
+
+std::vector<std::string> IgnoredColumnsOfTable(Program& program, long enmList, const std::string& strServer,
+                                               const std::string& strDatabase, const std::string& strTable) {
+  std::string strRest;
+  std::vector<std::string> arrColumns;
+  for (const std::string& strName : {strTable, GetLastWord(strTable, strRest, ".")})
+    if (GetIgnoredColumns(program, enmList, GetFullObjectName(strServer, strDatabase, strName), arrColumns) > 0) break;
+  return arrColumns;
 }
 
 std::string GetFullObjectName(const std::string& strServer, const std::string& strDatabase,

@@ -34,6 +34,11 @@ std::string GetIgnoredColsFilePath(const Program& program, long enmList);
 std::int32_t GetIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
                                std::vector<std::string>& arrColumns);
 
+// The columns that are in force for a table as it is listed: those of that name ("sales.Orders" where two schemas have
+// one), else those of its bare name.
+std::vector<std::string> IgnoredColumnsOfTable(Program& program, long enmList, const std::string& strServer,
+                                               const std::string& strDatabase, const std::string& strTable);
+
 // Replaces a table's list by the first lngCount names; with 0 the table has none any more. False, with the list as it
 // was, when that can't be kept: an error report says why, after a box when the file couldn't even be begun to change.
 bool SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,

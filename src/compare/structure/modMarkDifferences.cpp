@@ -100,10 +100,7 @@ void Mark_Differences_PerSourceLine(Program& program, CompLineArray& arrSource, 
     if (trimBlanks(strLine).empty()) return;
     const std::string strUpper = upperCase(strLine);
     std::string strRest;
-    // A pane's line keeps its CR, so that one without any other letter has that for its word. GetFirstWord's box, which
-    // it shows for one word, would come up with nearly every table.
-    const std::string strWord =
-        trimBlanks(strUpper) == "\r" ? "\r" : GetFirstWord(program.host, strUpper, strRest, " ");
+    const std::string strWord = GetFirstWord(program.host, strUpper, strRest, " ");
     const auto hit = targetLines.lngByFirstWord.find(strWord);
     if (hit == targetLines.lngByFirstWord.end()) {
       arrSource[lngSourceIndex].lngMark = markOnlyInSource;

@@ -28,8 +28,7 @@ void Mark_Differences(Program& program, TextPane& paneSource, TextPane& paneTarg
                       CompLineArray& arrTarget, std::int32_t& lngError, long enmObjectType);
 
 // Marks two tables' lines. The Target lines come in with mark 30 and keep it unless a Source line has their first word.
-// Case doesn't count. A blank Source line stays without a mark; one of a single word shows GetFirstWord's box, unless
-// all it has is its line end.
+// Case doesn't count. A blank Source line stays without a mark; one of a single word shows GetFirstWord's box.
 void Mark_Differences_Tables(Program& program, CompLineArray& arrSource, CompLineArray& arrTarget,
                              std::int32_t lngCountSource, std::int32_t lngCountTarget);
 

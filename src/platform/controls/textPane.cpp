@@ -5,8 +5,28 @@
 
 namespace qrel {
 
+namespace {
+
+std::string withSingleBreaks(const std::string& text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    out += text[i] == '\r' ? '\n' : text[i];
+  }
+  return out;
+}
+
+}  // namespace
+
 void TextPane::setText(std::string text) {
-  text_ = std::move(text);
+  given_.reset();
+  if (text.find('\r') == std::string::npos) {
+    text_ = std::move(text);
+  } else {
+    text_ = withSingleBreaks(text);
+    given_ = std::move(text);
+  }
   lineStarts_.clear();
   backgrounds_.clear();
   selectionStart_ = selectionLength_ = topLine_ = 0;
@@ -27,8 +47,7 @@ void TextPane::findLines() const {
   if (!lineStarts_.empty()) return;
   lineStarts_.push_back(0);
   for (std::size_t i = 0; i < text_.size(); ++i) {
-    if (text_[i] == '\r' && i + 1 < text_.size() && text_[i + 1] == '\n') ++i;
-    if (text_[i] == '\n' || text_[i] == '\r') lineStarts_.push_back(i + 1);
+    if (text_[i] == '\n') lineStarts_.push_back(i + 1);
   }
 }
 

@@ -2,14 +2,17 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/controls/control.h"
 
 namespace qrel {
 
-// Offsets are 0-based and count bytes of the UTF-8 text. Lines are 0-based; they break at CR LF, at a lone LF and at a
-// lone CR, and a final break leaves an empty last line. Lines don't wrap. An empty text has one empty line.
+// A text comes in with any line ends: CR LF, a lone LF, a lone CR. The pane's own text has a single LF for each of them,
+// and all else goes by it: offsets are 0-based and count bytes of its UTF-8, lines are 0-based and break at its LF. A
+// final break leaves an empty last line. Lines don't wrap. An empty text has one empty line.
 class TextPane : public Control {
  public:
   using Control::Control;
@@ -21,6 +24,8 @@ class TextPane : public Control {
   };
 
   const std::string& text() const { return text_; }
+  // The text as it was put in.
+  const std::string& givenText() const { return given_ ? *given_ : text_; }
   // Selection, caret, scrolling and backgrounds are gone afterwards.
   void setText(std::string text);
 
@@ -55,6 +60,7 @@ class TextPane : public Control {
  private:
   void findLines() const;
   std::string text_;
+  std::optional<std::string> given_;  // where it isn't the same
   mutable std::vector<std::size_t> lineStarts_;  // filled when first asked for
   std::size_t selectionStart_ = 0;
   std::size_t selectionLength_ = 0;

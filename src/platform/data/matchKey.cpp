@@ -50,6 +50,10 @@ int compareDates(std::string_view a, std::string_view b) {
   return left && right ? order(*left, *right) : a.compare(b);
 }
 
+bool isNumber(DataType type) {
+  return type == DataType::Integer || type == DataType::Double || type == DataType::Decimal;
+}
+
 }  // namespace
 
 void appendMatchKey(std::string& out, const Cell& cell) {
@@ -99,10 +103,19 @@ bool sameMatchKey(const Cell& a, const Cell& b) {
   return left == right;
 }
 
+bool sameNumber(const Cell& a, const Cell& b) {
+  if (a.null || b.null) return false;
+  if (!isNumber(a.type) || !isNumber(b.type)) return false;
+  if (a.type == b.type && a.type == DataType::Integer) return a.integer == b.integer;
+  if (a.type == b.type && a.type == DataType::Decimal) return compareDecimals(a.text, b.text) == 0;
+  const std::optional<std::string> left = plainDecimal(textOf(a));
+  return left && left == plainDecimal(textOf(b));
+}
+
 int compareCells(const Cell& a, const Cell& b) {
   if (a.null || b.null) return order(!a.null, !b.null);
-  if (a.type != b.type && (a.type == DataType::Decimal || b.type == DataType::Decimal)) {
-    return compareDecimals(textOf(a), textOf(b));
+  if (a.type != b.type && isNumber(a.type) && isNumber(b.type)) {
+    return compareDecimals(plainDecimal(textOf(a)).value_or("0"), plainDecimal(textOf(b)).value_or("0"));
   }
   switch (a.type) {
     case DataType::Boolean:

@@ -144,6 +144,15 @@ std::optional<Value> integerValue(const Literal& literal) {
   return textValue(DataType::Decimal, std::move(*plain));
 }
 
+// A number that no double tells, such as one with too many digits, is none of the column's values.
+std::optional<Value> doubleValue(const Literal& literal) {
+  std::optional<std::string> plain = plainDecimal(literal.text);
+  if (!plain) return std::nullopt;
+  const std::optional<double> number = doubleOf(literal.text);
+  if (number && plainDecimal(textOf(Value::ofDouble(*number).cell())) == plain) return Value::ofDouble(*number);
+  return textValue(DataType::Decimal, std::move(*plain));
+}
+
 std::optional<Value> guidValue(const Literal& literal) {
   std::string_view digits = trimBlanks(literal.text);
   if (digits.starts_with('{') && digits.ends_with('}')) digits = digits.substr(1, digits.size() - 2);
@@ -178,8 +187,7 @@ std::optional<Value> valueOf(const Literal& literal, DataType type) {
     case DataType::Integer:
       return integerValue(literal);
     case DataType::Double:
-      if (const std::optional<double> number = doubleOf(literal.text)) return Value::ofDouble(*number);
-      return std::nullopt;
+      return doubleValue(literal);
     case DataType::Decimal:
       if (std::optional<std::string> plain = plainDecimal(literal.text)) {
         return textValue(DataType::Decimal, std::move(*plain));

@@ -84,7 +84,8 @@ void ConsoleHost::print(const PrintJob& job) {
   std::snprintf(stamp, sizeof stamp, " %04d-%02d-%02d %02d%02d%02d.txt", time.year % 10000, time.month % 100,
                 time.day % 100, time.hour % 100, time.minute % 100, time.second % 100);
   const std::filesystem::path file = std::filesystem::path(printFolder) / (job.title + stamp);
-  files::writeAtomically(file, (job.header.empty() ? "" : job.header + "\r\n\r\n") + job.text);
+  files::writeAtomically(file, (job.header.empty() ? "" : job.header + "\r\n\r\n") +
+                               replaceAll(replaceAll(job.text, "\r\n", "\n"), "\n", "\r\n"));
   tell("", "printed to " + file.string());
 }
 

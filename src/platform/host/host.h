@@ -68,6 +68,8 @@ class Host {
   virtual void setClipboardText(const std::string& text) = 0;
   // One copy on the default printer. Raises RuntimeError when it can't be printed.
   virtual void print(const PrintJob& job) = 0;
+  // Whether a Shift key is held down now.
+  virtual bool shiftHeld() const { return false; }
   virtual Screen screen() const { return {1280, 800}; }
   virtual LocalTime now() const = 0;
   // Steady milliseconds, for elapsed times.

@@ -33,6 +33,7 @@ class ScriptedHost : public Host {
   std::vector<std::vector<MenuItem>> menus;        // the menus that opened
   std::string clipboard;
   std::vector<PrintJob> printed;
+  bool shift = false;  // a Shift key is held
   LocalTime time{2026, 1, 2, 3, 4, 5};
   std::int64_t tickCount = 0;
 
@@ -47,6 +48,7 @@ class ScriptedHost : public Host {
   std::string openFileDialog(const FileDialog& dialog) override { return saveFileDialog(dialog); }
   void setClipboardText(const std::string& text) override { clipboard = text; }
   void print(const PrintJob& job) override { printed.push_back(job); }
+  bool shiftHeld() const override { return shift; }
   LocalTime now() const override { return time; }
   std::int64_t ticks() const override { return tickCount; }
 

@@ -12,6 +12,7 @@ namespace qrel::tsql {
 
 namespace {
 
+// What has one name comes in the order of its ids: an index on a name alone has the row's key behind it.
 constexpr const char* storageSql = R"(
 create table cat_schemas(id integer primary key, name text collate q_text);
 create unique index cat_schemas_name on cat_schemas(name);
@@ -20,7 +21,8 @@ create table cat_types(xusertype integer primary key, schema_id integer, name te
 create unique index cat_types_name on cat_types(name, schema_id);
 create table cat_objects(id integer primary key, name text collate q_text, schema_id integer, xtype text,
   parent_obj integer, crdate text);
-create unique index cat_objects_name on cat_objects(name, schema_id);
+create unique index cat_objects_unique on cat_objects(schema_id, name);
+create index cat_objects_name on cat_objects(name);
 create index cat_objects_parent on cat_objects(parent_obj);
 create table cat_columns(object_id integer, colid integer, name text collate q_text, xtype integer, xusertype integer,
   length integer, prec integer, scale integer, nullable integer, is_identity integer, seed text, increment text,
