@@ -176,6 +176,7 @@ bool Db_GetObjSchemaById(Program& program, tServer& server, long, const std::str
                          std::string& strSchema) {
   strSchema.clear();
   if (lngId < 1) return false;
+  if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
   const std::string strId = std::to_string(lngId);
   RecordsetPtr rs;
   std::int32_t result = -1;
