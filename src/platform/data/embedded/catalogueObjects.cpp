@@ -8,6 +8,7 @@
 #include "platform/data/embedded/catalogueChanges.h"
 #include "platform/data/embedded/catalogueParts.h"
 #include "platform/data/embedded/quoting.h"
+#include "platform/data/embedded/storageNames.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
