@@ -10,7 +10,8 @@
 #include "app/Workspace.h"
 #include "compare/structure/modCompareSelected.h"
 #include "db/mdlObjects.h"
-#include "platform/data/embedded/instances.h"
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
 #include "platform/host/consoleHost.h"
 
 namespace {
@@ -49,7 +50,8 @@ void runCascade(benchmark::State& state, int kinds) {
   }
   std::mt19937 random(7);
   EmbeddedServers servers("");
-  DataAccess data(servers);
+  DataAccess data;
+  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
   KeyStore store;
   ConsoleHost host(std::cerr);
   Program program(host, data, store);

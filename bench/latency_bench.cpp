@@ -9,8 +9,9 @@
 #include "app/Program.h"
 #include "bench/slowProvider.h"
 #include "compare/structure/modCompareAll.h"
-#include "platform/data/embedded/instances.h"
-#include "platform/data/embedded/loader.h"
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
+#include "embedded/load/loader.h"
 #include "platform/host/consoleHost.h"
 
 namespace {
@@ -59,7 +60,8 @@ Run compare(const Kind& kind, int count, std::chrono::microseconds latency) {
   servers.create("bench");
   for (const char* database : {"a", "b"}) loadScripts(servers, "bench", database, {folder / "objects.sql"}, {});
   SlowProviderState state;
-  DataAccess data(servers);
+  DataAccess data;
+  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
   data.wrapProviders([&](auto inner) { return std::make_unique<SlowProvider>(std::move(inner), state); });
   KeyStore store;
   ConsoleHost host(std::cerr);

@@ -6,7 +6,8 @@
 
 #include "app/mdlMain.h"
 #include "db/mdlData.h"
-#include "platform/data/embedded/instances.h"
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
 #include "platform/host/consoleHost.h"
 #include "platform/store/folders.h"
 
@@ -14,7 +15,8 @@ int main(int argc, char** argv) {
   if (argc != 5) return 2;
   const qrel::Folders folders = qrel::findFolders(argv[0]);
   qrel::EmbeddedServers servers(folders.servers);
-  qrel::DataAccess data(servers);
+  qrel::DataAccess data;
+  data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
   qrel::KeyStore store(folders.settings);
   qrel::ConsoleHost host(std::cerr);
   qrel::Program program(host, data, store);

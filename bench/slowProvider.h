@@ -36,6 +36,7 @@ class SlowConnection : public ProviderConnection {
 class SlowProvider : public Provider {
  public:
   SlowProvider(std::unique_ptr<Provider> inner, SlowProviderState& state) : inner_(std::move(inner)), state_(state) {}
+  bool serves(const std::string& server) const override { return inner_->serves(server); }
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override {
     ++state_.connections;
     return std::make_unique<SlowConnection>(inner_->open(connectionString), state_);

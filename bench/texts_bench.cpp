@@ -9,8 +9,9 @@
 
 #include "app/Program.h"
 #include "db/mdlQueryCode.h"
-#include "platform/data/embedded/instances.h"
-#include "platform/data/embedded/loader.h"
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
+#include "embedded/load/loader.h"
 #include "platform/host/consoleHost.h"
 
 namespace {
@@ -41,7 +42,8 @@ void BM_TableTexts(benchmark::State& state) {
   EmbeddedServers servers(folder / "servers");
   servers.create("bench");
   loadScripts(servers, "bench", "Db", {folder / "tables.sql"}, {});
-  DataAccess data(servers);
+  DataAccess data;
+  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
   KeyStore store;
   ConsoleHost host(std::cerr);
   Program program(host, data, store);

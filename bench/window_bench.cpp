@@ -13,7 +13,8 @@
 #include "db/mdlObjects.h"
 #include "desktop/qtHost.h"
 #include "desktop/theme.h"
-#include "platform/data/embedded/instances.h"
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
 #include "platform/store/folders.h"
 #include "report/frmReport.h"
 #include "ui/startUp.h"
@@ -145,7 +146,8 @@ int main(int argc, char** argv) {
   qrel::applyTheme("light");
   const qrel::Folders folders = qrel::findFolders(argv[0]);
   qrel::EmbeddedServers servers(folders.servers);
-  qrel::DataAccess data(servers);
+  qrel::DataAccess data;
+  data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
   qrel::KeyStore store(folders.settings);
   Watch watch;
   WatchedHost host(store, watch);

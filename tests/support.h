@@ -7,8 +7,9 @@
 #include <string>
 
 #include "app/Program.h"
-#include "platform/data/embedded/instances.h"
-#include "platform/data/embedded/loader.h"
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
+#include "embedded/load/loader.h"
 #include "platform/host/scriptedHost.h"
 #include "tests/platform/temporaryFolder.h"
 
@@ -17,7 +18,9 @@ namespace qrel {
 // Embedded servers in a temporary folder and an empty store.
 class TestServers {
  public:
-  TestServers() : servers(folder.path() / "servers"), data(servers) {}
+  TestServers() : servers(folder.path() / "servers") {
+    data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
+  }
 
   // Loads a script into SERVER.database; every statement of it must be understood.
   void load(const std::string& server, const std::string& database, const std::string& script,

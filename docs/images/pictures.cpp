@@ -19,7 +19,8 @@
 #include "desktop/qtHost.h"
 #include "desktop/text.h"
 #include "desktop/theme.h"
-#include "platform/data/embedded/instances.h"
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
 #include "platform/store/folders.h"
 #include "ui/startUp.h"
 
@@ -140,7 +141,8 @@ int main(int argc, char** argv) {
   qrel::applyTheme(argv[2]);
   const qrel::Folders folders = qrel::findFolders(argv[0]);
   qrel::EmbeddedServers servers(folders.servers);
-  qrel::DataAccess data(servers);
+  qrel::DataAccess data;
+  data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
   qrel::KeyStore store(folders.settings);
   qrel::QtHost host(store);
   qrel::Program program(host, data, store);

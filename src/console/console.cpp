@@ -13,6 +13,7 @@
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
 #include "db/readFailures.h"
+#include "embedded/embeddedProvider.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
@@ -35,10 +36,10 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
       err(messages),
       folders(where),
       servers(where.servers),
-      data(servers),
       store(where.settings),
       host(messages),
       program(host, data, store) {
+  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   ConnectIgnoredColumns(program);

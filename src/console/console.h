@@ -12,8 +12,8 @@
 #include "app/mdlMain.h"
 #include "console/exitCode.h"
 #include "console/stopWatch.h"
-#include "platform/data/embedded/instances.h"
-#include "platform/data/embedded/loader.h"
+#include "embedded/instance/instances.h"
+#include "embedded/load/loader.h"
 #include "platform/host/consoleHost.h"
 #include "platform/store/folders.h"
 

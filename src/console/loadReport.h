@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/data/embedded/loader.h"
+#include "embedded/load/loader.h"
 
 namespace qrel {
 

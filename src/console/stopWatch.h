@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "platform/data/embedded/unfinished.h"
+#include "embedded/instance/unfinished.h"
 
 namespace qrel {
 

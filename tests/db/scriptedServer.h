@@ -100,6 +100,7 @@ class ScriptedServer : public TestProgram {
   class Between : public Provider {
    public:
     Between(std::unique_ptr<Provider> inner, ScriptedServer& owner) : inner_(std::move(inner)), owner_(owner) {}
+    bool serves(const std::string& server) const override { return inner_->serves(server); }
     std::unique_ptr<ProviderConnection> open(const ConnectionString& text) override {
       ++owner_.opened;
       const std::string database = text.has("Initial Catalog") ? text.database() : "-";

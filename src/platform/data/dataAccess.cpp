@@ -1,10 +1,9 @@
 #include "platform/data/dataAccess.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "platform/data/connectionString.h"
-#include "platform/data/embedded/instances.h"
-#include "platform/data/embedded/provider.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -31,10 +30,11 @@ std::string missingServer(const std::string& name, const std::string& database) 
 
 }  // namespace
 
-DataAccess::DataAccess(EmbeddedServers& embedded)
-    : embedded_(embedded), embeddedProvider_(std::make_unique<EmbeddedProvider>(embedded, &stopAsked)) {}
-
-DataAccess::~DataAccess() = default;
+std::shared_ptr<void> DataAccess::holdState() {
+  auto held = std::make_shared<std::vector<std::shared_ptr<void>>>();
+  for (const auto& provider : providers_) held->push_back(provider->holdState());
+  return held;
+}
 
 std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
   ConnectionString connectionString = ConnectionString::parse(text);
@@ -53,9 +53,11 @@ std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
     server.erase(0, localDbPrefix.size());
   }
   if (server.empty()) refuse("No server name was given: the connection string has no Data Source.");
-  if (!embedded_.exists(server)) refuse(missingServer(server, connectionString.database()));
+  const auto serving =
+      std::find_if(providers_.begin(), providers_.end(), [&](const auto& each) { return each->serves(server); });
+  if (serving == providers_.end()) refuse(missingServer(server, connectionString.database()));
   connectionString.pairs.emplace_back("Data Source", server);
-  return embeddedProvider_->open(connectionString);
+  return (*serving)->open(connectionString);
 }
 
 }  // namespace qrel

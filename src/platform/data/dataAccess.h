@@ -4,20 +4,21 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/data/provider.h"
 
 namespace qrel {
 
-class EmbeddedServers;
-
 class DataAccess {
  public:
-  // `embedded` are the embedded server's instances; they must outlive this object.
-  explicit DataAccess(EmbeddedServers& embedded);
+  DataAccess() = default;
   DataAccess(const DataAccess&) = delete;
   DataAccess& operator=(const DataAccess&) = delete;
-  ~DataAccess();
+
+  // Whoever puts the program together hands the providers over. Of several that serve a server the first one is asked.
+  void add(std::unique_ptr<Provider> provider) { providers_.push_back(std::move(provider)); }
 
   // Asked every few milliseconds while a command runs or its rows come. It may let the window system run, but must
   // run nothing on the same connection. True ends the command or the fetch with "Operation canceled".
@@ -26,24 +27,23 @@ class DataAccess {
   // The layer's own version, as a number ("2.8"); 0 would mean that no driver is present.
   double version() const { return 2.8; }
 
-  // SQLNCLI11 with (localdb)\Name is the embedded instance Name. SQLOLEDB.1 with the name of an embedded instance is
-  // that instance. (localdb)\Name through SQLOLEDB.1, an unknown name and an unknown provider raise 0x80004005 with a
-  // sentence that says what to do.
+  // SQLNCLI11 with (localdb)\Name is the server Name, SQLOLEDB.1 the server of the name as it stands. (localdb)\Name
+  // through SQLOLEDB.1, a server that no provider serves and an unknown provider raise 0x80004005 with a sentence that
+  // says what to do.
   std::unique_ptr<ProviderConnection> open(const std::string& connectionString);
 
   // For the length of one comparison, or of one command of the console: as long as the result lives, each database is
   // read as it was when it was first opened from now on, also when a load puts another one in its place. Afterwards the
   // next connection sees what is there. May be nested.
-  [[nodiscard]] std::shared_ptr<void> holdState() { return embeddedProvider_->holdState(); }
+  [[nodiscard]] std::shared_ptr<void> holdState();
 
   // Puts a provider of the caller's in the place of each one here; `wrap` is given the present one. For measuring.
   void wrapProviders(const std::function<std::unique_ptr<Provider>(std::unique_ptr<Provider> inner)>& wrap) {
-    embeddedProvider_ = wrap(std::move(embeddedProvider_));
+    for (auto& provider : providers_) provider = wrap(std::move(provider));
   }
 
  private:
-  EmbeddedServers& embedded_;
-  std::unique_ptr<Provider> embeddedProvider_;
+  std::vector<std::unique_ptr<Provider>> providers_;
 };
 
 }  // namespace qrel

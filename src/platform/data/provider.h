@@ -65,6 +65,8 @@ class ProviderConnection {
 class Provider {
  public:
   virtual ~Provider() = default;
+  // Whether it reaches the server of this name, "(localdb)\" cut off.
+  virtual bool serves(const std::string& server) const = 0;
   virtual std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) = 0;
   // As long as the result lives, a database stays the one that it is when it is first opened from now on, whatever
   // takes its place meanwhile. Empty where the server itself sees to that.

@@ -4,9 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "embedded/embeddedProvider.h"
+#include "embedded/instance/instances.h"
+#include "embedded/load/loader.h"
 #include "platform/data/dataAccess.h"
-#include "platform/data/embedded/instances.h"
-#include "platform/data/embedded/loader.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "tests/platform/data/providerContract.h"
@@ -26,6 +27,7 @@ class EmbeddedHarness : public ProviderHarness {
     for (const SkippedStatement& one : report.failed)
       ADD_FAILURE() << one.line << " " << one.firstWords << ": " << one.reason;
     EXPECT_EQ(report.tables, 3);
+    dataAccess_.add(std::make_unique<EmbeddedProvider>(servers_, &dataAccess_.stopAsked));
   }
   DataAccess& dataAccess() override { return dataAccess_; }
   std::string connectionString(const std::string& database) override {
@@ -36,7 +38,7 @@ class EmbeddedHarness : public ProviderHarness {
  private:
   TemporaryFolder folder_;
   EmbeddedServers servers_{folder_.path() / "servers"};
-  DataAccess dataAccess_{servers_};
+  DataAccess dataAccess_;
 };
 
 std::unique_ptr<ProviderHarness> makeEmbeddedHarness() { return std::make_unique<EmbeddedHarness>(); }

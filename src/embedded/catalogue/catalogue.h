@@ -1,0 +1,153 @@
+// The catalogue of one database file: what it holds. How objects get into it and out of it: catalogueChanges.h.
+//
+// Stored tables (all in the .mdf; `name` columns have COLLATE q_text):
+//   cat_schemas(id PK, name)                         1 is dbo
+//   cat_types(xusertype PK, schema_id, name, xtype, length, prec, scale, nullable)   alias types only, from 257 on
+//   cat_objects(id PK, name, schema_id, xtype, parent_obj, crdate)
+//   cat_columns(object_id, colid, name, xtype, xusertype, length, prec, scale, nullable, is_identity, seed, increment,
+//               cdefault, computed_text)             PK (object_id, colid); cdefault: the default's object id or 0
+//   cat_indexes(object_id, indid, name, kind, is_unique, constraint_id, filter)   PK (object_id, indid); indid 1 is
+//               clustered; kind 'PK', 'UQ' or 'IX'
+//   cat_indexkeys(object_id, indid, ordinal, colid, keyno, descending)   PK (object_id, indid, ordinal); keyno from 1,
+//               0 for an included column
+//   cat_references(constid PK, fkeyid, rkeyid), cat_referencekeys(constid, keyno, fcolid, rcolid)
+//   cat_comments(object_id, colid, text)             rows of 4,000 characters from colid 1; text Null when encrypted
+//   cat_sequences(object_id PK, next, increment)     next is what NEXT VALUE FOR gives
+//   cat_permissions(class, major_id, minor_id, type, permission_name, state, grantee)
+// The views that queries see (sysobjects, sys.objects, ...) are temporary
+// views over them, made per connection by createCatalogueViews, since they depend on the server's version. A user table
+// schema.name is the SQLite table "schema.name".
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "embedded/language/lexer.h"
+#include "embedded/sqlite/sqlite.h"
+#include "embedded/types/types.h"
+
+namespace qrel::tsql {
+
+struct ColumnDef {
+  std::string name;
+  TypeRef type;
+  bool nullable = true;
+  bool identity = false;
+  std::string identitySeed = "1";  // text: seeds may have 38 digits
+  std::string identityIncrement = "1";
+  std::string defaultText;   // as the server keeps it, in brackets; empty: none
+  std::string defaultName;   // empty with a default: the server makes one up
+  std::string computedText;  // as the server keeps it; empty: an ordinary column
+  bool rowGuid = false;
+};
+
+enum class KeyKind : std::uint8_t { PrimaryKey, Unique, Index };
+
+// An index, primary key or unique constraint. Columns are key columns only.
+struct IndexDef {
+  std::string name;  // empty for a constraint: made up
+  KeyKind kind = KeyKind::Index;
+  bool clustered = false;
+  bool unique = false;
+  std::vector<std::string> columns;
+  std::vector<bool> descending;
+  std::vector<std::string> included;
+  std::string filter;  // text behind WHERE, empty: none
+};
+
+struct ForeignKeyDef {
+  std::string name;  // empty: made up
+  std::vector<std::string> columns;
+  ObjectName referenced;
+  std::vector<std::string> referencedColumns;  // empty: the primary key's
+};
+
+struct CheckDef {
+  std::string name;    // empty: made up
+  std::string column;  // for the made-up name; empty for a table constraint
+  std::string text;    // in brackets
+};
+
+struct TableDef {
+  std::string schema = "dbo";
+  std::string name;
+  std::vector<ColumnDef> columns;
+  std::vector<IndexDef> indexes;
+  std::vector<ForeignKeyDef> foreignKeys;
+  std::vector<CheckDef> checks;
+};
+
+// A table as INSERT, UPDATE and SELECT need it.
+struct TableInfo {
+  std::int64_t id = 0;
+  std::string schema, name;
+  std::string storage;  // the SQLite table's name, unquoted: "dbo.Track"
+  struct Column {
+    std::string name;
+    TypeRef type;
+    bool nullable = true;
+    bool identity = false;
+    bool computed = false;
+    std::string defaultText;  // as the server keeps it
+    std::string computedText;
+    int colid = 0;
+  };
+  std::vector<Column> columns;
+  const Column* find(std::string_view columnName) const;
+};
+
+struct ObjectInfo {
+  std::int64_t id = 0;
+  std::string schema, name;
+  std::string xtype;  // "U", "V", "P", "FN", "IF", "TF", "TR", "F", "PK", "UQ", "C", "D", "SO", "TT", "SN"
+  std::int64_t parent = 0;
+};
+
+// Look-ups in the stored catalogue. It changes nothing but what it keeps.
+class Catalogue {
+ public:
+  // `database` is an open .mdf; `serverMajor` its server's major version.
+  Catalogue(sqlite::Database& database, int serverMajor);
+
+  // Makes the stored tables in an empty file, with the schema (or owner) dbo and the system types.
+  static void createStorage(sqlite::Database& database);
+
+  // Raises 0x80004005, with a sentence, for a file that is no database of this server, and for one whose catalogue has
+  // lost a part: such a one must not read as if it held less.
+  static void requireWhole(sqlite::Database& database);
+
+  int serverMajor() const { return serverMajor_; }
+  sqlite::Database& database() const { return database_; }
+
+  // Look-ups. Names compare without case and trailing blanks; an empty schema means dbo.
+  std::optional<ObjectInfo> find(std::string_view schema, std::string_view name) const;
+  std::optional<ObjectInfo> find(std::int64_t id) const;
+  // Empty when there is no such table. Kept until the table changes.
+  std::shared_ptr<const TableInfo> table(std::string_view schema, std::string_view name) const;
+  std::optional<TypeRef> aliasType(std::string_view schema, std::string_view name) const;
+  bool schemaExists(std::string_view name) const;
+
+  // Forgets kept look-ups; call after a rollback.
+  void forget() const;
+
+ private:
+  sqlite::Database& database_;
+  int serverMajor_;
+  mutable std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
+};
+
+// Makes the temporary views that catalogue queries see, for this server version: the sysobjects family always, "sys.*"
+// and "INFORMATION_SCHEMA.*" from version 9 on (INFORMATION_SCHEMA.TABLES/VIEWS/ROUTINES/COLUMNS also below).
+void createCatalogueViews(sqlite::Database& database, int serverMajor);
+
+// The name under which a catalogue view or table is known to SQLite, for a one- to three-part name without database:
+// sysobjects, dbo.sysobjects -> "sysobjects"; sys.Objects -> "sys.objects"; information_schema.tables ->
+// "INFORMATION_SCHEMA.TABLES". Empty when it is no catalogue name of that version.
+std::string catalogueViewName(std::string_view schema, std::string_view name, int serverMajor);
+
+}  // namespace qrel::tsql

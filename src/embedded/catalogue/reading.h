@@ -1,0 +1,22 @@
+// Small look-ups in the stored catalogue.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "embedded/sqlite/sqlite.h"
+
+namespace qrel::tsql {
+
+inline constexpr int firstAliasType = 257;
+
+std::string_view orDbo(std::string_view schema);
+
+// 0 when there is no such schema; an empty name means dbo.
+std::int64_t schemaId(sqlite::Database& database, std::string_view schema);
+
+// An object's kept text, its rows joined.
+std::string commentText(sqlite::Database& database, std::int64_t id);
+
+}  // namespace qrel::tsql

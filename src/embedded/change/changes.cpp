@@ -1,0 +1,522 @@
+// Changes of tables: their columns, keys, constraints and indexes.
+#include "embedded/change/changes.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "embedded/change/parts.h"
+#include "embedded/sqlite/quoting.h"
+#include "embedded/sqlite/storageNames.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+bool sameName(std::string_view a, std::string_view b) { return compareCollated(a, b) == 0; }
+
+std::string fullName(std::string_view schema, std::string_view name) {
+  return schema.empty() ? std::string(name) : std::string(schema) + "." + std::string(name);
+}
+
+// A table that a change is made on; refuses when it isn't there.
+std::shared_ptr<const TableInfo> requireTable(const Catalogue& catalogue, const ObjectName& name) {
+  auto table = catalogue.table(name.schema, name.name);
+  if (!table) {
+    refuse("Cannot find the object \"" + fullName(name.schema, name.name) +
+               "\" because it does not exist or you do not have permissions.",
+           errorNumber::invalidObjectName);
+  }
+  return table;
+}
+
+const TableInfo::Column& requireColumn(const TableInfo& table, std::string_view name) {
+  const auto* column = table.find(name);
+  if (!column) refuse("Column name '" + std::string(name) + "' does not exist in the target table or view.");
+  return *column;
+}
+
+void checkColumnNames(const std::vector<std::string>& names, std::string_view table) {
+  std::vector<std::string> keys;
+  keys.reserve(names.size());
+  for (const std::string& name : names) {
+    std::string key = collationKey(name);
+    if (std::find(keys.begin(), keys.end(), key) != keys.end()) {
+      refuse("Column names in each table must be unique. Column name '" + name + "' in table '" + std::string(table) +
+             "' is specified more than once.");
+    }
+    keys.push_back(std::move(key));
+  }
+}
+
+std::uint64_t hashText(std::string_view text) {
+  std::uint64_t hash = 14695981039346656037ull;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  return hash ^ (hash >> 29);
+}
+
+TableInfo::Column columnInfo(const ColumnDef& column, int colid) {
+  TableInfo::Column info;
+  info.name = column.name;
+  info.type = column.type;
+  info.nullable = column.nullable;
+  info.identity = column.identity;
+  info.computed = !column.computedText.empty();
+  info.defaultText = column.defaultText;
+  info.computedText = column.computedText;
+  info.colid = colid;
+  return info;
+}
+
+void insertColumn(sqlite::Database& database, std::int64_t table, const ColumnDef& column, int colid) {
+  auto& insert = database.cached("insert into cat_columns values(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10,?11,?12,?13,?14)");
+  insert.bind(1, table).bind(2, std::int64_t{colid}).bind(3, column.name);
+  insert.bind(4, std::int64_t{column.type.xtype}).bind(5, std::int64_t{column.type.xusertype});
+  insert.bind(6, std::int64_t{column.type.length}).bind(7, std::int64_t{column.type.prec});
+  insert.bind(8, std::int64_t{column.type.scale}).bind(9, std::int64_t{column.nullable});
+  insert.bind(10, std::int64_t{column.identity});
+  if (column.identity) {
+    insert.bind(11, column.identitySeed).bind(12, column.identityIncrement);
+  } else {
+    insert.bindNull(11).bindNull(12);
+  }
+  insert.bind(13, std::int64_t{0});
+  if (column.computedText.empty()) {
+    insert.bindNull(14);
+  } else {
+    insert.bind(14, column.computedText);
+  }
+  insert.run();
+}
+
+bool hasClusteredIndex(sqlite::Database& database, std::int64_t table) {
+  auto& query = database.cached("select 1 from cat_indexes where object_id = ?1 and indid = 1");
+  const bool found = query.bind(1, table).step();
+  query.reset();
+  return found;
+}
+
+std::int64_t freeIndid(sqlite::Database& database, std::int64_t table) {
+  auto& query = database.cached("select indid from cat_indexes where object_id = ?1 and indid > 1 order by indid");
+  query.bind(1, table);
+  std::int64_t indid = 2;
+  while (query.step() && query.integer(0) == indid) ++indid;
+  query.reset();
+  return indid;
+}
+
+// The name of the table's index with this indid, or whether it has one of this name.
+bool hasIndexNamed(sqlite::Database& database, std::int64_t table, std::string_view name) {
+  auto& query = database.cached("select 1 from cat_indexes where object_id = ?1 and name = ?2");
+  const bool found = query.bind(1, table).bind(2, name).step();
+  query.reset();
+  return found;
+}
+
+std::vector<std::string> primaryKeyColumns(sqlite::Database& database, const TableInfo& table) {
+  std::vector<std::string> names;
+  auto& query = database.cached(
+      "select c.name from cat_indexes i join cat_indexkeys k on k.object_id = i.object_id and k.indid = i.indid "
+      "join cat_columns c on c.object_id = i.object_id and c.colid = k.colid "
+      "where i.object_id = ?1 and i.kind = 'PK' order by k.keyno");
+  query.bind(1, table.id);
+  while (query.step()) names.emplace_back(query.text(0));
+  query.reset();
+  return names;
+}
+
+void setCdefault(sqlite::Database& database, std::int64_t table, int colid, std::int64_t id) {
+  database.cached("update cat_columns set cdefault = ?3 where object_id = ?1 and colid = ?2")
+      .bind(1, table)
+      .bind(2, std::int64_t{colid})
+      .bind(3, id)
+      .run();
+}
+
+// Writes rows only: the table's SQLite index follows when all rows are there.
+class TableRows {
+ public:
+  TableRows(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table)
+      : database_(database), catalogue_(catalogue), table_(table), schema_(schemaId(database, table.schema)) {}
+
+  void addDefault(const TableInfo::Column& column, const std::string& name, const std::string& text) {
+    const std::int64_t id = addConstraint(name, "DF", "D", {column.name});
+    setCdefault(database_, table_.id, column.colid, id);
+    writeComment(database_, id, text);
+  }
+
+  void addCheck(const CheckDef& check) {
+    const auto columns = check.column.empty() ? std::vector<std::string>() : std::vector<std::string>{check.column};
+    const std::int64_t id = addConstraint(check.name, "CK", "C", columns);
+    writeComment(database_, id, check.text);
+  }
+
+  // Returns the indid.
+  int addIndex(const IndexDef& index) {
+    const bool primary = index.kind == KeyKind::PrimaryKey;
+    const bool taken = hasClusteredIndex(database_, table_.id);
+    if (primary && !primaryKeyColumns(database_, table_).empty())
+      refuse("Table '" + table_.name + "' already has a primary key defined on it.");
+    if (index.clustered && taken && !primary) {
+      refuse("Cannot create more than one clustered index on table '" + table_.storage +
+             "'. Drop the existing clustered index before creating another.");
+    }
+    std::string name = index.name;
+    std::int64_t constraint = 0;
+    if (index.kind != KeyKind::Index) {
+      constraint = addConstraint(name, primary ? "PK" : "UQ", primary ? "PK" : "UQ", index.columns, &name);
+    } else if (hasIndexNamed(database_, table_.id, name)) {
+      refuse("The operation failed because an index or statistics with name '" + name + "' already exists on table '" +
+             table_.storage + "'.");
+    }
+    const std::int64_t indid = index.clustered && !taken ? 1 : freeIndid(database_, table_.id);
+    auto& insert = database_.cached("insert into cat_indexes values(?1,?2,?3,?4,?5,?6,?7)");
+    insert.bind(1, table_.id).bind(2, indid).bind(3, name);
+    insert.bind(4, std::string_view(index.kind == KeyKind::Index ? "IX" : primary ? "PK" : "UQ"));
+    insert.bind(5, std::int64_t{index.unique || index.kind != KeyKind::Index}).bind(6, constraint);
+    if (index.filter.empty()) {
+      insert.bindNull(7);
+    } else {
+      insert.bind(7, index.filter);
+    }
+    insert.run();
+    addIndexKeys(index, indid);
+    return static_cast<int>(indid);
+  }
+
+  void addForeignKey(const ForeignKeyDef& key) {
+    const std::string target = fullName(key.referenced.schema, key.referenced.name);
+    const auto referenced = catalogue_.table(key.referenced.schema, key.referenced.name);
+    const std::string shown = key.name.empty() ? "FK" : key.name;
+    if (!referenced) {
+      refuse("Foreign key '" + shown + "' references invalid table '" + target + "'.", errorNumber::invalidObjectName);
+    }
+    const auto names =
+        key.referencedColumns.empty() ? primaryKeyColumns(database_, *referenced) : key.referencedColumns;
+    if (names.empty()) {
+      refuse("There are no primary or candidate keys in the referenced table '" + target +
+             "' that match the referencing column list in the foreign key '" + shown + "'.");
+    }
+    if (names.size() != key.columns.size()) {
+      refuse("Number of referencing columns in foreign key differs from number of referenced columns, table '" +
+             table_.name + "'.");
+    }
+    std::vector<std::pair<int, int>> pairs;
+    for (std::size_t i = 0; i < names.size(); ++i)
+      pairs.emplace_back(keyColumn(table_, key.columns[i], shown), keyColumn(*referenced, names[i], shown));
+    const std::int64_t id = addConstraint(key.name, "FK", "F", key.columns);
+    database_.cached("insert into cat_references values(?1,?2,?3)")
+        .bind(1, id)
+        .bind(2, table_.id)
+        .bind(3, referenced->id)
+        .run();
+    auto& insert = database_.cached("insert into cat_referencekeys values(?1,?2,?3,?4)");
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+      insert.bind(1, id).bind(2, static_cast<std::int64_t>(i + 1));
+      insert.bind(3, std::int64_t{pairs[i].first}).bind(4, std::int64_t{pairs[i].second}).run();
+    }
+  }
+
+ private:
+  static int keyColumn(const TableInfo& table, const std::string& name, const std::string& key) {
+    const auto* column = table.find(name);
+    if (!column) {
+      refuse("Foreign key '" + key + "' references invalid column '" + name + "' in table '" + table.name + "'.");
+    }
+    return column->colid;
+  }
+
+  std::int64_t addConstraint(const std::string& name, std::string_view kind, std::string_view xtype,
+                             const std::vector<std::string>& columns, std::string* used = nullptr) {
+    const std::string chosen =
+        name.empty() ? makeConstraintName(catalogue_, kind, table_.schema, table_.name, columns) : name;
+    if (used) *used = chosen;
+    return addObject(database_, chosen, schema_, xtype, table_.id);
+  }
+
+  void addIndexKeys(const IndexDef& index, std::int64_t indid) {
+    auto& insert = database_.cached("insert into cat_indexkeys values(?1,?2,?3,?4,?5,?6)");
+    std::vector<int> used;
+    const auto add = [&](const std::string& name, bool key, bool descending) {
+      const auto& column = requireColumn(table_, name);
+      if (std::find(used.begin(), used.end(), column.colid) != used.end()) {
+        refuse("Cannot use duplicate column names in index. Column name '" + column.name + "' listed more than once.");
+      }
+      used.push_back(column.colid);
+      const auto ordinal = static_cast<std::int64_t>(used.size());
+      insert.bind(1, table_.id).bind(2, indid).bind(3, ordinal).bind(4, std::int64_t{column.colid});
+      insert.bind(5, key ? ordinal : 0).bind(6, std::int64_t{descending}).run();
+    };
+    for (std::size_t i = 0; i < index.columns.size(); ++i)
+      add(index.columns[i], true, i < index.descending.size() && index.descending[i]);
+    for (const std::string& name : index.included) add(name, false, false);
+  }
+
+  sqlite::Database& database_;
+  const Catalogue& catalogue_;
+  const TableInfo& table_;
+  std::int64_t schema_;
+};
+
+// Removes an index's rows and what keeps it unique.
+void removeIndex(sqlite::Database& database, const TableInfo& table, std::int64_t indid, std::string_view name) {
+  const std::string kept(name);
+  dropStorageIndex(database, table, kept);
+  for (const char* from : {"cat_indexkeys", "cat_indexes"}) {
+    database.cached("delete from " + std::string(from) + " where object_id = ?1 and indid = ?2")
+        .bind(1, table.id)
+        .bind(2, indid)
+        .run();
+  }
+}
+
+bool isEmptyTable(sqlite::Database& database, const TableInfo& table) {
+  sqlite::Statement query(database, "select 1 from " + quoteName(table.storage) + " limit 1");
+  return !query.step();
+}
+
+// What keeps a column from being dropped, by name; empty: nothing.
+std::string dependentOnColumn(sqlite::Database& database, const TableInfo& table, int colid) {
+  auto& query = database.cached(
+      "select name from cat_objects where id = (select cdefault from cat_columns where object_id = ?1 and colid = ?2) "
+      "union all select i.name from cat_indexes i join cat_indexkeys k on k.object_id = i.object_id and "
+      "k.indid = i.indid where i.object_id = ?1 and k.colid = ?2 "
+      "union all select o.name from cat_references r join cat_referencekeys k on k.constid = r.constid "
+      "join cat_objects o on o.id = r.constid "
+      "where (r.fkeyid = ?1 and k.fcolid = ?2) or (r.rkeyid = ?1 and k.rcolid = ?2)");
+  query.bind(1, table.id).bind(2, std::int64_t{colid});
+  std::string name;
+  if (query.step()) name = query.text(0);
+  query.reset();
+  return name;
+}
+
+}  // namespace
+
+std::string makeConstraintName(const Catalogue& catalogue, std::string_view kind, std::string_view schema,
+                               std::string_view table, const std::vector<std::string>& columns) {
+  std::string hashed = std::string(kind) + '\n' + collationKey(orDbo(schema)) + '\n' + collationKey(table);
+  for (const std::string& column : columns) hashed += '\n' + collationKey(column);
+  const bool key = kind == "PK" || kind == "UQ";
+  std::string name = std::string(kind) + "__" + std::string(leftCharacters(table, key ? 8 : 9)) + "__";
+  if (!key && !columns.empty()) name += std::string(leftCharacters(columns[0], 5)) + "__";
+  for (int taken = 0;; ++taken) {
+    const std::uint64_t hash = hashText(taken == 0 ? hashed : hashed + '\n' + std::to_string(taken));
+    char digits[17];
+    if (key) {
+      std::snprintf(digits, sizeof digits, "%016llX", static_cast<unsigned long long>(hash));
+    } else {
+      std::snprintf(digits, sizeof digits, "%08llX", static_cast<unsigned long long>(hash >> 32));
+    }
+    if (!catalogue.find(schema, name + digits)) return name + digits;
+  }
+}
+
+void CatalogueChanges::createTable(const TableDef& def) {
+  const std::int64_t schema = schemaId(database_, def.schema);
+  if (schema == 0) {
+    refuse("The specified schema name \"" + def.schema +
+           "\" either does not exist or you do not have permission to use it.");
+  }
+  std::vector<std::string> names;
+  for (const ColumnDef& column : def.columns) names.push_back(column.name);
+  checkColumnNames(names, def.name);
+  const std::int64_t id = addObject(database_, def.name, schema, "U", 0);
+  int colid = 0;
+  for (const ColumnDef& column : def.columns) {
+    ColumnDef kept = column;
+    for (const IndexDef& index : def.indexes) {
+      const bool inKey = std::any_of(index.columns.begin(), index.columns.end(),
+                                     [&](const std::string& name) { return sameName(name, column.name); });
+      if (index.kind == KeyKind::PrimaryKey && inKey) kept.nullable = false;
+    }
+    insertColumn(database_, id, kept, ++colid);
+  }
+  catalogue_.forget();
+  const auto info = catalogue_.table(def.schema, def.name);
+  TableRows rows(database_, catalogue_, *info);
+  for (const ColumnDef& column : def.columns)
+    if (!column.defaultText.empty()) rows.addDefault(*info->find(column.name), column.defaultName, column.defaultText);
+  const bool clustered = std::any_of(def.indexes.begin(), def.indexes.end(), [](const IndexDef& index) {
+    return index.clustered && index.kind != KeyKind::PrimaryKey;
+  });
+  for (IndexDef index : def.indexes) {
+    if (index.kind == KeyKind::PrimaryKey && clustered) index.clustered = false;
+    rows.addIndex(index);
+  }
+  for (const ForeignKeyDef& key : def.foreignKeys) rows.addForeignKey(key);
+  for (const CheckDef& check : def.checks) rows.addCheck(check);
+  catalogue_.forget();
+  const auto complete = catalogue_.table(def.schema, def.name);
+  createStorageTable(database_, catalogue_, *complete, complete->storage);
+  createStorageIndexes(database_, catalogue_, *complete);
+}
+
+void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector<ColumnDef>& columns) {
+  const auto before = requireTable(catalogue_, tableName);
+  std::vector<std::string> names;
+  for (const auto& column : before->columns) names.push_back(column.name);
+  for (const ColumnDef& column : columns) names.push_back(column.name);
+  checkColumnNames(names, before->name);
+  const bool empty = isEmptyTable(database_, *before);
+  int colid = before->columns.empty() ? 0 : before->columns.back().colid;
+  for (const ColumnDef& column : columns) {
+    if (!empty && !column.nullable && column.defaultText.empty() && !column.identity && column.computedText.empty() &&
+        column.type.baseName != "timestamp") {
+      refuse(
+          "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
+          "specified, or the column being added is an identity or timestamp column. Column '" +
+          column.name + "' cannot be added to non-empty table '" + before->name + "'.");
+    }
+    insertColumn(database_, before->id, column, ++colid);
+    const std::string head = "alter table " + quoteName(before->storage) + " add column ";
+    const TableInfo::Column info = columnInfo(column, colid);
+    try {
+      database_.execute(head + storageColumn(catalogue_, info, false));
+    } catch (const NotUnderstood&) {
+      database_.execute(head + storageColumn(catalogue_, info, true));
+    } catch (const DataError& error) {
+      if (!info.computed || error.number == errorNumber::cannotConnect) throw;
+      database_.execute(head + storageColumn(catalogue_, info, true));
+    }
+  }
+  catalogue_.forget();
+  const auto after = requireTable(catalogue_, tableName);
+  TableRows rows(database_, catalogue_, *after);
+  for (const ColumnDef& column : columns)
+    if (!column.defaultText.empty()) rows.addDefault(*after->find(column.name), column.defaultName, column.defaultText);
+  catalogue_.forget();
+}
+
+void CatalogueChanges::dropColumn(const ObjectName& tableName, std::string_view column) {
+  const auto before = requireTable(catalogue_, tableName);
+  const auto* found = before->find(column);
+  if (!found) {
+    refuse("ALTER TABLE DROP COLUMN failed because column '" + std::string(column) + "' does not exist in table '" +
+           before->name + "'.");
+  }
+  if (const std::string dependent = dependentOnColumn(database_, *before, found->colid); !dependent.empty()) {
+    refuse("The object '" + dependent + "' is dependent on column '" + found->name + "'. ALTER TABLE DROP COLUMN " +
+           found->name + " failed because one or more objects access this column.");
+  }
+  if (before->columns.size() == 1)
+    refuse("ALTER TABLE DROP COLUMN failed because '" + found->name + "' is the only data column in table '" +
+           before->name + "'. A table must have at least one data column.");
+  database_.execute("alter table " + quoteName(before->storage) + " drop column " + quoteColumn(found->name));
+  database_.cached("delete from cat_columns where object_id = ?1 and colid = ?2")
+      .bind(1, before->id)
+      .bind(2, std::int64_t{found->colid})
+      .run();
+  database_.cached("delete from cat_permissions where major_id = ?1 and minor_id = ?2 and class = 1")
+      .bind(1, before->id)
+      .bind(2, std::int64_t{found->colid})
+      .run();
+  catalogue_.forget();
+}
+
+void CatalogueChanges::alterColumn(const ObjectName& tableName, const ColumnDef& column) {
+  const auto before = requireTable(catalogue_, tableName);
+  const auto* found = before->find(column.name);
+  if (!found) {
+    refuse("ALTER TABLE ALTER COLUMN failed because column '" + column.name + "' does not exist in table '" +
+           before->name + "'.");
+  }
+  if (found->nullable && !column.nullable) {
+    sqlite::Statement query(database_, "select 1 from " + quoteName(before->storage) + " where " +
+                                           quoteColumn(found->name) + " is null limit 1");
+    if (query.step()) {
+      refuse("Cannot insert the value NULL into column '" + found->name + "', table '" + before->storage +
+             "'; column does not allow nulls. UPDATE fails.");
+    }
+  }
+  auto& update = database_.cached(
+      "update cat_columns set xtype = ?3, xusertype = ?4, length = ?5, prec = ?6, scale = ?7, nullable = ?8, "
+      "computed_text = null where object_id = ?1 and colid = ?2");
+  update.bind(1, before->id).bind(2, std::int64_t{found->colid}).bind(3, std::int64_t{column.type.xtype});
+  update.bind(4, std::int64_t{column.type.xusertype}).bind(5, std::int64_t{column.type.length});
+  update.bind(6, std::int64_t{column.type.prec}).bind(7, std::int64_t{column.type.scale});
+  update.bind(8, std::int64_t{column.nullable}).run();
+  catalogue_.forget();
+  const auto after = requireTable(catalogue_, tableName);
+  // The unique indexes treat columns with and without Null differently.
+  if (storageDeclaration(found->type) != storageDeclaration(column.type) || found->nullable != column.nullable)
+    rebuildStorageTable(database_, catalogue_, *after, found->name);
+}
+
+void CatalogueChanges::addIndex(const ObjectName& tableName, const IndexDef& index) {
+  const auto info = requireTable(catalogue_, tableName);
+  for (const std::string& name : index.columns) {
+    if (requireColumn(*info, name).nullable && index.kind == KeyKind::PrimaryKey)
+      refuse("Cannot define PRIMARY KEY constraint on nullable column in table '" + info->name + "'.");
+  }
+  const int indid = TableRows(database_, catalogue_, *info).addIndex(index);
+  createStorageIndexes(database_, catalogue_, *info, indid);
+}
+
+void CatalogueChanges::addForeignKey(const ObjectName& tableName, const ForeignKeyDef& key) {
+  const auto info = requireTable(catalogue_, tableName);
+  TableRows(database_, catalogue_, *info).addForeignKey(key);
+}
+
+void CatalogueChanges::addCheck(const ObjectName& tableName, const CheckDef& check) {
+  const auto info = requireTable(catalogue_, tableName);
+  TableRows(database_, catalogue_, *info).addCheck(check);
+}
+
+void CatalogueChanges::addDefault(const ObjectName& tableName, std::string_view column, const std::string& name,
+                                  const std::string& text) {
+  const auto info = requireTable(catalogue_, tableName);
+  const auto* found = info->find(column);
+  if (!found) {
+    refuse("Column '" + std::string(column) + "' in table '" + info->name +
+           "' is invalid for creating a default constraint.");
+  }
+  if (!found->defaultText.empty()) refuse("Column already has a DEFAULT bound to it.");
+  TableRows(database_, catalogue_, *info).addDefault(*found, name, text);
+  catalogue_.forget();
+}
+
+void CatalogueChanges::dropConstraint(const ObjectName& tableName, std::string_view name) {
+  const auto info = requireTable(catalogue_, tableName);
+  const auto object = catalogue_.find(info->schema, name);
+  if (!object || object->parent != info->id || object->xtype == "TR")
+    refuse("'" + std::string(name) + "' is not a constraint.");
+  if (object->xtype == "PK" || object->xtype == "UQ") {
+    auto& query = database_.cached("select indid, name from cat_indexes where constraint_id = ?1");
+    query.bind(1, object->id);
+    const bool found = query.step();
+    const std::int64_t indid = found ? query.integer(0) : 0;
+    const std::string index = found ? std::string(query.text(1)) : "";
+    query.reset();
+    if (found) removeIndex(database_, *info, indid, index);
+  }
+  if (object->xtype == "D") {
+    database_.cached("update cat_columns set cdefault = 0 where object_id = ?1 and cdefault = ?2")
+        .bind(1, info->id)
+        .bind(2, object->id)
+        .run();
+  }
+  removeObject(database_, object->id);
+  catalogue_.forget();
+}
+
+void CatalogueChanges::dropIndex(const ObjectName& tableName, std::string_view name) {
+  const auto info = requireTable(catalogue_, tableName);
+  auto& query = database_.cached("select indid, constraint_id from cat_indexes where object_id = ?1 and name = ?2");
+  query.bind(1, info->id).bind(2, name);
+  const bool found = query.step();
+  const std::int64_t indid = found ? query.integer(0) : 0;
+  const bool constraint = found && query.integer(1) != 0;
+  query.reset();
+  const std::string shown = info->storage + "." + std::string(name);
+  if (!found) {
+    refuse("Cannot drop the index '" + shown + "', because it does not exist or you do not have permission.");
+  }
+  if (constraint) {
+    refuse("An explicit DROP INDEX is not allowed on index '" + shown +
+           "'. It is being used for PRIMARY KEY or UNIQUE KEY constraint enforcement.");
+  }
+  removeIndex(database_, *info, indid, name);
+}
+
+}  // namespace qrel::tsql

@@ -1,0 +1,59 @@
+// How objects get into a catalogue and out of it, with the SQLite tables behind them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "embedded/catalogue/catalogue.h"
+
+namespace qrel::tsql {
+
+// Changes the catalogue that it is given, for the length of a statement. What a failed change has begun stays: whoever
+// changes several things does it between a savepoint and its rollback.
+class CatalogueChanges {
+ public:
+  explicit CatalogueChanges(Catalogue& catalogue) : catalogue_(catalogue), database_(catalogue.database()) {}
+
+  // Errors are DataErrors in the server's words: "There is already an object named 'x' in the database.",
+  // "Cannot find the object ...", "Column name 'x' ... specified more than once.", ...
+  void createTable(const TableDef& table);
+  void addColumns(const ObjectName& table, const std::vector<ColumnDef>& columns);
+  void dropColumn(const ObjectName& table, std::string_view column);
+  void alterColumn(const ObjectName& table, const ColumnDef& column);
+  void addIndex(const ObjectName& table, const IndexDef& index);
+  void addForeignKey(const ObjectName& table, const ForeignKeyDef& key);
+  void addCheck(const ObjectName& table, const CheckDef& check);
+  void addDefault(const ObjectName& table, std::string_view column, const std::string& name, const std::string& text);
+  void dropConstraint(const ObjectName& table, std::string_view name);
+  void dropIndex(const ObjectName& table, std::string_view name);
+  // Procedures, functions, views, triggers: xtype as in ObjectInfo, `text` to the byte. An existing object of the same
+  // xtype is replaced when `replace` is set. `encrypted`: no text is kept. Triggers name their table in `parent`.
+  void createModule(const ObjectName& name, const std::string& xtype, const std::string& text, bool replace,
+                    bool encrypted, const ObjectName* parent);
+  // Counts a sequence on and returns its value; refuses a name that is no sequence.
+  std::int64_t nextSequenceValue(const ObjectName& name);
+  void createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment);
+  // An object of which only name and type are kept: synonyms, table types.
+  void createPlain(const ObjectName& name, const std::string& xtype);
+  void dropObject(const ObjectName& name, const std::vector<std::string>& xtypes);
+  void createSchema(std::string_view name);
+  void dropSchema(std::string_view name);
+  void createAliasType(const ObjectName& name, const TypeRef& base, bool nullable);
+  void dropType(const ObjectName& name);
+  // `column`: a column or an index of the table `object`; empty: the object itself.
+  void rename(const ObjectName& object, std::string_view column, std::string_view newName);
+  // state: 'G', 'W' (with grant), 'D', 'R' removes. An empty object means the database.
+  void setPermission(char state, const std::string& permission, const ObjectName* object, const std::string& grantee);
+
+ private:
+  std::shared_ptr<const TableInfo> parentTable(const ObjectInfo& object) const;
+  void renameColumnOrIndex(const TableInfo* table, std::string_view name, std::string_view newName);
+
+  Catalogue& catalogue_;
+  sqlite::Database& database_;
+};
+
+}  // namespace qrel::tsql

@@ -1,0 +1,390 @@
+// Changes of everything that is no table: modules, schemas, types, permissions; names and removal of all objects.
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <ctime>
+#include <utility>
+
+#include "embedded/change/changes.h"
+#include "embedded/change/parts.h"
+#include "embedded/sqlite/quoting.h"
+#include "embedded/sqlite/storageNames.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+constexpr std::int64_t firstObjectId = 245575913;
+constexpr std::int64_t objectIdStep = 16;
+constexpr std::size_t commentCharacters = 4000;
+
+std::string fullName(std::string_view schema, std::string_view name) {
+  return schema.empty() ? std::string(name) : std::string(schema) + "." + std::string(name);
+}
+
+std::string now() {
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  std::tm parts{};
+#ifdef _WIN32
+  localtime_s(&parts, &seconds);
+#else
+  localtime_r(&seconds, &parts);
+#endif
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
+  return text.data();
+}
+
+std::int64_t requireSchema(sqlite::Database& database, std::string_view name) {
+  const std::int64_t id = schemaId(database, name);
+  if (id == 0) {
+    refuse("The specified schema name \"" + std::string(name) +
+           "\" either does not exist or you do not have permission to use it.");
+  }
+  return id;
+}
+
+struct PermissionCode {
+  const char* name;
+  const char* code;
+};
+
+constexpr PermissionCode permissionCodes[] = {
+    {"SELECT", "SL  "},
+    {"INSERT", "IN  "},
+    {"UPDATE", "UP  "},
+    {"DELETE", "DL  "},
+    {"EXECUTE", "EX  "},
+    {"REFERENCES", "RF  "},
+    {"ALTER", "AL  "},
+    {"CONTROL", "CL  "},
+    {"VIEW DEFINITION", "VW  "},
+    {"TAKE OWNERSHIP", "TO  "},
+    {"CONNECT", "CO  "},
+    {"RECEIVE", "RC  "},
+    {"IMPERSONATE", "IM  "},
+    {"CREATE TABLE", "CRTB"},
+    {"CREATE VIEW", "CRVW"},
+    {"CREATE PROCEDURE", "CRPR"},
+    {"CREATE FUNCTION", "CRFN"},
+    {"CREATE SCHEMA", "CRSM"},
+    {"CREATE TYPE", "CRTY"},
+    {"CREATE DEFAULT", "CRDF"},
+    {"CREATE RULE", "CRRU"},
+    {"CREATE SYNONYM", "CRSN"},
+    {"CREATE ROLE", "CRRL"},
+    {"BACKUP DATABASE", "BADB"},
+    {"BACKUP LOG", "BALO"},
+    {"VIEW CHANGE TRACKING", "VWCT"},
+    {"ALTER ANY SCHEMA", "ALSM"},
+    {"ALTER ANY USER", "ALUS"},
+    {"ALTER ANY ROLE", "ALRL"},
+    {"VIEW DATABASE STATE", "VWDS"},
+    {"SHOWPLAN", "SPLN"},
+    {"CREATE DATABASE", "CRDB"},
+};
+
+std::string permissionCode(const std::string& permission) {
+  for (const auto& each : permissionCodes)
+    if (permission == each.name) return each.code;
+  std::string code;
+  for (const char c : permission)
+    if (c != ' ' && code.size() < 4) code += c;
+  return code + std::string(4 - code.size(), ' ');
+}
+
+// Another table's foreign key that points at this table; empty: none.
+std::string referencingKey(sqlite::Database& database, std::int64_t table) {
+  auto& query = database.cached(
+      "select o.name from cat_references r join cat_objects o on o.id = r.constid "
+      "where r.rkeyid = ?1 and r.fkeyid <> ?1");
+  std::string name;
+  if (query.bind(1, table).step()) name = query.text(0);
+  query.reset();
+  return name;
+}
+
+void removeTableRows(sqlite::Database& database, const TableInfo& table) {
+  std::vector<std::int64_t> parts;
+  auto& query = database.cached("select id from cat_objects where parent_obj = ?1");
+  query.bind(1, table.id);
+  while (query.step()) parts.push_back(query.integer(0));
+  query.reset();
+  for (const std::int64_t part : parts) removeObject(database, part);
+  for (const char* rows : {"cat_columns", "cat_indexkeys", "cat_indexes"})
+    database.cached("delete from " + std::string(rows) + " where object_id = ?1").bind(1, table.id).run();
+  database.execute("drop table if exists " + quoteName(table.storage));
+}
+
+void renameObject(sqlite::Database& database, std::int64_t id, std::string_view newName) {
+  database.cached("update cat_objects set name = ?2 where id = ?1").bind(1, id).bind(2, newName).run();
+  database.cached("update cat_indexes set name = ?2 where constraint_id = ?1").bind(1, id).bind(2, newName).run();
+}
+
+void dropStorageIndexes(sqlite::Database& database, const TableInfo& table) {
+  std::vector<std::string> names;
+  auto& query = database.cached("select name from cat_indexes where object_id = ?1");
+  query.bind(1, table.id);
+  while (query.step()) names.emplace_back(query.text(0));
+  query.reset();
+  for (const std::string& name : names) dropStorageIndex(database, table, name);
+}
+
+}  // namespace
+
+std::int64_t addObject(sqlite::Database& database, std::string_view name, std::int64_t schema, std::string_view xtype,
+                       std::int64_t parent) {
+  auto& taken = database.cached("select 1 from cat_objects where name = ?1 and schema_id = ?2");
+  const bool found = taken.bind(1, name).bind(2, schema).step();
+  taken.reset();
+  if (found) refuse("There is already an object named '" + std::string(name) + "' in the database.");
+  auto& highest = database.cached("select max(id) from cat_objects");
+  highest.step();
+  const std::int64_t id = highest.isNull(0) ? firstObjectId : highest.integer(0) + objectIdStep;
+  highest.reset();
+  auto& insert = database.cached("insert into cat_objects values(?1,?2,?3,?4,?5,?6)");
+  insert.bind(1, id).bind(2, name).bind(3, schema).bind(4, xtype).bind(5, parent).bind(6, now()).run();
+  return id;
+}
+
+void removeObject(sqlite::Database& database, std::int64_t id) {
+  for (const char* sql :
+       {"delete from cat_referencekeys where constid in (select constid from cat_references where constid = ?1 or "
+        "fkeyid = ?1)",
+        "delete from cat_references where constid = ?1 or fkeyid = ?1", "delete from cat_comments where object_id = ?1",
+        "delete from cat_sequences where object_id = ?1",
+        "delete from cat_permissions where class = 1 and major_id = ?1", "delete from cat_objects where id = ?1"}) {
+    database.cached(sql).bind(1, id).run();
+  }
+}
+
+void writeComment(sqlite::Database& database, std::int64_t id, std::string_view text, bool encrypted) {
+  database.cached("delete from cat_comments where object_id = ?1").bind(1, id).run();
+  auto& insert = database.cached("insert into cat_comments values(?1,?2,?3)");
+  for (std::int64_t row = 1; row == 1 || !text.empty(); ++row) {
+    const std::string_view piece = leftCharacters(text, commentCharacters);
+    insert.bind(1, id).bind(2, row);
+    if (encrypted) {
+      insert.bindNull(3);
+    } else {
+      insert.bind(3, piece);
+    }
+    insert.run();
+    text = encrypted ? std::string_view() : text.substr(piece.size());
+  }
+}
+
+void CatalogueChanges::createModule(const ObjectName& name, const std::string& xtype, const std::string& text,
+                                    bool replace, bool encrypted, const ObjectName* parent) {
+  std::int64_t parentId = 0;
+  std::string schema = name.schema;
+  if (parent) {
+    const auto target = catalogue_.find(parent->schema, parent->name);
+    if (!target || (target->xtype != "U" && target->xtype != "V")) {
+      refuse("The object '" + fullName(parent->schema, parent->name) +
+                 "' does not exist or is invalid for this operation.",
+             errorNumber::invalidObjectName);
+    }
+    parentId = target->id;
+    schema = target->schema;
+  }
+  const auto existing = catalogue_.find(schema, name.name);
+  if (!existing || !replace) {
+    const std::int64_t id = addObject(database_, name.name, requireSchema(database_, schema), xtype, parentId);
+    writeComment(database_, id, text, encrypted);
+    return;
+  }
+  if (existing->xtype != xtype) {
+    refuse("Cannot perform alter on '" + fullName(name.schema, name.name) +
+           "' because it is an incompatible object type.");
+  }
+  writeComment(database_, existing->id, text, encrypted);
+  database_.cached("update cat_objects set parent_obj = ?2 where id = ?1")
+      .bind(1, existing->id)
+      .bind(2, parentId)
+      .run();
+}
+
+void CatalogueChanges::createPlain(const ObjectName& name, const std::string& xtype) {
+  addObject(database_, name.name, requireSchema(database_, name.schema), xtype, 0);
+}
+
+void CatalogueChanges::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment) {
+  const std::int64_t id = addObject(database_, name.name, requireSchema(database_, name.schema), "SO", 0);
+  auto& insert = database_.cached("insert into cat_sequences values(?1,?2,?3)");
+  insert.bind(1, id).bind(2, start).bind(3, increment).run();
+}
+
+std::int64_t CatalogueChanges::nextSequenceValue(const ObjectName& name) {
+  const auto object = catalogue_.find(name.schema, name.name);
+  if (!object || object->xtype != "SO")
+    refuse("Invalid object name '" + fullName(name.schema, name.name) + "'.", errorNumber::invalidObjectName);
+  auto& query = database_.cached("select next from cat_sequences where object_id = ?1");
+  const std::int64_t value = query.bind(1, object->id).step() ? query.integer(0) : 0;
+  query.reset();
+  database_.cached("update cat_sequences set next = next + increment where object_id = ?1").bind(1, object->id).run();
+  return value;
+}
+
+void CatalogueChanges::dropObject(const ObjectName& name, const std::vector<std::string>& xtypes) {
+  const auto object = catalogue_.find(name.schema, name.name);
+  if (!object || std::find(xtypes.begin(), xtypes.end(), object->xtype) == xtypes.end()) {
+    refuse("Cannot drop the object '" + fullName(name.schema, name.name) +
+           "', because it does not exist or you do not have permission.");
+  }
+  if (object->xtype == "U") {
+    if (!referencingKey(database_, object->id).empty()) {
+      refuse("Could not drop object '" + fullName(name.schema, name.name) +
+             "' because it is referenced by a FOREIGN KEY constraint.");
+    }
+    removeTableRows(database_, *catalogue_.table(name.schema, name.name));
+  }
+  removeObject(database_, object->id);
+  if (object->xtype == "V") {
+    auto& triggers = database_.cached("delete from cat_objects where parent_obj = ?1");
+    triggers.bind(1, object->id).run();
+  }
+  catalogue_.forget();
+}
+
+void CatalogueChanges::createSchema(std::string_view name) {
+  const auto isOurs = [&](std::string_view own) { return compareCollated(name, own) == 0; };
+  if (catalogue_.schemaExists(name) || isOurs("sys") || isOurs("INFORMATION_SCHEMA") || isOurs("guest"))
+    refuse("There is already an object named '" + std::string(name) + "' in the database.");
+  auto& insert = database_.cached("insert into cat_schemas select max(max(id) + 1, 5), ?1 from cat_schemas");
+  insert.bind(1, name).run();
+}
+
+void CatalogueChanges::dropSchema(std::string_view name) {
+  const std::int64_t id = schemaId(database_, name);
+  if (id <= 1) {
+    refuse("Cannot drop the schema '" + std::string(name) +
+           "', because it does not exist or you do not have permission.");
+  }
+  auto& query = database_.cached("select name from cat_objects where schema_id = ?1 order by id limit 1");
+  std::string object;
+  if (query.bind(1, id).step()) object = query.text(0);
+  query.reset();
+  if (!object.empty()) {
+    refuse("Cannot drop schema '" + std::string(name) + "' because it is being referenced by object '" + object + "'.");
+  }
+  database_.cached("delete from cat_schemas where id = ?1").bind(1, id).run();
+}
+
+void CatalogueChanges::createAliasType(const ObjectName& name, const TypeRef& base, bool nullable) {
+  const std::int64_t schema = requireSchema(database_, name.schema);
+  if (catalogue_.aliasType(name.schema, name.name) || (schema == 1 && findSystemType(name.name)))
+    refuse("The type '" + fullName(name.schema, name.name) +
+           "' already exists, or you do not have permission to create it.");
+  auto& insert = database_.cached(
+      "insert into cat_types select max(ifnull(max(xusertype), 0) + 1, 257), ?1, ?2, ?3, ?4, ?5, ?6, ?7 from "
+      "cat_types");
+  insert.bind(1, schema).bind(2, name.name).bind(3, std::int64_t{base.xtype}).bind(4, std::int64_t{base.length});
+  insert.bind(5, std::int64_t{base.prec}).bind(6, std::int64_t{base.scale}).bind(7, std::int64_t{nullable}).run();
+}
+
+void CatalogueChanges::dropType(const ObjectName& name) {
+  const auto type = catalogue_.aliasType(name.schema, name.name);
+  if (!type) {
+    dropObject(name, {"TT"});
+    return;
+  }
+  auto& query = database_.cached("select 1 from cat_columns where xusertype = ?1");
+  const bool used = query.bind(1, std::int64_t{type->xusertype}).step();
+  query.reset();
+  if (used) refuse("Cannot drop type '" + fullName(name.schema, name.name) + "' because it is currently in use.");
+  database_.cached("delete from cat_types where xusertype = ?1").bind(1, std::int64_t{type->xusertype}).run();
+}
+
+void CatalogueChanges::rename(const ObjectName& object, std::string_view column, std::string_view newName) {
+  const auto found = catalogue_.find(object.schema, object.name);
+  if (!found) refuse("Either the parameter @objname is ambiguous or the claimed @objtype (OBJECT) is wrong.");
+  const auto info = found->xtype == "U" ? catalogue_.table(found->schema, found->name) : nullptr;
+  if (!column.empty()) {
+    renameColumnOrIndex(info.get(), column, newName);
+    catalogue_.forget();
+    return;
+  }
+  if (const auto other = catalogue_.find(found->schema, newName); other && other->id != found->id) {
+    refuse("Error: The new name '" + std::string(newName) +
+           "' is already in use as a object name and would cause a "
+           "duplicate that is not permitted.");
+  }
+  const auto owner = info ? info : parentTable(*found);
+  if (owner) dropStorageIndexes(database_, *owner);
+  if (info) {
+    database_.execute("alter table " + quoteName(info->storage) + " rename to " +
+                      quoteName(storageName(info->schema, newName)));
+  }
+  renameObject(database_, found->id, newName);
+  catalogue_.forget();
+  if (owner)
+    createStorageIndexes(database_, catalogue_, *catalogue_.table(owner->schema, info ? newName : owner->name));
+}
+
+std::shared_ptr<const TableInfo> CatalogueChanges::parentTable(const ObjectInfo& object) const {
+  const auto parent = object.parent == 0 ? std::nullopt : catalogue_.find(object.parent);
+  return parent ? catalogue_.table(parent->schema, parent->name) : nullptr;
+}
+
+void CatalogueChanges::renameColumnOrIndex(const TableInfo* table, std::string_view name, std::string_view newName) {
+  const std::string ambiguous = "Either the parameter @objname is ambiguous or the claimed @objtype (COLUMN) is wrong.";
+  if (!table) refuse(ambiguous);
+  if (const auto* column = table->find(name)) {
+    const auto* other = table->find(newName);
+    if (other && other != column) {
+      refuse("Error: The new name '" + std::string(newName) +
+             "' is already in use as a COLUMN name and would cause a "
+             "duplicate that is not permitted.");
+    }
+    database_.execute("alter table " + quoteName(table->storage) + " rename column " + quoteColumn(column->name) +
+                      " to " + quoteColumn(newName));
+    database_.cached("update cat_columns set name = ?3 where object_id = ?1 and colid = ?2")
+        .bind(1, table->id)
+        .bind(2, std::int64_t{column->colid})
+        .bind(3, newName)
+        .run();
+    return;
+  }
+  auto& query = database_.cached("select constraint_id from cat_indexes where object_id = ?1 and name = ?2");
+  const bool found = query.bind(1, table->id).bind(2, name).step();
+  const std::int64_t constraint = found ? query.integer(0) : 0;
+  query.reset();
+  if (!found) refuse(ambiguous);
+  dropStorageIndexes(database_, *table);
+  if (constraint != 0) renameObject(database_, constraint, newName);
+  database_.cached("update cat_indexes set name = ?3 where object_id = ?1 and name = ?2")
+      .bind(1, table->id)
+      .bind(2, name)
+      .bind(3, newName)
+      .run();
+  createStorageIndexes(database_, catalogue_, *table);
+}
+
+void CatalogueChanges::setPermission(char state, const std::string& permission, const ObjectName* object,
+                                     const std::string& grantee) {
+  std::int64_t kind = 0;
+  std::int64_t major = 0;
+  if (object) {
+    kind = 1;
+    const auto found = catalogue_.find(object->schema, object->name);
+    if (!found) {
+      refuse("Cannot find the object '" + object->name + "', because it does not exist or you do not have permission.");
+    }
+    major = found->id;
+  }
+  const std::string code = permissionCode(permission);
+  database_.cached("delete from cat_permissions where class = ?1 and major_id = ?2 and type = ?3 and grantee = ?4")
+      .bind(1, kind)
+      .bind(2, major)
+      .bind(3, code)
+      .bind(4, grantee)
+      .run();
+  if (state == 'R') return;
+  auto& insert = database_.cached("insert into cat_permissions values(?1,?2,0,?3,?4,?5,?6)");
+  insert.bind(1, kind).bind(2, major).bind(3, code).bind(4, permission).bind(5, std::string_view(&state, 1));
+  insert.bind(6, grantee).run();
+}
+
+}  // namespace qrel::tsql

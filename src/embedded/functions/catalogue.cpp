@@ -1,0 +1,383 @@
+// Functions that look into the catalogue and at the server.
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <vector>
+
+#include "embedded/catalogue/catalogue.h"
+#include "embedded/functions/functionCall.h"
+#include "embedded/sqlite/quoting.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+// Runs a look-up that gives at most one row and hands it to `read`.
+template <typename Read>
+void lookUp(sqlite::Statement& query, Read read) {
+  if (query.step()) read(query);
+  query.reset();
+}
+
+bool same(std::string_view a, std::string_view b) { return a == b || equalNoCase(a, b); }
+
+std::optional<ObjectName> nameOf(std::string_view text) {
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  try {
+    ObjectName name = readObjectName(reader);
+    if (reader.atEnd()) return name;
+  } catch (const NotUnderstood&) {
+    return {};
+  }
+  return {};
+}
+
+// The object of a name in this database; a bare name sees dbo only.
+std::optional<ObjectInfo> objectOf(const FunctionCall& call, std::string_view text) {
+  const auto name = nameOf(text);
+  const auto& to = call.surroundings();
+  if (!name || (!name->database.empty() && !same(name->database, to.facts.database))) return {};
+  return to.catalogue.find(name->schema, name->name);
+}
+
+// Objects -------------------------------------------------------------------------------------------------------------
+
+void objectId(FunctionCall& call) {
+  if (call.anyNull()) return;
+  const auto object = objectOf(call, call.text(0));
+  if (object && (call.count() < 2 || same(trimBlanks(call.text(1)), object->xtype))) call.result(object->id);
+}
+
+void objectName(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  auto& query = call.surroundings().database.cached("select name from cat_objects where id = ?1");
+  lookUp(query.bind(1, call.integer(0)), [&](auto& row) { call.result(row.text(0)); });
+}
+
+void objectSchemaName(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  auto& query = call.surroundings().database.cached(
+      "select s.name from cat_objects o join cat_schemas s on s.id = o.schema_id where o.id = ?1");
+  lookUp(query.bind(1, call.integer(0)), [&](auto& row) { call.result(row.text(0)); });
+}
+
+// Whether objects of a type have a property; empty for a property that isn't known.
+std::optional<bool> typeHasProperty(std::string_view xtype, std::string_view property) {
+  struct Property {
+    std::string_view name;
+    std::string_view types;  // each with a blank behind it
+  };
+  static constexpr Property properties[] = {
+      {"IsUserTable", "U "},
+      {"IsProcedure", "P X "},
+      {"IsView", "V "},
+      {"IsTrigger", "TR "},
+      {"IsInlineFunction", "IF "},
+      {"IsScalarFunction", "FN "},
+      {"IsTableFunction", "IF TF "},
+      {"IsTable", "U S "},
+      {"IsSystemTable", "S "},
+      {"IsMSShipped", ""},
+      {"IsPrimaryKey", "PK "},
+      {"IsUniqueCnst", "UQ "},
+      {"IsForeignKey", "F "},
+      {"IsCheckCnst", "C "},
+      {"IsDefaultCnst", "D "},
+      {"IsConstraint", "PK UQ F C D "},
+      {"IsExecuted", "P FN IF TF TR V "},
+      {"IsSchemaBound", ""},
+      {"IsReplProc", ""},
+      {"IsExtendedProc", "X "},
+      {"IsRule", ""},
+      {"IsDefault", ""},
+      {"IsSynonym", "SN "},
+      {"ExecIsQuotedIdentOn", "P FN IF TF TR V "},
+      {"ExecIsAnsiNullsOn", "P FN IF TF TR V "},
+      {"IsQuotedIdentOn", "P FN IF TF TR V U "},
+      {"IsAnsiNullsOn", "P FN IF TF TR V U "},
+  };
+  for (const Property& entry : properties) {
+    if (!same(entry.name, property)) continue;
+    const std::size_t at = entry.types.find(xtype);
+    return at != std::string_view::npos && (at == 0 || entry.types[at - 1] == ' ') &&
+           entry.types.substr(at + xtype.size(), 1) == " ";
+  }
+  return {};
+}
+
+void indexedProperty(FunctionCall& call, std::string_view kind) {
+  auto& query = call.surroundings().database.cached(
+      "select exists(select 1 from cat_indexes where object_id = ?1 and kind = ?2)");
+  lookUp(query.bind(1, call.integer(0)).bind(2, kind), [&](auto& row) { call.result(row.integer(0)); });
+}
+
+void objectProperty(FunctionCall& call) {
+  if (call.anyNull()) return;
+  auto& query = call.surroundings().database.cached("select xtype, schema_id from cat_objects where id = ?1");
+  lookUp(query.bind(1, call.integer(0)), [&](auto& row) {
+    const std::string_view property = call.text(1);
+    if (const auto has = typeHasProperty(trimBlanks(row.text(0)), property)) return call.result(std::int64_t{*has});
+    if (same(property, "SchemaId")) return call.result(row.integer(1));
+    if (same(property, "OwnerId")) return call.result(std::int64_t{1});
+    if (same(property, "TableHasPrimaryKey")) return indexedProperty(call, "PK");
+    if (same(property, "TableHasUniqueCnst")) return indexedProperty(call, "UQ");
+    if (same(property, "TableHasIdentity")) {
+      auto& identity = call.surroundings().database.cached(
+          "select exists(select 1 from cat_columns where object_id = ?1 and is_identity)");
+      lookUp(identity.bind(1, call.integer(0)), [&](auto& found) { call.result(found.integer(0)); });
+    } else if (same(property, "IsEncrypted")) {
+      auto& text = call.surroundings().database.cached(
+          "select exists(select 1 from cat_comments where object_id = ?1 and text is null)");
+      lookUp(text.bind(1, call.integer(0)), [&](auto& found) { call.result(found.integer(0)); });
+    }
+  });
+}
+
+void indexProperty(FunctionCall& call) {
+  if (call.anyNull()) return;
+  auto& query = call.surroundings().database.cached(
+      "select indid, is_unique from cat_indexes where object_id = ?1 and name = ?2");
+  lookUp(query.bind(1, call.integer(0)).bind(2, call.text(1)), [&](auto& row) {
+    const std::string_view property = call.text(2);
+    if (same(property, "IsUnique")) return call.result(row.integer(1));
+    if (same(property, "IsClustered")) return call.result(std::int64_t{row.integer(0) == 1});
+    if (same(property, "IndexID")) return call.result(row.integer(0));
+    if (same(property, "IndexDepth")) return call.result(std::int64_t{1});
+    for (const std::string_view never : {"IsStatistics", "IsHypothetical", "IsAutoStatistics", "IsDisabled",
+                                         "IsPadIndex", "IndexFillFactor", "IsFulltextKey"})
+      if (same(property, never)) return call.result(std::int64_t{0});
+  });
+}
+
+// Columns and types ---------------------------------------------------------------------------------------------------
+
+void identityPart(FunctionCall& call, const std::string& sql) {
+  if (call.isNull(0)) return;
+  const auto object = objectOf(call, call.text(0));
+  if (!object) return;
+  auto& query = call.surroundings().database.cached(sql);
+  lookUp(query.bind(1, object->id), [&](auto& row) {
+    const std::string_view text = row.text(0);
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error == std::errc() && end == text.data() + text.size())
+      call.result(number);
+    else
+      call.result(text);
+  });
+}
+
+void identitySeed(FunctionCall& call) {
+  identityPart(call, "select seed from cat_columns where object_id = ?1 and is_identity");
+}
+
+void identityIncrement(FunctionCall& call) {
+  identityPart(call, "select increment from cat_columns where object_id = ?1 and is_identity");
+}
+
+void identityCurrent(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  const auto object = objectOf(call, call.text(0));
+  if (!object) return;
+  const auto table = call.surroundings().catalogue.table(object->schema, object->name);
+  if (!table) return;
+  for (const auto& column : table->columns) {
+    if (!column.identity) continue;
+    sqlite::Statement query(call.surroundings().database,
+                            "select max(" + quoteColumn(column.name) + ") from " + quoteName(table->storage));
+    if (query.step() && !query.isNull(0)) return call.result(query.integer(0));
+    return identitySeed(call);
+  }
+}
+
+void columnLength(FunctionCall& call) {
+  if (call.anyNull()) return;
+  const auto object = objectOf(call, call.text(0));
+  if (!object) return;
+  auto& query =
+      call.surroundings().database.cached("select length from cat_columns where object_id = ?1 and name = ?2");
+  lookUp(query.bind(1, object->id).bind(2, call.text(1)), [&](auto& row) { call.result(row.integer(0)); });
+}
+
+void columnName(FunctionCall& call) {
+  if (call.anyNull()) return;
+  auto& query = call.surroundings().database.cached("select name from cat_columns where object_id = ?1 and colid = ?2");
+  lookUp(query.bind(1, call.integer(0)).bind(2, call.integer(1)), [&](auto& row) { call.result(row.text(0)); });
+}
+
+void columnProperty(FunctionCall& call) {
+  if (call.anyNull()) return;
+  auto& query = call.surroundings().database.cached(
+      "select colid, nullable, is_identity, computed_text is not null and computed_text <> '', prec, scale "
+      "from cat_columns where object_id = ?1 and name = ?2");
+  constexpr std::string_view properties[] = {"ColumnId",   "AllowsNull", "IsIdentity",
+                                             "IsComputed", "Precision",  "Scale"};
+  lookUp(query.bind(1, call.integer(0)).bind(2, call.text(1)), [&](auto& row) {
+    for (int i = 0; i < 6; ++i)
+      if (same(call.text(2), properties[i])) return call.result(row.integer(i));
+    if (same(call.text(2), "IsRowGuidCol")) call.result(std::int64_t{0});
+  });
+}
+
+void typeId(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  const auto name = nameOf(call.text(0));
+  if (!name) return;
+  if (const SystemType* type = findSystemType(name->name)) return call.result(std::int64_t{type->xusertype});
+  if (const auto alias = call.surroundings().catalogue.aliasType(name->schema, name->name))
+    call.result(std::int64_t{alias->xusertype});
+}
+
+void typeName(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  for (const SystemType& type : systemTypes())
+    if (type.xusertype == call.integer(0)) return call.result(std::string_view(type.name));
+  auto& query = call.surroundings().database.cached("select name from cat_types where xusertype = ?1");
+  lookUp(query.bind(1, call.integer(0)), [&](auto& row) { call.result(row.text(0)); });
+}
+
+// Schemas and users ---------------------------------------------------------------------------------------------------
+
+void schemaName(FunctionCall& call) {
+  if (call.count() == 0) return call.result(std::string_view("dbo"));
+  if (call.isNull(0)) return;
+  if (call.integer(0) >= 2 && call.integer(0) <= 4) {
+    constexpr std::string_view fixed[] = {"guest", "INFORMATION_SCHEMA", "sys"};
+    return call.result(fixed[call.integer(0) - 2]);
+  }
+  auto& query = call.surroundings().database.cached("select name from cat_schemas where id = ?1");
+  lookUp(query.bind(1, call.integer(0)), [&](auto& row) { call.result(row.text(0)); });
+}
+
+void schemaId(FunctionCall& call) {
+  if (call.count() == 0) return call.result(std::int64_t{1});
+  auto& query = call.surroundings().database.cached("select id from cat_schemas where name = ?1");
+  lookUp(query.bind(1, call.text(0)), [&](auto& row) { call.result(row.integer(0)); });
+}
+
+// The server and its databases ----------------------------------------------------------------------------------------
+
+// The instance's databases: id and name; master is 1, the others follow from 5 on in order.
+std::vector<std::pair<int, std::string>> databasesOf(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  std::filesystem::directory_iterator entry(folder, error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::filesystem::path& file = entry->path();
+    if (equalNoCase(file.extension().string(), ".mdf") && !file.filename().string().starts_with('.'))
+      names.push_back(file.stem().string());
+  }
+  if (error)
+    throw DataError(errorNumber::cannotConnect,
+                    "The folder '" + folder.string() + "' cannot be read: " + error.message() + ".", "08001");
+  std::sort(names.begin(), names.end(), [](const auto& a, const auto& b) { return compareCollated(a, b) < 0; });
+  std::vector<std::pair<int, std::string>> databases;
+  int next = 5;
+  for (std::string& name : names) {
+    const int id = same(name, "master") ? 1 : next++;
+    databases.emplace_back(id, std::move(name));
+  }
+  return databases;
+}
+
+std::string jsonText(std::string_view text) {
+  std::string out = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') out += '\\';
+    if (static_cast<unsigned char>(c) < 0x20)
+      out += ' ';
+    else
+      out += c;
+  }
+  return out + "\"";
+}
+
+// [[1,"master"],[5,"shop"]], for the views that list databases.
+void databaseList(FunctionCall& call) {
+  std::string out = "[";
+  for (const auto& [id, name] : databasesOf(call.surroundings().facts.folder))
+    out += (out.size() > 1 ? ",[" : "[") + std::to_string(id) + "," + jsonText(name) + "]";
+  call.result(out + "]");
+}
+
+void databaseName(FunctionCall& call) {
+  if (call.count() == 0) return call.result(call.surroundings().facts.database);
+  for (const auto& [id, name] : databasesOf(call.surroundings().facts.folder))
+    if (id == call.integer(0)) return call.result(name);
+}
+
+void databaseId(FunctionCall& call) {
+  const std::string_view wanted = call.count() == 0 ? call.surroundings().facts.database : call.text(0);
+  for (const auto& [id, name] : databasesOf(call.surroundings().facts.folder))
+    if (same(name, wanted)) return call.result(std::int64_t{id});
+}
+
+void databaseProperty(FunctionCall& call) {
+  if (call.anyNull()) return;
+  if (same(call.text(1), "Status"))
+    call.result(std::string_view("ONLINE"));
+  else if (same(call.text(1), "Updateability"))
+    call.result(std::string_view("READ_WRITE"));
+  else if (same(call.text(1), "Recovery"))
+    call.result(std::string_view("SIMPLE"));
+  else if (same(call.text(1), "Collation"))
+    call.result(std::string_view("SQL_Latin1_General_CP1_CI_AS"));
+}
+
+void serverProperty(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  const ServerFacts& facts = call.surroundings().facts;
+  const std::string_view property = call.text(0);
+  if (same(property, "ProductVersion")) return call.result(facts.productVersion);
+  if (same(property, "ProductMajorVersion"))
+    return call.result(std::string_view(facts.productVersion).substr(0, facts.productVersion.find('.')));
+  if (same(property, "ServerName") || same(property, "InstanceName")) return call.result(facts.server);
+  if (same(property, "ProductLevel")) return call.result(std::string_view("RTM"));
+  if (same(property, "Edition")) return call.result(std::string_view("Express Edition (64-bit)"));
+  if (same(property, "EngineEdition")) return call.result(std::int64_t{4});
+  if (same(property, "Collation")) return call.result(std::string_view("SQL_Latin1_General_CP1_CI_AS"));
+  if (same(property, "IsClustered")) return call.result(std::int64_t{0});
+  if (same(property, "IsLocalDB") || same(property, "IsIntegratedSecurityOnly")) return call.result(std::int64_t{1});
+}
+
+void serverName(FunctionCall& call) { call.result(call.surroundings().facts.server); }
+void serverVersion(FunctionCall& call) {
+  call.result("Embedded SQL server - " + call.surroundings().facts.productVersion);
+}
+void loginName(FunctionCall& call) { call.result(std::string_view("sa")); }
+void allowed(FunctionCall& call) { call.result(std::int64_t{1}); }
+
+}  // namespace
+
+void addCatalogueFunctions(FunctionSurroundings& to) {
+  addFunction<objectId>(to, "object_id", -1, false);
+  addFunction<objectName>(to, "object_name", -1, false);
+  addFunction<objectSchemaName>(to, "object_schema_name", -1, false);
+  addFunction<objectProperty>(to, "objectproperty", 2, false);
+  addFunction<indexProperty>(to, "indexproperty", 3, false);
+  // The same within one query: SQLite then asks once and not for each row.
+  addFunction<identitySeed>(to, "ident_seed", 1, true);
+  addFunction<identityIncrement>(to, "ident_incr", 1, true);
+  addFunction<identityCurrent>(to, "ident_current", 1, false);
+  addFunction<columnLength>(to, "col_length", 2, false);
+  addFunction<columnName>(to, "col_name", 2, false);
+  addFunction<columnProperty>(to, "columnproperty", 3, false);
+  addFunction<typeId>(to, "type_id", 1, false);
+  addFunction<typeName>(to, "type_name", 1, false);
+  addFunction<schemaName>(to, "schema_name", -1, false);
+  addFunction<schemaId>(to, "schema_id", -1, false);
+  addFunction<databaseList>(to, "databases", 0, false);
+  addFunction<databaseName>(to, "db_name", -1, false);
+  addFunction<databaseId>(to, "db_id", -1, false);
+  addFunction<databaseProperty>(to, "databasepropertyex", 2, false);
+  addFunction<serverProperty>(to, "serverproperty", 1, false);
+  addFunction<serverName>(to, "servername", 0, false);
+  addFunction<serverVersion>(to, "version", 0, false);
+  addFunction<loginName>(to, "login", -1, false);
+  addFunction<allowed>(to, "allowed", -1, false);
+}
+
+}  // namespace qrel::tsql

@@ -1,0 +1,329 @@
+// Arithmetic, conversion and a few functions without a family.
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <random>
+
+#include "embedded/functions/functionCall.h"
+#include "embedded/types/decimals.h"
+#include "embedded/types/types.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+Value FunctionCall::value(int i) const {
+  Value out;
+  if (isNull(i)) return out;
+  switch (type(i)) {
+    case SQLITE_INTEGER:
+      return Value::ofInteger(integer(i));
+    case SQLITE_FLOAT:
+      return Value::ofDouble(real(i));
+    default:
+      out = Value::ofText(std::string(text(i)));
+      if (type(i) == SQLITE_BLOB) out.type = DataType::Binary;
+      return out;
+  }
+}
+
+void FunctionCall::result(const Value& value) {
+  if (value.null) return sqlite3_result_null(context_);
+  switch (value.type) {
+    case DataType::Boolean:
+    case DataType::Integer:
+      return result(value.integer);
+    case DataType::Double:
+      return result(value.real);
+    case DataType::Binary:
+      return sqlite3_result_blob64(context_, value.text.empty() ? "" : value.text.data(), value.text.size(),
+                                   SQLITE_TRANSIENT);
+    default:
+      return result(std::string_view(value.text));
+  }
+}
+
+namespace {
+
+// A number of a text; raises the server's error when it is none.
+double numberOf(const FunctionCall& call, int i) {
+  if (call.type(i) != SQLITE_TEXT) return call.real(i);
+  const std::string_view text = trimBlanks(call.text(i));
+  double number = 0;
+  if (text.empty()) return number;
+  const auto [end, error] = std::from_chars(text.data() + (text.front() == '+'), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size())
+    throw DataError(errorNumber::badSql,
+                    "Conversion failed when converting the varchar value '" + std::string(text) + "' to data type int.",
+                    "22018");
+  return number;
+}
+
+// "+" where the types of its sides aren't known before the query runs: two texts are joined, all else is added.
+void add(FunctionCall& call) {
+  if (call.anyNull()) return;
+  const auto isText = [&](int i) { return call.type(i) == SQLITE_TEXT || call.type(i) == SQLITE_BLOB; };
+  if (isText(0) && isText(1)) return call.result(std::string(call.text(0)) + std::string(call.text(1)));
+  std::int64_t sum = 0;
+  if (call.type(0) == SQLITE_INTEGER && call.type(1) == SQLITE_INTEGER) {
+    if (__builtin_add_overflow(call.integer(0), call.integer(1), &sum))
+      throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type bigint.");
+    return call.result(sum);
+  }
+  const double number = numberOf(call, 0) + numberOf(call, 1);
+  const bool whole = call.type(0) != SQLITE_FLOAT && call.type(1) != SQLITE_FLOAT && std::abs(number) < 9e15 &&
+                     number == std::floor(number);
+  if (whole)
+    call.result(static_cast<std::int64_t>(number));
+  else
+    call.result(number);
+}
+
+void divide(FunctionCall& call) {
+  if (call.anyNull()) return;
+  const bool whole = call.type(0) == SQLITE_INTEGER && call.type(1) == SQLITE_INTEGER;
+  const double divisor = numberOf(call, 1);
+  if (divisor == 0) throw DataError(errorNumber::badSql, "Divide by zero error encountered.", "22012");
+  if (!whole) return call.result(numberOf(call, 0) / divisor);
+  if (call.integer(1) == -1)
+    return call.result(static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(call.integer(0))));
+  call.result(call.integer(0) / call.integer(1));
+}
+
+void modulo(FunctionCall& call) {
+  if (call.anyNull()) return;
+  const double divisor = numberOf(call, 1);
+  if (divisor == 0) throw DataError(errorNumber::badSql, "Divide by zero error encountered.", "22012");
+  const bool whole = call.type(0) == SQLITE_INTEGER && call.type(1) == SQLITE_INTEGER;
+  if (whole)
+    call.result(call.integer(1) == -1 ? std::int64_t{0} : call.integer(0) % call.integer(1));
+  else
+    call.result(std::fmod(numberOf(call, 0), divisor));
+}
+
+void exclusiveOr(FunctionCall& call) {
+  if (!call.anyNull()) call.result(call.integer(0) ^ call.integer(1));
+}
+
+template <double (*function)(double)>
+void real(FunctionCall& call) {
+  if (!call.isNull(0)) call.result(function(numberOf(call, 0)));
+}
+
+template <double (*function)(double)>
+void rounding(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  if (call.type(0) == SQLITE_INTEGER) return call.resultArgument(0);
+  const double number = function(numberOf(call, 0));
+  if (call.type(0) == SQLITE_TEXT && std::abs(number) < 9e15)
+    call.result(static_cast<std::int64_t>(number));
+  else
+    call.result(number);
+}
+
+void absolute(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  if (call.type(0) == SQLITE_INTEGER) return call.result(call.integer(0) < 0 ? -call.integer(0) : call.integer(0));
+  if (call.type(0) == SQLITE_FLOAT) return call.result(std::abs(call.real(0)));
+  const std::string_view text = trimBlanks(call.text(0));
+  call.result(text.substr(!text.empty() && text.front() == '-'));
+}
+
+void sign(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  const double number = numberOf(call, 0);
+  call.result(std::int64_t{number > 0 ? 1 : number < 0 ? -1 : 0});
+}
+
+void round(FunctionCall& call) {
+  if (call.isNull(0) || call.isNull(1)) return;
+  const auto digits = static_cast<int>(std::clamp<std::int64_t>(call.integer(1), -30, 30));
+  if (call.type(0) == SQLITE_TEXT && digits >= 0) {
+    const std::size_t point = call.text(0).find('.');
+    auto number = readDecimal(call.text(0));
+    if (!number) (void)numberOf(call, 0);
+    if (!number) return;
+    const std::size_t scale = point == std::string_view::npos ? 0 : call.text(0).size() - point - 1;
+    roundDecimal(*number, digits);
+    return call.result(decimalText(*number, static_cast<int>(scale)));
+  }
+  const double factor = std::pow(10.0, digits);
+  const double number = std::round(numberOf(call, 0) * factor) / factor;
+  if (call.type(0) == SQLITE_INTEGER)
+    call.result(static_cast<std::int64_t>(number));
+  else
+    call.result(number);
+}
+
+void power(FunctionCall& call) {
+  if (call.anyNull()) return;
+  const double number = std::pow(numberOf(call, 0), numberOf(call, 1));
+  if (call.type(0) == SQLITE_INTEGER && std::abs(number) < 9e15)
+    call.result(static_cast<std::int64_t>(number));
+  else
+    call.result(number);
+}
+
+void square(FunctionCall& call) {
+  if (!call.isNull(0)) call.result(numberOf(call, 0) * numberOf(call, 0));
+}
+
+void isNumeric(FunctionCall& call) {
+  const bool number = call.type(0) == SQLITE_INTEGER || call.type(0) == SQLITE_FLOAT ||
+                      (call.type(0) == SQLITE_TEXT && readDecimal(call.text(0), true));
+  call.result(std::int64_t{number});
+}
+
+std::string hexText(std::string_view bytes, bool prefix) {
+  constexpr std::string_view digits = "0123456789ABCDEF";
+  std::string out = prefix ? "0x" : "";
+  for (const char c : bytes) {
+    out += digits[static_cast<unsigned char>(c) >> 4];
+    out += digits[static_cast<unsigned char>(c) & 15];
+  }
+  return out;
+}
+
+// Styles 3 to 5 and 103 to 105 put the day first.
+std::string monthFirst(const std::string& text, int style) {
+  const int form = style % 100;
+  const std::size_t first = text.find_first_of("/.-");
+  const std::size_t second = first == std::string::npos ? first : text.find_first_of("/.-", first + 1);
+  if (form < 3 || form > 5 || style > 105 || second == std::string::npos || first > 2) return text;
+  return text.substr(first + 1, second - first - 1) + text[first] + text.substr(0, first) + text.substr(second);
+}
+
+// q_convert(value, type, prec, scale, style): style Null for CAST. prec -1 is max, 0 the type's default.
+Value converted(const FunctionCall& call) {
+  const SystemType* system = findSystemType(call.text(1));
+  if (!system)
+    throw DataError(errorNumber::badSql, "Type " + std::string(call.text(1)) + " is not a defined system type.");
+  const TypeRef type = systemTypeRef(*system, static_cast<int>(call.integer(2)), static_cast<int>(call.integer(3)));
+  Value value = call.value(0);
+  const auto style = static_cast<int>(call.integer(4));
+  if (type.dataType == DataType::Text && value.type == DataType::Binary && (style == 1 || style == 2))
+    value = Value::ofText(hexText(value.text, style == 1));
+  else if (type.dataType == DataType::Binary && value.type == DataType::Text && style == 2)
+    value.text = "0x" + value.text;
+  else if (type.dataType == DataType::Binary && value.type == DataType::Text && style == 0)
+    value.type = DataType::Binary;
+  if (type.dataType == DataType::Date && value.type == DataType::Text) value.text = monthFirst(value.text, style);
+  const bool sized = type.dataType == DataType::Text && type.prec > 0 &&
+                     (type.xtype == 167 || type.xtype == 231 || type.xtype == 175 || type.xtype == 239);
+  // An explicit conversion cuts what is too long without a word.
+  if (sized && (value.type == DataType::Text))
+    value.text.resize(byteOffset(value.text, static_cast<std::size_t>(type.prec)));
+  if (value.type == DataType::Binary && (type.xtype == 165 || type.xtype == 173) && type.length > 0)
+    value.text.resize(std::min(value.text.size(), static_cast<std::size_t>(type.length)));
+  return convertTo(type, value);
+}
+
+void convert(FunctionCall& call) {
+  if (!call.isNull(0)) call.result(converted(call));
+}
+
+void tryConvert(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  try {
+    call.result(converted(call));
+  } catch (const DataError&) {
+    sqlite3_result_null(call.context());
+  }
+}
+
+void newId(FunctionCall& call) {
+  std::array<unsigned char, 16> bytes{};
+  sqlite3_randomness(static_cast<int>(bytes.size()), bytes.data());
+  bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
+  bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
+  std::string text = hexText({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, false);
+  for (const std::size_t at : {20U, 16U, 12U, 8U}) text.insert(at, "-");
+  call.result("{" + text + "}");
+}
+
+void random(FunctionCall& call) {
+  std::uint64_t bits = 0;
+  sqlite3_randomness(sizeof bits, &bits);
+  call.result(static_cast<double>(bits >> 11) / 9007199254740992.0);
+}
+
+// SUM and AVG: whole numbers stay whole, decimals keep their scale.
+struct Total {
+  std::int64_t count;
+  std::int64_t whole;
+  double real;
+  int scale;
+  bool anyReal, anyDecimal;
+};
+
+void addToTotal(sqlite3_context* context, int, sqlite3_value** arguments) {
+  const int type = sqlite3_value_type(arguments[0]);
+  if (type == SQLITE_NULL) return;
+  auto* total = static_cast<Total*>(sqlite3_aggregate_context(context, sizeof(Total)));
+  if (!total) return sqlite3_result_error_nomem(context);
+  ++total->count;
+  if (type == SQLITE_INTEGER) {
+    if (__builtin_add_overflow(total->whole, sqlite3_value_int64(arguments[0]), &total->whole))
+      failCall(context,
+               std::make_exception_ptr(DataError(
+                   errorNumber::badSql, "Arithmetic overflow error converting expression to data type bigint.")),
+               "overflow");
+    return;
+  }
+  total->real += sqlite3_value_double(arguments[0]);
+  if (type == SQLITE_FLOAT) {
+    total->anyReal = true;
+    return;
+  }
+  total->anyDecimal = true;
+  const std::string_view text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+  const std::size_t point = text.find('.');
+  if (point != std::string_view::npos) total->scale = std::max(total->scale, static_cast<int>(text.size() - point - 1));
+}
+
+void totalResult(sqlite3_context* context, bool average) {
+  const auto* total = static_cast<Total*>(sqlite3_aggregate_context(context, 0));
+  if (!total || total->count == 0) return sqlite3_result_null(context);
+  const double sum = total->real + static_cast<double>(total->whole);
+  if (total->anyReal) return sqlite3_result_double(context, average ? sum / static_cast<double>(total->count) : sum);
+  if (!total->anyDecimal) return sqlite3_result_int64(context, average ? total->whole / total->count : total->whole);
+  char buffer[400];
+  std::snprintf(buffer, sizeof buffer, "%.*f", average ? std::max(total->scale, 6) : total->scale,
+                average ? sum / static_cast<double>(total->count) : sum);
+  sqlite3_result_text(context, buffer, -1, SQLITE_TRANSIENT);
+}
+
+void sumResult(sqlite3_context* context) { totalResult(context, false); }
+void averageResult(sqlite3_context* context) { totalResult(context, true); }
+
+}  // namespace
+
+void addNumberFunctions(FunctionSurroundings& to) {
+  addFunction<add>(to, "add", 2, true);
+  addFunction<divide>(to, "divide", 2, true);
+  addFunction<modulo>(to, "modulo", 2, true);
+  addFunction<exclusiveOr>(to, "xor", 2, true);
+  addFunction<absolute>(to, "abs", 1, true);
+  addFunction<rounding<std::ceil>>(to, "ceiling", 1, true);
+  addFunction<rounding<std::floor>>(to, "floor", 1, true);
+  addFunction<sign>(to, "sign", 1, true);
+  addFunction<round>(to, "round", -1, true);
+  addFunction<power>(to, "power", 2, true);
+  addFunction<square>(to, "square", 1, true);
+  addFunction<real<std::sqrt>>(to, "sqrt", 1, true);
+  addFunction<real<std::exp>>(to, "exp", 1, true);
+  addFunction<real<std::log>>(to, "log", 1, true);
+  addFunction<real<std::log10>>(to, "log10", 1, true);
+  addFunction<isNumeric>(to, "isnumeric", 1, true);
+  addFunction<convert>(to, "convert", 5, true);
+  addFunction<tryConvert>(to, "try_convert", 5, true);
+  addFunction<newId>(to, "newid", 0, false);
+  addFunction<random>(to, "rand", -1, false);
+  for (const auto& [name, result] : {std::pair{"q_sum", &sumResult}, {"q_avg", &averageResult}}) {
+    const int code =
+        sqlite3_create_function_v2(to.database.get(), name, 1, SQLITE_UTF8, &to, nullptr, addToTotal, result, nullptr);
+    if (code != SQLITE_OK) to.database.fail(code, name);
+  }
+}
+
+}  // namespace qrel::tsql

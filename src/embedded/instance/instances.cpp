@@ -1,0 +1,348 @@
+#include "embedded/instance/instances.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <random>
+
+#include "embedded/catalogue/catalogue.h"
+#include "embedded/sqlite/sqlite.h"
+#include "platform/error.h"
+#include "platform/files.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* versionFile = "instance.txt";
+constexpr const char* databaseExtension = ".mdf";
+constexpr const char* lockEnding = ".lock";
+constexpr const char* loadingEnding = ".loading";
+constexpr const char* workCopyMark = ".loading-";
+constexpr std::size_t longestName = 128;
+constexpr std::size_t mostVersionParts = 4;
+constexpr std::size_t mostVersionDigits = 5;
+constexpr std::chrono::milliseconds waitUntold(300);
+
+[[noreturn]] void fail(const std::string& text) { throw RuntimeError(errorNumber::pathAccess, text); }
+
+void checkName(std::string_view name, const char* what) {
+  const bool bad = name.empty() || name.size() > longestName || name.front() == '.' ||
+                   name.find_first_of("/\\:") != std::string_view::npos ||
+                   std::any_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+  if (bad) fail("'" + std::string(name) + "' can't be the name of " + what + ".");
+}
+
+[[noreturn]] void failReading(const fs::path& folder, const std::error_code& error) {
+  fail("The folder '" + folder.string() + "' cannot be read: " + error.message() +
+       ". Ask for the right to read it, or look after the disk.");
+}
+
+// The names of a folder's entries; none when there is no such folder.
+std::vector<fs::path> entriesOf(const fs::path& folder) {
+  std::vector<fs::path> entries;
+  std::error_code error;
+  fs::directory_iterator it(folder, error);
+  if (error == std::errc::no_such_file_or_directory) return entries;
+  for (; !error && it != fs::directory_iterator(); it.increment(error)) entries.push_back(it->path());
+  if (error) failReading(folder, error);
+  return entries;
+}
+
+bool isThere(const fs::path& file) {
+  std::error_code error;
+  const bool there = fs::exists(file, error);
+  if (error) fail("The file '" + file.string() + "' cannot be looked at: " + error.message() + ".");
+  return there;
+}
+
+// The folder entry whose name (without `extension`) equals `name` without case; empty when there is none.
+fs::path findEntry(const fs::path& folder, std::string_view name, std::string_view extension) {
+  const fs::path exact = folder / (std::string(name) + std::string(extension));
+  std::error_code ignored;
+  if (fs::exists(exact, ignored)) return exact;
+  for (const fs::path& entry : entriesOf(folder)) {
+    const std::string file = entry.filename().string();
+    if (file.size() < extension.size() || file.front() == '.') continue;
+    const std::size_t length = file.size() - extension.size();
+    if (equalNoCase(file.substr(length), extension) && equalNoCase(file.substr(0, length), name)) return entry;
+  }
+  return {};
+}
+
+void writeVersion(const fs::path& folder, std::string_view version) {
+  files::writeAtomically(folder / versionFile, std::string(version) + "\n");
+}
+
+void checkVersion(std::string_view version) {
+  if (!EmbeddedServers::isVersion(version))
+    fail("'" + std::string(version) + "' is no product version such as 11.0.2100.60.");
+}
+
+// The hidden file beside `name` that is locked for it.
+fs::path lockFile(const fs::path& folder, std::string_view name) {
+  return folder / ("." + lowerCase(name) + lockEnding);
+}
+
+// Makes an empty database in a file that isn't there; the file is whole or not there at all. The caller keeps others
+// from making it too.
+void createEmptyDatabase(const fs::path& file) {
+  const fs::path fresh = workCopyOf(file);
+  std::error_code error;
+  try {
+    sqlite::Database database(fresh, sqlite::OpenMode::Create);
+    tsql::Catalogue::createStorage(database);
+    fs::rename(fresh, file);
+  } catch (...) {
+    fs::remove(fresh, error);
+    fs::remove(fresh.string() + "-journal", error);
+    throw;
+  }
+}
+
+void fillInstance(const fs::path& folder, std::string_view version) {
+  const fs::path master = folder / ("master" + std::string(databaseExtension));
+  if (!fs::exists(master)) createEmptyDatabase(master);
+  // Last: the folder is an instance as soon as it says which version.
+  writeVersion(folder, version);
+}
+
+std::vector<std::string> sorted(std::vector<std::string> names) {
+  std::sort(names.begin(), names.end(),
+            [](const std::string& a, const std::string& b) { return compareCollated(a, b) < 0; });
+  return names;
+}
+
+}  // namespace
+
+EmbeddedServers::EmbeddedServers(fs::path root) : root_(std::move(root)) {}
+
+EmbeddedServers::~EmbeddedServers() {
+  std::error_code ignored;
+  for (const auto& [name, temporary] : temporary_) fs::remove_all(temporary.folder, ignored);
+}
+
+bool EmbeddedServers::isTemporary(std::string_view name) const { return temporary_.count(lowerCase(name)) != 0; }
+
+bool EmbeddedServers::exists(std::string_view name) const {
+  if (isTemporary(name)) return true;
+  const fs::path found = name.empty() ? fs::path() : findEntry(root_, name, "");
+  return !found.empty() && found.filename() != "." && isThere(found / versionFile);
+}
+
+std::vector<std::string> EmbeddedServers::list() const {
+  std::vector<std::string> names;
+  for (const fs::path& entry : entriesOf(root_)) {
+    std::error_code none;
+    const std::string name = entry.filename().string();
+    if (name.front() != '.' && fs::exists(entry / versionFile, none)) names.push_back(name);
+  }
+  return sorted(std::move(names));
+}
+
+void EmbeddedServers::create(std::string_view name, std::string_view productVersion) {
+  const auto fresh = NewInstance::begin(*this, name, productVersion, {});
+  if (!fresh) fail("There is a server '" + std::string(name) + "' already.");
+  fresh->keep();
+}
+
+FileLock EmbeddedServers::serverLock(std::string_view name) const { return FileLock(lockFile(root_, name)); }
+
+bool EmbeddedServers::isVersion(std::string_view text) {
+  const std::vector<std::string> parts = splitAt(text, '.');
+  return !text.empty() && text.front() != '0' && parts.size() <= mostVersionParts &&
+         std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
+           return !part.empty() && part.size() <= mostVersionDigits &&
+                  part.find_first_not_of("0123456789") == std::string::npos;
+         });
+}
+
+void EmbeddedServers::setVersion(std::string_view name, std::string_view productVersion) {
+  checkVersion(productVersion);
+  FileLock lock = serverLock(name);
+  if (!isTemporary(name)) waitFor(lock, {}, "The server '" + std::string(name) + "'");
+  writeVersion(folder(name), productVersion);
+}
+
+std::string EmbeddedServers::productVersion(std::string_view name) const {
+  return versionIn(folder(name)).value_or(defaultProductVersion);
+}
+
+std::optional<std::string> EmbeddedServers::versionIn(const fs::path& folder) {
+  const fs::path file = folder / versionFile;
+  if (!isThere(file)) return {};
+  std::ifstream in(file);
+  std::string version;
+  in >> version;
+  // Another version would change what the server answers: it isn't made up.
+  if (!isVersion(version))
+    fail("The file '" + file.string() +
+         "' cannot be read, or holds no product version such as 11.0.2100.60. \"qrel load\" with --version writes it.");
+  return version;
+}
+
+fs::path EmbeddedServers::versionFileIn(const fs::path& folder) { return folder / versionFile; }
+
+fs::path EmbeddedServers::folder(std::string_view name) const {
+  if (const auto found = temporary_.find(lowerCase(name)); found != temporary_.end()) return found->second.folder;
+  if (!exists(name)) fail("There is no server '" + std::string(name) + "' in '" + root_.string() + "'.");
+  return findEntry(root_, name, "");
+}
+
+std::string EmbeddedServers::createTemporary() {
+  std::string name;
+  for (int number = 1; name.empty() || exists(name); ++number) name = "script" + std::to_string(number);
+  std::random_device random;
+  const fs::path parent = fs::temp_directory_path();
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    const fs::path folder =
+        parent / (std::string(temporaryPrefix) + std::to_string(random()) + std::to_string(random()));
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0) {
+      if (errno == EEXIST) continue;
+      fail("The folder '" + folder.string() + "' cannot be made: " + std::generic_category().message(errno) + ".");
+    }
+    unfinished_.add(folder);
+    const auto made = temporary_.emplace(name, Temporary{folder, FileLock(folder / lockEnding)}).first;
+    // Until it is locked, another process may take the folder for one that is left over.
+    std::error_code ignored;
+    const auto giveUp = [&] {
+      unfinished_.forget(folder);
+      temporary_.erase(made);
+    };
+    try {
+      if (made->second.lock.tryLock()) {
+        fillInstance(folder, defaultProductVersion);
+        return name;
+      }
+    } catch (...) {
+      const bool taken = !fs::exists(folder, ignored);
+      fs::remove_all(folder, ignored);
+      giveUp();
+      if (taken) continue;
+      throw;
+    }
+    giveUp();
+  }
+  fail("No temporary folder can be made in '" + parent.string() + "'.");
+}
+
+std::vector<std::string> EmbeddedServers::databases(std::string_view instance) const {
+  std::vector<std::string> names;
+  for (const fs::path& file : entriesOf(folder(instance))) {
+    if (equalNoCase(file.extension().string(), databaseExtension) && file.filename().string().front() != '.')
+      names.push_back(file.stem().string());
+  }
+  return sorted(std::move(names));
+}
+
+fs::path EmbeddedServers::databaseFile(std::string_view instance, std::string_view database) const {
+  return databaseFileIn(folder(instance), database);
+}
+
+fs::path EmbeddedServers::databaseFileIn(const fs::path& folder, std::string_view database) {
+  checkName(database, "a database");
+  const fs::path found = findEntry(folder, database, databaseExtension);
+  return found.empty() ? folder / (std::string(database) + databaseExtension) : found;
+}
+
+bool EmbeddedServers::createDatabase(std::string_view instance, std::string_view database) {
+  FileLock lock = databaseLock(databaseFile(instance, database));
+  waitFor(lock, {}, "The database '" + std::string(instance) + "/" + std::string(database) + "'");
+  const fs::path file = databaseFile(instance, database);
+  if (fs::exists(file)) return false;
+  createEmptyDatabase(file);
+  return true;
+}
+
+bool EmbeddedServers::dropDatabase(std::string_view instance, std::string_view database) {
+  std::error_code error;
+  const fs::path file = databaseFile(instance, database);
+  const bool removed = fs::remove(file, error);
+  if (error) fail("The file '" + file.string() + "' cannot be removed: " + error.message() + ".");
+  return removed;
+}
+
+FileLock databaseLock(const fs::path& databaseFile) {
+  return FileLock(lockFile(databaseFile.parent_path(), databaseFile.filename().string()));
+}
+
+fs::path workCopyOf(const fs::path& databaseFile) {
+  return databaseFile.string() + workCopyMark + std::to_string(::getpid());
+}
+
+bool waitFor(FileLock& lock, const LockWait& wait, const std::string& what) {
+  auto outcome = lock.lock(std::min(waitUntold, wait.atMost), wait.stop);
+  if (outcome == FileLock::Outcome::TimedOut && wait.atMost > waitUntold) {
+    if (wait.waiting) wait.waiting();
+    outcome = lock.lock(wait.atMost - waitUntold, wait.stop);
+  }
+  if (outcome == FileLock::Outcome::TimedOut)
+    fail(what + " is being written by another process. Nothing was changed; try again when that has ended.");
+  return outcome == FileLock::Outcome::Locked;
+}
+
+std::unique_ptr<NewInstance> NewInstance::begin(EmbeddedServers& servers, std::string_view name,
+                                                std::string_view version, const LockWait& wait) {
+  checkName(name, "a server");
+  checkVersion(version);
+  if (servers.exists(name)) return nullptr;
+  std::error_code error;
+  const bool rootMade = fs::create_directories(servers.root_, error);
+  if (error) fail("The folder '" + servers.root_.string() + "' cannot be made: " + error.message() + ".");
+  std::unique_ptr<NewInstance> fresh(new NewInstance(servers, name, servers.serverLock(name)));
+  fresh->rootMade_ = rootMade;
+  if (!waitFor(fresh->lock_, wait, "The server '" + std::string(name) + "'")) return nullptr;
+  servers.unfinished().add(fresh->lock_.path());
+  if (servers.exists(name)) return nullptr;
+  fresh->fill(version);
+  return fresh;
+}
+
+NewInstance::NewInstance(EmbeddedServers& servers, std::string_view name, FileLock lock)
+    : servers_(servers), lock_(std::move(lock)), target_(servers.root_ / std::string(name)) {}
+
+void NewInstance::fill(std::string_view version) {
+  std::error_code error;
+  version_ = version;
+  if (const fs::path there = findEntry(servers_.root_, target_.filename().string(), ""); !there.empty()) {
+    // A folder that somebody has made, perhaps with databases in it, becomes an instance as it stands.
+    if (!fs::is_directory(there, error)) fail("'" + there.string() + "' is no folder.");
+    folder_ = target_ = there;
+    return;
+  }
+  const fs::path beside = target_.parent_path() / ("." + target_.filename().string() + loadingEnding);
+  fs::remove_all(beside, error);  // of a killed run: nobody else makes this instance
+  if (!fs::create_directory(beside, error))
+    fail("The folder '" + target_.string() + "' cannot be made: " + error.message() + ".");
+  folder_ = beside;
+  servers_.unfinished().add(folder_);
+  fillInstance(folder_, version);
+}
+
+NewInstance::~NewInstance() {
+  std::error_code ignored;
+  if (!kept_ && hidden() && !folder_.empty()) fs::remove_all(folder_, ignored);
+  servers_.unfinished().forget(folder_);
+  servers_.unfinished().forget(lock_.path());
+  lock_.unlock();
+  if (!kept_ && rootMade_) fs::remove(servers_.root_, ignored);  // only when it's empty
+}
+
+void NewInstance::keep() {
+  if (!hidden()) {
+    fillInstance(folder_, version_);
+  } else {
+    std::error_code error;
+    fs::rename(folder_, target_, error);
+    if (error) fail("The folder '" + target_.string() + "' cannot be made: " + error.message() + ".");
+  }
+  kept_ = true;
+}
+
+}  // namespace qrel

@@ -1,0 +1,40 @@
+#include "embedded/language/words.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qrel::tsql {
+
+namespace {
+
+template <std::size_t count>
+bool isOneOf(const Token& token, const std::array<std::string_view, count>& words) {
+  return token.kind == TokenKind::Word &&
+         std::any_of(words.begin(), words.end(), [&](std::string_view word) { return token.is(word); });
+}
+
+}  // namespace
+
+bool startsStatement(const Token& token) {
+  static constexpr std::array<std::string_view, 46> words{
+      "SELECT",  "INSERT",     "UPDATE",      "DELETE", "CREATE",   "ALTER",   "DROP",     "EXEC",
+      "EXECUTE", "IF",         "WHILE",       "BEGIN",  "END",      "ELSE",    "DECLARE",  "SET",
+      "PRINT",   "RAISERROR",  "THROW",       "RETURN", "GOTO",     "USE",     "GRANT",    "DENY",
+      "REVOKE",  "MERGE",      "TRUNCATE",    "COMMIT", "ROLLBACK", "SAVE",    "BULK",     "CHECKPOINT",
+      "BACKUP",  "RESTORE",    "DBCC",        "KILL",   "WAITFOR",  "BREAK",   "CONTINUE", "OPEN",
+      "CLOSE",   "DEALLOCATE", "RECONFIGURE", "FETCH",  "REVERT",   "SHUTDOWN"};
+  return isOneOf(token, words);
+}
+
+bool isModuleWord(const Token& token) {
+  static constexpr std::array<std::string_view, 5> words{"PROC", "PROCEDURE", "VIEW", "FUNCTION", "TRIGGER"};
+  return isOneOf(token, words);
+}
+
+bool opensBlock(const Token& begin, const Token& behind) {
+  static constexpr std::array<std::string_view, 5> others{"TRAN", "TRANSACTION", "DISTRIBUTED", "DIALOG",
+                                                          "CONVERSATION"};
+  return begin.is("BEGIN") && !isOneOf(behind, others);
+}
+
+}  // namespace qrel::tsql

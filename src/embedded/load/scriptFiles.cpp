@@ -1,0 +1,226 @@
+#include "embedded/load/scriptFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t blockSize = 1 << 20;
+constexpr std::size_t namesInRemark = 5;
+constexpr const char* cutEnding = "its last character is cut off: the file is incomplete";
+
+[[noreturn]] void fail(const fs::path& path, const std::string& what) {
+  throw RuntimeError(errorNumber::pathAccess, "'" + path.string() + "' " + what);
+}
+
+bool isScript(const fs::path& path) { return equalNoCase(path.extension().string(), ".sql"); }
+
+// What was passed over in a folder: how much, and the first of it by name.
+struct PassedOver {
+  std::size_t count = 0;
+  std::string names;
+
+  void add(const fs::path& path, const std::string& why) {
+    if (count++ < namesInRemark)
+      names += (names.empty() ? "" : ", ") + path.string() + (why.empty() ? "" : " (" + why + ")");
+  }
+  std::string text(const char* one, const char* many) const {
+    std::string said = (count == 1 ? std::string("1 ") + one : std::to_string(count) + " " + many) + ": " + names;
+    if (count > namesInRemark) said += ", and " + std::to_string(count - namesInRemark) + " more";
+    return said;
+  }
+};
+
+// Goes through one named folder.
+class FolderWalk {
+ public:
+  explicit FolderWalk(fs::path root) : root_(std::move(root)) {}
+
+  std::vector<fs::path> run(std::vector<LoadRemark>& remarks) {
+    struct stat facts {};
+    if (::stat(root_.c_str(), &facts) == 0) seen_.emplace(facts.st_dev, facts.st_ino);
+    if (const std::string why = visit(root_); !why.empty()) fail(root_, "cannot be read: " + why + ".");
+    if (files_.empty() && lost_.count == 0) fail(root_, "holds no .sql file.");
+    if (others_.count > 0)
+      remarks.push_back(
+          {root_.string(),
+           others_.text("file that is no .sql file was not read", "files that are no .sql files were not read"),
+           false});
+    if (lost_.count > 0)
+      remarks.push_back({root_.string(), lost_.text("entry could not be read", "entries could not be read"), true});
+    if (files_.empty()) fail(root_, "holds no .sql file that can be read: " + remarks.back().what + ".");
+    return std::move(files_);
+  }
+
+ private:
+  // Takes the folder's files and then goes into its folders; the reason when it can't be read.
+  std::string visit(const fs::path& folder) {
+    std::vector<fs::path> entries, folders;
+    std::error_code error;
+    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
+      entries.push_back(it->path());
+    if (error) return error.message();
+    std::sort(entries.begin(), entries.end(), [](const fs::path& a, const fs::path& b) {
+      const int order = compareCollated(a.filename().string(), b.filename().string());
+      return order != 0 ? order < 0 : a < b;
+    });
+    for (const fs::path& entry : entries)
+      if (sort(entry)) folders.push_back(entry);
+    for (const fs::path& each : folders)
+      if (const std::string why = visit(each); !why.empty()) lost_.add(shown(each), why);
+    return {};
+  }
+
+  // What becomes of an entry; true for a folder to go into.
+  bool sort(const fs::path& entry) {
+    const bool hidden = entry.filename().string().front() == '.';
+    struct stat facts {};
+    if (::stat(entry.c_str(), &facts) != 0) {
+      const int why = errno;
+      if (isScript(entry) || !hidden)
+        lost_.add(shown(entry), why == ENOENT  ? "a link that leads nowhere"
+                                : why == ELOOP ? "a link that leads to itself"
+                                               : std::generic_category().message(why));
+      return false;
+    }
+    if (S_ISDIR(facts.st_mode)) {
+      if (hidden) return false;
+      if (seen_.emplace(facts.st_dev, facts.st_ino).second) return true;
+      lost_.add(shown(entry), "a link to a folder that is read already");
+      return false;
+    }
+    if (!isScript(entry)) {
+      if (!hidden) others_.add(shown(entry), "");
+    } else if (hidden) {
+      others_.add(shown(entry), "hidden");
+    } else if (!S_ISREG(facts.st_mode)) {
+      lost_.add(shown(entry), "not a regular file");
+    } else {
+      files_.push_back(entry);
+    }
+    return false;
+  }
+
+  fs::path shown(const fs::path& path) const { return path.lexically_relative(root_); }
+
+  fs::path root_;
+  std::vector<fs::path> files_;
+  std::set<std::pair<dev_t, ino_t>> seen_;
+  PassedOver others_, lost_;
+};
+
+class OpenScript {
+ public:
+  explicit OpenScript(const fs::path& file) : file_(file) {
+    // Not blocking: a pipe that nobody writes to would hold up the run before it can be told from a file.
+    descriptor_ = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat facts {};
+    const bool known = descriptor_ >= 0 && ::fstat(descriptor_, &facts) == 0;
+    const int why = errno;
+    if (known && S_ISREG(facts.st_mode)) {
+      size_ = static_cast<std::size_t>(facts.st_size);
+      return;
+    }
+    if (descriptor_ >= 0) ::close(descriptor_);
+    fail(file, "cannot be read: " + (known ? "it is not a regular file" : std::generic_category().message(why)) + ".");
+  }
+  ~OpenScript() { ::close(descriptor_); }
+  OpenScript(const OpenScript&) = delete;
+  OpenScript& operator=(const OpenScript&) = delete;
+
+  std::string read(const std::function<bool()>& stop) {
+    std::string bytes;
+    bytes.reserve(size_);
+    for (std::size_t had = 0;; had = bytes.size()) {
+      if (stop && stop()) return {};
+      bytes.resize(had + std::min(blockSize, std::max<std::size_t>(size_ - std::min(size_, had), 4096)));
+      ssize_t count = 0;
+      do count = ::read(descriptor_, bytes.data() + had, bytes.size() - had);
+      while (count < 0 && errno == EINTR);
+      if (count < 0) fail(file_, "cannot be read: " + std::generic_category().message(errno) + ".");
+      bytes.resize(had + static_cast<std::size_t>(count));
+      if (count == 0) break;
+    }
+    if (bytes.size() < size_) fail(file_, "cannot be read to its end.");
+    return bytes;
+  }
+
+ private:
+  fs::path file_;
+  int descriptor_ = -1;
+  std::size_t size_ = 0;
+};
+
+std::size_t countOf(std::string_view text, std::string_view what) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(what, at)) != std::string_view::npos; at += what.size()) ++count;
+  return count;
+}
+
+// Whether a text that says that it is UTF-8 ends in the middle of a character.
+bool endsInCharacter(std::string_view bytes) {
+  std::size_t behind = 0;
+  while (behind < bytes.size() && behind < 4 &&
+         (static_cast<unsigned char>(bytes[bytes.size() - 1 - behind]) & 0xC0) == 0x80)
+    ++behind;
+  if (behind == bytes.size()) return false;
+  const auto lead = static_cast<unsigned char>(bytes[bytes.size() - 1 - behind]);
+  return (lead >= 0xC2 && behind < 1) || (lead >= 0xE0 && behind < 2) || (lead >= 0xF0 && behind < 3);
+}
+
+}  // namespace
+
+std::vector<fs::path> scriptFiles(const std::vector<fs::path>& paths, std::vector<LoadRemark>& remarks) {
+  std::vector<fs::path> files;
+  for (const fs::path& path : paths) {
+    struct stat facts {};
+    if (::stat(path.c_str(), &facts) != 0) {
+      const int why = errno;
+      if (why == ENOENT || why == ENOTDIR) fail(path, "does not exist.");
+      fail(path, "cannot be read: " + std::generic_category().message(why) + ".");
+    }
+    if (S_ISDIR(facts.st_mode)) {
+      const std::vector<fs::path> inside = FolderWalk(path).run(remarks);
+      files.insert(files.end(), inside.begin(), inside.end());
+    } else if (S_ISREG(facts.st_mode)) {
+      files.push_back(path);
+    } else {
+      fail(path, "cannot be read: it is not a regular file.");
+    }
+  }
+  return files;
+}
+
+std::string readScript(const fs::path& file, const std::function<bool()>& stop, std::vector<LoadRemark>& remarks) {
+  std::string bytes = OpenScript(file).read(stop);
+  std::string encoding;
+  std::string text = decodeText(bytes, &encoding);
+  const bool utf16 = encoding.starts_with("UTF-16");
+  const bool marked = utf16 || bytes.starts_with("\xEF\xBB\xBF");
+  const auto remark = [&](std::string what, bool lost) { remarks.push_back({file.string(), std::move(what), lost}); };
+  if (utf16 ? bytes.size() % 2 != 0 : marked && endsInCharacter(bytes)) remark(cutEnding, true);
+  if (const std::size_t zeros = countOf(text, std::string_view("\0", 1)); zeros > 0)
+    remark("it holds " + std::to_string(zeros) + " NUL characters" +
+               (marked ? "" : ": it may be no text, or UTF-16 without its byte order mark"),
+           false);
+  const bool blank = std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isspace(c) != 0; });
+  if (blank) remark("it is empty", false);
+  return text;
+}
+
+}  // namespace qrel

@@ -1,0 +1,332 @@
+// EXEC: texts that a batch runs, and the system procedures that change the catalogue.
+#include <algorithm>
+#include <array>
+
+#include "embedded/catalogue/typeNames.h"
+#include "embedded/change/parts.h"
+#include "embedded/language/words.h"
+#include "embedded/run/interpreter.h"
+#include "embedded/translate/translator.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+constexpr int deepestNesting = 32;
+
+// System procedures that change nothing which is kept here.
+bool isWithoutEffect(const std::string& name) {
+  static constexpr std::array<std::string_view, 35> names{"sp_dboption",
+                                                          "sp_configure",
+                                                          "sp_tableoption",
+                                                          "sp_settriggerorder",
+                                                          "sp_recompile",
+                                                          "sp_refreshview",
+                                                          "sp_refreshsqlmodule",
+                                                          "sp_updatestats",
+                                                          "sp_addextendedproperty",
+                                                          "sp_updateextendedproperty",
+                                                          "sp_dropextendedproperty",
+                                                          "sp_addmessage",
+                                                          "sp_dropmessage",
+                                                          "sp_adduser",
+                                                          "sp_dropuser",
+                                                          "sp_addlogin",
+                                                          "sp_droplogin",
+                                                          "sp_grantdbaccess",
+                                                          "sp_revokedbaccess",
+                                                          "sp_grantlogin",
+                                                          "sp_addrole",
+                                                          "sp_droprole",
+                                                          "sp_addrolemember",
+                                                          "sp_droprolemember",
+                                                          "sp_addsrvrolemember",
+                                                          "sp_change_users_login",
+                                                          "sp_changedbowner",
+                                                          "sp_fulltext_database",
+                                                          "sp_help",
+                                                          "sp_helptext",
+                                                          "sp_dbcmptlevel",
+                                                          "sp_createstats",
+                                                          "sp_autostats",
+                                                          "sp_spaceused",
+                                                          "sp_lock"};
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+ObjectName nameFrom(const std::string& text) {
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  const ObjectName name = readObjectName(reader);
+  if (!reader.atEnd()) throw NotUnderstood{"'" + text + "' is no name", 1};
+  return name;
+}
+
+}  // namespace
+
+void Interpreter::execStatement() {
+  const std::size_t line = fixedLine_ != 0 ? fixedLine_ : reader_.peek().line + lineOffset_;
+  if (!reader_.acceptWord("EXEC")) reader_.acceptWord("EXECUTE");
+  if (reader_.acceptSymbol("(")) {
+    const std::string sql = translator().expression();
+    reader_.expectSymbol(")");
+    if (reader_.peek().is("AT")) notUnderstood("another server");
+    if (reader_.peek().is("AS")) {  // USER = '...'
+      for (int i = 0; i < 4; ++i) reader_.next();
+    }
+    if (act()) execText(evaluate(sql).text, line);
+    return;
+  }
+  if (reader_.peek().is("AS")) return skipWithoutEffect();  // EXECUTE AS USER = '...'
+  std::string result;
+  if (reader_.peek().kind == TokenKind::Variable) {
+    if (!reader_.peek(1).isSymbol("=")) notUnderstood("a procedure whose name stands in a variable");
+    result = lowerCase(reader_.next().raw);
+    reader_.next();
+  }
+  const ObjectName procedure = readObjectName(reader_);
+  if (reader_.peek().isSymbol(";") && reader_.peek(1).kind == TokenKind::Number) {  // one of a group
+    reader_.next();
+    reader_.next();
+  }
+  const std::vector<Argument> arguments = readArguments();
+  if (reader_.peek().is("WITH") && reader_.peek(1).is("RECOMPILE")) {
+    reader_.next();
+    reader_.next();
+  }
+  if (!act()) return;
+  runProcedure(procedure, arguments, line);
+  if (!result.empty()) assign(result, Value::ofInteger(0));
+}
+
+// "a, @b = 1, N'c' OUTPUT": bare words are texts.
+std::vector<Interpreter::Argument> Interpreter::readArguments() {
+  std::vector<Argument> arguments;
+  const Token& first = reader_.peek();
+  if (reader_.position() >= limit_ || first.isSymbol(";") || startsStatement(first) || first.is("WITH") ||
+      first.is("GO") || (first.kind == TokenKind::Symbol && !first.isSymbol("-") && !first.isSymbol("+")))
+    return arguments;
+  do {
+    arguments.push_back(readArgument());
+  } while (reader_.acceptSymbol(","));
+  return arguments;
+}
+
+// A literal, a variable or a word; the server takes no expression here.
+Interpreter::Argument Interpreter::readArgument() {
+  Argument argument;
+  if (reader_.peek().kind == TokenKind::Variable && reader_.peek(1).isSymbol("=")) {
+    argument.name = lowerCase(reader_.next().raw);
+    reader_.next();
+  }
+  const Token& token = reader_.peek();
+  const std::string variable = token.kind == TokenKind::Variable ? lowerCase(token.raw) : "";
+  if (token.is("NULL") || token.is("DEFAULT")) {
+    reader_.next();
+  } else if (token.isIdentifier()) {
+    if (startsStatement(token)) notUnderstood("an argument is expected");
+    argument.value = Value::ofText(std::string(token.name()));
+    reader_.next();
+  } else {
+    const std::size_t begin = reader_.position();
+    const bool sign = token.isSymbol("-") || token.isSymbol("+");
+    const std::string sql = translator().expression();
+    if (reader_.position() != begin + (sign ? 2 : 1)) {
+      reader_.moveTo(begin + 1);
+      throw DataError(errorNumber::badSql, "Incorrect syntax near '" + std::string(reader_.peek().raw) + "'.", "42000");
+    }
+    if (running()) argument.value = evaluate(sql);
+  }
+  if (reader_.acceptWord("OUTPUT") || reader_.acceptWord("OUT")) argument.output = variable;
+  return argument;
+}
+
+// Runs a text as a batch within the batch. It sees the given variables alone and gives back those in `outputs`, from
+// its own names to those outside.
+void Interpreter::execText(const std::string& text, std::size_t line, std::map<std::string, Value> variables,
+                           std::map<std::string, TypeRef> types, const std::map<std::string, std::string>& outputs) {
+  if (state_.nesting >= deepestNesting)
+    refuse("Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).");
+  for (const auto& [name, value] : session_.variables)
+    if (name.starts_with("@@")) variables[name] = value;
+  const auto exchange = [&] {
+    std::swap(session_.variables, variables);
+    std::swap(session_.variableTypes, types);
+  };
+  std::set<std::string> unknown;
+  exchange();
+  std::swap(state_.unknown, unknown);
+  ++state_.nesting;
+  Interpreter inner(session_, state_, listener_, result_);
+  inner.fixedLine_ = line;
+  inner.tellTo_ = &doing_.inside;
+  const auto leave = [&] {
+    --state_.nesting;
+    exchange();
+    std::swap(state_.unknown, unknown);
+    for (auto& [name, value] : variables)
+      if (name.starts_with("@@")) session_.variables[name] = value;
+  };
+  try {
+    inner.run(text);
+  } catch (...) {
+    leave();
+    throw;
+  }
+  leave();
+  if (inner.flow_ == Flow::Stop || inner.flow_ == Flow::Throw || inner.flow_ == Flow::Abort) flow_ = inner.flow_;
+  if (flow_ == Flow::Throw) caught_ = inner.caught_;
+  for (const auto& [from, to] : outputs) {
+    if (unknown.count(from) != 0)
+      state_.unknown.insert(to);
+    else
+      assign(to, variables[from]);
+  }
+}
+
+void Interpreter::runProcedure(const ObjectName& procedure, const std::vector<Argument>& arguments, std::size_t line) {
+  const std::string name = lowerCase(procedure.name);
+  requireProcedure(session_.rights(), name, session_.open().facts.database);
+  const bool system =
+      procedure.schema.empty() || equalNoCase(procedure.schema, "dbo") || equalNoCase(procedure.schema, "sys");
+  if (!system) throw NotUnderstood{"the procedure " + procedure.schema + "." + procedure.name + " isn't run", 1};
+  if (isWithoutEffect(name)) return withoutEffect();
+  if (name.starts_with("sp_")) localName(procedure);  // another database's isn't run here
+  if (name == "sp_executesql") return executeSql(arguments, line);
+  if (name == "sp_addtype") return addType(arguments);
+  if (name == "sp_rename") return renameObject(arguments);
+  if (name == "sp_msforeachtable") return forEachTable(arguments, line);
+  if (name == "sp_attach_db" || name == "sp_attach_single_file_db") return attachDatabase(arguments);
+  if (name == "sp_droptype") {
+    if (arguments.empty()) refuse("Procedure 'sp_droptype' expects parameter '@typename', which was not supplied.");
+    changes().dropType(nameFrom(arguments[0].value.text));
+    return;
+  }
+  throw NotUnderstood{"the procedure " + name + " isn't run", 1};
+}
+
+namespace {
+
+// An argument by name or position (0-based); a Null value when it is missing.
+template <class Arguments>
+Value argumentOf(const Arguments& arguments, std::size_t position, std::string_view name) {
+  for (const auto& argument : arguments)
+    if (argument.name == name) return argument.value;
+  return position < arguments.size() && arguments[position].name.empty() ? arguments[position].value : Value();
+}
+
+}  // namespace
+
+// sp_executesql text, parameters' definitions, parameters. The server takes the first two by their place, whatever name
+// they are given.
+void Interpreter::executeSql(const std::vector<Argument>& arguments, std::size_t line) {
+  if (arguments.empty())
+    refuse("Procedure or function 'sp_executesql' expects parameter '@statement', which was not supplied.");
+  std::map<std::string, Value> variables;
+  std::map<std::string, TypeRef> types;
+  std::map<std::string, std::string> outputs;
+  if (arguments.size() > 1 && !arguments[1].value.null && !arguments[1].value.text.empty()) {
+    const std::string& definitions = arguments[1].value.text;
+    const auto tokens = lex(definitions);
+    TokenReader reader(definitions, tokens);
+    std::size_t position = 2;
+    do {
+      if (reader.peek().kind != TokenKind::Variable) throw NotUnderstood{"the parameters' definitions", 1};
+      const std::string name = lowerCase(reader.next().raw);
+      reader.acceptWord("AS");
+      const TypeRef type = readType(reader, catalogue_);
+      const bool output = reader.acceptWord("OUTPUT") || reader.acceptWord("OUT");
+      auto given = std::find_if(arguments.begin() + 2, arguments.end(),
+                                [&](const Argument& argument) { return argument.name == name; });
+      if (given == arguments.end() && position < arguments.size() && arguments[position].name.empty())
+        given = arguments.begin() + static_cast<std::ptrdiff_t>(position);
+      ++position;
+      variables[name] = given == arguments.end() || given->value.null ? Value() : convertTo(type, given->value);
+      if (output && given != arguments.end() && !given->output.empty()) outputs[name] = given->output;
+      types[name] = type;
+    } while (reader.acceptSymbol(","));
+    if (!reader.atEnd()) throw NotUnderstood{"the parameters' definitions", 1};
+  }
+  const std::string text = arguments[0].value.text;
+  execText(text, line, std::move(variables), std::move(types), outputs);
+}
+
+// sp_msforeachtable 'command': the command with each table's name in place of "?".
+void Interpreter::forEachTable(const std::vector<Argument>& arguments, std::size_t line) {
+  if (arguments.size() != 1 || (!arguments[0].name.empty() && arguments[0].name != "@command1"))
+    throw NotUnderstood{"sp_msforeachtable with more than a command", 1};
+  std::vector<std::string> names;
+  {
+    sqlite::Statement tables(*database_,
+                             "select '[' || replace(s.name, ']', ']]') || '].[' || replace(o.name, ']', ']]') || ']' "
+                             "from cat_objects o join cat_schemas s on s.id = o.schema_id where o.xtype = 'U' order by "
+                             "o.id");
+    while (tables.step()) names.emplace_back(tables.text(0));
+  }
+  for (const std::string& name : names)
+    if (flow_ == Flow::Normal) execText(replaceAll(arguments[0].value.text, "?", name), line);
+}
+
+void Interpreter::addType(const std::vector<Argument>& arguments) {
+  const Value name = argumentOf(arguments, 0, "@typename");
+  const Value base = argumentOf(arguments, 1, "@phystype");
+  const std::string nullable = upperCase(argumentOf(arguments, 2, "@nulltype").text);
+  if (name.null || base.null) refuse("Procedure 'sp_addtype' expects parameters '@typename' and '@phystype'.");
+  const auto tokens = lex(base.text);
+  TokenReader reader(base.text, tokens);
+  const TypeRef type = readType(reader, catalogue_);
+  changes().createAliasType(nameFrom(name.text), type, nullable != "NOT NULL" && nullable != "NONULL");
+  made("type");
+}
+
+// 'schema.table.column', 'new', 'COLUMN' | 'INDEX' | 'OBJECT'; without the kind an object is meant, or a column when
+// there is no such object.
+void Interpreter::renameObject(const std::vector<Argument>& arguments) {
+  const Value old = argumentOf(arguments, 0, "@objname");
+  const Value fresh = argumentOf(arguments, 1, "@newname");
+  const std::string kind = upperCase(argumentOf(arguments, 2, "@objtype").text);
+  if (old.null || fresh.null) refuse("Procedure 'sp_rename' expects parameters '@objname' and '@newname'.");
+  if (kind == "USERDATATYPE" || kind == "DATABASE" || kind == "STATISTICS")
+    throw NotUnderstood{"sp_rename of a " + lowerCase(kind), 1};
+  ObjectName name = nameFrom(old.text);
+  std::string part;
+  const bool inside = kind == "COLUMN" || kind == "INDEX";
+  if (inside || (!name.schema.empty() && !catalogue_->find(name.schema, name.name))) {
+    part = name.name;
+    name = {"", name.server, name.database, name.schema};
+  }
+  name = localName(name);
+  atomically([&] { changes().rename(name, part, fresh.text); });
+  schemaChanged();
+}
+
+// sp_attach_db 'name', 'file': a database file of an embedded server is copied into this server's folder.
+void Interpreter::attachDatabase(const std::vector<Argument>& arguments) {
+  namespace fs = std::filesystem;
+  const std::string name = argumentOf(arguments, 0, "@dbname").text;
+  Value file = argumentOf(arguments, 1, "@filename1");
+  if (file.null) file = argumentOf(arguments, 1, "@physname");
+  if (name.empty() || name.front() == '.' || name.find_first_of("/\\:") != std::string::npos)
+    refuse("'" + name + "' can't be the name of a database.");
+  const fs::path target = session_.open().facts.folder / (name + ".mdf");
+  if (fs::exists(target)) refuse("Database '" + name + "' already exists. Choose a different database name.");
+  const fs::path fresh = session_.open().facts.folder / ("." + name + ".attaching");
+  std::error_code error;
+  fs::copy_file(file.text, fresh, fs::copy_options::overwrite_existing, error);
+  if (!error) {
+    try {
+      sqlite::Database database(fresh, sqlite::OpenMode::ReadOnly);
+      Catalogue::requireWhole(database);
+      fs::rename(fresh, target);
+      return;
+    } catch (const DataError&) {
+      fs::remove(fresh, error);
+      refuse("The header for file '" + file.text + "' is not a valid database file header.");
+    }
+  }
+  fs::remove(fresh, error);
+  refuse("Unable to open the physical file \"" + file.text + "\". The file can't be read or copied.");
+}
+
+}  // namespace qrel::tsql

@@ -1,0 +1,565 @@
+#include <algorithm>
+#include <array>
+
+#include "embedded/sqlite/quoting.h"
+#include "embedded/translate/translation.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+// Sorted, in lower case.
+constexpr std::array reserved = std::to_array<std::string_view>({
+    "add",        "all",
+    "alter",      "and",
+    "any",        "as",
+    "asc",        "backup",
+    "begin",      "between",
+    "break",      "browse",
+    "bulk",       "by",
+    "case",       "check",
+    "checkpoint", "close",
+    "coalesce",   "collate",
+    "column",     "commit",
+    "compute",    "constraint",
+    "contains",   "continue",
+    "convert",    "create",
+    "cross",      "cursor",
+    "database",   "dbcc",
+    "deallocate", "declare",
+    "default",    "delete",
+    "deny",       "desc",
+    "distinct",   "drop",
+    "else",       "end",
+    "escape",     "except",
+    "exec",       "execute",
+    "exists",     "exit",
+    "fetch",      "for",
+    "foreign",    "freetext",
+    "from",       "full",
+    "function",   "go",
+    "goto",       "grant",
+    "group",      "having",
+    "holdlock",   "identity_insert",
+    "if",         "in",
+    "index",      "inner",
+    "insert",     "intersect",
+    "into",       "is",
+    "join",       "key",
+    "kill",       "left",
+    "like",       "merge",
+    "not",        "null",
+    "nullif",     "of",
+    "off",        "on",
+    "open",       "option",
+    "or",         "order",
+    "outer",      "over",
+    "percent",    "pivot",
+    "primary",    "print",
+    "proc",       "procedure",
+    "raiserror",  "references",
+    "restore",    "return",
+    "revert",     "revoke",
+    "right",      "rollback",
+    "save",       "select",
+    "set",        "some",
+    "table",      "tablesample",
+    "then",       "throw",
+    "to",         "top",
+    "tran",       "transaction",
+    "trigger",    "truncate",
+    "union",      "unique",
+    "unpivot",    "update",
+    "use",        "values",
+    "view",       "waitfor",
+    "when",       "where",
+    "while",      "with",
+    "within",
+});
+
+bool isTextKind(DataType kind) { return kind == DataType::Text || kind == DataType::Guid; }
+
+std::string asNumber(const std::string& sql) { return "cast(" + sql + " as numeric)"; }
+
+const char* collationFor(DataType a, DataType b) {
+  const auto either = [&](DataType kind) { return a == kind || b == kind; };
+  if (either(DataType::Date)) return " collate q_date";
+  if (either(DataType::Guid)) return " collate q_guid";
+  if (isNumericKind(a) && isNumericKind(b)) return a == b && a == DataType::Decimal ? " collate q_decimal" : "";
+  if (either(DataType::Binary)) return "";
+  return " collate q_text";
+}
+
+// 'true' and 'false' beside a bit column.
+void readBooleanLiteral(Expression& literal) {
+  if (!literal.literal) return;
+  if (equalNoCase(literal.name, "true"))
+    literal.sql = "1";
+  else if (equalNoCase(literal.name, "false"))
+    literal.sql = "0";
+}
+
+void adjustSide(Expression& side, const Expression& other) {
+  if (other.kind == DataType::Boolean) readBooleanLiteral(side);
+  const bool plainNumber =
+      other.kind == DataType::Integer || other.kind == DataType::Double || other.kind == DataType::Boolean;
+  if (!plainNumber) return;
+  const bool textBesideNumber = side.kind == DataType::Text && !(side.literal && other.column);
+  const bool decimalBesideNumber = side.kind == DataType::Decimal && !side.column;
+  if (textBesideNumber || decimalBesideNumber) side.sql = asNumber(side.sql);
+}
+
+}  // namespace
+
+bool isReserved(const Token& token) {
+  if (token.kind != TokenKind::Word) return false;
+  const std::string lower = lowerCase(token.raw);
+  return std::find(reserved.begin(), reserved.end(), lower) != reserved.end();
+}
+
+bool isAlias(const Token& token) {
+  return token.kind == TokenKind::Name || token.kind == TokenKind::String ||
+         (token.kind == TokenKind::Word && !isReserved(token));
+}
+
+bool isNumericKind(DataType kind) {
+  return kind == DataType::Boolean || kind == DataType::Integer || kind == DataType::Double ||
+         kind == DataType::Decimal;
+}
+
+DataType commonKind(DataType a, DataType b) {
+  if (a == b || b == DataType::Empty) return a;
+  if (a == DataType::Empty) return b;
+  if (isNumericKind(a) && isNumericKind(b)) {
+    if (a == DataType::Double || b == DataType::Double) return DataType::Double;
+    return a == DataType::Decimal || b == DataType::Decimal ? DataType::Decimal : DataType::Integer;
+  }
+  return DataType::Empty;
+}
+
+std::string compared(Expression left, std::string_view symbol, Expression right) {
+  adjustSide(left, right);
+  adjustSide(right, left);
+  std::string sql = left.sql;
+  if (!left.column && !right.column) sql += collationFor(left.kind, right.kind);
+  sql += ' ';
+  sql += symbol;
+  sql += ' ';
+  return sql + right.sql;
+}
+
+void Translation::refuse(const std::string& reason) const { throw NotUnderstood{reason, reader_.peek().line}; }
+
+// Expressions ---------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// "+" joins texts and adds numbers; where the kinds don't tell, it decides at run time.
+Expression sum(const Expression& left, const Expression& right) {
+  Expression out;
+  if (left.kind == DataType::Date || right.kind == DataType::Date) {
+    const Expression& date = left.kind == DataType::Date ? left : right;
+    const Expression& days = left.kind == DataType::Date ? right : left;
+    if (isTextKind(days.kind))
+      out.sql = "(" + left.sql + " || " + right.sql + ")";
+    else
+      out.sql = "q_dateplus(" + date.sql + ", " + days.sql + ")";
+    out.kind = isTextKind(days.kind) ? DataType::Text : DataType::Date;
+  } else if (isTextKind(left.kind) && isTextKind(right.kind)) {
+    out.sql = "(" + left.sql + " || " + right.sql + ")";
+    out.kind = DataType::Text;
+  } else if (isNumericKind(left.kind) && isNumericKind(right.kind)) {
+    out.sql = "(" + left.sql + " + " + right.sql + ")";
+    const bool whole = commonKind(left.kind, right.kind) == DataType::Integer;
+    out.kind = whole ? DataType::Integer : DataType::Double;
+  } else {
+    out.sql = "q_add(" + left.sql + ", " + right.sql + ")";
+    if (left.kind != DataType::Empty && right.kind != DataType::Empty && left.kind != right.kind)
+      out.kind = isNumericKind(left.kind) ? left.kind : isNumericKind(right.kind) ? right.kind : DataType::Empty;
+  }
+  return out;
+}
+
+Expression arithmetic(const Expression& left, std::string_view symbol, const Expression& right) {
+  if (symbol == "+") return sum(left, right);
+  Expression out;
+  if (symbol == "-" && left.kind == DataType::Date && right.kind != DataType::Date) {
+    out.sql = "q_dateplus(" + left.sql + ", -(" + right.sql + "))";
+    out.kind = DataType::Date;
+    return out;
+  }
+  const char* function = symbol == "/" ? "q_divide" : symbol == "%" ? "q_modulo" : symbol == "^" ? "q_xor" : nullptr;
+  if (function)
+    out.sql = std::string(function) + "(" + left.sql + ", " + right.sql + ")";
+  else
+    out.sql = "(" + left.sql + " " + std::string(symbol) + " " + right.sql + ")";
+  const bool bits = symbol == "&" || symbol == "|" || symbol == "^";
+  const DataType kind = commonKind(left.kind, right.kind);
+  if (bits)
+    out.kind = DataType::Integer;
+  else if (isNumericKind(kind))
+    out.kind = kind == DataType::Decimal ? DataType::Double : kind;
+  return out;
+}
+
+}  // namespace
+
+Expression Translation::expression() { return additive(); }
+
+Expression Translation::additive() {
+  Expression left = multiplicative();
+  for (;;) {
+    const Token& token = reader_.peek();
+    const bool ours =
+        token.isSymbol("+") || token.isSymbol("-") || token.isSymbol("&") || token.isSymbol("|") || token.isSymbol("^");
+    if (!ours) return left;
+    const std::string_view symbol = reader_.next().raw;
+    left = arithmetic(left, symbol, multiplicative());
+  }
+}
+
+Expression Translation::multiplicative() {
+  Expression left = unary();
+  for (;;) {
+    const Token& token = reader_.peek();
+    if (!token.isSymbol("*") && !token.isSymbol("/") && !token.isSymbol("%")) return left;
+    const std::string_view symbol = reader_.next().raw;
+    left = arithmetic(left, symbol, unary());
+  }
+}
+
+Expression Translation::unary() {
+  const Nesting nesting(*this);
+  if (reader_.acceptSymbol("+")) return unary();
+  const bool minus = reader_.peek().isSymbol("-");
+  if (!minus && !reader_.peek().isSymbol("~")) return collated(primary());
+  reader_.next();
+  Expression operand = unary();
+  Expression out;
+  out.sql = (minus ? "(-" : "(~") + operand.sql + ")";
+  out.kind = operand.kind == DataType::Decimal ? DataType::Double : operand.kind;
+  return out;
+}
+
+Expression Translation::collated(Expression expression) {
+  while (reader_.acceptWord("collate")) {
+    const std::string name = lowerCase(reader_.expectIdentifier());
+    const bool exact = name.find("_cs") != std::string::npos || name.find("_bin") != std::string::npos;
+    expression.sql = "(" + expression.sql + (exact ? " collate binary)" : " collate q_text)");
+    expression.column = true;  // what stands here decides
+  }
+  return expression;
+}
+
+Expression Translation::primary() {
+  const Token& token = reader_.peek();
+  switch (token.kind) {
+    case TokenKind::Number:
+    case TokenKind::Money:
+    case TokenKind::Binary:
+      return number(reader_.next());
+    case TokenKind::String: {
+      Expression out;
+      out.sql = quoteText(token.text);
+      out.kind = DataType::Text;
+      out.literal = true;
+      out.name = token.text;
+      reader_.next();
+      return out;
+    }
+    case TokenKind::Variable:
+      return variable(reader_.next());
+    case TokenKind::Symbol:
+      if (token.isSymbol("(")) return parenthesized();
+      if (token.isSymbol("?")) return variable(reader_.next());
+      break;
+    case TokenKind::Word:
+      if (token.is("null")) {
+        reader_.next();
+        return {"null", DataType::Empty, false, false, ""};
+      }
+      if (token.is("case")) return caseExpression();
+      if (atBareFunction()) return bareFunction();
+      if (reader_.peek(1).isSymbol("(")) return functionCall();
+      if (!isReserved(token)) return columnReference();
+      break;
+    case TokenKind::Name:
+      return columnReference();
+    case TokenKind::End:
+      break;
+  }
+  refuse("an expression is expected before '" + std::string(token.raw.substr(0, 40)) + "'");
+}
+
+Expression Translation::number(const Token& token) {
+  Expression out;
+  if (token.kind == TokenKind::Binary) {
+    const std::string_view digits = token.raw.substr(2);
+    out.sql = "x'" + std::string(digits.size() % 2 ? "0" : "") + std::string(digits) + "'";
+    out.kind = DataType::Binary;
+    return out;
+  }
+  std::string text(token.raw);
+  if (token.kind == TokenKind::Money) {
+    text.erase(0, 1);
+    text.erase(std::remove(text.begin(), text.end(), ','), text.end());
+    if (text.empty()) text = "0";
+  }
+  const bool exponent = text.find_first_of("eE") != std::string::npos;
+  if (exponent && !(text.back() >= '0' && text.back() <= '9')) text += '0';
+  const bool fraction = text.find('.') != std::string::npos;
+  const bool longNumber = !exponent && (fraction ? text.size() > 16 : text.size() > 18);
+  out.sql = longNumber ? "'" + text + "'" : text;
+  out.kind = longNumber ? DataType::Decimal : fraction || exponent ? DataType::Double : DataType::Integer;
+  return out;
+}
+
+Expression Translation::variable(const Token& token) {
+  Expression out;
+  if (token.isSymbol("?")) {
+    const std::size_t here = reader_.position();
+    int place = 0;
+    reader_.moveTo(0);
+    while (reader_.position() < here) place += reader_.next().isSymbol("?") ? 1 : 0;
+    out.sql = "@p" + std::to_string(place);
+    return out;
+  }
+  const std::string name = lowerCase(token.raw);
+  if (name == "@@version" || name == "@@servername") {
+    out.sql = "q_" + name.substr(2) + "()";
+    out.kind = DataType::Text;
+    return out;
+  }
+  out.sql = name.rfind("@@", 0) == 0 ? "@__" + name.substr(2) : name;
+  if (context_.variables) {
+    const auto found = context_.variables->find(name);
+    if (found != context_.variables->end()) out.kind = found->second.dataType;
+  }
+  return out;
+}
+
+Expression Translation::columnReference() {
+  const Token& first = reader_.peek();
+  std::vector<std::string> parts{reader_.expectIdentifier()};
+  while (reader_.acceptSymbol(".")) {
+    if (reader_.peek().isSymbol("."))
+      parts.emplace_back();
+    else
+      parts.push_back(reader_.expectIdentifier());
+  }
+  if (reader_.peek().isSymbol("(")) refuse("a user function or a method can't be called");
+  Expression out;
+  out.name = parts.back();
+  out.column = true;
+  const std::string table = parts.size() > 1 ? parts[parts.size() - 2] : "";
+  const std::string schema = parts.size() > 2 ? parts[parts.size() - 3] : "";
+  const bool rowNumber = out.name == rowNumberName;
+  const auto written = [&](const std::string& of, const std::string& column) {
+    return (of.empty() ? "" : quoteName(of) + ".") + (rowNumber ? "_rowid_" : quoteColumn(column));
+  };
+  out.sql = written(table, out.name);
+  bool complete = scope_ != nullptr;
+  for (const Scope* scope = scope_; scope; scope = scope->outer) {
+    for (const Source& source : scope->sources) {
+      if (!table.empty() && compareCollated(source.exposed, table) != 0) continue;
+      if (!schema.empty() && !source.schema.empty() && compareCollated(source.schema, schema) != 0) continue;
+      const std::string of = table.empty() ? "" : source.alias;
+      if (!table.empty()) out.sql = written(of, out.name);
+      complete = complete && source.columns.complete;
+      if (const OutputColumn* column = source.columns.find(out.name)) {
+        out.sql = written(of, column->name);
+        out.kind = column->kind;
+        out.column = column->column;
+        return out;
+      }
+      if (!table.empty()) return out;
+    }
+  }
+  // With quoted identifiers off, "text" is a literal; it shows where no table has such a column.
+  if (!context_.readOnly && complete && parts.size() == 1 && first.raw.front() == '"') {
+    out.sql = quoteText(out.name);
+    out.kind = DataType::Text;
+    out.literal = true;
+    out.column = false;
+  }
+  return out;
+}
+
+Expression Translation::caseExpression() {
+  reader_.expectWord("case");
+  Expression out;
+  out.sql = "case";
+  const bool simple = !reader_.peek().is("when");
+  const Expression base = simple ? expression() : Expression{};
+  while (reader_.acceptWord("when")) {
+    out.sql += " when " + (simple ? compared(base, "=", expression()) : condition());
+    reader_.expectWord("then");
+    const Expression result = expression();
+    out.kind = commonKind(out.kind, result.kind);
+    out.sql += " then " + result.sql;
+  }
+  if (reader_.acceptWord("else")) {
+    const Expression result = expression();
+    out.kind = commonKind(out.kind, result.kind);
+    out.sql += " else " + result.sql;
+  }
+  reader_.expectWord("end");
+  out.sql += " end";
+  return out;
+}
+
+Expression Translation::parenthesized() {
+  if (parenthesesHoldQuery()) {
+    Query inner = parenthesizedQuery();
+    Expression out;
+    out.sql = "(" + inner.sql + ")";
+    if (!inner.columns.list.empty()) out.kind = inner.columns.list.front().kind;
+    return out;
+  }
+  reader_.expectSymbol("(");
+  Expression out = expression();
+  reader_.expectSymbol(")");
+  if (!out.column) out.sql = "(" + out.sql + ")";
+  return out;
+}
+
+// Conditions ----------------------------------------------------------------------------------------------------------
+
+std::string Translation::condition() { return orCondition(); }
+
+std::string Translation::orCondition() {
+  std::string sql = andCondition();
+  while (reader_.acceptWord("or")) sql += " or " + andCondition();
+  return sql;
+}
+
+std::string Translation::andCondition() {
+  std::string sql = notCondition();
+  while (reader_.acceptWord("and")) sql += " and " + notCondition();
+  return sql;
+}
+
+std::string Translation::notCondition() {
+  const Nesting nesting(*this);
+  if (reader_.acceptWord("not")) return "not (" + notCondition() + ")";
+  if (reader_.peek().isSymbol("(") && parenthesesHoldCondition()) {
+    reader_.next();
+    std::string inner = "(" + condition() + ")";
+    reader_.expectSymbol(")");
+    return inner;
+  }
+  return predicate();
+}
+
+// Whether the brackets at the reader hold a condition: a comparison or a connective stands in them, outside brackets
+// within and outside CASE. Brackets around nothing but brackets hold what those hold.
+bool Translation::parenthesesHoldCondition() const {
+  std::size_t opening = 0;
+  while (reader_.peek(opening + 1).isSymbol("(")) ++opening;
+  int cases = 0;
+  std::size_t depth = 0;
+  std::size_t subquery = 0;  // depth of a query within the brackets, 0 outside
+  for (std::size_t i = 0;; ++i) {
+    const Token& token = reader_.peek(i);
+    if (token.kind == TokenKind::End) return false;
+    if (token.isSymbol("(")) ++depth;
+    if (token.isSymbol(")") && --depth == 0) return false;
+    if (depth < subquery) subquery = 0;
+    if (token.is("select") && subquery == 0) subquery = depth;
+    if (token.is("case")) ++cases;
+    if (token.is("end")) --cases;
+    if (cases > 0 || subquery > 0 || depth > opening + 1) continue;
+    const bool connective = token.is("and") || token.is("or") || token.is("not") || token.is("exists") ||
+                            token.is("is") || token.is("in") || token.is("like") || token.is("between");
+    const bool comparison = token.kind == TokenKind::Symbol && token.raw.find_first_of("=<>!") != std::string::npos;
+    if (connective || comparison) return true;
+  }
+}
+
+// Whether the brackets at the reader hold a query: SELECT follows, or a query in brackets and UNION.
+bool Translation::parenthesesHoldQuery() const {
+  const Token& first = reader_.peek(1);
+  if (first.is("select") || first.is("with")) return true;
+  if (!first.isSymbol("(") || !atSelect()) return false;
+  int depth = 0;
+  for (std::size_t i = 1; reader_.peek(i).kind != TokenKind::End; ++i) {
+    if (reader_.peek(i).isSymbol("(")) ++depth;
+    if (!reader_.peek(i).isSymbol(")") || --depth > 0) continue;
+    const Token& behind = reader_.peek(i + 1);
+    return behind.is("union") || behind.is("except") || behind.is("intersect");
+  }
+  return false;
+}
+
+std::string Translation::predicate() {
+  if (reader_.peek().is("exists")) {
+    reader_.next();
+    return "exists (" + parenthesizedQuery().sql + ")";
+  }
+  for (const std::string_view word : {"contains", "freetext", "update"})
+    if (reader_.peek().is(word) && reader_.peek(1).isSymbol("(")) refuse(std::string(word) + " can't be asked");
+  const Expression left = expression();
+  return comparisonTail(left);
+}
+
+std::string Translation::comparisonTail(const Expression& left) {
+  const Token& token = reader_.peek();
+  if (reader_.acceptWord("is")) {
+    const bool negated = reader_.acceptWord("not");
+    reader_.expectWord("null");
+    return left.sql + (negated ? " is not null" : " is null");
+  }
+  const bool negated = reader_.acceptWord("not");
+  const std::string prefix = negated ? "not (" : "(";
+  if (reader_.acceptWord("in")) return prefix + inList(left) + ")";
+  if (reader_.acceptWord("like")) return prefix + like(left) + ")";
+  if (reader_.acceptWord("between")) {
+    const Expression low = expression();
+    reader_.expectWord("and");
+    return prefix + compared(left, ">=", low) + " and " + compared(left, "<=", expression()) + ")";
+  }
+  if (negated || token.kind != TokenKind::Symbol) refuse("a comparison is expected");
+  std::string symbol(reader_.next().raw);
+  if (symbol == "!<")
+    symbol = ">=";
+  else if (symbol == "!>")
+    symbol = "<=";
+  else if (symbol == "!=")
+    symbol = "<>";
+  constexpr std::array<std::string_view, 6> known = {"=", "<>", "<", ">", "<=", ">="};
+  if (std::find(known.begin(), known.end(), symbol) == known.end()) refuse("a comparison is expected");
+  const Token& next = reader_.peek();
+  if (next.is("any") || next.is("some") || next.is("all")) return quantified(left, symbol);
+  return compared(left, symbol, expression());
+}
+
+std::string Translation::quantified(Expression left, std::string_view symbol) {
+  const bool all = reader_.next().is("all");
+  if ((symbol == "=" && !all) || (symbol == "<>" && all)) return (all ? "not (" : "(") + inList(std::move(left)) + ")";
+  refuse("ANY and ALL go with = and <> only");
+}
+
+std::string Translation::inList(Expression left) {
+  std::string sql = left.sql;
+  if (!left.column && !isNumericKind(left.kind)) sql += collationFor(left.kind, left.kind);
+  if (parenthesesHoldQuery()) return sql + " in (" + parenthesizedQuery().sql + ")";
+  reader_.expectSymbol("(");
+  sql += " in (";
+  for (bool first = true; first || reader_.acceptSymbol(","); first = false) {
+    Expression value = expression();
+    adjustSide(value, left);
+    sql += (first ? "" : ", ") + value.sql;
+  }
+  reader_.expectSymbol(")");
+  return sql + ")";
+}
+
+std::string Translation::like(const Expression& left) {
+  std::string sql = "q_like(" + expression().sql + ", " + left.sql;
+  if (reader_.acceptWord("escape")) sql += ", " + expression().sql;
+  return sql + ")";
+}
+
+}  // namespace qrel::tsql

@@ -1,0 +1,343 @@
+#include <algorithm>
+#include <array>
+
+#include "embedded/catalogue/typeNames.h"
+#include "embedded/sqlite/quoting.h"
+#include "embedded/translate/translation.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+// A function of the server: `sqlite` is what it is called inside SQLite, empty for "q_" and its own name.
+struct Function {
+  std::string_view name;
+  int least;
+  int most;
+  DataType kind;
+  std::string_view sqlite;
+};
+
+constexpr int many = 200;
+constexpr DataType unknown = DataType::Empty;
+
+constexpr Function functions[] = {
+    {"abs", 1, 1, unknown, ""},
+    {"app_name", 0, 0, DataType::Text, "q_login"},
+    {"ascii", 1, 1, DataType::Integer, ""},
+    {"ceiling", 1, 1, DataType::Integer, ""},
+    {"char", 1, 1, DataType::Text, ""},
+    {"charindex", 2, 3, DataType::Integer, ""},
+    {"col_length", 2, 2, DataType::Integer, ""},
+    {"col_name", 2, 2, DataType::Text, ""},
+    {"columnproperty", 3, 3, DataType::Integer, ""},
+    {"concat", 2, many, DataType::Text, ""},
+    {"concat_ws", 2, many, DataType::Text, ""},
+    {"databasepropertyex", 2, 2, DataType::Text, ""},
+    {"datalength", 1, 1, DataType::Integer, ""},
+    {"datefromparts", 3, 3, DataType::Date, ""},
+    {"day", 1, 1, DataType::Integer, ""},
+    {"db_id", 0, 1, DataType::Integer, ""},
+    {"db_name", 0, 1, DataType::Text, ""},
+    {"eomonth", 1, 2, DataType::Date, ""},
+    {"exp", 1, 1, DataType::Double, ""},
+    {"floor", 1, 1, DataType::Integer, ""},
+    {"getdate", 0, 0, DataType::Date, ""},
+    {"getutcdate", 0, 0, DataType::Date, ""},
+    {"has_perms_by_name", 3, 5, DataType::Integer, "q_allowed"},
+    {"host_name", 0, 0, DataType::Text, "q_servername"},
+    {"ident_current", 1, 1, unknown, ""},
+    {"ident_incr", 1, 1, unknown, ""},
+    {"ident_seed", 1, 1, unknown, ""},
+    {"indexproperty", 3, 3, DataType::Integer, ""},
+    {"is_member", 1, 1, DataType::Integer, "q_allowed"},
+    {"is_srvrolemember", 1, 2, DataType::Integer, "q_allowed"},
+    {"isdate", 1, 1, DataType::Integer, ""},
+    {"isnumeric", 1, 1, DataType::Integer, ""},
+    {"left", 2, 2, DataType::Text, ""},
+    {"len", 1, 1, DataType::Integer, ""},
+    {"log", 1, 1, DataType::Double, ""},
+    {"log10", 1, 1, DataType::Double, ""},
+    {"lower", 1, 1, DataType::Text, ""},
+    {"ltrim", 1, 1, DataType::Text, ""},
+    {"month", 1, 1, DataType::Integer, ""},
+    {"nchar", 1, 1, DataType::Text, ""},
+    {"newid", 0, 0, DataType::Guid, ""},
+    {"newsequentialid", 0, 0, DataType::Guid, "q_newid"},
+    {"object_id", 1, 2, DataType::Integer, ""},
+    {"object_name", 1, 2, DataType::Text, ""},
+    {"object_schema_name", 1, 2, DataType::Text, ""},
+    {"objectproperty", 2, 2, DataType::Integer, ""},
+    {"objectpropertyex", 2, 2, DataType::Integer, "q_objectproperty"},
+    {"original_login", 0, 0, DataType::Text, "q_login"},
+    {"patindex", 2, 2, DataType::Integer, ""},
+    {"power", 2, 2, unknown, ""},
+    {"quotename", 1, 2, DataType::Text, ""},
+    {"rand", 0, 1, DataType::Double, ""},
+    {"replace", 3, 3, DataType::Text, ""},
+    {"replicate", 2, 2, DataType::Text, ""},
+    {"reverse", 1, 1, DataType::Text, ""},
+    {"right", 2, 2, DataType::Text, ""},
+    {"round", 2, 3, unknown, ""},
+    {"rtrim", 1, 1, DataType::Text, ""},
+    {"schema_id", 0, 1, DataType::Integer, ""},
+    {"schema_name", 0, 1, DataType::Text, ""},
+    {"serverproperty", 1, 1, DataType::Text, ""},
+    {"sign", 1, 1, DataType::Integer, ""},
+    {"space", 1, 1, DataType::Text, ""},
+    {"sqrt", 1, 1, DataType::Double, ""},
+    {"square", 1, 1, DataType::Double, ""},
+    {"str", 1, 3, DataType::Text, ""},
+    {"stuff", 4, 4, DataType::Text, ""},
+    {"substring", 3, 3, DataType::Text, ""},
+    {"suser_name", 0, 1, DataType::Text, "q_login"},
+    {"suser_sname", 0, 1, DataType::Text, "q_login"},
+    {"sysdatetime", 0, 0, DataType::Date, ""},
+    {"sysdatetimeoffset", 0, 0, DataType::Date, ""},
+    {"sysutcdatetime", 0, 0, DataType::Date, ""},
+    {"trim", 1, 1, DataType::Text, ""},
+    {"type_id", 1, 1, DataType::Integer, ""},
+    {"type_name", 1, 1, DataType::Text, ""},
+    {"unicode", 1, 1, DataType::Integer, ""},
+    {"upper", 1, 1, DataType::Text, ""},
+    {"user_name", 0, 1, DataType::Text, "q_schema_name"},
+    {"year", 1, 1, DataType::Integer, ""},
+};
+
+const Function* findFunction(std::string_view lowerName) {
+  const auto* found = std::find_if(std::begin(functions), std::end(functions),
+                                   [&](const Function& each) { return each.name == lowerName; });
+  return found == std::end(functions) ? nullptr : found;
+}
+
+constexpr std::array<std::string_view, 10> aggregates = {"count", "count_big", "sum",  "avg",        "min",
+                                                         "max",   "stdev",     "rank", "string_agg", "row_number"};
+constexpr std::array<std::string_view, 7> windowOnly = {"dense_rank",  "ntile",      "lag",         "lead",
+                                                        "first_value", "last_value", "percent_rank"};
+constexpr std::array<std::string_view, 4> datePartFunctions = {"dateadd", "datediff", "datepart", "datename"};
+
+template <typename List>
+bool contains(const List& list, std::string_view name) {
+  return std::find(list.begin(), list.end(), name) != list.end();
+}
+
+}  // namespace
+
+bool isBuiltInFunction(std::string_view lowerName) {
+  static constexpr std::array<std::string_view, 10> special = {
+      "cast", "convert", "try_cast", "try_convert", "isnull", "coalesce", "nullif", "iif", "checksum", "hashbytes"};
+  return findFunction(lowerName) || contains(aggregates, lowerName) || contains(windowOnly, lowerName) ||
+         contains(datePartFunctions, lowerName) || contains(special, lowerName);
+}
+
+bool Translation::atBareFunction() const {
+  const Token& token = reader_.peek();
+  if (reader_.peek(1).isSymbol("(") || reader_.peek(1).isSymbol(".")) return false;
+  return token.is("current_timestamp") || token.is("current_user") || token.is("session_user") || token.is("user") ||
+         token.is("system_user");
+}
+
+Expression Translation::bareFunction() {
+  const Token& token = reader_.next();
+  Expression out;
+  const bool time = token.is("current_timestamp");
+  out.sql = time ? "q_getdate()" : token.is("system_user") ? "q_login()" : "q_schema_name()";
+  out.kind = time ? DataType::Date : DataType::Text;
+  return out;
+}
+
+std::vector<Expression> Translation::arguments() {
+  std::vector<Expression> out;
+  reader_.expectSymbol("(");
+  if (!reader_.peek().isSymbol(")")) {
+    do out.push_back(expression());
+    while (reader_.acceptSymbol(","));
+  }
+  reader_.expectSymbol(")");
+  return out;
+}
+
+Expression Translation::functionCall() {
+  const std::size_t line = reader_.peek().line;
+  const std::string name = lowerCase(reader_.next().raw);
+  if (contains(aggregates, name) || contains(windowOnly, name)) return aggregate(name);
+  bool found = false;
+  Expression special = specialFunction(name, found);
+  if (found) return special;
+  const Function* function = findFunction(name);
+  const bool tooNew = name == "object_schema_name" && context_.catalogue && context_.catalogue->serverMajor() < 9;
+  if (tooNew)
+    throw DataError(errorNumber::badSql, "'OBJECT_SCHEMA_NAME' is not a recognized built-in function name.", "42000");
+  if (!function) throw NotUnderstood{"unknown function " + name, line};
+  const std::vector<Expression> given = arguments();
+  const int count = static_cast<int>(given.size());
+  if (count < function->least || count > function->most)
+    throw DataError(errorNumber::badSql,
+                    "The " + name + " function requires " + std::to_string(function->least) + " argument(s).", "42000");
+  Expression out;
+  out.sql = (function->sqlite.empty() ? "q_" + name : std::string(function->sqlite)) + "(";
+  for (std::size_t i = 0; i < given.size(); ++i) out.sql += (i ? ", " : "") + given[i].sql;
+  out.sql += ")";
+  out.kind = function->kind;
+  if (out.kind == unknown && !given.empty() && isNumericKind(given[0].kind)) out.kind = given[0].kind;
+  return out;
+}
+
+// Functions whose arguments need more than a comma list. `found` tells whether it was one.
+Expression Translation::specialFunction(const std::string& name, bool& found) {
+  found = true;
+  if (name == "cast" || name == "try_cast") return cast(true, name[0] == 't');
+  if (name == "convert" || name == "try_convert") return cast(false, name[0] == 't');
+  Expression out;
+  if (contains(datePartFunctions, name)) {
+    reader_.expectSymbol("(");
+    const Token& part = reader_.next();
+    out.sql = "q_" + name + "(" + quoteText(part.name());
+    while (reader_.acceptSymbol(",")) out.sql += ", " + expression().sql;
+    reader_.expectSymbol(")");
+    out.sql += ")";
+    out.kind = name == "dateadd" ? DataType::Date : name == "datename" ? DataType::Text : DataType::Integer;
+    return out;
+  }
+  if (name == "iif") {
+    reader_.expectSymbol("(");
+    out.sql = "case when " + condition();
+    reader_.expectSymbol(",");
+    const Expression yes = expression();
+    reader_.expectSymbol(",");
+    const Expression no = expression();
+    reader_.expectSymbol(")");
+    out.sql += " then " + yes.sql + " else " + no.sql + " end";
+    out.kind = commonKind(yes.kind, no.kind);
+    return out;
+  }
+  if (name == "isnull" || name == "coalesce" || name == "nullif") {
+    const std::vector<Expression> given = arguments();
+    if (given.size() < 2) refuse(name + " needs two arguments");
+    out.kind = given[0].kind;
+    if (name == "nullif") {
+      out.sql = "case when " + compared(given[0], "=", given[1]) + " then null else " + given[0].sql + " end";
+      return out;
+    }
+    out.sql = "coalesce(";
+    for (std::size_t i = 0; i < given.size(); ++i) out.sql += (i ? ", " : "") + given[i].sql;
+    out.sql += ")";
+    if (name == "coalesce" || out.kind == unknown)
+      for (const Expression& each : given) out.kind = commonKind(out.kind, each.kind);
+    return out;
+  }
+  found = false;
+  return out;
+}
+
+Expression Translation::aggregate(const std::string& name) {
+  reader_.expectSymbol("(");
+  Expression out;
+  std::string inner;
+  DataType kind = DataType::Integer;
+  std::string distinct;
+  if (reader_.acceptSymbol("*")) {
+    inner = "*";
+  } else if (!reader_.peek().isSymbol(")")) {
+    if (reader_.acceptWord("distinct"))
+      distinct = "distinct ";
+    else
+      reader_.acceptWord("all");
+    const Expression first = expression();
+    kind = first.kind;
+    inner = distinct + first.sql;
+    if (!first.column && first.kind == DataType::Text && (name == "min" || name == "max" || !distinct.empty()))
+      inner += " collate q_text";
+    while (reader_.acceptSymbol(",")) inner += ", " + expression().sql;
+  }
+  reader_.expectSymbol(")");
+  if (reader_.peek().is("within")) refuse("WITHIN GROUP can't be translated");
+  const std::string window = over();
+  std::string function = name;
+  if (name == "count_big")
+    function = "count";
+  else if (name == "string_agg")
+    function = "group_concat";
+  else if ((name == "sum" || name == "avg") && window.empty())
+    function = "q_" + name;
+  else if (name == "stdev")
+    refuse("STDEV can't be translated");
+  if (contains(windowOnly, name) && window.empty()) refuse(name + " needs OVER");
+  out.sql = function + "(" + inner + ")" + window;
+  const bool sameKind = name == "min" || name == "max" || name == "sum" || name == "avg" || name == "lag" ||
+                        name == "lead" || name == "first_value" || name == "last_value";
+  out.kind = name == "string_agg" ? DataType::Text : sameKind ? kind : DataType::Integer;
+  if ((name == "sum" || name == "avg") && kind == DataType::Text) out.kind = DataType::Double;
+  return out;
+}
+
+// OVER (PARTITION BY ... ORDER BY ... ROWS ...), with a blank in front; empty when there is none.
+std::string Translation::over() {
+  if (!reader_.acceptWord("over")) return {};
+  reader_.expectSymbol("(");
+  std::string sql = " over (";
+  if (reader_.acceptWord("partition")) {
+    reader_.expectWord("by");
+    sql += "partition by ";
+    for (bool first = true; first || reader_.acceptSymbol(","); first = false)
+      sql += (first ? "" : ", ") + expression().sql;
+  }
+  if (reader_.peek().is("order")) sql += orderBy({}, false);
+  while (reader_.peek().kind == TokenKind::Word || reader_.peek().kind == TokenKind::Number)
+    sql += " " + std::string(reader_.next().raw);
+  reader_.expectSymbol(")");
+  return sql + ")";
+}
+
+TypeRef Translation::castType(bool& sized) {
+  const std::size_t first = reader_.position();
+  TypeRef type = readType(reader_, context_.catalogue);
+  const std::size_t last = reader_.position();
+  reader_.moveTo(last - 1);
+  sized = reader_.peek().isSymbol(")") && last - first > 1;
+  reader_.moveTo(last);
+  return type;
+}
+
+// CAST(value AS type) and CONVERT(type, value, style); `attempt` gives Null where the conversion fails.
+Expression Translation::cast(bool cast, bool attempt) {
+  reader_.expectSymbol("(");
+  bool sized = false;
+  TypeRef type;
+  Expression value;
+  std::string style;
+  if (cast) {
+    value = expression();
+    reader_.expectWord("as");
+    type = castType(sized);
+  } else {
+    type = castType(sized);
+    reader_.expectSymbol(",");
+    value = expression();
+    if (reader_.acceptSymbol(",")) style = expression().sql;
+  }
+  reader_.expectSymbol(")");
+  return conversion(std::move(value), type, sized, style.empty() ? nullptr : &style, attempt);
+}
+
+Expression Translation::conversion(Expression value, const TypeRef& type, bool sized, const std::string* style,
+                                   bool attempt) {
+  int size = type.prec;
+  const bool unsizedText = !sized && (type.xtype == 167 || type.xtype == 231 || type.xtype == 175 ||
+                                      type.xtype == 239 || type.xtype == 165 || type.xtype == 173);
+  if (unsizedText && type.xusertype < 257 && type.name != "sysname") size = 30;
+  const bool dateAsText =
+      type.dataType == DataType::Text && (value.kind == DataType::Date || (style && value.kind == DataType::Empty));
+  if (dateAsText) value.sql = "q_datetext(" + value.sql + ", " + (style ? *style : "0") + ")";
+  const bool whole = type.dataType == DataType::Integer || type.dataType == DataType::Boolean;
+  if (whole && value.kind == DataType::Decimal) value.sql = "cast(" + value.sql + " as numeric)";
+  Expression out;
+  out.sql = std::string(attempt ? "q_try_convert(" : "q_convert(") + value.sql + ", " + quoteText(type.baseName) +
+            ", " + std::to_string(size) + ", " + std::to_string(type.scale) + ", " + (style ? *style : "null") + ")";
+  out.kind = type.dataType;
+  return out;
+}
+
+}  // namespace qrel::tsql

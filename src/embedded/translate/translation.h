@@ -1,0 +1,179 @@
+// The recursive descent behind Translator.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "embedded/translate/translator.h"
+
+namespace qrel::tsql {
+
+// A translated expression. `kind` is Empty where the type isn't known before the query runs.
+struct Expression {
+  std::string sql;
+  DataType kind = DataType::Empty;
+  bool column = false;   // a column whose own collation decides comparisons
+  bool literal = false;  // a text literal; `name` is its value
+  std::string name;      // a column's name as written
+};
+
+// A column that a table, a view or a query gives.
+struct OutputColumn {
+  std::string name;
+  DataType kind = DataType::Empty;
+  bool column = false;  // keeps the collation of a stored column
+};
+
+struct Columns {
+  std::vector<OutputColumn> list;
+  bool complete = true;  // false: there are more than the list knows
+  const OutputColumn* find(std::string_view name) const;
+};
+
+// A table in FROM under the name by which columns refer to it.
+struct Source {
+  std::string schema;   // of the table, empty for derived tables and those with an alias
+  std::string exposed;  // alias or table name
+  std::string alias;    // as SQLite knows it
+  Columns columns;
+};
+
+struct Scope {
+  std::vector<Source> sources;
+  Scope* outer = nullptr;
+};
+
+struct Query {
+  std::string sql;
+  Columns columns;
+};
+
+class Translation {
+ public:
+  Translation(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
+
+  Query query(std::vector<std::string>* assigned = nullptr);
+  bool atSelect() const;
+  Expression expression();
+  std::string condition();
+  std::string tableName();
+  std::string fromList();
+
+ private:
+  struct SelectItem {
+    std::string sql;
+    std::string assigned;
+    std::vector<OutputColumn> columns;
+    bool complete = true;
+  };
+  struct Top {
+    bool distinct = false;
+    std::string limit;
+  };
+  struct Table {
+    std::string sql;
+    Source source;
+  };
+
+  // translateSelect.cpp
+  Query compoundQuery(std::vector<std::string>* assigned);
+  Query simpleQuery(std::vector<std::string>* assigned, std::string& limit);
+  Query parenthesizedQuery();
+  void commonTables(std::string& sql);
+  Top readTop();
+  std::string selectList(Columns& columns, std::vector<std::string>* assigned);
+  SelectItem selectItem();
+  SelectItem starItem(const Source* only);
+  std::string columnAlias();
+  std::size_t findFrom() const;
+  std::string groupBy();
+  std::string orderBy(const Columns& columns, bool compound);
+  std::string orderItem(const Columns& columns, bool compound);
+  void readLimit(std::string& limit);
+  void refuseForClause();
+  std::string joined();
+  std::string joinTail(std::string left);
+  std::string joinKind();
+  std::string tablePrimary();
+  Table namedTable();
+  Table resolve(const ObjectName& name, const Token& token);
+  std::string derivedTable();
+  std::string valuesRows(Columns& columns);
+  std::vector<std::string> columnNames();
+  void skipHints();
+  std::string readAlias();
+  std::string addSource(Source source);
+
+  // translateExpression.cpp
+  Expression additive();
+  Expression multiplicative();
+  Expression unary();
+  Expression primary();
+  Expression collated(Expression expression);
+  Expression number(const Token& token);
+  Expression variable(const Token& token);
+  Expression columnReference();
+  Expression caseExpression();
+  Expression parenthesized();
+  std::string orCondition();
+  std::string andCondition();
+  std::string notCondition();
+  std::string predicate();
+  std::string comparisonTail(const Expression& left);
+  std::string quantified(Expression left, std::string_view symbol);
+  std::string inList(Expression left);
+  std::string like(const Expression& left);
+  bool parenthesesHoldCondition() const;
+  bool parenthesesHoldQuery() const;
+
+  // translateFunctions.cpp
+  Expression functionCall();
+  bool atBareFunction() const;
+  Expression bareFunction();
+  Expression aggregate(const std::string& name);
+  std::string over();
+  Expression cast(bool cast, bool attempt);
+  Expression conversion(Expression value, const TypeRef& type, bool sized, const std::string* style, bool attempt);
+  Expression specialFunction(const std::string& name, bool& found);
+  std::vector<Expression> arguments();
+  TypeRef castType(bool& sized);
+
+  [[noreturn]] void refuse(const std::string& reason) const;
+
+  // Counts how deep expressions, conditions and queries are nested; refuses what would exhaust the stack.
+  class Nesting {
+   public:
+    explicit Nesting(Translation& of) : of_(of) {
+      if (++of_.depth_ > mostNested) of_.refuse("it is nested too deep");
+    }
+    ~Nesting() { --of_.depth_; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+   private:
+    Translation& of_;
+  };
+  static constexpr int mostNested = 300;
+
+  const TranslateContext& context_;
+  TokenReader& reader_;
+  Scope* scope_ = nullptr;
+  std::vector<std::pair<std::string, Columns>> commonTables_;
+  int depth_ = 0;
+};
+
+// Words that end an expression, a table or a query, and so are no alias.
+bool isReserved(const Token& token);
+// A token that may stand as an alias without AS.
+bool isAlias(const Token& token);
+bool isNumericKind(DataType kind);
+// "a op b" in the way the server compares: without case, by value, with texts read as numbers beside numbers.
+std::string compared(Expression left, std::string_view symbol, Expression right);
+// The kind of a result that may come from either.
+DataType commonKind(DataType a, DataType b);
+// Built-in functions by lower-case name, for the stored form of expressions.
+bool isBuiltInFunction(std::string_view lowerName);
+
+}  // namespace qrel::tsql

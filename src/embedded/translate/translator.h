@@ -1,0 +1,66 @@
+// T-SQL queries and expressions in SQLite's words.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "embedded/catalogue/catalogue.h"
+#include "embedded/language/lexer.h"
+#include "embedded/sqlite/storageNames.h"
+
+namespace qrel::tsql {
+
+// What a translation needs to know of its surroundings.
+struct TranslateContext {
+  const Catalogue* catalogue = nullptr;
+  std::string database;  // the current one
+  // Gives the SQLite schema name ("db2") under which another database of the server is attached; raises
+  // 0x80040E37 when there is none. "master" and the current database need no call.
+  std::function<std::string(const std::string& database)> attach;
+  // For a connection that only reads. Otherwise "text" that names no column is a text, as scripts want that were
+  // written for SET QUOTED_IDENTIFIER OFF.
+  bool readOnly = false;
+  // The batch's variables by lower-case name with @; may be null. Their types decide what "+" means.
+  const std::map<std::string, TypeRef>* variables = nullptr;
+};
+
+// Reads exactly one query or expression at the reader, by grammar, and leaves the reader behind it: the text that
+// follows belongs to the next statement even without a semicolon. What can't be translated raises NotUnderstood;
+// an unknown table raises DataError 0x80040E37 "Invalid object name 'x'.".
+// Variables stay as @name in lower case, a global one such as @@ROWCOUNT becomes @__rowcount, a "?" the @p1, @p2, ...
+// of its place among the question marks: SQLite binds them by name, bindVariables does it.
+class Translator {
+ public:
+  Translator(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
+
+  // SELECT ... (also WITH cte AS, UNION, ORDER BY, TOP, OFFSET/FETCH). `assigned` (may be null) receives the variables
+  // of SELECT @a = x, @b = y in order of the result's columns; a query without assignments leaves it empty.
+  std::string select(std::vector<std::string>* assigned = nullptr);
+  // True where a query begins: SELECT, WITH, or "(" that leads to SELECT.
+  bool atSelect() const;
+  std::string expression();
+  // A condition as in WHERE and IF.
+  std::string condition();
+  // A table in FROM, UPDATE, DELETE or INSERT position; reads its name.
+  std::string tableName();
+  // FROM's list of tables with joins, without the word FROM.
+  std::string fromList();
+
+ private:
+  const TranslateContext& context_;
+  TokenReader& reader_;
+};
+
+// Binds the variables of a translated text from a map by lower-case name with @ ("@x", "@@rowcount", "@p1"). A global
+// one that the map lacks is 0; any other raises DataError 'Must declare the scalar variable "@x".'.
+void bindVariables(sqlite::Statement& statement, const std::map<std::string, Value>& variables);
+
+// An expression as the server stores it in defaults, checks and computed columns, in the form of the version:
+// from version 9 on numbers in brackets, names in square brackets, built-in functions in lower case, the whole in
+// brackets: 1 -> ((1)), 'x' -> ('x'), GetDate() -> (getdate()), (-1) -> ((-1)), a*b -> ([a]*[b]). Below version 9 the
+// text as written in one pair of brackets. Outer brackets of the text don't double.
+std::string storedExpression(std::string_view text, int serverMajor);
+
+}  // namespace qrel::tsql

@@ -1,0 +1,111 @@
+#include "embedded/embeddedProvider.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "embedded/sqlite/sqlite.h"
+#include "tests/embedded/embeddedServer.h"
+
+namespace qrel {
+namespace {
+
+constexpr const char* endless =
+    "WITH c (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < 2000000000) SELECT COUNT(*) FROM c";
+
+ErrorInfo openError(EmbeddedServer& server, const std::string& database) {
+  try {
+    server.connect(database);
+  } catch (const DataError& error) {
+    return {error.number, error.description};
+  }
+  return {};
+}
+
+TEST(EmbeddedProvider, SaysWhyADatabaseCannotBeHad) {
+  EmbeddedServer server;
+  const auto folder = server.servers.folder("S");
+  std::ofstream(folder / "text.mdf") << "this is no database at all, whatever its name may say";
+  std::ofstream(folder / "empty.mdf");
+  EXPECT_EQ(openError(server, "shop").number, 0);
+  EXPECT_EQ(openError(server, "SHOP").number, 0);
+  EXPECT_EQ(openError(server, "").number, 0);
+  for (const auto& [database, words] : {std::pair{"nope", "Cannot open database \"nope\" requested by the login."},
+                                        {"text", "text.mdf' is not a database"},
+                                        {"empty", "empty.mdf' is not a database"}}) {
+    const ErrorInfo error = openError(server, database);
+    EXPECT_EQ(error.number, errorNumber::cannotConnect) << database;
+    EXPECT_NE(error.description.find(words), std::string::npos) << error.description;
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder / "nope.mdf"));
+}
+
+TEST(EmbeddedProvider, SeesTheFileThatTookTheOldOnesPlace) {
+  EmbeddedServer server;
+  server.load("CREATE TABLE a (id int)");
+  server.servers.createDatabase("S", "other");
+  server.load("CREATE TABLE b (id int)", "other");
+  EXPECT_EQ(server.line("SELECT COUNT(*) FROM a"), "0");
+  const auto folder = server.servers.folder("S");
+  std::filesystem::rename(folder / "other.mdf", folder / "shop.mdf");
+  EXPECT_EQ(server.line("SELECT COUNT(*) FROM b"), "0");
+  EXPECT_EQ(server.error("SELECT COUNT(*) FROM a").number, errorNumber::invalidObjectName);
+}
+
+TEST(EmbeddedProvider, NoticesWhatBecameOfAFileItHadOpen) {
+  EmbeddedServer server;
+  const auto folder = server.servers.folder("S");
+  const std::string version = "SELECT CAST(SERVERPROPERTY('ProductVersion') AS varchar(20))";
+  EXPECT_EQ(server.line(version), defaultProductVersion);
+  server.servers.setVersion("S", "8.0.194");
+  EXPECT_EQ(server.line(version), "8.0.194");
+  std::filesystem::resize_file(folder / "shop.mdf", 0);
+  EXPECT_EQ(openError(server, "shop").number, errorNumber::cannotConnect) << "emptied";
+  server.line("SELECT 1", "master");
+  std::filesystem::remove(folder / "master.mdf");
+  EXPECT_EQ(openError(server, "master").number, errorNumber::cannotConnect) << "gone";
+  server.servers.createDatabase("S", "last");
+  server.line("SELECT 1", "last");
+  std::filesystem::remove(folder / "instance.txt");
+  EXPECT_EQ(openError(server, "last").number, errorNumber::cannotConnect) << "no server any more";
+}
+
+TEST(EmbeddedProvider, TimeOutAndInterruptEndAQuery) {
+  EmbeddedServer server;
+  const auto connection = server.connect();
+  try {
+    connection->execute({endless, 1, {}});
+    ADD_FAILURE() << "no time-out";
+  } catch (const DataError& error) {
+    EXPECT_EQ(error.number, errorNumber::timeout);
+    EXPECT_EQ(error.sql, endless);
+  }
+  std::thread other([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    connection->interrupt();
+  });
+  try {
+    connection->execute({endless, 0, {}});
+    ADD_FAILURE() << "not interrupted";
+  } catch (const DataError& error) {
+    EXPECT_EQ(error.description, "Operation canceled.");
+  }
+  other.join();
+  EXPECT_EQ(connection->execute({"SELECT 1", 30, {}}).rows->count(), 1);
+}
+
+TEST(EmbeddedProvider, ALockedFileIsToldInWords) {
+  EmbeddedServer server;
+  server.load("CREATE TABLE a (id int)");
+  sqlite::Database holder(server.servers.databaseFile("S", "shop"), sqlite::OpenMode::ReadWrite);
+  holder.execute("begin exclusive");
+  const ErrorInfo error = server.error("SELECT id FROM a");
+  EXPECT_EQ(error.number, errorNumber::cannotConnect);
+  EXPECT_NE(error.description.find("is in use by another program"), std::string::npos) << error.description;
+}
+
+}  // namespace
+}  // namespace qrel
