@@ -7,6 +7,7 @@
 #include "embedded/catalogue/catalogue.h"
 #include "embedded/functions/functionCall.h"
 #include "embedded/sqlite/quoting.h"
+#include "embedded/sqlite/storageNames.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
