@@ -50,7 +50,7 @@ class Console : private MainSteps {
   void start(const std::vector<std::string>& sets);
 
   // "SERVER/DATABASE", a .sql file or a folder of them. Scripts are loaded into a temporary database. Throws
-  // CommandFailure.
+  // CommandFailure, and RuntimeError when a profile file that comparisons go by can't be read.
   Side resolveSide(const std::string& text);
   // A server by its name in the list, else an embedded instance of that name.
   tServer resolveServer(const std::string& name);

@@ -112,6 +112,22 @@ TEST_F(ConsoleSettings, DamagedOnesEndEachCommandAndStayAsTheyAre) {
   EXPECT_TRUE(fs::is_directory(file));
 }
 
+TEST_F(ConsoleSettings, AComparisonThatItsFilesDoNotAllowIsNoVerdict) {
+  load("s");
+  for (const char* name : {"qrel_ignored_cols_struct.ini", "qrel_ignored_cols_data.ini", "qrel_tables_comps.ini"}) {
+    const fs::path damaged = folder.write(name, "[s.D.t]\r\n0=a\r\n[s.D");
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"compare", "s/D", "s/D", "--types", "tables"},
+          {"data", "s/D", "s/D", "--table", "t"}}) {
+      const QrelRun run = runQrel(command);
+      EXPECT_EQ(run.code, 3) << name;
+      EXPECT_NE(run.err.find(std::string(name) + "' cannot be read: line 3"), std::string::npos) << run.err;
+      EXPECT_EQ(run.out, "");
+    }
+    fs::remove(damaged);
+  }
+}
+
 TEST_F(ConsoleSettings, ComparingNeedsNoSettingsThatCanBeWritten) {
   load("s");
   ASSERT_EQ(runQrel({"servers", "add", "s"}).code, 0);
