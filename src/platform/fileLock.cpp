@@ -24,7 +24,8 @@ constexpr std::chrono::milliseconds betweenTries(20);
 [[noreturn]] void fail(int error, const fs::path& path) {
   const bool full = error == ENOSPC || error == EDQUOT;
   throw RuntimeError(full ? errorNumber::diskFull : errorNumber::pathAccess,
-                     "'" + path.string() + "' cannot be locked: " + std::generic_category().message(error) + ".");
+                     "The folder '" + path.parent_path().string() + "' cannot be written, so that no other program " +
+                         "can be kept from changing the same files: " + std::generic_category().message(error) + ".");
 }
 
 // Whether the open file is still the one of this name: its last holder removes it.
@@ -53,7 +54,12 @@ FileLock& FileLock::operator=(FileLock&& other) noexcept {
 bool FileLock::tryLock() {
   if (locked()) return true;
   while (true) {
-    const int descriptor = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    int descriptor = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (descriptor < 0 && errno == EACCES) {
+      // Another user's lock: reading is enough to lock it.
+      descriptor = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+      if (descriptor < 0) errno = EACCES;
+    }
     if (descriptor < 0) {
       if (errno == EINTR) continue;
       fail(errno, path_);
