@@ -15,6 +15,7 @@
 #include "db/readFailures.h"
 #include "embedded/embeddedProvider.h"
 #include "platform/error.h"
+#include "platform/store/profileFile.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
 
@@ -123,6 +124,11 @@ tServer Console::resolveServer(const std::string& name) {
 }
 
 Side Console::resolveSide(const std::string& text) {
+  // What these files say decides what is compared: one that can't be read ends the command before it begins.
+  const mdlMainState& main = program.main;
+  for (const std::string* file :
+       {&main.gstrIgnoredColsStructIni, &main.gstrIgnoredColsDataIni, &main.gstrTablesCompsIni})
+    ProfileFile::read(*file);
   std::error_code ignored;
   if (fs::exists(text, ignored) && isScript(text)) return sideFromScripts(text);
   const std::size_t slash = text.find('/');

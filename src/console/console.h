@@ -53,7 +53,7 @@ class Console : private MainSteps {
   void start(const std::vector<std::string>& sets);
 
   // "SERVER/DATABASE", a .sql file or a folder of them. Scripts are loaded into a temporary database. Throws
-  // CommandFailure.
+  // CommandFailure, and RuntimeError when a profile file that comparisons go by can't be read.
   Side resolveSide(const std::string& text);
   // How scripts are loaded: a stop is asked for, progress is told on a terminal.
   LoadOptions loadOptions();

@@ -65,8 +65,8 @@ TEST_F(ConsoleSettings, AServerIsAddedOrRemovedInFullOrNotAtAll) {
         reached = call > failing;
         const std::string list = listed();
         EXPECT_TRUE(list == after || list == before) << list;
-        if (list == before || run.code != 0) EXPECT_EQ(run.code, 3) << command.back() << ' ' << failing;
-        if (run.code != 0) EXPECT_NE(run.err.find("settings.txt"), std::string::npos) << run.err;
+        EXPECT_EQ(run.code, list == before || run.code != 0 ? 3 : 0) << command.back() << ' ' << failing;
+        EXPECT_EQ(run.code != 0, run.err.find("settings.txt") != std::string::npos) << run.err;
       }
     }
     files::writeAtomically(file, bytes);
@@ -110,6 +110,22 @@ TEST_F(ConsoleSettings, DamagedOnesEndEachCommandAndStayAsTheyAre) {
   fs::create_directory(file);
   EXPECT_EQ(runQrel({"servers", "add", "s"}).code, 3);
   EXPECT_TRUE(fs::is_directory(file));
+}
+
+TEST_F(ConsoleSettings, AComparisonThatItsFilesDoNotAllowIsNoVerdict) {
+  load("s");
+  for (const char* name : {"qrel_ignored_cols_struct.ini", "qrel_ignored_cols_data.ini", "qrel_tables_comps.ini"}) {
+    const fs::path damaged = folder.write(name, "[s.D.t]\r\n0=a\r\n[s.D");
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"compare", "s/D", "s/D", "--types", "tables"},
+          {"data", "s/D", "s/D", "--table", "t"}}) {
+      const QrelRun run = runQrel(command);
+      EXPECT_EQ(run.code, 3) << name;
+      EXPECT_NE(run.err.find(std::string(name) + "' cannot be read: line 3"), std::string::npos) << run.err;
+      EXPECT_EQ(run.out, "");
+    }
+    fs::remove(damaged);
+  }
 }
 
 TEST_F(ConsoleSettings, ComparingNeedsNoSettingsThatCanBeWritten) {

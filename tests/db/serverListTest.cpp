@@ -100,6 +100,7 @@ TEST_F(StoredServers, AnotherProcessesChangeOfTheListIsNotWrittenOver) {
   Program other(test.host, test.data, others);
   RemoveServer(other, "A");
   SaveServerValue(program, 1, "MRUDb", "of A");
+  LoadServers(other);
   EXPECT_EQ(ReadServerValue(other, 1, "MRUDb"), "db") << "number 1 is B by now";
   EXPECT_EQ(ReadServerValue(program, 1, "Version"), "") << "and what is stored of B is none of A's";
   EXPECT_EQ(names(program), "1B 2CL ");

@@ -105,7 +105,7 @@ TEST_F(KeyStoreFile, ADamagedFileIsToldAndStaysAsItIs) {
     EXPECT_NE(told.find(each.told), std::string::npos) << told;
     EXPECT_NE(told.find(file().string()), std::string::npos) << told;
     EXPECT_EQ(told.find("s3cret!"), std::string::npos) << "a line may hold a password";
-    if (each.bytes.find(good) != std::string::npos) EXPECT_EQ(textAt(store, "K", "A"), "1");
+    EXPECT_EQ(textAt(store, "K", "A"), each.bytes.find(good) == std::string::npos ? "(none)" : "1");
     EXPECT_NE(errorOf([&] { store.set("K", "A", 2); }), "");
     EXPECT_NE(errorOf([&] { store.createKey("New"); }), "");
     EXPECT_EQ(files::readWholeFile(file()), each.bytes);
