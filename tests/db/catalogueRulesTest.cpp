@@ -74,6 +74,7 @@ TEST_F(ListedNames, EqualNeighboursGetTheirSchema) {
       {"11.0.2100.60", "vvv", {{1, "dbo"}, {2, "r"}, {3, "s"}}, "dbo.v r.v s.v", 4},
       {"11.0.2100.60", "avvz", {{2, "dbo"}, {3, "s"}}, "a dbo.v s.v z", 2},
       {"11.0.2100.60", "Vv", {}, "V v", 0},
+      {"11.0.2100.60", "Vvv", {{1, "x"}, {2, "dbo"}, {3, "s"}}, "V dbo.v s.v", 2},
       {"11.0.2100.60", "vv", {{1, "dbo"}, {2, std::nullopt}}, "dbo.v v", 2},
       {version9.c_str(), "vv", {{1, "dbo"}, {2, "s"}}, "dbo.v s.v", 2},
       {"8.00.2039", "vv", {{1, "dbo"}, {2, "s"}}, "v v", 0},

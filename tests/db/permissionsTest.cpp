@@ -56,7 +56,7 @@ TEST(Permissions, AreListedAndShownByType) {
   test.answer("sys.database_permissions", columns,
               {{"1", "USER_TABLE", "dbo", "Orders", "0", "", "GRANT", "SELECT", "U"},
                {"1", "USER_TABLE", "dbo", "Orders", "2", "Total", "deny", "UPDATE", "U"},
-               {"2", "VIEW", "sales", "V", "0", "", "GRANT", "SELECT", "V"},
+               {"2", "A VIEW", "sales", "V", "0", "", "GRANT", "SELECT", "V"},
                {"3", "SQL_INLINE_TABLE_VALUED_FUNCTION", "", "F", "0", "", "GRANT", "SELECT", "IF"},
                {"4", "SQL_STORED_PROCEDURE", "dbo", "P", "3", "", "GRANT", "EXECUTE", "P "},
                {"5", "USER_TABLE", "dbo", "Padded", "1", "c", "GRANT", "SELECT", "U "}});
@@ -73,7 +73,7 @@ TEST(Permissions, AreListedAndShownByType) {
   const std::pair<long, const char*> texts[] = {{0, ""},
                                                 {-1, ""},
                                                 {2, "UPDATE\r\nUSER_TABLE dbo.Orders.Total\r\ndeny"},
-                                                {3, "SELECT\r\nVIEW sales.V\r\nGRANT"},
+                                                {3, "SELECT\r\nA VIEW sales.V\r\nGRANT"},
                                                 {4, "SELECT\r\nSQL_INLINE_TABLE_VALUED_FUNCTION F\r\nGRANT"},
                                                 {5, "EXECUTE\r\nSQL_STORED_PROCEDURE dbo.P.\r\nGRANT"}};
   for (const auto& [id, text] : texts) EXPECT_EQ(GetPermissionText(test.program, 1, id), text) << id;

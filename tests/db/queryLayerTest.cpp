@@ -20,7 +20,7 @@ TEST(QueryLayerCommands, CarryTheTimeout) {
   ExecAdoCmd(test.program, server, adCmdText, "SELECT a FROM t", "Db");
   ASSERT_EQ(test.sent.size(), 3U);
   for (const auto& each : test.sent) EXPECT_EQ(each.timeoutSeconds, 7);
-  EXPECT_EQ(test.opened, 3) << "the one that is handed in serves its own query alone";
+  EXPECT_EQ(test.opened.size(), 3U) << "the one that is handed in serves its own query alone";
 }
 
 TEST(QueryLayerCommands, CursorAndCacheSizeSayWhereTheRowsAre) {
@@ -67,7 +67,7 @@ TEST(QueryLayerCommands, AreSentToTheLetter) {
   tServer server = ScriptedServer::record();
   RecordsetPtr rs;
   EXPECT_EQ(GetAdoRS(test.program, server, adCmdText, "", rs, "Db"), 0);
-  EXPECT_EQ(test.opened, 1) << "an empty text tests the connection";
+  EXPECT_EQ(test.opened, std::vector<std::string>{"-"}) << "an empty text tests the connection";
   EXPECT_EQ(test.said(), "");
   GetServerVersion(test.program, server);
   EXPECT_EQ(test.said(), "Master: SELECT serverproperty('ProductVersion') AS ServerVer");
@@ -85,6 +85,7 @@ TEST(QueryLayerCommands, AreSentToTheLetter) {
             "Db: SELECT COUNT(*) AS RecsCount FROM [far]\n"
             "Db: SELECT TABLE_SCHEMA FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_NAME = 'far'\n"
             "Db: SELECT COUNT(*) AS RecsCount FROM [s].[far]");
+  EXPECT_EQ(far, "[s].[far]");
   std::string none;
   EXPECT_EQ(GetNumberOfRecordsInTable(test.program, server, none, "Db"), -1);
   EXPECT_EQ(test.said(), "");

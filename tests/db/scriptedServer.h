@@ -20,7 +20,7 @@ namespace qrel {
 class ScriptedServer : public TestProgram {
  public:
   struct Sent {
-    std::string database;  // "-": the connection named none
+    std::string database;
     std::string text;
     int timeoutSeconds = 0;
   };
@@ -63,7 +63,7 @@ class ScriptedServer : public TestProgram {
   }
 
   std::vector<Sent> sent;
-  int opened = 0;  // connections so far
+  std::vector<std::string> opened;  // the databases of the connections so far, "-" where none was named
 
  private:
   struct Answer {
@@ -102,9 +102,8 @@ class ScriptedServer : public TestProgram {
     Between(std::unique_ptr<Provider> inner, ScriptedServer& owner) : inner_(std::move(inner)), owner_(owner) {}
     bool serves(const std::string& server) const override { return inner_->serves(server); }
     std::unique_ptr<ProviderConnection> open(const ConnectionString& text) override {
-      ++owner_.opened;
-      const std::string database = text.has("Initial Catalog") ? text.database() : "-";
-      return std::make_unique<Line>(inner_->open(text), owner_, database);
+      owner_.opened.push_back(text.has("Initial Catalog") ? text.database() : "-");
+      return std::make_unique<Line>(inner_->open(text), owner_, owner_.opened.back());
     }
 
    private:
