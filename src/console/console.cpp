@@ -25,9 +25,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::size_t longestDatabaseName = 128;
+
 bool isScript(const fs::path& path) {
   std::error_code ignored;
   return fs::is_directory(path, ignored) || lowerCase(path.extension().string()) == ".sql";
+}
+
+// The name of a temporary database: that of the file or folder, as far as a database may have it.
+std::string databaseNameOf(const fs::path& path) {
+  std::error_code ignored;
+  const fs::path whole = fs::canonical(path, ignored);  // "." and "folder/" have no name of their own
+  const fs::path named = path.stem().string().find_first_not_of('.') == std::string::npos ? whole : path;
+  std::string name = (fs::is_directory(path, ignored) ? named.filename() : named.stem()).string();
+  name.erase(0, std::min(name.find_first_not_of('.'), name.size()));
+  for (char& c : name)
+    if (c == ':' || c == '\\' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '_';
+  while (name.size() > longestDatabaseName) name = leftCharacters(name, characterCount(name) - 1);
+  return name.empty() ? "scripts" : name;
 }
 
 }  // namespace
@@ -155,8 +170,7 @@ void Console::clearProgress() {
 Side Console::sideFromScripts(const fs::path& path) {
   Side side;
   side.server.Name = servers.createTemporary();
-  const fs::path named = path.has_filename() ? path : path.parent_path();
-  side.database = fs::is_directory(path) ? named.filename().string() : named.stem().string();
+  side.database = databaseNameOf(path);
   const LoadReport report = loadScripts(servers, side.server.Name, side.database, {path}, loadOptions());
   clearProgress();
   if (report.stopped) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};

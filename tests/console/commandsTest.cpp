@@ -66,6 +66,11 @@ TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {
       {{"text", "S/D", "--type", "tables", "nothere"}, 3, "There is no table \"nothere\" in S/D."},
       {{"compare", "S/D", "S/Nothing"}, 3, "Cannot open database"},
       {{"load", "S/E", odd}, 4, "odd.sql:2: skipped: FROBNICATE the table"},
+      {{"load", "S/E", file("esc.sql", "FROB [\x1B[31m\xE2\x80\xAEx]")}, 4, "skipped: FROB [\\x1B[31m\\u{202E}x]"},
+      {{"load", "S/E", good, "--version", "9."}, 2, "--version \"9.\": expected one to four numbers"},
+      {{"load", "S/E", good, "--version", "x"}, 2, "--version \"x\""},
+      {{"load", "S/E", good, "--version=-1"}, 2, "--version \"-1\""},
+      {{"load", "S/E", good, "--version", ""}, 2, "--version \"\""},
   };
   for (const Case& each : cases) {
     EXPECT_EQ(run(each.arguments), each.code) << each.message << '\n' << err;
@@ -74,6 +79,38 @@ TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {
   std::ofstream(folder.path() / "servers" / "S" / "D.mdf", std::ios::binary) << std::string(8192, 'x');
   EXPECT_EQ(run({"objects", "S/D"}), 3);
   EXPECT_TRUE(told("D.mdf")) << err;
+}
+
+TEST_F(Commands, ASideIsAFolderWithAllThatIsInIt) {
+  std::filesystem::create_directories(folder.path() / "scripts" / "deep" / "er");
+  file("scripts/a.sql", "CREATE TABLE a (x int)");
+  file("scripts/deep/er/b.sql", "CREATE TABLE b (x int)");
+  file("scripts/deep/notes.txt", "");
+  const std::string scripts = (folder.path() / "scripts").string();
+  EXPECT_EQ(run({"objects", scripts, "--type", "tables"}), 0) << err;
+  EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 2) << out;
+  EXPECT_TRUE(told("scripts: 1 file that is no .sql file was not read: deep/notes.txt.")) << err;
+  EXPECT_EQ(run({"objects", scripts + "/.", "--type", "tables"}), 0) << err;
+  std::filesystem::create_symlink("nowhere", folder.path() / "scripts" / "lost.sql");
+  EXPECT_EQ(run({"compare", scripts, scripts, "--types", "tables"}), 4) << err;
+}
+
+// The statements of a published script in their summary: what became of each is one of three things.
+TEST_F(Commands, TheSummaryAddsUp) {
+  const std::string script =
+      file("s.sql",
+           "CREATE TABLE t (a int)\nINSERT t VALUES (1)\nFROBNICATE\nDROP TABLE none\nGO\n"
+           "IF 1 = 1 INSERT t VALUES (2) ELSE INSERT t VALUES (3)\nGO 2\nPRINT 'x'\n:on error exit\n");
+  EXPECT_EQ(run({"load", "S/D", script}), 4);
+  std::map<std::string, long> summary;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);)
+    summary[line.substr(0, line.find_last_of(' ') + 1).substr(0, 20)] = std::stol(line.substr(20));
+  const auto count = [&](std::string name) { return summary[name + std::string(20 - name.size(), ' ')]; };
+  EXPECT_EQ(count("statements"), 8) << out;
+  EXPECT_EQ(count("  carried out"), 5) << out;
+  EXPECT_EQ(count("  skipped"), 2) << out;
+  EXPECT_EQ(count("  refused"), 1) << out;
 }
 
 TEST_F(Commands, AFailedLoadLeavesTheDatabaseAsItWas) {

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
 #include <random>
 
 #include "embedded/catalogue/catalogue.h"
@@ -90,6 +89,17 @@ fs::path lockFile(const fs::path& folder, std::string_view name) {
   return folder / ("." + lowerCase(name) + lockEnding);
 }
 
+// Does `work`; an error's text names the path that the person knows instead of one that is used meanwhile.
+template <class Work>
+void showAs(const fs::path& used, const fs::path& known, Work&& work) {
+  try {
+    work();
+  } catch (RuntimeError& error) {
+    error.description = replaceAll(error.description, used.string(), known.string());
+    throw;
+  }
+}
+
 // Makes an empty database in a file that isn't there; the file is whole or not there at all. The caller keeps others
 // from making it too.
 void createEmptyDatabase(const fs::path& file) {
@@ -98,11 +108,12 @@ void createEmptyDatabase(const fs::path& file) {
   try {
     sqlite::Database database(fresh, sqlite::OpenMode::Create);
     tsql::Catalogue::createStorage(database);
-    fs::rename(fresh, file);
+    fs::rename(fresh, file, error);
+    if (error) fail("The file '" + file.string() + "' cannot be made: " + error.message() + ".");
   } catch (...) {
     fs::remove(fresh, error);
     fs::remove(fresh.string() + "-journal", error);
-    throw;
+    showAs(fresh, file, [] { throw; });
   }
 }
 
@@ -177,13 +188,12 @@ std::string EmbeddedServers::productVersion(std::string_view name) const {
 std::optional<std::string> EmbeddedServers::versionIn(const fs::path& folder) {
   const fs::path file = folder / versionFile;
   if (!isThere(file)) return {};
-  std::ifstream in(file);
-  std::string version;
-  in >> version;
-  // Another version would change what the server answers: it isn't made up.
+  // What can't be read is no reason to take the server for another version.
+  std::string version = files::readWholeFile(file);
+  version.erase(std::min(version.find_first_of(" \t\r\n"), version.size()));
   if (!isVersion(version))
     fail("The file '" + file.string() +
-         "' cannot be read, or holds no product version such as 11.0.2100.60. \"qrel load\" with --version writes it.");
+         "' holds no product version such as 11.0.2100.60. \"qrel load\" with --version writes it.");
   return version;
 }
 
@@ -322,7 +332,7 @@ void NewInstance::fill(std::string_view version) {
     fail("The folder '" + target_.string() + "' cannot be made: " + error.message() + ".");
   folder_ = beside;
   servers_.unfinished().add(folder_);
-  fillInstance(folder_, version);
+  showAs(folder_, target_, [&] { fillInstance(folder_, version); });
 }
 
 NewInstance::~NewInstance() {

@@ -36,7 +36,8 @@ class EmbeddedServers {
   static bool isVersion(std::string_view text);
   void setVersion(std::string_view name, std::string_view productVersion);
   std::string productVersion(std::string_view name) const;
-  // The same of an instance's folder; nothing when the folder holds no instance.
+  // The same of an instance's folder; nothing when the folder holds no instance. Raises RuntimeError when it can't be
+  // read.
   static std::optional<std::string> versionIn(const std::filesystem::path& folder);
   // The file that says so.
   static std::filesystem::path versionFileIn(const std::filesystem::path& folder);
