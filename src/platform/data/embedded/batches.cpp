@@ -161,9 +161,9 @@ std::vector<GoLine> goLines(std::string_view script) {
   return lines;
 }
 
-// Which GO lines part batches. Like the client tools, none does that stands in a string, a bracketed or quoted name or a
-// comment. But where something is never closed, that would lose all that follows: then as few parts between GO lines as
-// possible are given up, each as a batch of its own that ends at its GO line with something open.
+// Which GO lines part batches. Like the client tools, none does that stands in a string, a bracketed or quoted name or
+// a comment. But where something is never closed, that would lose all that follows: then as few parts between GO lines
+// as possible are given up, each as a batch of its own that ends at its GO line with something open.
 class BatchCuts {
  public:
   BatchCuts(std::string_view script, const std::vector<GoLine>& lines) : script_(script), lines_(lines) {}

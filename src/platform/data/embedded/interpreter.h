@@ -38,10 +38,10 @@ struct InsertPlan {
 
 // A cursor: the query that DECLARE gave it, and the rows that OPEN has read.
 struct Cursor {
-  std::string sql;                         // in SQLite's words
-  std::map<std::string, Value> variables;  // as they were at DECLARE
-  bool scroll = false;                     // may move otherwise than forward
-  bool local = false;                      // ends with its batch
+  std::string sql;                                              // in SQLite's words
+  std::map<std::string, Value> variables;                       // as they were at DECLARE
+  bool scroll = false;                                          // may move otherwise than forward
+  bool local = false;                                           // ends with its batch
   std::shared_ptr<const std::vector<std::vector<Value>>> rows;  // null: not open
   std::int64_t at = -1;                                         // the row that stands ready; -1 in front of the first
 };
@@ -62,21 +62,21 @@ struct SessionState {
   std::unordered_map<std::string, InsertPlan, TextHash, std::equal_to<>> plans;
   std::int64_t inserted = 0;
   std::int64_t insertedAtBegin = 0;
-  int nesting = 0;     // EXEC within EXEC
-  int loops = 0;       // WHILE within WHILE that are running
-  int tries = 0;       // BEGIN TRY blocks that are running
-  bool noExec = false;     // SET NOEXEC ON: statements are read, not run
-  bool rowLimit = false;   // SET ROWCOUNT with a number
-  std::int64_t changes = 0;  // counts what a statement changes beside rows: variables, cursors, objects
-  std::set<std::string> unknown;  // variables whose assignment wasn't carried out
+  int nesting = 0;                        // EXEC within EXEC
+  int loops = 0;                          // WHILE within WHILE that are running
+  int tries = 0;                          // BEGIN TRY blocks that are running
+  bool noExec = false;                    // SET NOEXEC ON: statements are read, not run
+  bool rowLimit = false;                  // SET ROWCOUNT with a number
+  std::int64_t changes = 0;               // counts what a statement changes beside rows: variables, cursors, objects
+  std::set<std::string> unknown;          // variables whose assignment wasn't carried out
   std::map<std::string, Cursor> cursors;  // by lower-case name
   std::set<std::string> lostCursors;      // names whose DECLARE wasn't understood
 };
 
 // Raised out of a loop that meets something which can't be run; the outermost loop takes back what it has done.
 struct LoopRefused {
+  std::string statement;  // its first words
   std::string reason;
-  std::size_t line = 1;
 };
 
 class Interpreter {
@@ -280,7 +280,8 @@ class Interpreter {
   void openCursor();
   void fetchCursor();
   void closeCursor();
-  Cursor& cursorAt(std::string* name = nullptr);
+  std::string cursorName();
+  Cursor& cursorOf(const std::string& name);
 
   // statementsExec.cpp
   void execStatement();
@@ -313,9 +314,9 @@ class Interpreter {
   std::map<std::size_t, std::size_t> ends_;          // of statements that were skipped, by their begin
   std::vector<std::size_t> blocks_;                  // the BEGINs around the current statement
   std::map<std::size_t, std::int64_t> jumps_;        // the state of things at a GOTO's last jump, by its token
-  std::size_t pieceStart_ = 0;  // offset of the current piece in the batch
-  std::size_t lineOffset_ = 0;  // lines before the current piece
-  std::size_t fixedLine_ = 0;   // not 0: the line that all outcomes are told with
+  std::size_t pieceStart_ = 0;                       // offset of the current piece in the batch
+  std::size_t lineOffset_ = 0;                       // lines before the current piece
+  std::size_t fixedLine_ = 0;                        // not 0: the line that all outcomes are told with
   std::size_t statementStart_ = 0;
   std::size_t limit_ = 0;  // the token that ends the block around the current statement
   bool executing_ = true;

@@ -38,8 +38,7 @@ void Interpreter::runUntil(std::size_t begin, std::size_t close) {
 void Interpreter::block() {
   const std::size_t start = reader_.position();
   const std::size_t close = structure_.endOf(start);
-  if (close == Structure::none)
-    return leaveRest(Kind::Failed, "BEGIN without END: the rest of the batch is left out.");
+  if (close == Structure::none) return leaveRest(Kind::Failed, "BEGIN without END: the rest of the batch is left out.");
   blocks_.push_back(start);
   if (tokens_[start + 1].is("TRY")) {
     tryBlock(close);
@@ -55,9 +54,8 @@ void Interpreter::tryBlock(std::size_t close) {
   const std::size_t start = blocks_.back();
   std::size_t opening = close + 2;
   while (opening < tokens_.size() && tokens_[opening].isSymbol(";")) ++opening;
-  const bool whole = tokens_[close + 1].is("TRY") && opening + 1 < tokens_.size() &&
-                     structure_.opensBlockAt(opening) && tokens_[opening + 1].is("CATCH") &&
-                     structure_.endOf(opening) != Structure::none;
+  const bool whole = tokens_[close + 1].is("TRY") && opening + 1 < tokens_.size() && structure_.opensBlockAt(opening) &&
+                     tokens_[opening + 1].is("CATCH") && structure_.endOf(opening) != Structure::none;
   if (!whole) return leaveRest(Kind::Failed, "BEGIN TRY without BEGIN CATCH: the rest of the batch is left out.");
   const std::size_t end = structure_.endOf(opening);
   ++state_.tries;
@@ -242,8 +240,7 @@ void Interpreter::whileStatement() {
 // stays.
 void Interpreter::undoLoop(std::size_t start, std::size_t end, const SessionState& before,
                            const std::map<std::string, Value>& variables, const LoopRefused& refusal) {
-  std::string reason = "the loop isn't run: in line " + std::to_string(fixedLine_ != 0 ? fixedLine_ : refusal.line) +
-                       ": " + refusal.reason;
+  std::string reason = "the loop isn't run, because of \"" + refusal.statement + "\": " + refusal.reason;
   if (sqlite3_exec(database_->get(), "rollback to q_loop; release q_loop", nullptr, nullptr, nullptr) == SQLITE_OK) {
     state_ = before;
     session_.variables = variables;
@@ -365,9 +362,10 @@ void Interpreter::skipWhole() {
   } else if (structure_.opensBlockAt(reader_.position())) {
     skipBlock();
   } else if (isModuleAt(reader_.position())) {
-    leaveRest(Kind::Failed, "'CREATE/ALTER' of a procedure, view, function or trigger must be the first statement in "
-                            "a query batch. The rest of the batch is left out.");
-  } else if (first.is("GOTO") || (first.kind == TokenKind::Word && reader_.peek(1).isSymbol(":"))) {
+    leaveRest(Kind::Failed,
+              "'CREATE/ALTER' of a procedure, view, function or trigger must be the first statement in "
+              "a query batch. The rest of the batch is left out.");
+  } else if (first.is("GOTO") || first.label) {
     label();  // two words as well
   } else {
     skipSimple();
@@ -399,8 +397,7 @@ void Interpreter::skipBlock() {
     close = caught ? structure_.endOf(opening) : Structure::none;
     if (close != Structure::none) ++close;
   }
-  if (close == Structure::none)
-    return leaveRest(Kind::Failed, "BEGIN without END: the rest of the batch is left out.");
+  if (close == Structure::none) return leaveRest(Kind::Failed, "BEGIN without END: the rest of the batch is left out.");
   reader_.moveTo(close + 1);
 }
 

@@ -55,7 +55,7 @@ LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std:
 struct Batch {
   std::string_view text;
   std::size_t firstLine = 1;  // 1-based in the file
-  int count = 1;  // 0 behind "GO 0"
+  int count = 1;              // 0 behind "GO 0"
 };
 // Splits at GO (alone on its line, any case, optional count, optional semicolon or line comment behind it), not inside
 // strings, brackets or block comments. One that is never closed ends at a GO line all the same, so that the batch which

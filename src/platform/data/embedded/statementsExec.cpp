@@ -46,7 +46,7 @@ bool isWithoutEffect(const std::string& name) {
                                                           "sp_fulltext_database",
                                                           "sp_help",
                                                           "sp_helptext",
-                                                                                                                    "sp_dbcmptlevel",
+                                                          "sp_dbcmptlevel",
                                                           "sp_createstats",
                                                           "sp_autostats",
                                                           "sp_spaceused",
@@ -186,8 +186,8 @@ void Interpreter::execText(const std::string& text, std::size_t line, std::map<s
 
 void Interpreter::runProcedure(const ObjectName& procedure, const std::vector<Argument>& arguments, std::size_t line) {
   const std::string name = lowerCase(procedure.name);
-  const bool system = procedure.schema.empty() || equalNoCase(procedure.schema, "dbo") ||
-                      equalNoCase(procedure.schema, "sys");
+  const bool system =
+      procedure.schema.empty() || equalNoCase(procedure.schema, "dbo") || equalNoCase(procedure.schema, "sys");
   if (!system) throw NotUnderstood{"the procedure " + procedure.schema + "." + procedure.name + " isn't run", 1};
   if (isWithoutEffect(name)) return withoutEffect();
   if (name.starts_with("sp_")) localName(procedure);  // another database's isn't run here
@@ -201,7 +201,7 @@ void Interpreter::runProcedure(const ObjectName& procedure, const std::vector<Ar
     catalogue_->dropType(nameFrom(arguments[0].value.text));
     return;
   }
-  throw NotUnderstood{"the procedure " + name + " isn't run", 1};
+  throw NotUnderstood{"the procedure " + procedure.name + " isn't run", 1};
 }
 
 namespace {

@@ -183,7 +183,8 @@ void Interpreter::dropStatement() {
   do {
     names.push_back(localName(readObjectName(reader_)));
   } while (reader_.acceptSymbol(","));
-  if (reader_.acceptWord("ON")) reader_.moveTo(structure_.plainEnd(statementStart_, limit_));  // DROP TRIGGER ... ON DATABASE
+  if (reader_.acceptWord("ON"))
+    reader_.moveTo(structure_.plainEnd(statementStart_, limit_));  // DROP TRIGGER ... ON DATABASE
   if (!act()) return;
   std::optional<DataError> first;  // the others are dropped all the same
   for (const ObjectName& name : names) {

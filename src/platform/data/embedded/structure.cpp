@@ -32,8 +32,8 @@ class Continuation {
     if (merge_) return true;  // a MERGE ends with its semicolon alone
     if (previous.isSymbol(",") || previous.isSymbol("=") ||
         isOneOf(previous,
-                {"UNION", "ALL", "EXCEPT", "INTERSECT", "AS", "THEN", "FOR", "ON", "AFTER", "OF", "GRANT", "DENY",
-                 "REVOKE", "AND", "OR", "NOT", "BULK", "INNER", "LEFT", "RIGHT", "FULL"}))
+                {"UNION", "ALL",    "EXCEPT", "INTERSECT", "AS",  "THEN", "FOR",   "ON",   "AFTER", "OF",  "GRANT",
+                 "DENY",  "REVOKE", "AND",    "OR",        "NOT", "BULK", "INNER", "LEFT", "RIGHT", "FULL"}))
       return true;
     if (token.is("SET") && (take(wantsSet_) || isOneOf(previous, {"DELETE", "UPDATE"}))) return true;
     if (token.is("FETCH") && isOneOf(previous, {"ROW", "ROWS"})) return true;  // OFFSET n ROWS FETCH NEXT ...
@@ -73,7 +73,7 @@ Structure::Structure(const std::vector<Token>& tokens) : tokens_(&tokens), ends_
       ends_[open.back()] = i;
       if (!blocks.empty() && blocks.back() == open.back()) blocks.pop_back();
       open.pop_back();
-    } else if (tokens[i + 1].isSymbol(":")) {
+    } else if (tokens[i].label) {
       labels_.push_back({lowerCase(tokens[i].raw), i, blocks.empty() ? none : blocks.back()});
     }
   }

@@ -15,8 +15,8 @@ class Structure {
  public:
   static constexpr std::size_t none = static_cast<std::size_t>(-1);
   struct Label {
-    std::string name;         // in lower case
-    std::size_t at = 0;       // its token
+    std::string name;          // in lower case
+    std::size_t at = 0;        // its token
     std::size_t block = none;  // the BEGIN of the block that it stands in
   };
 
