@@ -112,6 +112,7 @@ class Lexer {
       token.kind = c == '@' ? TokenKind::Variable : TokenKind::Word;
       ++position_;
       while (position_ < text_.size() && isNameCharacter(at(position_)) && blankLength() == 0) ++position_;
+      token.label = token.kind == TokenKind::Word && colonFollows();
     } else {
       token.kind = TokenKind::Symbol;
       position_ += symbolLength();
@@ -120,6 +121,12 @@ class Lexer {
     token.raw = text_.substr(token.begin, token.end - token.begin);
     firstOnLine_ = false;
     tokens_.push_back(std::move(token));
+  }
+
+  bool colonFollows() const {
+    std::size_t next = position_;
+    while (at(next) == ' ' || at(next) == '\t') ++next;
+    return at(next) == ':' && at(next + 1) != ':';
   }
 
   // Reads up to the closing mark; a doubled one stands for itself.

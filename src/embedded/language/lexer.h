@@ -27,6 +27,7 @@ enum class TokenKind : std::uint8_t {
 struct Token {
   TokenKind kind = TokenKind::End;
   bool national = false;
+  bool label = false;        // a word with a single ":" behind it: GOTO's target
   bool firstOnLine = false;  // only blanks and comments stand before it on its line
   std::string_view raw;      // as written
   std::string text;          // names and strings without their quotes; else empty: use raw

@@ -73,7 +73,7 @@ Structure::Structure(const std::vector<Token>& tokens) : tokens_(&tokens), ends_
       ends_[open.back()] = i;
       if (!blocks.empty() && blocks.back() == open.back()) blocks.pop_back();
       open.pop_back();
-    } else if (tokens[i + 1].isSymbol(":")) {
+    } else if (tokens[i].label) {
       labels_.push_back({lowerCase(tokens[i].raw), i, blocks.empty() ? none : blocks.back()});
     }
   }

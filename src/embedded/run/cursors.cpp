@@ -45,12 +45,15 @@ void Interpreter::declareCursor() {
   ++state_.changes;
 }
 
-// The cursor whose name stands at the reader, behind GLOBAL or not. Not carried out, nothing stands behind the result.
-Cursor& Interpreter::cursorAt(std::string* written) {
+// [GLOBAL] name, in lower case.
+std::string Interpreter::cursorName() {
   reader_.acceptWord("GLOBAL");
-  if (reader_.peek().kind == TokenKind::Variable) notUnderstood("cursors in variables aren't kept");
-  const std::string name = lowerCase(reader_.expectIdentifier());
-  if (written) *written = name;
+  if (reader_.peek().kind != TokenKind::Variable) return lowerCase(reader_.expectIdentifier());
+  return lowerCase(reader_.next().raw);
+}
+
+Cursor& Interpreter::cursorOf(const std::string& name) {
+  if (name.starts_with('@')) notUnderstood("cursors in variables aren't kept");
   const auto found = state_.cursors.find(name);
   if (found != state_.cursors.end()) return found->second;
   if (state_.lostCursors.count(name) != 0) notUnderstood("the cursor " + name + " isn't kept");
@@ -60,18 +63,13 @@ Cursor& Interpreter::cursorAt(std::string* written) {
 void Interpreter::openCursor() {
   reader_.next();
   if (reader_.peek().is("SYMMETRIC") || reader_.peek().is("MASTER")) notUnderstood("keys aren't kept");
-  if (!executing_) {
-    reader_.acceptWord("GLOBAL");
-    reader_.next();
-    act();
-    return;
-  }
-  Cursor& cursor = cursorAt();
+  const std::string name = cursorName();
   if (!act()) return;
+  Cursor& cursor = cursorOf(name);
   if (cursor.rows) refuse("The cursor is already open.");
   auto rows = std::make_shared<std::vector<std::vector<Value>>>();
   sqlite::Statement query(*database_, cursor.sql);
-  bindVariables(query, cursor.variables);
+  bindVariables(query, cursor.variables);  // as they were at DECLARE
   const int columns = sqlite3_column_count(query.get());
   while (query.step()) {
     auto& row = rows->emplace_back();
@@ -97,9 +95,7 @@ void Interpreter::fetchCursor() {
     break;
   }
   reader_.acceptWord("FROM");
-  const std::size_t nameAt = reader_.position();
-  reader_.acceptWord("GLOBAL");
-  reader_.next();
+  const std::string name = cursorName();
   std::vector<std::string> into;
   if (reader_.acceptWord("INTO")) {
     do {
@@ -107,11 +103,8 @@ void Interpreter::fetchCursor() {
       into.push_back(lowerCase(reader_.next().raw));
     } while (reader_.acceptSymbol(","));
   }
-  const std::size_t behind = reader_.position();
   if (!act()) return;
-  reader_.moveTo(nameAt);
-  Cursor& cursor = cursorAt();
-  reader_.moveTo(behind);
+  Cursor& cursor = cursorOf(name);
   if (!cursor.rows) refuse("Cursor is not open.");
   if (direction != "NEXT" && !cursor.scroll)
     refuse("fetch: The fetch type " + direction + " cannot be used with forward only cursors.");
@@ -142,15 +135,9 @@ void Interpreter::closeCursor() {
   const bool deallocate = reader_.next().is("DEALLOCATE");
   if (reader_.peek().is("SYMMETRIC") || reader_.peek().is("MASTER") || reader_.peek().is("ALL"))
     notUnderstood("keys aren't kept");
-  if (!executing_) {
-    reader_.acceptWord("GLOBAL");
-    reader_.next();
-    act();
-    return;
-  }
-  std::string name;
-  Cursor& cursor = cursorAt(&name);
+  const std::string name = cursorName();
   if (!act()) return;
+  Cursor& cursor = cursorOf(name);
   if (deallocate) {
     state_.cursors.erase(name);
   } else {

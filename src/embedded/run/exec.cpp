@@ -203,7 +203,7 @@ void Interpreter::runProcedure(const ObjectName& procedure, const std::vector<Ar
     changes().dropType(nameFrom(arguments[0].value.text));
     return;
   }
-  throw NotUnderstood{"the procedure " + name + " isn't run", 1};
+  throw NotUnderstood{"the procedure " + procedure.name + " isn't run", 1};
 }
 
 namespace {

@@ -240,8 +240,7 @@ void Interpreter::whileStatement() {
 // stays.
 void Interpreter::undoLoop(std::size_t start, std::size_t end, const SessionState& before,
                            const std::map<std::string, Value>& variables, const LoopRefused& refusal) {
-  std::string reason = "the loop isn't run: in line " + std::to_string(fixedLine_ != 0 ? fixedLine_ : refusal.line) +
-                       ": " + refusal.reason;
+  std::string reason = "the loop isn't run, because of \"" + refusal.statement + "\": " + refusal.reason;
   if (sqlite3_exec(database_->get(), "rollback to q_loop; release q_loop", nullptr, nullptr, nullptr) == SQLITE_OK) {
     state_ = before;
     session_.variables = variables;
@@ -366,7 +365,7 @@ void Interpreter::skipWhole() {
     leaveRest(Kind::Failed,
               "'CREATE/ALTER' of a procedure, view, function or trigger must be the first statement in "
               "a query batch. The rest of the batch is left out.");
-  } else if (first.is("GOTO") || (first.kind == TokenKind::Word && reader_.peek(1).isSymbol(":"))) {
+  } else if (first.is("GOTO") || first.label) {
     label();  // two words as well
   } else {
     skipSimple();

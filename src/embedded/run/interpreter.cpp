@@ -176,7 +176,7 @@ void Interpreter::dispatch() {
     gotoStatement();
   } else if (first.is("ELSE")) {
     elseStatement();
-  } else if (first.kind == TokenKind::Word && reader_.peek(1).isSymbol(":")) {
+  } else if (first.label) {
     label();
   } else {
     simpleStatement();
@@ -296,7 +296,8 @@ void Interpreter::refused(std::size_t start, Kind kind, const std::string& reaso
   if (kind != Kind::Skipped || isModuleAt(start) || fixedLine_ != 0) return;
   // Where its end had to be guessed, other statements may have gone with it.
   if (structure_.buriedChange(start, reader_.position()) != Structure::none)
-    doing_.what += "; left out up to line " + std::to_string(tokens_[reader_.position() - 1].line + lineOffset_);
+    doing_.what +=
+        "; left out up to line " + std::to_string(tokens_[reader_.position() - 1].line + lineOffset_) + " of its batch";
 }
 
 // What was understood and refused is read once more, for its end alone; where that fails, its words must do.
@@ -340,8 +341,7 @@ void Interpreter::record(std::size_t start) {
   if (!listener_) return;
   if (flow_ == Flow::Stop) return account_.claim(start, reader_.position());
   takeEffect(start);
-  if (doing_.kind == Kind::Skipped && state_.loops > 0)
-    throw LoopRefused{doing_.what, tokens_[start].line + lineOffset_};
+  if (doing_.kind == Kind::Skipped && state_.loops > 0) throw LoopRefused{firstWords(start), doing_.what};
   std::vector<StatementOutcome> inside = std::move(doing_.inside);
   account_.add(start, reader_.position(), outcomeOf(start), std::move(inside));
 }

@@ -77,8 +77,8 @@ struct SessionState {
 
 // Raised out of a loop that meets something which can't be run; the outermost loop takes back what it has done.
 struct LoopRefused {
+  std::string statement;  // its first words
   std::string reason;
-  std::size_t line = 1;
 };
 
 class Interpreter {
@@ -283,7 +283,8 @@ class Interpreter {
   void openCursor();
   void fetchCursor();
   void closeCursor();
-  Cursor& cursorAt(std::string* name = nullptr);
+  std::string cursorName();
+  Cursor& cursorOf(const std::string& name);
 
   // statementsExec.cpp
   void execStatement();

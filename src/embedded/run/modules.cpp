@@ -149,14 +149,14 @@ void Interpreter::checkModuleBody(const std::string& kind, std::size_t from) con
         previous.isSymbol(",") || previous.is("GRANT") || previous.is("DENY") || previous.is("REVOKE");
     if (token.is("CREATE") && isModuleAt(i) && !permission)
       refuse("'CREATE " + upperCase(tokens_[i + 1].raw) + "' must be the first statement in a query batch (line " +
-             std::to_string(token.line) + "). Nothing of the batch is kept.");
+             std::to_string(token.line) + " of this one). Nothing of the batch is kept.");
     if (kind != "view" || brackets > 0) continue;
     query = query || token.is("SELECT");
     if (token.is("CASE") && structure_.endOf(i) != Structure::none) {
       i = structure_.endOf(i);
     } else if (query && startsStatement(token) && !continuesQuery(previous, token)) {
       refuse("Incorrect syntax near the keyword '" + upperCase(token.raw) + "' (line " + std::to_string(token.line) +
-             "). Nothing of the batch is kept.");
+             " of the batch). Nothing of the batch is kept.");
     }
   }
 }

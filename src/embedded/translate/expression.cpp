@@ -121,7 +121,7 @@ bool isReserved(const Token& token) {
 
 bool isAlias(const Token& token) {
   return token.kind == TokenKind::Name || token.kind == TokenKind::String ||
-         (token.kind == TokenKind::Word && !isReserved(token));
+         (token.kind == TokenKind::Word && !token.label && !isReserved(token));
 }
 
 bool isNumericKind(DataType kind) {

@@ -26,13 +26,19 @@ TEST(SplitBatches, CutsAtGoLinesOnly) {
       {"a\nGO\nb\n", "1*1:a\n~3*1:b\n~"},
       {"a\r\n  go ; -- next\r\nb", "1*1:a\r\n~3*1:b~"},
       {"a\rGo\rb", "1*1:a\r~3*1:b~"},
-      {"a\nGO 3\nb\ngo 0\nc", "1*3:a\n~5*1:c~"},
+      {"a\nGO 3\nb\ngo 0\nc", "1*3:a\n~3*0:b\n~5*1:c~"},
       {"a\nGOTO x\nGO x\nGO5\nb", "1*1:a\nGOTO x\nGO x\nGO5\nb~"},
       {"'x\nGO\ny'\nGO\nb", "1*1:'x\nGO\ny'\n~5*1:b~"},
       {"[x\nGO\ny]]\nGO\n]\nGO\nb", "1*1:[x\nGO\ny]]\nGO\n]\n~7*1:b~"},
       {"/* /* */\nGO\n*/\nGO\nb", "1*1:/* /* */\nGO\n*/\n~5*1:b~"},
       {"-- it's\nGO\nb -- \"\nGO\nc", "1*1:-- it's\n~3*1:b -- \"\n~5*1:c~"},
-      {"a\nGO\n'open\nGO\n", "1*1:a\n~3*1:'open\nGO\n~"},
+      // What is never closed costs the part up to the next GO line alone, wherever the marks behind it stand.
+      {"a\nGO\n'open\nGO\n", "1*1:a\n~3*1:'open\n~"},
+      {"a\nGO\n/* open\nGO\nb", "1*1:a\n~3*1:/* open\n~5*1:b~"},
+      {"/*\nGO\n*/\nGO\nb [\nGO\n'c'\nGO\nd", "1*1:/*\nGO\n*/\n~5*1:b [\n~7*1:'c'\n~9*1:d~"},
+      {"it's\nGO\n'b'\nGO\n'c'\nGO\nd", "1*1:it's\n~3*1:'b'\n~5*1:'c'\n~7*1:d~"},
+      {"a\nGO\n/* /* */\nGO\n-- '\nb /* c */", "1*1:a\n~3*1:/* /* */\n~5*1:-- '\nb /* c */~"},
+      {"a\nGO\nb 'open", "1*1:a\n~3*1:b 'open~"},
   };
   for (const auto& each : cases) EXPECT_EQ(batchesOf(each.script), each.batches) << each.script;
 }

@@ -100,7 +100,10 @@ TEST(Load, DamagedScripts) {
                                "SELECT " + repeated("CASE WHEN 1=1 THEN ")};
   for (const std::string& tail : tails) {
     Loading s;
-    s.load(begin + tail);
+    // An open quote costs its whole batch, everything else only what stands behind the fault.
+    const bool quote = tail.starts_with("PRINT") || tail.starts_with("/*") || tail.starts_with("SELECT [");
+    const auto report = s.load(begin + (quote ? "GO\n" : "") + tail);
+    EXPECT_EQ(report.skipped.size() + report.failed.size(), 1u) << tail.substr(0, 30) << reasons(report.skipped);
     EXPECT_EQ(s.rows("select length(a) from \"dbo.t\""), "100000\n") << tail.substr(0, 30);
   }
   for (const std::size_t cut : {std::size_t{3}, utf16.size() - 1, std::size_t{40001}}) {

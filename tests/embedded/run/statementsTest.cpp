@@ -158,7 +158,7 @@ TEST(Skipping, WhatIsNotUnderstoodIsToldAndTheRestRuns) {
       "FROBNICATE the (\n  widget;\n)\nINSERT t VALUES (1)\n"
       "DECLARE @x TABLE (\n  a int\n)\nINSERT t VALUES (2); MERGE t USING t AS s ON 1 = 0\nWHEN NOT MATCHED THEN\n"
       "INSERT VALUES (9);\nINSERT t VALUES (3)\n"
-      "CREATE TABLE u (\n  a int,\n  b wonder(5) NOT NULL\n)\nUPDATE STATISTICS t\nGOTO done\n"
+      "CREATE TABLE u (\n  a int,\n  b wonder(5) NOT NULL\n)\nUPDATE STATISTICS t\nRESTORE done\n"
       "IF some.function(1) = 2\nBEGIN\n  INSERT t VALUES (9)\nEND\nELSE\n  INSERT t VALUES (9)\n"
       "EXEC dbo.doIt 1, @b = 'x'\nINSERT t VALUES (4)\nEND\n"
       "CREATE FULLTEXT CATALOG c\n  AS DEFAULT\nINSERT t VALUES (5)\ndone:\nINSERT t\nSELECT 6\n"
@@ -168,7 +168,7 @@ TEST(Skipping, WhatIsNotUnderstoodIsToldAndTheRestRuns) {
   for (const auto& each : report.skipped)
     lines += std::to_string(each.line) + " " + each.firstWords.substr(0, 9) + "\n";
   EXPECT_EQ(lines,
-            "3 FROBNICAT\n7 DECLARE @\n10 MERGE t U\n14 CREATE TA\n19 GOTO done\n20 IF some.f\n26 EXEC dbo.\n28 END\n"
+            "3 FROBNICAT\n7 DECLARE @\n10 MERGE t U\n14 CREATE TA\n19 RESTORE d\n20 IF some.f\n26 EXEC dbo.\n28 END\n"
             "29 CREATE FU\n35 INSERT t \n");
   EXPECT_EQ(reasons(report.failed), "");
   EXPECT_EQ(report.skipped[3].reason, "unknown type wonder");
