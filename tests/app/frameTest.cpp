@@ -37,6 +37,9 @@ TEST(Main, TakesTheProcessIdFromTheCommandLine) {
                                                         {"/RunSavedComp abc", 0},
                                                         {"/Other 1 /RunSavedComp 7", 7},
                                                         {"/RunSavedComp 7/8", 7},
+                                                        {"/RunSavedComp 7x", 7},
+                                                        {"/RunSavedComp -5", 0},
+                                                        {"/RunSavedComp 2147483648", 0},
                                                         {"RunSavedComp 9", 0}};
   for (const auto& [line, id] : cases) {
     TestProgram test;
@@ -137,6 +140,14 @@ TEST(ErrorReport, ShowsTheErrorAndSendsItsKeys) {
       "/error.php?ErrNum=11&ErrDesc=Division+&+zero&ProgVer=2.1&BuildNum=188&ModuleName=modX&ProcName=DoIt"
       "&Comments=two+words&Email=&ExtraDesc="))
       << test.host.opened[0];
+
+  test.host.windows.push_back([&](Form& form) { shown = dynamic_cast<frmErrorReport&>(form).txtErrDesc.text(); });
+  int line = 1;
+  trapWithLine(test.program, "modX", "DoIt", line, [&] {
+    line = 20;
+    throw RuntimeError(5, "d");
+  });
+  EXPECT_EQ(shown, "2.1 188 Error 5 (modX:DoIt)\r\n\r\nd\r\n\r\nLine num = 20");
 
   test.host.windows.push_back([](Form& form) { form.personPressesEsc(); });
   ShowErrorReport(test.program, 1, "d", "m", "p", "Row = 3");
