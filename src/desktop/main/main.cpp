@@ -50,12 +50,15 @@ int main(int argc, char** argv) {
   QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/quorrel.svg")));
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("Compares two SQL Server databases and says what differs."));
-  parser.addHelpOption();
-  parser.addVersionOption();
+  const QCommandLineOption help = parser.addHelpOption();
+  const QCommandLineOption version = parser.addVersionOption();
   const QCommandLineOption theme(QStringLiteral("theme"), QStringLiteral("light or dark; else as the desktop is"),
                                  QStringLiteral("theme"));
   parser.addOption(theme);
-  parser.process(application);
+  // What isn't known is none of this program's business; Qt's own way would be to end here.
+  parser.parse(QApplication::arguments());
+  if (parser.isSet(help)) parser.showHelp();
+  if (parser.isSet(version)) parser.showVersion();
   qrel::applyTheme(qrel::fromQt(parser.value(theme)));
 
   const qrel::Folders folders = qrel::findFolders(argv[0]);
