@@ -1,5 +1,5 @@
-// The face of a text pane: lines with numbers, coloured ranges, the selection and the place scrolled to, both ways. Ctrl+F
-// opens a field for a text to search, Enter or F3 goes to the next place that has it.
+// The face of a text pane: lines with numbers, coloured ranges, the selection and the place scrolled to, both ways.
+// Ctrl+F opens a field for a text to search, Enter or F3 goes to the next place that has it.
 #pragma once
 
 #include <QLineEdit>

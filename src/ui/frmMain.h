@@ -156,8 +156,8 @@ class frmMain : public Form {
   // Constraints, from 0.
   void CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelective, bool blnDetails);
   void CompareHighlightedSections();
-  // The records of the two selected tables. Does nothing while the window is busy, and keeps it busy. With Shift held the
-  // options are asked for even if that is switched off.
+  // The records of the two selected tables. Does nothing while the window is busy, and keeps it busy. With Shift held
+  // the options are asked for even if that is switched off.
   void cmdCompData_Click();
   void ShowColorSchema();
   // The text of a panel's pane.

@@ -129,8 +129,7 @@ TEST_F(IgnoredColumns, AreThoseOfTheListedNameThenOfTheBareOne) {
     EXPECT_EQ(IgnoredColumnsOfTable(program, ignoredColsStruct, "S", database, table), names) << database << table;
   EXPECT_TRUE(section(objTables).ends_with("identical. (Some columns were ignored during comparison.)"));
   save(ignoredColsStruct, "S.B.dbo.t", {"a"});
-  EXPECT_NE(section(objTables).find("\tdbo.t (some columns ignored during comparison)\n\t(1 table)"),
-            std::string::npos)
+  EXPECT_NE(section(objTables).find("\tdbo.t (some columns ignored during comparison)\n\t(1 table)"), std::string::npos)
       << "a list of its own wins";
 }
 

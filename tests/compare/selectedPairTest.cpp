@@ -78,7 +78,7 @@ TEST_F(SelectedPair, GoesThroughTheTestsFromStrictToForgiving) {
       {objViews, none, " a b ", "a b", true},
       {objViews, none, "a b", "a  b", false},
       {objViews, none, "a\nb", "a\r\nb", false},  // the texts as they were put in
-      {objViews, order, "a\nb", "a\r\nb", true},   // the panes' lines
+      {objViews, order, "a\nb", "a\r\nb", true},  // the panes' lines
       {objFunctions, none, "CREATE /* a VIEW dbo.x */ AS", "CREATE /* a VIEW x */ AS", false},
       {objViews, anyCase, "select A", "select a", false},
       {objTables, anyCase, "select A", "select a", false},

@@ -312,7 +312,11 @@ TEST_F(BinderKindsTest, APaneIsSearched) {
 
 TEST(Printing, CutsLinesBetweenCharacters) {
   EXPECT_EQ(linesOnPaper("abcd\r\n\tx\re", 3), (QStringList{"abc", "d", "   ", " x", "e"}));
-  EXPECT_EQ(linesOnPaper("ab\xF0\x9F\x98\x80" "c", 3), (QStringList{"ab", QString::fromUtf8("\xF0\x9F\x98\x80" "c")}));
+  EXPECT_EQ(linesOnPaper("ab\xF0\x9F\x98\x80"
+                         "c",
+                         3),
+            (QStringList{"ab", QString::fromUtf8("\xF0\x9F\x98\x80"
+                                                 "c")}));
 }
 
 TEST_F(BinderKindsTest, GridsColoursAndAMillionRows) {

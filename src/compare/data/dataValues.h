@@ -22,8 +22,8 @@ std::string GetFieldValueOrNull(const Cell& varValue);
 // The field of that very name, 0 when there is none.
 std::size_t GetFieldIndexByName(const Recordset& rs, const std::string& strName);
 
-// Whether two values count as equal: numbers by value, all else as texts without blanks at their ends, regardless of case
-// unless blnCaseSensitive.
+// Whether two values count as equal: numbers by value, all else as texts without blanks at their ends, regardless of
+// case unless blnCaseSensitive.
 bool ValuesEqual(const Cell& varValue1, const Cell& varValue2, bool blnCaseSensitive);
 // The same against the empty text.
 bool ValueIsBlank(const Cell& varValue);

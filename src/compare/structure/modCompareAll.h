@@ -72,8 +72,8 @@ class SelectedNames {
 };
 
 // Whether an object takes part, by its name as it is listed: any in a run that isn't selective, otherwise one that was
-// selected on either side under that name or under its bare one. Never an empty name, and none at all when a side has no
-// selection.
+// selected on either side under that name or under its bare one. Never an empty name, and none at all when a side has
+// no selection.
 bool ProceedWithThisObject(const std::string& strName, bool blnSelective, const SelectedNames& selected);
 
 // Makes sure that a table is compared with its namesake in the same schema. blnProceed: go on with the comparison;

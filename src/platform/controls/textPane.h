@@ -10,9 +10,9 @@
 
 namespace qrel {
 
-// A text comes in with any line ends: CR LF, a lone LF, a lone CR. The pane's own text has a single LF for each of them,
-// and all else goes by it: offsets are 0-based and count bytes of its UTF-8, lines are 0-based and break at its LF. A
-// final break leaves an empty last line. Lines don't wrap. An empty text has one empty line.
+// A text comes in with any line ends: CR LF, a lone LF, a lone CR. The pane's own text has a single LF for each of
+// them, and all else goes by it: offsets are 0-based and count bytes of its UTF-8, lines are 0-based and break at its
+// LF. A final break leaves an empty last line. Lines don't wrap. An empty text has one empty line.
 class TextPane : public Control {
  public:
   using Control::Control;
@@ -60,7 +60,7 @@ class TextPane : public Control {
  private:
   void findLines() const;
   std::string text_;
-  std::optional<std::string> given_;  // where it isn't the same
+  std::optional<std::string> given_;             // where it isn't the same
   mutable std::vector<std::size_t> lineStarts_;  // filled when first asked for
   std::size_t selectionStart_ = 0;
   std::size_t selectionLength_ = 0;

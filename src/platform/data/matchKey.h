@@ -14,8 +14,8 @@ void appendMatchKey(std::string& out, const Cell& cell);
 // Whether two cells would append the same bytes.
 bool sameMatchKey(const Cell& a, const Cell& b);
 
-// Whether both are numbers (integers, doubles, decimals) and the same one: 1.50 is 1.5000, whatever column it is from. A
-// double is the number that its text form tells.
+// Whether both are numbers (integers, doubles, decimals) and the same one: 1.50 is 1.5000, whatever column it is from.
+// A double is the number that its text form tells.
 bool sameNumber(const Cell& a, const Cell& b);
 
 // Orders two cells of the same type: negative, 0 or positive. Numbers of different types compare by value.

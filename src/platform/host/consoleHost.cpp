@@ -84,7 +84,7 @@ void ConsoleHost::print(const PrintJob& job) {
                 time.day % 100, time.hour % 100, time.minute % 100, time.second % 100);
   const std::filesystem::path file = std::filesystem::path(printFolder) / (job.title + stamp);
   files::writeAtomically(file, (job.header.empty() ? "" : job.header + "\r\n\r\n") +
-                               replaceAll(replaceAll(job.text, "\r\n", "\n"), "\n", "\r\n"));
+                                   replaceAll(replaceAll(job.text, "\r\n", "\n"), "\n", "\r\n"));
   tell("", "printed to " + file.string());
 }
 

@@ -15,8 +15,8 @@ struct View {
   const char* query;
 };
 
-// Known to every version. The plus keeps a join with the users from looking objects up by owner: the objects come first,
-// in the order of their ids.
+// Known to every version. The plus keeps a join with the users from looking objects up by owner: the objects come
+// first, in the order of their ids.
 constexpr View oldViews[] = {
     {"sysobjects", R"(select name, id, xtype, +schema_id as uid,
   case when xtype = 'D' then (select colid from cat_columns c where c.object_id = o.parent_obj and c.cdefault = o.id)
