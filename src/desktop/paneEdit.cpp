@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -13,6 +14,7 @@ namespace qrel {
 
 namespace {
 
+constexpr int searchCharacters = 36;                      // width of the field for a search
 constexpr int numberMargin = 5;                           // pixels on each side of the line numbers
 constexpr std::size_t longText = std::size_t{256} << 10;  // bytes; laying it out may take longer than a blink
 
@@ -40,7 +42,11 @@ class PaneEdit::NumberArea : public QWidget {
   PaneEdit* edit_;
 };
 
-PaneEdit::PaneEdit(QWidget* parent) : QPlainTextEdit(parent), numbers_(new NumberArea(this)) {
+PaneEdit::PaneEdit(QWidget* parent)
+    : QPlainTextEdit(parent), numbers_(new NumberArea(this)), search_(new QLineEdit(this)) {
+  search_->setPlaceholderText(QStringLiteral("Find (Enter: next, Esc: close)"));
+  search_->installEventFilter(this);
+  search_->hide();
   setLineWrapMode(QPlainTextEdit::NoWrap);
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
   font.setStyleHint(QFont::Monospace);
@@ -209,6 +215,48 @@ void PaneEdit::paintNumbers(const QRect& area) {
 void PaneEdit::resizeEvent(QResizeEvent* event) {
   QPlainTextEdit::resizeEvent(event);
   fitNumberArea();
+}
+
+void PaneEdit::keyPressEvent(QKeyEvent* event) {
+  if (event->matches(QKeySequence::Find)) return openSearch();
+  if (event->key() == Qt::Key_F3) return searchNext();
+  QPlainTextEdit::keyPressEvent(event);
+}
+
+// The window has its own use for Enter and Esc.
+bool PaneEdit::eventFilter(QObject* object, QEvent* event) {
+  if (object != search_ || event->type() != QEvent::KeyPress) return QPlainTextEdit::eventFilter(object, event);
+  const int key = static_cast<QKeyEvent*>(event)->key();
+  if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_F3) {
+    searchNext();
+    return true;
+  }
+  if (key != Qt::Key_Escape) return false;
+  search_->hide();
+  setFocus();
+  return true;
+}
+
+void PaneEdit::openSearch() {
+  const QRect area = contentsRect();
+  const int width = std::min(area.width(), fontMetrics().averageCharWidth() * searchCharacters);
+  search_->setGeometry(area.right() - width, area.top(), width, search_->sizeHint().height());
+  if (textCursor().hasSelection()) search_->setText(textCursor().selectedText());
+  search_->show();
+  search_->selectAll();
+  search_->setFocus();
+}
+
+// From the selection on, and from the start again behind the last place.
+void PaneEdit::searchNext() {
+  const QString text = search_->text();
+  if (text.isEmpty()) return openSearch();
+  if (find(text)) return;
+  const QTextCursor before = textCursor();
+  moveCursor(QTextCursor::Start);
+  if (find(text)) return;
+  setTextCursor(before);
+  QApplication::beep();
 }
 
 void PaneEdit::changeEvent(QEvent* event) {

@@ -1,6 +1,8 @@
 // The face of a text pane: lines with numbers, coloured ranges, the selection and the place scrolled to, both ways.
+// Ctrl+F opens a field for a text to search, Enter or F3 goes to the next place that has it.
 #pragma once
 
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <functional>
 #include <string>
@@ -22,6 +24,8 @@ class PaneEdit : public QPlainTextEdit {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   class NumberArea;
@@ -37,12 +41,15 @@ class PaneEdit : public QPlainTextEdit {
   void paintNumbers(const QRect& area);
   void fitNumberArea();
   void tellSelection();
+  void openSearch();
+  void searchNext();
   int toPosition(std::size_t offset) const;  // of the model's byte offset in the document
   std::size_t toOffset(int position) const;  // and back
 
   TextPane* pane_ = nullptr;
   std::function<void(std::function<void()>)> inHandler_;
   NumberArea* numbers_ = nullptr;  // owned by Qt
+  QLineEdit* search_ = nullptr;    // the same; hidden until asked for
   std::string shownText_;
   std::vector<TextPane::Range> shownRanges_;
   std::vector<Stretch> stretches_;  // by line

@@ -16,8 +16,9 @@ namespace {
 
 constexpr double pointSize = 9;
 
-// The text's lines as they go on paper: none wider than the page, no character cut in two.
-QStringList brokenLines(const std::string& text, qsizetype widest) {
+}  // namespace
+
+QStringList linesOnPaper(const std::string& text, qsizetype widest) {
   QStringList lines;
   for (QString line : toQt(replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n")).split('\n')) {
     line.replace('\t', QStringLiteral("    "));
@@ -30,8 +31,6 @@ QStringList brokenLines(const std::string& text, qsizetype widest) {
   }
   return lines;
 }
-
-}  // namespace
 
 void printPages(QPrinter& printer, const PrintJob& job) {
   printer.setDocName(toQt(job.title));
@@ -50,7 +49,7 @@ void printPages(QPrinter& printer, const PrintJob& job) {
   const double foot = job.pageNumbers ? 2 * step : 0;
   const auto perPage = qMax<qsizetype>(1, static_cast<qsizetype>((page.height() - head - foot) / step));
   const auto widest = qMax<qsizetype>(1, static_cast<qsizetype>(page.width() / metrics.horizontalAdvance('M')));
-  const QStringList lines = brokenLines(job.text, widest);
+  const QStringList lines = linesOnPaper(job.text, widest);
   const qsizetype pages = (lines.size() + perPage - 1) / perPage;
   for (qsizetype number = 0; number < pages; ++number) {
     if (number > 0) printer.newPage();

@@ -166,6 +166,14 @@ TEST(ErrorReport, ShowsTheErrorAndSendsItsKeys) {
       "&Comments=two+words&Email=&ExtraDesc="))
       << test.host.opened[0];
 
+  test.host.windows.push_back([&](Form& form) { shown = dynamic_cast<frmErrorReport&>(form).txtErrDesc.text(); });
+  int line = 1;
+  trapWithLine(test.program, "modX", "DoIt", line, [&] {
+    line = 20;
+    throw RuntimeError(5, "d");
+  });
+  EXPECT_EQ(shown, "2.1 188 Error 5 (modX:DoIt)\r\n\r\nd\r\n\r\nLine num = 20");
+
   test.host.windows.push_back([](Form& form) { form.personPressesEsc(); });
   ShowErrorReport(test.program, 1, "d", "m", "p", "Row = 3");
   EXPECT_EQ(test.host.opened.size(), 1U) << "Esc sends nothing";

@@ -179,6 +179,25 @@ TEST_F(CompareAllReports, SelectionTakesNamesOfEitherSide) {
                                             "The structure of all selected tables in both databases is identical.");
 }
 
+TEST_F(CompareAllReports, SelectionsGoByTheListedNameThenByTheBareOne) {
+  const std::string schema = "CREATE SCHEMA s\nGO\n";
+  const std::string source = schema + "CREATE TABLE t (a int)\nCREATE TABLE s.t (a int)";
+  const std::string target = schema + "CREATE TABLE t (a bit)\nCREATE TABLE s.t (a bit)";
+  const std::tuple<const char*, const char*, long> cases[] = {
+      {"s.t", "\ts.t\n\t(1 table)\n", 1}, {"t", "\tdbo.t\n\ts.t\n\t(2 tables)\n", 2}, {"r.t", "are identical", 0}};
+  for (const auto& [name, found, count] : cases) {
+    const ObjectSelection selection{1, 1, {name}, {name}};
+    load(source, target);
+    const std::string text = section(objTables, &selection, true);
+    EXPECT_NE(text.find(count == 0 ? "is identical." : found), std::string::npos) << text;
+    EXPECT_EQ(state().lngDifferent, count) << name;
+    EXPECT_EQ(text.find("\n1. t\n") != std::string::npos, count > 0) << "details name it without its schema: " << text;
+    load(source, schema);
+    section(objTables, &selection);
+    EXPECT_EQ(state().lngSourceOnly, count) << name;
+  }
+}
+
 TEST_F(CompareAllReports, DetailsFollowTheSummary) {
   load(procedures("ab"), procedures("AB"));
   const auto differences = [](const std::string& name) {
@@ -205,8 +224,15 @@ TEST_F(CompareAllReports, IgnoredColumnsAreTold) {
   load("CREATE TABLE t (a int, x int)", "CREATE TABLE t (a int)\nCREATE TABLE u (a int)");
   EXPECT_TRUE(section(objTables).ends_with(
       "\nOne table [t (some columns ignored during comparison)] has identical structure in both databases."));
-  load("CREATE TABLE t (a int, x int)", "CREATE TABLE t (a bit)");
-  EXPECT_NE(section(objTables).find("\tt (some columns ignored during comparison)\n\t(1 table)"), std::string::npos);
+  for (const char* database : {"A", "B"}) {
+    program.state<IgnoredColumnsSource>().lookUp = [=](IgnoredList, const tServer&, const std::string& strDb,
+                                                       const std::string&) {
+      return strDb == database ? std::vector<std::string>{"x"} : std::vector<std::string>{};
+    };
+    load("CREATE TABLE t (a int, x int)", "CREATE TABLE t (a bit, x int)");
+    EXPECT_NE(section(objTables).find("\tt (some columns ignored during comparison)\n\t(1 table)"), std::string::npos)
+        << "one side's list is enough: " << database;
+  }
 }
 
 TEST_F(CompareAllReports, TablesMeetTheNamesakeInTheirSchemaFromVersion9On) {
@@ -257,6 +283,10 @@ TEST_F(CompareAllReports, OtherTypesWithOneNameInTwoSchemasAreMissedInTheTargetP
             "Comparison of views\nThere are 2 views in Source database.\nThere are 2 views in Target database.\n"
             "List of views which exist in Target database but not in Source database:\n\tdbo.v\n\ts.v\n\t(2 views)\n"
             "All 2 remaining views are identical:\n\tdbo.v\n\ts.v");
+  program.settings.IgnoreComments = false;
+  load("CREATE FUNCTION f() /* a VIEW dbo.x */ RETURNS int AS BEGIN RETURN 1 END",
+       "CREATE FUNCTION f() /* a VIEW x */ RETURNS int AS BEGIN RETURN 1 END");
+  EXPECT_NE(section(objFunctions).find("which differ:\n\tf\n"), std::string::npos) << "no view's header";
 }
 
 TEST_F(CompareAllReports, ObjectsWithoutTextAreNoted) {

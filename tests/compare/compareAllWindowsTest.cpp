@@ -27,6 +27,7 @@ TEST_F(CompareAllWindows, SeveralTypesOneAfterTheOther) {
   std::string labels;
   test.host.windows.push_back([&](Form& shown) {
     form = dynamic_cast<frmCompareAll*>(&shown);
+    EXPECT_EQ(form->parts.txtTXProc[1].pageWidth, 20000) << "the hidden panes are set up";
     EXPECT_FALSE(form->parts.chkObjType[6].visible() || form->parts.chkObjType[7].visible());
     form->personPressesEnter();
     EXPECT_EQ(test.host.boxes.back().text, "Please select at least one object type to be compared.");

@@ -133,6 +133,44 @@ TEST_F(IgnoredColumns, ARunOverTablesLeavesThemOut) {
   EXPECT_TRUE(section(objTables).ends_with("identical. (Some columns were ignored during comparison.)"));
 }
 
+TEST_F(IgnoredColumns, AreThoseOfTheListedNameThenOfTheBareOne) {
+  const std::string schema = "CREATE SCHEMA s\nGO\n";
+  load(schema + "CREATE TABLE t (a int)\nCREATE TABLE s.t (a int, x int)",
+       schema + "CREATE TABLE t (a int, y int)\nCREATE TABLE s.t (a int)");
+  program.settings.IgnoreColSeq = false;
+  save(ignoredColsStruct, "S.A.s.t", {"x"});
+  save(ignoredColsStruct, "S.B.t", {"y"});
+  const std::tuple<const char*, const char*, Names> cases[] = {
+      {"A", "s.t", {"x"}}, {"A", "dbo.t", {}}, {"A", "t", {}}, {"B", "dbo.t", {"y"}}, {"B", "s.t", {"y"}}};
+  for (const auto& [database, table, names] : cases)
+    EXPECT_EQ(IgnoredColumnsOfTable(program, ignoredColsStruct, "S", database, table), names) << database << table;
+  EXPECT_TRUE(section(objTables).ends_with("identical. (Some columns were ignored during comparison.)"));
+  save(ignoredColsStruct, "S.B.dbo.t", {"a"});
+  EXPECT_NE(section(objTables).find("\tdbo.t (some columns ignored during comparison)\n\t(1 table)"), std::string::npos)
+      << "a list of its own wins";
+}
+
+TEST_F(IgnoredColumns, TheWindowIsOfOneTableOfOneSide) {
+  const std::string schema = "CREATE SCHEMA s\nGO\n";
+  load(schema + "CREATE TABLE s.t (wrong int)", schema + "CREATE TABLE t (wrong int)\nCREATE TABLE s.t (a int, b int)");
+  save(ignoredColsStruct, "S.B.t", {"b"});
+  std::vector<TwoStr> tables;
+  long count = 0;
+  ASSERT_TRUE(GetAllObjectsOfType(program, objTables, program.main.gtypSelServ[1], "B", tables, count, 1));
+  program.main.gtypSelServ[0].Name = "Nowhere";
+  frmIgnoreColumnsAdd form(program);
+  test.host.windows.push_back([&](Form&) {
+    EXPECT_EQ(ticks(form), "+a-b") << "what is in force is shown";
+    form.pvlSqlObj0.personTicks(0, false);
+    form.pvlSqlObj0.personTicks(1, true);
+    form.personPressesEnter();
+  });
+  bool blnSaved = false;
+  form.ShowUp(ignoredColsStruct, 1, "S", "B", "s.t", tables.at(1).lngId, blnSaved, ignored);
+  EXPECT_EQ(list(ignoredColsStruct, "S.B.s.t"), Names{"a"});
+  EXPECT_EQ(list(ignoredColsStruct, "S.B.t"), Names{"b"});
+}
+
 TEST_F(IgnoredColumns, TheWindowShowsAndSavesATablesList) {
   load("CREATE TABLE t (a int, b int, c int)", "");
   save(ignoredColsStruct, "S.A.t", {"c", "gone", "B"});

@@ -5,6 +5,7 @@
 #include "compare/structure/modCompareObjects.h"
 #include "compare/structure/modCompareSelected.h"
 #include "db/mdlObjects.h"
+#include "db/mdlQueryCode.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -76,6 +77,9 @@ TEST_F(SelectedPair, GoesThroughTheTestsFromStrictToForgiving) {
   const Case cases[] = {
       {objViews, none, " a b ", "a b", true},
       {objViews, none, "a b", "a  b", false},
+      {objViews, none, "a\nb", "a\r\nb", false},  // the texts as they were put in
+      {objViews, order, "a\nb", "a\r\nb", true},  // the panes' lines
+      {objFunctions, none, "CREATE /* a VIEW dbo.x */ AS", "CREATE /* a VIEW x */ AS", false},
       {objViews, anyCase, "select A", "select a", false},
       {objTables, anyCase, "select A", "select a", false},
       {objProcedures, anyCase, "select A", "select a", true},
@@ -140,7 +144,37 @@ TEST_F(SelectedPair, PrintsInsteadOfReportingDuringAPrintRun) {
   printing = true;
   compare(objTables, "a", "b");
   EXPECT_EQ(printed, "Source: a|Target: b|");
+  compare(objTables, "a", "a");
+  EXPECT_EQ(printed, "Source: a|Target: b|") << "a pair that is identical isn't printed";
   EXPECT_EQ(text, "");
+}
+
+TEST_F(SelectedPair, ReadsATableWithIgnoredColumnsByItsId) {
+  const std::string schemas = "CREATE SCHEMA s\nGO\nCREATE TABLE Orders (far int)\nCREATE TABLE s.Orders ";
+  test.load("One", "Shop", schemas + "(a int, gone int)");
+  test.load("Two", "ShopTest", schemas + "(a int)");
+  program.state<IgnoredColumnsSource>().lookUp = [](IgnoredList, const tServer& server, const std::string&,
+                                                    const std::string& table) {
+    return server.Name == "One" && table == "s.Orders" ? std::vector<std::string>{"gone"} : std::vector<std::string>{};
+  };
+  for (std::size_t side = 0; side < 2; ++side) {
+    auto& server = program.main.gtypSelServ[side];
+    server = TestProgram::server(server.Name);
+    CheckList& list = workspace.pvlSqlObj[side];
+    LoadObjects(program, server, list, workspace.txtTXProc[side], objTables, side == 0 ? "Shop" : "ShopTest", false, "",
+                static_cast<int>(side), false);
+    list.select(1);
+    ASSERT_EQ(list.cell(1, 0), "s.Orders");
+  }
+  compare(objTables, "[a] [int] NULL\r\n[gone] [int] NULL", "[a] [int] NULL");
+  EXPECT_TRUE(identical()) << text;
+  EXPECT_NE(text.find("some columns were ignored"), std::string::npos);
+}
+
+TEST(ObjectTypeFlags, AreEmptyForAnUnknownCode) {
+  const std::pair<long, const char*> cases[] = {
+      {objPermissions, "0,0,0,0,0,0,0,1"}, {objConstraints, "0,0,0,0,0,0,1,0"}, {70, ""}, {0, ""}};
+  for (const auto& [type, flags] : cases) EXPECT_EQ(ObjectTypeFlags(type), flags) << type;
 }
 
 TEST_F(SelectedPair, StopsWithoutTextsAndSurvivesAnError) {
@@ -214,6 +248,10 @@ TEST(ViewHeaders, TakeTheFormOfTheSourceWhenTheNamesAgree) {
       {"CREATE VIEW v" + blanks + " AS x", "CREATE VIEW v AS x", "CREATE VIEW v" + blanks + " AS x"},
       {"CREATE VIEW v" + blanks + "  AS x", "CREATE VIEW v AS x", same},  // 21 apart
       {"CREATE VIEW v" + std::string(490, ' ') + "AS x", "CREATE VIEW v AS x", same},
+      // A line of its own ends the header even behind another AS, and that one before a line with CR.
+      {"CREATE VIEW v AS [q]\nAS\nx", "CREATE VIEW v AS q\nAS\ny", "CREATE VIEW v AS [q]\nAS\ny"},
+      {"CREATE VIEW v\r\nAS\r\nSELECT [b] AS a", "CREATE VIEW v\r\nAS\r\nSELECT b AS c",
+       "CREATE VIEW v\r\nAS\r\nSELECT [b] AS c"},
   };
   TestProgram test;
   for (const Case& each : cases) {

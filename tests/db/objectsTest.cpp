@@ -146,6 +146,31 @@ TEST(ObjectText, PanelShowsOneObjectOrNothing) {
   EXPECT_EQ(pane.text(), "<<Nothing to show>>");
 }
 
+TEST(ObjectText, FailuresAreReportedUnderTheNameOfTheirProcedure) {
+  TestProgram test;
+  test.load("New", "Db", script);
+  tServer server = TestProgram::server("New");
+  const std::tuple<long, const char*, const char*> cases[] = {
+      {objProcedures, "(modObjectText:UpdateProcedureTextBox)", "\r\n\r\nLine num = 300"},
+      {objRelationships, "(modObjectText:GetRelationshipText)", ""},
+      {objConstraints, "(modObjectText:GetConstraintText)", ""}};
+  for (const auto& [type, name, extra] : cases) {
+    CheckList objects("pvlSqlObj(0)");
+    TextPane pane("txtTXProc(0)");
+    objects.select(objects.add("x"));
+    std::vector<std::string> reports;
+    for (int i = 0; i < 2; ++i)
+      test.host.windows.push_back(
+          [&](Form& form) { reports.push_back(dynamic_cast<TextBox*>(form.find("txtErrDesc"))->text()); });
+    UpdateProcedureTextBox(test.program, server, pane, objects, type, "Missing", "", 1, 0, true);
+    ASSERT_EQ(reports.size(), 2U) << "the query layer's, then this one";
+    EXPECT_NE(reports[1].find(name), std::string::npos) << reports[1];
+    EXPECT_TRUE(reports[1].ends_with(std::string("block variable not set") + extra)) << reports[1];
+  }
+  EXPECT_EQ(GetTextOfObject(test.program, server, "Db", 70, "x", 1, 0), "");
+  EXPECT_EQ(test.host.boxes.back().text, "SHOULDN't HAPPEN");
+}
+
 TEST(Scripts, HeaderAndExec) {
   TestProgram test;
   std::string drop;

@@ -14,6 +14,7 @@
 #include <QTableView>
 #include <QTreeView>
 
+#include "desktop/printing.h"
 #include "tests/desktop/boundForm.h"
 #include "tests/desktop/person.h"
 
@@ -250,10 +251,10 @@ TEST_F(BinderKindsTest, CheckListsTicksColumnsAndSelection) {
 
 TEST_F(BinderKindsTest, PanesTextColoursSelectionAndScrolling) {
   auto& pane = the<QPlainTextEdit>("txtPane");
-  // A line break of two characters and a letter of two bytes lie before the second line's words.
+  // Letters of two bytes lie before the second line's words, and a line break that counts as one character.
   form.txtPane.setText("gr\xC3\xBC\xC3\x9F\r\nsecond\nthird");
-  form.txtPane.setSelection(8, 6);
-  form.txtPane.setBackgrounds({{8, 6, 0x0000FF}});
+  form.txtPane.setSelection(7, 6);
+  form.txtPane.setBackgrounds({{7, 6, 0x0000FF}});
   show();
   EXPECT_EQ(pane.textCursor().selectedText(), "second");
   pane.moveCursor(QTextCursor::Start);
@@ -271,7 +272,7 @@ TEST_F(BinderKindsTest, PanesTextColoursSelectionAndScrolling) {
   EXPECT_EQ(form.txtPane.selectedText(), "gr\xC3\xBC\xC3\x9F");
   pane.setFocus();
   press(window, Qt::Key_X);
-  EXPECT_EQ(form.txtPane.text().size(), 20U);
+  EXPECT_EQ(form.txtPane.text().size(), 19U);
 
   std::string many;
   for (int line = 0; line < 500; ++line) many += "line\n";
@@ -283,6 +284,39 @@ TEST_F(BinderKindsTest, PanesTextColoursSelectionAndScrolling) {
   pane.verticalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepAdd);
   EXPECT_EQ(form.txtPane.topLine(), static_cast<std::size_t>(pane.verticalScrollBar()->value()));
   EXPECT_EQ(events(), 1);
+}
+
+TEST_F(BinderKindsTest, APaneIsSearched) {
+  auto& pane = the<QPlainTextEdit>("txtPane");
+  auto& field = *pane.findChild<QLineEdit*>();
+  form.txtPane.setText("one\r\nTwo\r\ntwo");
+  show();
+  pane.setFocus();
+  EXPECT_FALSE(field.isVisible());
+  press(window, Qt::Key_F, Qt::ControlModifier);
+  EXPECT_TRUE(field.isVisible() && field.hasFocus());
+  QTest::keyClicks(&field, "two");
+  for (const std::size_t place : {4U, 8U, 4U}) {
+    press(window, Qt::Key_Return);
+    EXPECT_EQ(form.txtPane.selectionStart(), place);
+    EXPECT_EQ(form.txtPane.selectionLength(), 3U);
+  }
+  press(window, Qt::Key_Escape);
+  EXPECT_TRUE(!field.isVisible() && pane.hasFocus() && window.isVisible());
+  press(window, Qt::Key_F3);
+  EXPECT_EQ(form.txtPane.selectionStart(), 8U);
+  field.setText("nowhere");
+  press(window, Qt::Key_F3);
+  EXPECT_EQ(form.txtPane.selectionStart(), 8U) << "nothing found, nothing moved";
+}
+
+TEST(Printing, CutsLinesBetweenCharacters) {
+  EXPECT_EQ(linesOnPaper("abcd\r\n\tx\re", 3), (QStringList{"abc", "d", "   ", " x", "e"}));
+  EXPECT_EQ(linesOnPaper("ab\xF0\x9F\x98\x80"
+                         "c",
+                         3),
+            (QStringList{"ab", QString::fromUtf8("\xF0\x9F\x98\x80"
+                                                 "c")}));
 }
 
 TEST_F(BinderKindsTest, GridsColoursAndAMillionRows) {

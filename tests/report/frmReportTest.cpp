@@ -160,6 +160,25 @@ TEST_F(Report, ReplayWritesAndPrintsOnceAndRecordsNothing) {
   EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "print mine"}));
 }
 
+TEST_F(Report, PrintingInAReplayEndsWhatWasSavedBefore) {
+  // Saves as soon as the text is there, before the window acts by itself.
+  struct Saver : ControlObserver {
+    explicit Saver(frmReport& shown) : window(shown) {}
+    void controlChanged(Control&) override {
+      if (!window.txtReport.text().empty()) window.cmdSave.personClicks();
+    }
+    frmReport& window;
+  };
+  input.blnAuto = input.blnPrint = true;
+  frmReport window(test.program);
+  Saver saver(window);
+  window.txtReport.observer = &saver;
+  test.host.windows.push_back([&](Form&) { window.cmdPrint.personClicks(); });
+  window.ShowUp(input);
+  EXPECT_EQ(test.host.printed.size(), 2U);
+  EXPECT_EQ(calls, std::vector<std::string>{"save S1 0"}) << "no printing is recorded";
+}
+
 TEST_F(Report, ReplayGoesOnToPrintWhenTheFileCannotBeWritten) {
   input.blnAuto = input.blnPrint = true;
   input.strExportPath = path("missing/out.txt");

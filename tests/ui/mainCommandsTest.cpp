@@ -1,6 +1,8 @@
 // The main window's commands: the table, its dispatch, the context menu, keys, tips and scrolling.
 #include <map>
+#include <utility>
 
+#include "app/frmErrorReport.h"
 #include "app/mdlMain.h"
 #include "compare/structure/frmIgnoreColumnsAdd.h"
 #include "compare/structure/frmIgnoreColumnsView.h"
@@ -154,6 +156,17 @@ TEST_F(MainCommands, WithoutAServerACommandWithThatGuardOffersToAddOne) {
   EXPECT_EQ(lastBox(), "There are no servers stored in the list.");
 }
 
+TEST_F(MainCommands, AnErrorInACommandIsReportedUnderItsLabel) {
+  makeServers();
+  connect();
+  std::string shown;
+  host.windows.push_back([](Form&) { throw RuntimeError(5, "no legend"); });
+  host.windows.push_back([&](Form& report) { shown = dynamic_cast<frmErrorReport&>(report).txtErrDesc.text(); });
+  contextMenu(0, 710);
+  EXPECT_TRUE(has(shown, " Error 5 (frmMain:ID_DEBUG_ERROR_REPORT)\r\n\r\nno legend")) << shown;
+  EXPECT_FALSE(work.mblnBusy);
+}
+
 TEST_F(MainCommands, RefreshDiesOnceAContextMenuHasClosed) {
   makeServers();
   connect();
@@ -180,8 +193,16 @@ TEST_F(MainCommands, RefreshDiesOnceAContextMenuHasClosed) {
 
 TEST_F(MainCommands, TheContextMenuIsEnabledWhileAPaneHasText) {
   makeServers();
-  connect();
+  form.load();
+  work.txtTXProc[0].onMouseUp(2);
+  EXPECT_TRUE(host.menus.empty()) << "the window isn't active yet";
+  form.activate();
+  form.cmdConnect.personClicks();
   EXPECT_EQ(contextMenu(0), "700 | 710 | 730 740 | 770 780 ");
+  std::string captions;
+  for (const MenuItem& item : host.menus.back()) captions += item.caption + "|";
+  EXPECT_EQ(captions,
+            "Refresh|Show Color Schema|Ignore Columns|Compare Highlighted Sections|Print|Print Source And Target|");
   work.txtTXProc[0].setText("");
   EXPECT_TRUE(has(contextMenu(0), "700 ")) << "the other pane's text counts";
   work.txtTXProc[1].setText("  ");
@@ -246,7 +267,26 @@ TEST_F(MainCommands, AllTablesArePrintedThatDiffer) {
   makeServers();
   connect();
   choose(250);
+  EXPECT_EQ(host.boxes.back().title, "Cannot Compare");
+  EXPECT_EQ(host.boxes.back().icon, Icon::Information);
   EXPECT_EQ(lastBox(), "Cannot compare - Source and Target database are the same.");
+  for (const std::size_t side : {0U, 1U}) {
+    const std::string name = std::exchange(program.main.gtypSelServ[side].Name, "");
+    form.CompareAndPrintAllTables();
+    EXPECT_EQ(lastBox(), side == 0 ? "Please select Source server first." : "Please select Target server first.");
+    program.main.gtypSelServ[side].Name = name;
+    work.pvlDb[side].clearSelection();
+    form.CompareAndPrintAllTables();
+    EXPECT_EQ(lastBox(), "Cannot compare - the list of databases is empty.");
+    chooseDb(static_cast<int>(side), side == 0 ? "Archive" : "Shop");
+  }
+  for (const int side : {0, 1}) {
+    chooseDb(side, "master");
+    form.CompareAndPrintAllTables();
+    EXPECT_EQ(lastBox(), side == 0 ? "Cannot compare - there are no tables in Source database."
+                                   : "Cannot compare - there are no tables in Target database.");
+    chooseDb(side, "Archive");
+  }
   work.cmbServer[1].select(1);
   chooseDb(0, "Shop");
   chooseDb(1, "Shop");

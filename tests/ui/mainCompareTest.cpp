@@ -103,6 +103,20 @@ TEST_F(Comparing, APairShowsItsVerdictAndItsMarks) {
   form.CompareHighlightedSections();
 }
 
+TEST_F(Comparing, OfDataAsksForItsOptionsWhileShiftIsHeld) {
+  set("ShowDataCompOpt", 0);
+  host.answers = {Answer::Yes, Answer::Yes};
+  host.shift = true;
+  host.windows.push_back([](Form& options) { options.personPressesEsc(); });
+  form.cmdCompData.personClicks();
+  EXPECT_EQ(host.shown, std::vector<std::string>{"frmCompareDataOptions"});
+  host.shift = false;
+  host.shown.clear();
+  host.windows.push_back([](Form&) {});
+  form.cmdCompData.personClicks();
+  EXPECT_EQ(host.shown.front(), "frmCompareStatus") << "only this once";
+}
+
 TEST_F(Comparing, APrintRunPrintsThePairThatDiffersUnderItsNames) {
   program.state<PrintRunState>().gblnCompareAndPrint = true;
   form.cmdCompare.personClicks();

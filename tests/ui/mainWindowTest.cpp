@@ -80,6 +80,38 @@ TEST(MainWindow, OpensAllTheSameWhenAutoConnectReachesNothing) {
   EXPECT_EQ(test.form.srtFiltering[0].toolTip(), "Click to remove Schema filter") << "the load went to its end";
 }
 
+TEST(MainWindow, AutoConnectReturnsToTheDatabaseUsedLast) {
+  MainWindow test;
+  test.makeServers();
+  test.set("AutoConnect", 1);
+  SaveServerValue(test.program, 1, "MRUDb", "Shop");
+  LoadServers(test.program);
+  test.form.load();
+  EXPECT_EQ(test.databases(0), "Archive master *Shop ");
+  EXPECT_EQ(test.objects(1), "*Customers Orders Rates ");
+}
+
+TEST(MainWindow, EmptiesPanesAndOwnersWithTheLists) {
+  MainWindow test;
+  test.makeServers();
+  test.connect();
+  for (std::size_t side : {0U, 1U}) {
+    EXPECT_TRUE(test.work.txtTXProc[side].readOnly) << "a person can't type";
+    EXPECT_NE(test.text(static_cast<int>(side)), "");
+    test.work.cmbOwners[side].add("dbo");
+    test.program.main.gtypSelServ[side].Name.clear();
+  }
+  test.host.windows.push_back([](Form& add) { add.personPressesEsc(); });
+  test.form.InitializeDisplay(true);
+  EXPECT_EQ(test.host.boxes.back().text,
+            "There is no SQL server to connect to.\r\n\r\nPlease add server by filling in following form or by "
+            "clicking menu item 'Tools' -> 'Add Server' and specifying info for the server.");
+  for (int side : {0, 1}) {
+    EXPECT_EQ(test.databases(side) + test.objects(side) + test.text(side), "");
+    EXPECT_EQ(test.work.cmbOwners[static_cast<std::size_t>(side)].count(), 0U);
+  }
+}
+
 TEST(MainWindow, AsksForAServerWhenThereIsNoneAndShowsTheOneAdded) {
   MainWindow test;
   test.load("One", "Shop", MainWindow::shop);

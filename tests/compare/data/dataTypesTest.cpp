@@ -1,4 +1,5 @@
 // Values of every type: equal ones are equal however they were written, different ones differ, as values and as keys.
+#include "platform/text.h"
 #include "tests/compare/data/twoTables.h"
 
 namespace qrel {
@@ -89,6 +90,50 @@ TEST_F(TwoTables, EqualValuesAreEqualAndOthersAreNot) {
     EXPECT_EQ(differences("K" + number, {"V", "n"}), 0);
     EXPECT_EQ(differences("E" + number, {"V", "n"}), 0) << "several keys find a Null";
   }
+}
+
+TEST_F(TwoTables, NumbersAreEqualByValueWhateverTheirColumns) {
+  struct NumberCase {
+    const char* type1;
+    const char* type2;
+    const char* values;  // the same numbers as both types
+  };
+  const NumberCase cases[] = {{"decimal(9,2)", "decimal(18,4)", "1.50,-0.01,100"},
+                              {"money", "decimal(12,2)", "1.5,-3,922337203.25"},
+                              {"float", "decimal(18,6)", "0.1,-2.5,1e7,0.000001"},
+                              {"decimal(38,0)", "float", "1e20,7"},
+                              {"int", "numeric(9,3)", "5,-6"},
+                              {"bigint", "float", "10000000000000000,3"},
+                              {"real", "money", "2.25,-7"}};
+  std::string source, target;
+  int number = 0;
+  for (const NumberCase& each : cases) {
+    std::string rows, reversed;
+    for (const std::string& value : splitAt(each.values, ',')) {
+      rows += (rows.empty() ? "(" : ", (") + value + ")";
+      reversed = "(" + value + (reversed.empty() ? ")" : "), ") + reversed;
+    }
+    const std::string name = std::to_string(++number);
+    const auto table = [&](const std::string& kind, const std::string& type, const std::string& values) {
+      return "CREATE TABLE " + kind + name + " (V " + type + ")\nGO\nINSERT " + kind + name + " VALUES " + values +
+             "\nGO\n";
+    };
+    source += table("E", each.type1, rows) + table("K", each.type1, rows);
+    target += table("E", each.type2, rows) + table("K", each.type2, reversed);
+  }
+  load(source, target);
+  for (number = 1; number <= static_cast<int>(std::size(cases)); ++number) {
+    SCOPED_TRACE(std::string(cases[number - 1].type1) + " and " + cases[number - 1].type2);
+    EXPECT_EQ(differences("E" + std::to_string(number)), 0);
+    EXPECT_EQ(differences("K" + std::to_string(number), {"V"}), 0);
+  }
+}
+
+TEST_F(TwoTables, ANumberThatAFloatCanNotTellIsNoneOfItsKeys) {
+  load("CREATE TABLE t (V decimal(20,18))\nGO\nINSERT t VALUES (0.100000000000000001)",
+       "CREATE TABLE t (V float)\nGO\nINSERT t VALUES (0.1)");
+  EXPECT_EQ(differences("t"), 1);
+  EXPECT_EQ(differences("t", {"V"}), 1);
 }
 
 TEST_F(TwoTables, NullIsTheTextNullAndNothingElse) {

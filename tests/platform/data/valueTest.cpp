@@ -10,6 +10,7 @@
 
 #include "platform/data/columnStore.h"
 #include "platform/data/dateText.h"
+#include "platform/data/matchKey.h"
 #include "platform/data/numberText.h"
 #include "platform/error.h"
 
@@ -93,6 +94,35 @@ TEST(Value, DecimalsCompareExactly) {
       }
     }
   }
+}
+
+TEST(Value, NumbersOfAnyTypeAreTheSameByValue) {
+  const auto decimal = [](const char* text) {
+    Value value = Value::ofText(text);
+    value.type = DataType::Decimal;
+    return value;
+  };
+  // Each group holds one number; no number is in two groups.
+  const std::vector<std::vector<Value>> groups = {
+      {decimal("1.50"), decimal("1.5000"), decimal("+01.5"), Value::ofDouble(1.5)},
+      {decimal("1.0"), decimal("1"), Value::ofInteger(1), Value::ofDouble(1)},
+      {decimal("0.1"), Value::ofDouble(0.1)},
+      {decimal("0.10000000000000001")},
+      {decimal("100000000000000000000"), Value::ofDouble(1e20)},
+      {decimal("9007199254740993"), Value::ofInteger(9007199254740993)},
+      {Value::ofDouble(9007199254740992), Value::ofInteger(9007199254740992)},
+      {decimal("-0.00"), Value::ofInteger(0), Value::ofDouble(-0.0), Value::ofDouble(0)},
+      {decimal("-0.0000001"), Value::ofDouble(-1e-7)}};
+  for (std::size_t i = 0; i < groups.size(); ++i)
+    for (std::size_t j = 0; j < groups.size(); ++j)
+      for (const Value& a : groups[i])
+        for (const Value& b : groups[j]) {
+          EXPECT_EQ(sameNumber(a.cell(), b.cell()), i == j) << textOf(a.cell()) << " " << textOf(b.cell());
+          EXPECT_EQ(compareCells(a.cell(), b.cell()) == 0, i == j) << textOf(a.cell()) << " " << textOf(b.cell());
+        }
+  EXPECT_LT(compareCells(Value::ofDouble(1e20).cell(), decimal("100000000000000000001").cell()), 0);
+  for (const Value& other : {Value{}, Value::ofText("1"), Value::ofBoolean(true)})
+    EXPECT_FALSE(sameNumber(Value::ofInteger(1).cell(), other.cell())) << textOf(other.cell());
 }
 
 TEST(Value, PlainDecimals) {
