@@ -147,7 +147,7 @@ void Interpreter::elseStatement() {
 // Loops ---------------------------------------------------------------------------------------------------------------
 
 // Tells whether two moments differ by anything that a statement could have changed.
-std::int64_t Interpreter::changes() const { return state_.changes + sqlite3_total_changes64(database_->get()); }
+std::int64_t Interpreter::changesSoFar() const { return state_.changes + sqlite3_total_changes64(database_->get()); }
 
 // The variables that statements between two tokens set, as far as their words tell.
 std::vector<std::string> Interpreter::assignedWithin(std::size_t begin, std::size_t end) const {
@@ -195,7 +195,7 @@ void Interpreter::turns(std::size_t start, std::size_t end) {
     if (turn >= mostTurns)
       return fail(Kind::Failed, "The loop has been ended after " + std::to_string(mostTurns) + " turns.");
     const auto things = [&] {
-      return std::tuple(changes(), session_.variables["@@rowcount"].integer, session_.variables["@@error"].integer);
+      return std::tuple(changesSoFar(), session_.variables["@@rowcount"].integer, session_.variables["@@error"].integer);
     };
     const auto before = things();
     body();
@@ -278,11 +278,11 @@ void Interpreter::gotoStatement() {
       found->block == Structure::none || std::find(blocks_.begin(), blocks_.end(), found->block) != blocks_.end();
   if (!open) return leaveRest(Kind::Skipped, "GOTO into a block: the rest of the batch is left out");
   const auto [last, fresh] = jumps_.try_emplace(start, 0);
-  if (!fresh && found->at < start && last->second == changes())
+  if (!fresh && found->at < start && last->second == changesSoFar())
     return leaveRest(Kind::Failed, "The jumps have been ended: they change nothing, so that they would never end.");
   if (++turnsByGoto_ > mostTurns)
     return leaveRest(Kind::Failed, "The jumps have been ended after " + std::to_string(mostTurns) + " times.");
-  last->second = changes();
+  last->second = changesSoFar();
   target_ = name;
   flow_ = Flow::Goto;
 }

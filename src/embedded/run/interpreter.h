@@ -164,7 +164,7 @@ class Interpreter {
   std::optional<bool> condition(std::size_t start);
   bool neverEnds(std::size_t condition, std::size_t body, std::size_t end) const;
   std::vector<std::string> assignedWithin(std::size_t begin, std::size_t end) const;
-  std::int64_t changes() const;
+  std::int64_t changesSoFar() const;
   void flowStatement();
   void throwStatement();
   void skipStatement();
