@@ -66,7 +66,7 @@ TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {
       {{"text", "S/D", "--type", "tables", "nothere"}, 3, "There is no table \"nothere\" in S/D."},
       {{"compare", "S/D", "S/Nothing"}, 3, "Cannot open database"},
       {{"load", "S/E", odd}, 4, "odd.sql:2: skipped: FROBNICATE the table"},
-      {{"load", "S/E", file("esc.sql", "FROB [\x1B[31m\xE2\x80\xAEx]")}, 4, "skipped: FROB [\\x1B[31m\\u{202E}x]"},
+      {{"load", "S/E", file("esc.sql", "DROP TABLE [\x1B[31m\xE2\x80\xAEx]")}, 4, "'\\x1B[31m\\u{202E}x'"},
       {{"load", "S/E", good, "--version", "9."}, 2, "--version \"9.\": expected one to four numbers"},
       {{"load", "S/E", good, "--version", "x"}, 2, "--version \"x\""},
       {{"load", "S/E", good, "--version=-1"}, 2, "--version \"-1\""},

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <random>
+#include <thread>
 
 #include "embedded/catalogue/catalogue.h"
 #include "embedded/sqlite/sqlite.h"
@@ -28,6 +29,7 @@ constexpr std::size_t longestName = 128;
 constexpr std::size_t mostVersionParts = 4;
 constexpr std::size_t mostVersionDigits = 5;
 constexpr std::chrono::milliseconds waitUntold(300);
+constexpr std::chrono::milliseconds betweenTries(20);
 
 [[noreturn]] void fail(const std::string& text) { throw RuntimeError(errorNumber::pathAccess, text); }
 
@@ -176,8 +178,8 @@ bool EmbeddedServers::isVersion(std::string_view text) {
 
 void EmbeddedServers::setVersion(std::string_view name, std::string_view productVersion) {
   checkVersion(productVersion);
-  FileLock lock = serverLock(name);
-  if (!isTemporary(name)) waitFor(lock, {}, "The server '" + std::string(name) + "'");
+  WaitedLock lock(serverLock(name), unfinished_);
+  if (!isTemporary(name)) lock.wait({}, "The server '" + std::string(name) + "'");
   writeVersion(folder(name), productVersion);
 }
 
@@ -213,11 +215,13 @@ std::string EmbeddedServers::createTemporary() {
   for (int attempt = 0; attempt < 100; ++attempt) {
     const fs::path folder =
         parent / (std::string(temporaryPrefix) + std::to_string(random()) + std::to_string(random()));
-    if (::mkdir(folder.c_str(), S_IRWXU) != 0) {
-      if (errno == EEXIST) continue;
-      fail("The folder '" + folder.string() + "' cannot be made: " + std::generic_category().message(errno) + ".");
-    }
     unfinished_.add(folder);
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0) {
+      const int reason = errno;
+      unfinished_.forget(folder);
+      if (reason == EEXIST) continue;
+      fail("The folder '" + folder.string() + "' cannot be made: " + std::generic_category().message(reason) + ".");
+    }
     const auto made = temporary_.emplace(name, Temporary{folder, FileLock(folder / lockEnding)}).first;
     // Until it is locked, another process may take the folder for one that is left over.
     std::error_code ignored;
@@ -262,8 +266,8 @@ fs::path EmbeddedServers::databaseFileIn(const fs::path& folder, std::string_vie
 }
 
 bool EmbeddedServers::createDatabase(std::string_view instance, std::string_view database) {
-  FileLock lock = databaseLock(databaseFile(instance, database));
-  waitFor(lock, {}, "The database '" + std::string(instance) + "/" + std::string(database) + "'");
+  WaitedLock lock(databaseLock(databaseFile(instance, database)), unfinished_);
+  lock.wait({}, "The database '" + std::string(instance) + "/" + std::string(database) + "'");
   const fs::path file = databaseFile(instance, database);
   if (fs::exists(file)) return false;
   createEmptyDatabase(file);
@@ -286,15 +290,21 @@ fs::path workCopyOf(const fs::path& databaseFile) {
   return databaseFile.string() + workCopyMark + std::to_string(::getpid());
 }
 
-bool waitFor(FileLock& lock, const LockWait& wait, const std::string& what) {
-  auto outcome = lock.lock(std::min(waitUntold, wait.atMost), wait.stop);
-  if (outcome == FileLock::Outcome::TimedOut && wait.atMost > waitUntold) {
-    if (wait.waiting) wait.waiting();
-    outcome = lock.lock(wait.atMost - waitUntold, wait.stop);
+bool WaitedLock::wait(const LockWait& wait, const std::string& what) {
+  using clock = std::chrono::steady_clock;
+  const auto begin = clock::now();
+  for (bool told = false; !unfinished_.tryLock(lock_);) {
+    if (wait.stop && wait.stop()) return false;
+    const auto waited = clock::now() - begin;
+    if (waited >= wait.atMost)
+      fail(what + " is being written by another process. Nothing was changed; try again when that has ended.");
+    if (!told && waited >= waitUntold && wait.waiting) {
+      wait.waiting();
+      told = true;
+    }
+    std::this_thread::sleep_for(betweenTries);
   }
-  if (outcome == FileLock::Outcome::TimedOut)
-    fail(what + " is being written by another process. Nothing was changed; try again when that has ended.");
-  return outcome == FileLock::Outcome::Locked;
+  return true;
 }
 
 std::unique_ptr<NewInstance> NewInstance::begin(EmbeddedServers& servers, std::string_view name,
@@ -307,15 +317,14 @@ std::unique_ptr<NewInstance> NewInstance::begin(EmbeddedServers& servers, std::s
   if (error) fail("The folder '" + servers.root_.string() + "' cannot be made: " + error.message() + ".");
   std::unique_ptr<NewInstance> fresh(new NewInstance(servers, name, servers.serverLock(name)));
   fresh->rootMade_ = rootMade;
-  if (!waitFor(fresh->lock_, wait, "The server '" + std::string(name) + "'")) return nullptr;
-  servers.unfinished().add(fresh->lock_.path());
+  if (!fresh->lock_.wait(wait, "The server '" + std::string(name) + "'")) return nullptr;
   if (servers.exists(name)) return nullptr;
   fresh->fill(version);
   return fresh;
 }
 
 NewInstance::NewInstance(EmbeddedServers& servers, std::string_view name, FileLock lock)
-    : servers_(servers), lock_(std::move(lock)), target_(servers.root_ / std::string(name)) {}
+    : servers_(servers), lock_(std::move(lock), servers.unfinished()), target_(servers.root_ / std::string(name)) {}
 
 void NewInstance::fill(std::string_view version) {
   std::error_code error;
@@ -326,12 +335,11 @@ void NewInstance::fill(std::string_view version) {
     folder_ = target_ = there;
     return;
   }
-  const fs::path beside = target_.parent_path() / ("." + target_.filename().string() + loadingEnding);
-  fs::remove_all(beside, error);  // of a killed run: nobody else makes this instance
-  if (!fs::create_directory(beside, error))
-    fail("The folder '" + target_.string() + "' cannot be made: " + error.message() + ".");
-  folder_ = beside;
+  folder_ = target_.parent_path() / ("." + target_.filename().string() + loadingEnding);
   servers_.unfinished().add(folder_);
+  fs::remove_all(folder_, error);  // of a killed run: nobody else makes this instance
+  if (!fs::create_directory(folder_, error))
+    fail("The folder '" + target_.string() + "' cannot be made: " + error.message() + ".");
   showAs(folder_, target_, [&] { fillInstance(folder_, version); });
 }
 
@@ -339,8 +347,7 @@ NewInstance::~NewInstance() {
   std::error_code ignored;
   if (!kept_ && hidden() && !folder_.empty()) fs::remove_all(folder_, ignored);
   servers_.unfinished().forget(folder_);
-  servers_.unfinished().forget(lock_.path());
-  lock_.unlock();
+  lock_.release();
   if (!kept_ && rootMade_) fs::remove(servers_.root_, ignored);  // only when it's empty
 }
 

@@ -82,6 +82,22 @@ struct LockWait {
   std::function<void()> waiting;  // called once when it takes longer; may be empty
 };
 
+// A lock that is waited for, and given back with this object.
+class WaitedLock {
+ public:
+  WaitedLock(FileLock lock, UnfinishedWork& unfinished) : lock_(std::move(lock)), unfinished_(unfinished) {}
+  ~WaitedLock() { release(); }
+  WaitedLock(const WaitedLock&) = delete;
+  WaitedLock& operator=(const WaitedLock&) = delete;
+  // True when it is held, false when stopped; raises RuntimeError saying that `what` is in use when it takes too long.
+  bool wait(const LockWait& wait, const std::string& what);
+  void release() { unfinished_.unlock(lock_); }
+
+ private:
+  FileLock lock_;
+  UnfinishedWork& unfinished_;
+};
+
 // An instance that is being made beside the others: nobody sees it until it is kept, and without that it goes.
 class NewInstance {
  public:
@@ -106,7 +122,7 @@ class NewInstance {
   void fill(std::string_view version);
 
   EmbeddedServers& servers_;
-  FileLock lock_;
+  WaitedLock lock_;
   std::filesystem::path target_, folder_;
   std::string version_;
   bool rootMade_ = false;
@@ -118,8 +134,5 @@ class NewInstance {
 FileLock databaseLock(const std::filesystem::path& databaseFile);
 // The copy that a load works on. Belongs to the holder of the database's lock.
 std::filesystem::path workCopyOf(const std::filesystem::path& databaseFile);
-// Waits for a lock. True when it is held, false when stopped; raises RuntimeError saying what is in use when it takes
-// too long.
-bool waitFor(FileLock& lock, const LockWait& wait, const std::string& what);
 
 }  // namespace qrel

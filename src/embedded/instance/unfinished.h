@@ -6,13 +6,19 @@
 #include <mutex>
 #include <set>
 
+#include "platform/fileLock.h"
+
 namespace qrel {
 
 class UnfinishedWork {
  public:
-  // Files or folders, with all that is in them.
+  // Files or folders, with all that is in them; told before they are made, so that none is missed.
   void add(const std::filesystem::path& path);
   void forget(const std::filesystem::path& path);
+
+  // Takes a lock, when nobody holds it, together with its file; gives both back.
+  bool tryLock(FileLock& lock);
+  void unlock(FileLock& lock);
 
   // A load is under way until endLoad. Loads may stand within one another.
   void beginLoad();

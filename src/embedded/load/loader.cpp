@@ -241,10 +241,7 @@ class Load {
       : servers_(servers), instance_(instance), database_(database), options_(options), report_(report) {
     servers_.unfinished().beginLoad();
   }
-  ~Load() {
-    if (lock_.locked()) servers_.unfinished().forget(lock_.path());
-    servers_.unfinished().endLoad();
-  }
+  ~Load() { servers_.unfinished().endLoad(); }
   Load(const Load&) = delete;
   Load& operator=(const Load&) = delete;
 
@@ -288,16 +285,14 @@ class Load {
       target_ = followLinks(EmbeddedServers::databaseFileIn(folder_, database_));
       if (fresh_ && fresh_->hidden()) return true;  // nobody else can come
       checkFolder(target_.parent_path());
-      lock_ = databaseLock(target_);
-      if (!waitFor(lock_, wait, "The database '" + instance_ + "/" + database_ + "'")) {
+      lock_ = std::make_unique<WaitedLock>(databaseLock(target_), servers_.unfinished());
+      if (!lock_->wait(wait, "The database '" + instance_ + "/" + database_ + "'")) {
         report_.stopped = true;
         return false;
       }
-      servers_.unfinished().add(lock_.path());
       // Another one may have made it under a name in other case.
       if (followLinks(EmbeddedServers::databaseFileIn(folder_, database_)) == target_) return true;
-      servers_.unfinished().forget(lock_.path());
-      lock_.unlock();
+      lock_.reset();
     }
   }
 
@@ -366,7 +361,7 @@ class Load {
   const LoadOptions& options_;
   LoadReport& report_;
   std::unique_ptr<NewInstance> fresh_;
-  FileLock lock_{{}};
+  std::unique_ptr<WaitedLock> lock_;
   fs::path folder_, target_, copy_;
 };
 

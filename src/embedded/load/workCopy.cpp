@@ -78,16 +78,24 @@ WorkCopy::WorkCopy(fs::path target, UnfinishedWork& unfinished)
     : target_(std::move(target)), path_(workCopyOf(target_)), unfinished_(unfinished) {
   checkWritable(target_);
   removeOthers(target_);
-  const int file = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (file < 0)
-    fail(errno, target_.parent_path(), "cannot be written, and a load needs a file of its own in that folder");
-  ::close(file);
   unfinished_.add(path_);
   unfinished_.add(path_.string() + "-journal");
+  const int file = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (file >= 0) {
+    ::close(file);
+    return;
+  }
+  const int reason = errno;
+  forget();
+  fail(reason, target_.parent_path(), "cannot be written, and a load needs a file of its own in that folder");
 }
 
 WorkCopy::~WorkCopy() {
   removeFiles(path_);
+  forget();
+}
+
+void WorkCopy::forget() {
   unfinished_.forget(path_);
   unfinished_.forget(path_.string() + "-journal");
 }

@@ -30,6 +30,7 @@ class WorkCopy {
   void takePlace();
 
  private:
+  void forget();
   bool copyOld(const std::function<bool()>& stop) const;
 
   std::filesystem::path target_;
