@@ -138,7 +138,10 @@ std::size_t skipQuotedOrComment(std::string_view text, std::size_t at) {
 OpenPart openPartAt(std::string_view text, std::size_t begin, std::size_t end, OpenPart open) {
   std::size_t at = begin;
   while (at < end) {
+    if (open.mark == 0 || open.mark == '*')
+      at = std::min(text.find_first_of(open.mark == 0 ? "'\"[-/" : "*/", at), end);
     const std::string_view two = text.substr(at, std::min<std::size_t>(2, end - at));
+    if (two.empty()) break;
     if (open.mark == '*') {
       if (two == "/*") ++open.depth;
       if (two == "*/" && --open.depth == 0) open = {};
