@@ -179,6 +179,27 @@ TEST_F(CompareAllReports, SelectionTakesNamesOfEitherSide) {
                                             "The structure of all selected tables in both databases is identical.");
 }
 
+// A name that two schemas have is listed with its schema, and so it is selected and looked up.
+TEST_F(CompareAllReports, SelectionAndIgnoredColumnsGoByListedNames) {
+  const std::string both = "CREATE SCHEMA s\nGO\nCREATE TABLE t (a int, x int)\nCREATE TABLE s.t (a int, x int)";
+  load(both, replaceAll(both, "x int", "x bit"));
+  const auto found = [&](const char* name) {
+    const ObjectSelection selection{1, 1, {name}, {name}};
+    const std::string text = section(objTables, &selection);
+    return std::string(text.find("\tdbo.t") != std::string::npos ? "dbo " : "") +
+           (text.find("\ts.t") != std::string::npos ? "s" : "");
+  };
+  EXPECT_EQ(found("s.t"), "s");
+  EXPECT_EQ(found("t"), "dbo s") << "a bare name means both";
+  program.state<IgnoredColumnsSource>().lookUp = [](IgnoredList, const tServer&, const std::string&,
+                                                    const std::string& table) {
+    return table == "s.t" ? std::vector<std::string>{"x"} : std::vector<std::string>{};
+  };
+  const std::string text = section(objTables);
+  EXPECT_NE(text.find("which differ:\n\tdbo.t\n\t(1 table)\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("One table [s.t (some columns ignored"), std::string::npos) << text;
+}
+
 TEST_F(CompareAllReports, DetailsFollowTheSummary) {
   load(procedures("ab"), procedures("AB"));
   const auto differences = [](const std::string& name) {
