@@ -28,8 +28,8 @@ int main(int argc, char** argv) {
     std::size_t rows = 0;
     qrel::RecordsetPtr sides[2];
     for (const int side : {0, 1})
-      if (qrel::GetAdoRS(program, server, qrel::adCmdText, std::string("SELECT * FROM ") + argv[4], sides[side],
-                         argv[2 + side]) == -1)
+      if (qrel::GetAdoRS(program, server, qrel::adCmdText, qrel::SqlText("SELECT * FROM ") << qrel::asName(argv[4]),
+                         sides[side], argv[2 + side]) == -1)
         return 3;
     for (const qrel::RecordsetPtr& rs : sides)
       for (; !rs->Eof(); rs->MoveNext()) ++rows;

@@ -41,7 +41,7 @@ std::size_t endOf(std::string_view value, char closing) {
 std::size_t endOfParts(std::string_view name) {
   std::size_t at = 0;
   for (int part = 0; part < 2; ++part) {
-    if (at >= name.size() || name[at] != '[') return std::min(at, name.size() - 1);
+    if (at >= name.size() || name[at] != '[') return at - 1;  // a part is wanted
     const std::size_t close = at + 1 + std::min(endOf(name.substr(at + 1), ']'), name.size() - at - 1);
     if (close >= name.size()) return name.size() - 1;
     if (name[close] == noCharacter) return close;

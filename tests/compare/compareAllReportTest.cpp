@@ -198,6 +198,18 @@ TEST_F(CompareAllReports, SelectionsGoByTheListedNameThenByTheBareOne) {
   }
 }
 
+TEST_F(CompareAllReports, IgnoredColumnsGoByListedNames) {
+  const std::string both = "CREATE SCHEMA s\nGO\nCREATE TABLE t (a int, x int)\nCREATE TABLE s.t (a int, x int)";
+  load(both, replaceAll(both, "x int", "x bit"));
+  program.state<IgnoredColumnsSource>().lookUp = [](IgnoredList, const tServer&, const std::string&,
+                                                    const std::string& table) {
+    return table == "s.t" ? std::vector<std::string>{"x"} : std::vector<std::string>{};
+  };
+  const std::string text = section(objTables);
+  EXPECT_NE(text.find("which differ:\n\tdbo.t\n\t(1 table)\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("One table [s.t (some columns ignored"), std::string::npos) << text;
+}
+
 TEST_F(CompareAllReports, DetailsFollowTheSummary) {
   load(procedures("ab"), procedures("AB"));
   const auto differences = [](const std::string& name) {

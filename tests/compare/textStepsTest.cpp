@@ -3,6 +3,7 @@
 
 #include "app/modStrings.h"
 #include "app/modTextPane.h"
+#include "compare/structure/modCompareObjects.h"
 #include "compare/structure/modDetails.h"
 #include "compare/structure/modIgnoreComments.h"
 #include "compare/structure/modIgnoreWhiteSpaces.h"
@@ -72,6 +73,62 @@ TEST(StripComments, KnowsItsCornerCases) {
   for (const auto& [text, stripped] : cases) {
     EXPECT_EQ(StripCommentsFromProc(text), stripped) << text;
   }
+}
+
+TEST(StripComments, DropsAWholeCharacterOfATextWithoutEnd) {
+  EXPECT_EQ(StripCommentsFromProc("\xC3\xA4"
+                                  "b/*c"),
+            "\xC3\xA4"
+            "bb/*c");
+  EXPECT_EQ(StripCommentsFromProc("\xC3\xA4/*c"), "\xC3\xA4/*c");
+}
+
+bool sameStrippedPlainly(Program& program, const std::string& a, const std::string& b, bool views) {
+  std::string strippedA = stripPlainly(a), strippedB = stripPlainly(b);
+  if (views) AdjustCreateViewStatements(program, strippedA, strippedB);
+  return program.settings.IgnoreWhitespace ? CompareProcs_IgnoreWhiteSpaces(program, strippedA, strippedB)
+                                           : strippedA == strippedB;
+}
+
+TEST(SameWithoutComments, DecidesAsTheWrittenOutTextsDo) {
+  TestProgram test;
+  std::mt19937 random(4);
+  long same = 0;
+  for (const std::string letters : {"/*-\r\na ", "/*", "/*\na", " \n\taA", "/**//**/ab", "*/ab\n-"}) {
+    for (int round = 0; round < 3000; ++round) {
+      test.program.settings.CaseSensitive = random() % 2 == 0;
+      test.program.settings.IgnoreWhitespace = random() % 2 == 0;
+      const std::string a = basic::randomText(random, letters, 12);
+      std::string b = random() % 2 == 0 ? basic::randomText(random, letters, 12) : a;
+      if (!b.empty() && random() % 2 == 0) b[random() % b.size()] = letters[random() % letters.size()];
+      const bool expected = sameStrippedPlainly(test.program, a, b, false);
+      same += expected;
+      ASSERT_EQ(SameWithoutComments(test.program, a, b, false), expected)
+          << testing::PrintToString(a) << testing::PrintToString(b);
+    }
+  }
+  EXPECT_GT(same, 3000);
+}
+
+TEST(SameWithoutComments, ViewsLoseTheirHeaders) {
+  TestProgram test;
+  const std::string body = " SELECT '/*' AS a, '/* ' AS b /* FROM t";
+  for (const char* name : {"[v]", "w"}) {
+    const std::string a = "  CREATE VIEW dbo.v AS" + body, b = "CREATE VIEW " + std::string(name) + " AS" + body;
+    EXPECT_EQ(SameWithoutComments(test.program, a, b, true), sameStrippedPlainly(test.program, a, b, true)) << name;
+  }
+}
+
+TEST(SameWithoutComments, TellsTextsApartThatNoMemoryHolds) {
+  TestProgram test;
+  std::string text = "CREATE PROCEDURE p AS";
+  for (int i = 0; i < 50; ++i) text += " '/*'";
+  EXPECT_TRUE(SameWithoutComments(test.program, text, replaceAll(text, " ", "\t"), false));
+  EXPECT_FALSE(SameWithoutComments(test.program, text, replaceAll(text, "AS", "As"), false));
+  EXPECT_FALSE(SameWithoutComments(test.program, text, text + " x", false));
+  EXPECT_FALSE(SameWithoutComments(test.program, text, text + " '/*'", false)) << "twice as long";
+  for (int i = 0; i < 50; ++i) text += " '/*'";
+  EXPECT_THROW(SameWithoutComments(test.program, text, text + " x", false), RuntimeError) << "beyond counting";
 }
 
 TEST(StripComments, EndsWhenATextWouldOutgrowAllMemory) {

@@ -12,7 +12,7 @@ namespace qrel {
 namespace {
 
 constexpr auto npos = std::string_view::npos;
-constexpr std::size_t longestText = std::size_t{16} << 20;
+constexpr std::size_t longestText = std::size_t{4} << 20;
 
 // A removal joins what stands before the comment to what stands behind it, and the two may form a new mark. So both
 // strippers move the text byte by byte from what is still to be read to `done`, which never holds a mark, and look at
