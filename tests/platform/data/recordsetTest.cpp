@@ -213,7 +213,10 @@ TEST_F(Literals, MatchByValue) {
       {"Flag = 1 AND Whole > 5 and When = NULL", ""},
       {"Flag = 1 AND Whole > 5 AND Mark = NULL", "4"},
       {"Flag = 1 AND Flag = 0", ""},
-      {"Whole = 7 AND Exact = 0 AND Real = -2.5", "4"}};
+      {"Whole = 7 AND Exact = 0 AND Real = -2.5", "4"},
+      {"Real = '-25E-1'", "4"},
+      {"Real = '-2.500000000000000001'", ""},  // more digits than a double tells
+      {"Real > -2.500000000000000001 AND Id = 4", "4"}};
   for (const auto& [conditions, expected] : cases) EXPECT_EQ(matches(conditions), expected) << conditions;
 }
 
