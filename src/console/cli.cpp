@@ -146,6 +146,7 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
     Console console(findFolders(programFile), out, err);
     console.colours = &out == &std::cout && isatty(STDOUT_FILENO) != 0;
     console.progress = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
+    const auto heldState = console.data.holdState();  // what a command prints is of one state of each database
     console.start(line.sets);
     const ExitCode code = line.command(console);
     out.flush();

@@ -14,14 +14,15 @@ constexpr const char* readsOnly = ": a connection for queries reads and changes 
 
 // Statements that change no database. Those that end in a refusal anyway are among them: it says more.
 constexpr std::array readingWords = std::to_array<std::string_view>({
-    "SELECT", "WITH",  "DECLARE", "SET",  "PRINT", "RAISERROR", "THROW",    "RETURN", "BREAK", "CONTINUE",   "WAITFOR",
-    "EXEC",   "EXECUTE", "USE",   "GOTO", "OPEN",  "FETCH",     "CLOSE",    "END",    "ELSE",  "DEALLOCATE", "BEGIN",
-    "COMMIT", "ROLLBACK", "SAVE",
+    "SELECT",   "WITH",    "DECLARE",    "SET",     "PRINT",  "RAISERROR", "THROW", "RETURN", "BREAK",
+    "CONTINUE", "WAITFOR", "EXEC",       "EXECUTE", "USE",    "GOTO",      "OPEN",  "FETCH",  "CLOSE",
+    "END",      "ELSE",    "DEALLOCATE", "BEGIN",   "COMMIT", "ROLLBACK",  "SAVE",
 });
 
 constexpr std::array readingProcedures =
     std::to_array<std::string_view>({"sp_executesql", "sp_help", "sp_helptext", "sp_spaceused", "sp_lock"});
-constexpr std::array attachingProcedures = std::to_array<std::string_view>({"sp_attach_db", "sp_attach_single_file_db"});
+constexpr std::array attachingProcedures =
+    std::to_array<std::string_view>({"sp_attach_db", "sp_attach_single_file_db"});
 
 template <typename List>
 bool contains(const List& list, std::string_view name) {
@@ -43,10 +44,10 @@ void requireStatement(Rights rights, const TokenReader& reader, const std::strin
 void requireProcedure(Rights rights, const std::string& procedure, const std::string& database) {
   if (rights == Rights::Write || contains(readingProcedures, procedure)) return;
   if (rights == Rights::Attach && isAttachingProcedure(procedure)) return;
-  throw DataError(permissionDenied,
-                  "The EXECUTE permission was denied on the object '" + procedure + "', database '" + database + "'" +
-                      readsOnly,
-                  "42000");
+  throw DataError(
+      permissionDenied,
+      "The EXECUTE permission was denied on the object '" + procedure + "', database '" + database + "'" + readsOnly,
+      "42000");
 }
 
 bool isAttachingProcedure(std::string_view procedure) { return contains(attachingProcedures, procedure); }
