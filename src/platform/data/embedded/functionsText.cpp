@@ -164,10 +164,15 @@ void repeat(FunctionCall& call, std::int64_t limit, std::string_view text, std::
   if (count < 0) return;
   const auto size = static_cast<std::int64_t>(text.size());
   if (limit == 0 && size > 0 && count > sqlite::longestValue / size) sqlite::failTooLong();
-  BoundedText out(limit);
-  for (std::int64_t i = 0; size > 0 && i < count && out.append(text); ++i) {
-  }
-  call.result(out.text());
+  // No more than fill the limit; each round doubles what is there.
+  const auto letters = static_cast<std::int64_t>(std::max<std::size_t>(characterCount(text), 1));
+  const std::int64_t wanted = size == 0 ? 0 : limit == 0 ? count : std::min(count, limit / letters + 1);
+  std::string out;
+  out.reserve(static_cast<std::size_t>(size * wanted));
+  if (wanted > 0) out = text;
+  while (static_cast<std::int64_t>(out.size()) < size * wanted)
+    out.append(out, 0, std::min(out.size(), static_cast<std::size_t>(size * wanted) - out.size()));
+  call.result(limit == 0 ? std::string_view(out) : leftCharacters(out, static_cast<std::size_t>(limit)));
 }
 void replicate(FunctionCall& call) {
   if (!call.anyNull()) repeat(call, call.integer(0), call.text(1), call.integer(2));
