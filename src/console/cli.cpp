@@ -164,6 +164,7 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
     const StopWatch watch(console.servers.unfinished());
     console.colours = &out == &std::cout && isatty(STDOUT_FILENO) != 0;
     console.progress = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
+    const auto heldState = console.data.holdState();  // what a command prints is of one state of each database
     console.start(line.sets);
     const FailuresList listed(console);
     const ExitCode code = line.command(console);

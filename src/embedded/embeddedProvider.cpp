@@ -195,10 +195,12 @@ class EmbeddedProvider::Holding {
   std::shared_ptr<void> begin(const std::shared_ptr<Holding>& self) {
     const std::lock_guard lock(mutex_);
     if (auto alive = token_.lock()) return alive;
-    const std::shared_ptr<void> token(self.get(), [self](void*) {
-      const std::lock_guard locked(self->mutex_);
+    const std::shared_ptr<void> token(self.get(), [weak = std::weak_ptr(self)](void*) {
+      const auto holding = weak.lock();
+      if (!holding) return;
+      const std::lock_guard locked(holding->mutex_);
       // Somebody else may have begun meanwhile: then the databases are theirs.
-      if (self->token_.expired()) self->kept_.clear();
+      if (holding->token_.expired()) holding->kept_.clear();
     });
     kept_.clear();
     token_ = token;

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "tests/console/runQrel.h"
+#include "tests/embedded/folderState.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -41,6 +42,31 @@ TEST_F(Commands, LoadListAndPrint) {
   EXPECT_EQ(out, "[y] [int] NOT NULL") << "and nothing else";
   EXPECT_EQ(run({"text", script, "--type", "tables", "b"}), 0);
   EXPECT_EQ(out, "[x] [int] NULL");
+}
+
+TEST_F(Commands, ReadingLeavesEveryDatabaseAsItIs) {
+  const std::string script = file("s.sql",
+                                  "CREATE TABLE t (a int, b varchar(9))\nINSERT t VALUES (1, 'x')\nGO\n"
+                                  "CREATE PROCEDURE [x'; drop table t; --] AS SELECT 1\nGO\n"
+                                  "CREATE PROCEDURE [y'; drop database B; --] AS SELECT 1\n");
+  for (const char* database : {"S/A", "S/B"}) ASSERT_EQ(run({"load", database, script}), 0) << err;
+  const auto before = stateOf(folder.path() / "servers");
+  const std::vector<std::string> commands[] = {
+      {"servers"},
+      {"databases", "S"},
+      {"objects", "S/A"},
+      {"text", "S/A", "--type", "tables", "t"},
+      {"text", "S/A", "--type", "procedures", "x'; drop table t; --"},
+      {"compare", "S/A", "S/B", "--types", "procedures"},
+      {"compare", "S/A", "S/B", "--types", "all", "--details"},
+      {"compare", "S/A", "S/B", "--type", "tables", "--object", "t"},
+      {"data", "S/A", "S/B", "--table", "t", "--key", "a"},
+      {"options"},
+  };
+  for (const auto& command : commands) {
+    run(command);
+    EXPECT_EQ(stateOf(folder.path() / "servers"), before) << command.front() << ": " << err;
+  }
 }
 
 TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {

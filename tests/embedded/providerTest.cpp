@@ -73,6 +73,41 @@ TEST(EmbeddedProvider, NoticesWhatBecameOfAFileItHadOpen) {
   EXPECT_EQ(openError(server, "last").number, errorNumber::cannotConnect) << "no server any more";
 }
 
+TEST(EmbeddedProvider, ARunReadsOneStateOfADatabase) {
+  EmbeddedServer server;
+  server.load("CREATE TABLE a (n int)\nINSERT a VALUES (1)");
+  const auto count = [&](const char* table) {
+    const ErrorInfo error = server.error("SELECT COUNT(*) FROM " + std::string(table));
+    return error.number == 0 ? server.line("SELECT COUNT(*) FROM " + std::string(table)) : "none";
+  };
+  auto held = server.provider.holdState();
+  EXPECT_EQ(count("a"), "1");
+  server.load("DROP TABLE a\nCREATE TABLE b (n int)");
+  {
+    const auto inner = server.provider.holdState();
+    // More connections at once than were open before the change.
+    const auto first = server.connect();
+    const auto second = server.connect();
+    const CommandResult one = first->execute({"SELECT n FROM a", 30, {}});
+    const CommandResult two = second->execute({"SELECT n FROM a", 30, {}});
+    EXPECT_EQ(one.rows->count() + two.rows->count(), 2);
+    EXPECT_EQ(count("a") + count("b"), "1none");
+    EXPECT_EQ(server.line("SELECT COUNT(*) FROM shop.dbo.a", "master"), "1") << "by another database's connection";
+    EXPECT_EQ(server.line("EXEC ('USE shop SELECT COUNT(*) FROM a')", "master"), "1");
+  }
+  EXPECT_EQ(count("a"), "1") << "the outer run goes on";
+  std::filesystem::remove(server.servers.databaseFile("S", "shop"));
+  EXPECT_EQ(count("a"), "1") << "although it was dropped";
+  server.servers.createDatabase("S", "shop");
+  EXPECT_EQ(count("a"), "1");
+  held.reset();
+  EXPECT_EQ(count("a"), "none");
+  server.load("CREATE TABLE b (n int)");
+  EXPECT_EQ(count("b"), "0");
+  held = server.provider.holdState();
+  EXPECT_EQ(count("b"), "0") << "a new run, a new state";
+}
+
 TEST(EmbeddedProvider, TimeOutAndInterruptEndAQuery) {
   EmbeddedServer server;
   const auto connection = server.connect();

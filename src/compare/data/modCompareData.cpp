@@ -257,8 +257,10 @@ void showDifferences(Program& program, const tDataCompRequest& request, const tD
 void RunDataComparison(Program& program, const tDataCompRequest& request, tDataCompResult& result) {
   auto& state = program.state<modCompareDataState>();
   trap(program, moduleName, "RunDataComparison", [&] {
+    auto heldState = program.data.holdState();
     const IgnoredNote note = ignoredNote(program, request);
     frmCompareStatus(program).ShowUp(request, result);
+    heldState.reset();  // the window of the differences may stay for hours
     if (state.gblnStopComparison) {
       tellEnd(program, request, result, "Operation cancelled by the user.");
       state.gblnStopComparison = false;

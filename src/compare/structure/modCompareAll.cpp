@@ -208,6 +208,7 @@ bool CompareAll_Structure(Program& program, CompareAllControls& frmOwner, std::s
                           const CompareAllInput& input) {
   program.state<modCompareAllState>() = {};
   strTypesFlags.clear();
+  const auto heldState = program.data.holdState();
   CompareAllRun run(program, frmOwner, input);
   const RunEnd end(run);
   return trap(program, moduleName, "CompareAll_Structure", false, [&] { return compareAll(run, strTypesFlags); });

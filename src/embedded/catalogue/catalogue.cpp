@@ -143,9 +143,27 @@ constexpr const char* lostPartSql =
   throw DataError(errorNumber::cannotConnect, "The database file '" + database.file().string() + "' " + what, "08001");
 }
 
+constexpr const char* damaged =
+    "is damaged, or of another version of this program: it is not whole. Load the database again with \"qrel load "
+    "--replace\", or put back a copy of the file.";
+
+// A file that was cut off within its last page would read as if that page held nothing.
+void requireWholeFile(sqlite::Database& database) {
+  const auto number = [&](const char* pragma) {
+    sqlite::Statement query(database, pragma);
+    return query.step() ? query.integer(0) : 0;
+  };
+  const std::int64_t size = number("pragma page_count") * number("pragma page_size");
+  std::error_code error;
+  const auto there = std::filesystem::file_size(database.file(), error);
+  if (error) refuseFile(database, "cannot be read: " + error.message() + ".");
+  if (static_cast<std::int64_t>(there) < size) refuseFile(database, damaged);
+}
+
 }  // namespace
 
 void Catalogue::requireWhole(sqlite::Database& database) {
+  requireWholeFile(database);
   std::vector<std::string> found;
   sqlite::Statement query(database,
                           "select sql from sqlite_master where type = 'table' and name like 'cat!_%' escape '!'");
@@ -164,10 +182,7 @@ void Catalogue::requireWhole(sqlite::Database& database) {
     sqlite::Statement lost(database, lostPartSql);
     whole = lost.step() && lost.integer(0) == 0;
   }
-  if (!whole)
-    refuseFile(database,
-               "is damaged, or of another version of this program: its catalogue is not whole. Load the database again "
-               "with \"qrel load --replace\", or put back a copy of the file.");
+  if (!whole) refuseFile(database, damaged);
 }
 
 std::optional<ObjectInfo> Catalogue::find(std::string_view schema, std::string_view name) const {

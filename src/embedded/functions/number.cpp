@@ -2,6 +2,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <random>
 
 #include "embedded/functions/functionCall.h"
@@ -46,9 +47,15 @@ void FunctionCall::result(const Value& value) {
 namespace {
 
 // A number of a text; raises the server's error when it is none.
-double numberOf(const FunctionCall& call, int i) {
-  if (call.type(i) != SQLITE_TEXT) return call.real(i);
-  const std::string_view text = trimBlanks(call.text(i));
+double numberOf(const Value& value) {
+  if (value.type == DataType::Integer) return static_cast<double>(value.integer);
+  if (value.type == DataType::Double) return value.real;
+  if (value.type == DataType::Binary) {
+    std::uint32_t bits = 0;
+    for (const char c : value.text) bits = bits << 8 | static_cast<unsigned char>(c);
+    return static_cast<std::int32_t>(bits);
+  }
+  const std::string_view text = trimBlanks(value.text);
   double number = 0;
   if (text.empty()) return number;
   const auto [end, error] = std::from_chars(text.data() + (text.front() == '+'), text.data() + text.size(), number);
@@ -58,51 +65,175 @@ double numberOf(const FunctionCall& call, int i) {
                     "22018");
   return number;
 }
+double numberOf(const FunctionCall& call, int i) {
+  return call.type(i) == SQLITE_TEXT ? numberOf(call.value(i)) : call.real(i);
+}
+
+bool bothWhole(const Value& a, const Value& b) { return a.type == DataType::Integer && b.type == DataType::Integer; }
+
+// The operators of two values that aren't Null.
 
 // "+" where the types of its sides aren't known before the query runs: two texts are joined, all else is added.
-void add(FunctionCall& call) {
-  if (call.anyNull()) return;
-  const auto isText = [&](int i) { return call.type(i) == SQLITE_TEXT || call.type(i) == SQLITE_BLOB; };
-  if (isText(0) && isText(1)) return call.result(std::string(call.text(0)) + std::string(call.text(1)));
-  std::int64_t sum = 0;
-  if (call.type(0) == SQLITE_INTEGER && call.type(1) == SQLITE_INTEGER) {
-    if (__builtin_add_overflow(call.integer(0), call.integer(1), &sum))
-      throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type bigint.");
-    return call.result(sum);
+Value add(const Value& a, const Value& b) {
+  const auto isText = [](const Value& value) { return value.type == DataType::Text || value.type == DataType::Binary; };
+  if (isText(a) && isText(b)) {
+    if (static_cast<std::int64_t>(a.text.size() + b.text.size()) > sqlite::longestValue) sqlite::failTooLong();
+    return Value::ofText(a.text + b.text);
   }
-  const double number = numberOf(call, 0) + numberOf(call, 1);
-  const bool whole = call.type(0) != SQLITE_FLOAT && call.type(1) != SQLITE_FLOAT && std::abs(number) < 9e15 &&
+  std::int64_t sum = 0;
+  if (bothWhole(a, b)) {
+    if (__builtin_add_overflow(a.integer, b.integer, &sum))
+      throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type bigint.");
+    return Value::ofInteger(sum);
+  }
+  const double number = numberOf(a) + numberOf(b);
+  const bool whole = a.type != DataType::Double && b.type != DataType::Double && std::abs(number) < 9e15 &&
                      number == std::floor(number);
-  if (whole)
-    call.result(static_cast<std::int64_t>(number));
-  else
-    call.result(number);
+  return whole ? Value::ofInteger(static_cast<std::int64_t>(number)) : Value::ofDouble(number);
 }
 
-void divide(FunctionCall& call) {
-  if (call.anyNull()) return;
-  const bool whole = call.type(0) == SQLITE_INTEGER && call.type(1) == SQLITE_INTEGER;
-  const double divisor = numberOf(call, 1);
+Value divide(const Value& a, const Value& b) {
+  const double divisor = numberOf(b);
   if (divisor == 0) throw DataError(errorNumber::badSql, "Divide by zero error encountered.", "22012");
-  if (!whole) return call.result(numberOf(call, 0) / divisor);
-  if (call.integer(1) == -1)
-    return call.result(static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(call.integer(0))));
-  call.result(call.integer(0) / call.integer(1));
+  if (!bothWhole(a, b)) return Value::ofDouble(numberOf(a) / divisor);
+  if (b.integer == -1) return Value::ofInteger(static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(a.integer)));
+  return Value::ofInteger(a.integer / b.integer);
 }
 
-void modulo(FunctionCall& call) {
-  if (call.anyNull()) return;
-  const double divisor = numberOf(call, 1);
+Value modulo(const Value& a, const Value& b) {
+  const double divisor = numberOf(b);
   if (divisor == 0) throw DataError(errorNumber::badSql, "Divide by zero error encountered.", "22012");
-  const bool whole = call.type(0) == SQLITE_INTEGER && call.type(1) == SQLITE_INTEGER;
-  if (whole)
-    call.result(call.integer(1) == -1 ? std::int64_t{0} : call.integer(0) % call.integer(1));
-  else
-    call.result(std::fmod(numberOf(call, 0), divisor));
+  if (!bothWhole(a, b)) return Value::ofDouble(std::fmod(numberOf(a), divisor));
+  return Value::ofInteger(b.integer == -1 ? 0 : a.integer % b.integer);
 }
 
-void exclusiveOr(FunctionCall& call) {
-  if (!call.anyNull()) call.result(call.integer(0) ^ call.integer(1));
+// What SQLite's own operators take for a number: of a text its beginning that is one.
+Value asNumber(const Value& value) {
+  if (value.type == DataType::Integer || value.type == DataType::Double) return value;
+  const std::string_view text = trimLeftBlanks(value.text);
+  const char* begin = text.data() + (!text.empty() && text.front() == '+');
+  const char* end = text.data() + text.size();
+  std::int64_t whole = 0;
+  const auto [behind, error] = std::from_chars(begin, end, whole);
+  if (error == std::errc() && (behind == end || (*behind != '.' && *behind != 'e' && *behind != 'E')))
+    return Value::ofInteger(whole);
+  double real = 0;
+  std::from_chars(begin, end, real);
+  return Value::ofDouble(real);
+}
+
+// "+", "-" and "*" of numbers, and the bits, as SQLite's own operators have them: what overflows goes on as a real.
+Value plain(char operation, const Value& left, const Value& right) {
+  const Value a = asNumber(left);
+  const Value b = asNumber(right);
+  const auto whole = [](const Value& value) {
+    return value.type == DataType::Integer ? value.integer : static_cast<std::int64_t>(value.real);
+  };
+  if (operation == '&') return Value::ofInteger(whole(a) & whole(b));
+  if (operation == '|') return Value::ofInteger(whole(a) | whole(b));
+  std::int64_t result = 0;
+  if (bothWhole(a, b)) {
+    const bool over = operation == '+'   ? __builtin_add_overflow(a.integer, b.integer, &result)
+                      : operation == '-' ? __builtin_sub_overflow(a.integer, b.integer, &result)
+                                         : __builtin_mul_overflow(a.integer, b.integer, &result);
+    if (!over) return Value::ofInteger(result);
+  }
+  const double x = numberOf(a);
+  const double y = numberOf(b);
+  return Value::ofDouble(operation == '+' ? x + y : operation == '-' ? x - y : x * y);
+}
+
+Value operated(char operation, const Value& a, const Value& b) {
+  if (a.null || b.null) return {};
+  switch (operation) {
+    case 'a':
+      return add(a, b);
+    case '/':
+      return divide(a, b);
+    case '%':
+      return modulo(a, b);
+    case '^': {
+      const Value left = plain('|', a, Value::ofInteger(0));
+      return Value::ofInteger(left.integer ^ plain('|', b, Value::ofInteger(0)).integer);
+    }
+    default:
+      return plain(operation, a, b);
+  }
+}
+
+template <char operation>
+void operate(FunctionCall& call) {
+  if (!call.anyNull()) call.result(operated(operation, call.value(0), call.value(1)));
+}
+
+// Long chains of operators: q_pack writes its arguments one behind the other, q_chain('+-+', packs...) carries the
+// operators out from left to right. So SQLite sees no deep expression, and its limit of arguments isn't met.
+template <typename Number>
+void appendNumber(std::string& out, Number number) {
+  char bytes[sizeof number];
+  std::memcpy(bytes, &number, sizeof number);
+  out.append(bytes, sizeof number);
+}
+
+void pack(FunctionCall& call) {
+  std::string out;
+  for (int i = 0; i < call.count(); ++i) {
+    const int type = call.type(i);
+    out += static_cast<char>(type);
+    if (type == SQLITE_NULL) continue;
+    if (type == SQLITE_INTEGER) {
+      appendNumber(out, call.integer(i));
+    } else if (type == SQLITE_FLOAT) {
+      appendNumber(out, call.real(i));
+    } else {
+      appendNumber(out, call.text(i).size());
+      out += call.text(i);
+    }
+  }
+  sqlite3_result_blob64(call.context(), out.data(), out.size(), SQLITE_TRANSIENT);
+}
+
+// Reads what q_pack has written.
+class Unpacker {
+ public:
+  explicit Unpacker(std::string_view packed) : packed_(packed) {}
+  bool atEnd() const { return packed_.empty(); }
+  Value next() {
+    const int type = packed_.front();
+    packed_.remove_prefix(1);
+    if (type == SQLITE_NULL) return {};
+    if (type == SQLITE_INTEGER) return Value::ofInteger(number<std::int64_t>());
+    if (type == SQLITE_FLOAT) return Value::ofDouble(number<double>());
+    const auto size = number<std::size_t>();
+    Value value = Value::ofText(std::string(packed_.substr(0, size)));
+    if (type == SQLITE_BLOB) value.type = DataType::Binary;
+    packed_.remove_prefix(size);
+    return value;
+  }
+
+ private:
+  template <typename Number>
+  Number number() {
+    Number result{};
+    std::memcpy(&result, packed_.data(), sizeof result);
+    packed_.remove_prefix(sizeof result);
+    return result;
+  }
+
+  std::string_view packed_;
+};
+
+void chain(FunctionCall& call) {
+  const std::string operations(call.text(0));
+  std::size_t done = 0;
+  Value result;
+  for (int i = 1; i < call.count(); ++i) {
+    for (Unpacker operands(call.text(i)); !operands.atEnd(); ++done) {
+      Value operand = operands.next();
+      result = done == 0 ? std::move(operand) : operated(operations[done - 1], result, operand);
+    }
+  }
+  call.result(result);
 }
 
 template <double (*function)(double)>
@@ -299,10 +430,12 @@ void averageResult(sqlite3_context* context) { totalResult(context, true); }
 }  // namespace
 
 void addNumberFunctions(FunctionSurroundings& to) {
-  addFunction<add>(to, "add", 2, true);
-  addFunction<divide>(to, "divide", 2, true);
-  addFunction<modulo>(to, "modulo", 2, true);
-  addFunction<exclusiveOr>(to, "xor", 2, true);
+  addFunction<operate<'a'>>(to, "add", 2, true);
+  addFunction<operate<'/'>>(to, "divide", 2, true);
+  addFunction<operate<'%'>>(to, "modulo", 2, true);
+  addFunction<operate<'^'>>(to, "xor", 2, true);
+  addFunction<pack>(to, "pack", -1, true);
+  addFunction<chain>(to, "chain", -1, true);
   addFunction<absolute>(to, "abs", 1, true);
   addFunction<rounding<std::ceil>>(to, "ceiling", 1, true);
   addFunction<rounding<std::floor>>(to, "floor", 1, true);

@@ -11,7 +11,32 @@ namespace qrel::tsql {
 
 namespace {
 
-constexpr std::int64_t mostCharacters = 64 * 1024 * 1024;
+constexpr std::int64_t mostCharacters = sqlite::longestValue;
+
+// A text that is put together. With a limit, in characters, what goes beyond is cut off, as the server does with texts
+// of the types that hold 8,000 bytes; without one (0) the text must stay below longestValue.
+class BoundedText {
+ public:
+  explicit BoundedText(std::int64_t limit) : limited_(limit > 0), left_(limit) {}
+
+  // False when nothing more will fit.
+  bool append(std::string_view part) {
+    if (limited_) {
+      part = leftCharacters(part, static_cast<std::size_t>(left_));
+      left_ -= static_cast<std::int64_t>(characterCount(part));
+    } else if (static_cast<std::int64_t>(text_.size() + part.size()) > sqlite::longestValue) {
+      sqlite::failTooLong();
+    }
+    text_ += part;
+    return !limited_ || left_ > 0;
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  bool limited_;
+  std::int64_t left_;
+  std::string text_;
+};
 
 // Characters `from` (0-based) up to `from + count` of a text; both may lie outside it.
 std::string_view characters(std::string_view text, std::int64_t from, std::int64_t count) {
@@ -55,16 +80,21 @@ void charindex(FunctionCall& call) {
                   : static_cast<std::int64_t>(characterCount(std::string_view(text).substr(0, found))) + 1);
 }
 
+// The first "%" behind the pattern's beginning parts it: where the part in front of it is found first, the rest either
+// follows or follows nowhere, since a later place leaves it less text.
 void patindex(FunctionCall& call) {
   if (call.anyNull()) return;
-  const std::string_view text = call.text(1);
-  std::string pattern(call.text(0));
+  const std::string text = lowerCase(call.text(1));
+  const std::string lowered = lowerCase(call.text(0));
+  std::string_view pattern = lowered;
   const bool anchored = pattern.empty() || pattern.front() != '%';
-  if (!anchored) pattern.erase(0, 1);
+  while (!pattern.empty() && pattern.front() == '%') pattern.remove_prefix(1);
+  const LikePattern parts(pattern);
   std::int64_t position = 1;
   for (std::size_t offset = 0; offset <= text.size(); ++position) {
-    if (matchesLike(text.substr(offset), pattern)) return call.result(position);
-    if (anchored || offset == text.size()) break;
+    const auto found = parts.match(std::string_view(text).substr(offset));
+    if (found == LikePattern::Match::Whole) return call.result(position);
+    if (anchored || offset == text.size() || found == LikePattern::Match::HeadOnly) break;
     nextCodePoint(text, offset);
   }
   call.result(std::int64_t{0});
@@ -113,83 +143,131 @@ void trim(FunctionCall& call) {
   if (!call.isNull(0)) call.result(trimBlanks(call.text(0)));
 }
 
-void repeat(FunctionCall& call, std::string_view text, std::int64_t count) {
+void cut(FunctionCall& call) {
+  if (call.type(0) != SQLITE_TEXT) return call.resultArgument(0);
+  call.result(leftCharacters(call.text(0), static_cast<std::size_t>(call.integer(1))));
+}
+
+// STRING_AGG doesn't cut what is too long.
+void within(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  const std::string_view text = call.text(0);
+  if (leftCharacters(text, static_cast<std::size_t>(call.integer(1))).size() < text.size())
+    throw DataError(errorNumber::badSql,
+                    "STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result "
+                    "truncation.",
+                    "42000");
+  call.resultArgument(0);
+}
+
+void repeat(FunctionCall& call, std::int64_t limit, std::string_view text, std::int64_t count) {
   if (count < 0) return;
-  if (static_cast<std::int64_t>(text.size()) * std::min(count, mostCharacters) >= mostCharacters)
-    throw DataError(errorNumber::badSql, "The text is too long.");
+  const auto size = static_cast<std::int64_t>(text.size());
+  if (limit == 0 && size > 0 && count > sqlite::longestValue / size) sqlite::failTooLong();
+  // No more than fill the limit; each round doubles what is there.
+  const auto letters = static_cast<std::int64_t>(std::max<std::size_t>(characterCount(text), 1));
+  const std::int64_t wanted = size == 0 ? 0 : limit == 0 ? count : std::min(count, limit / letters + 1);
   std::string out;
-  out.reserve(text.size() * static_cast<std::size_t>(count));
-  for (std::int64_t i = 0; i < count; ++i) out += text;
-  call.result(out);
+  out.reserve(static_cast<std::size_t>(size * wanted));
+  if (wanted > 0) out = text;
+  while (static_cast<std::int64_t>(out.size()) < size * wanted)
+    out.append(out, 0, std::min(out.size(), static_cast<std::size_t>(size * wanted) - out.size()));
+  call.result(limit == 0 ? std::string_view(out) : leftCharacters(out, static_cast<std::size_t>(limit)));
 }
 void replicate(FunctionCall& call) {
-  if (!call.anyNull()) repeat(call, call.text(0), call.integer(1));
+  if (!call.anyNull()) repeat(call, call.integer(0), call.text(1), call.integer(2));
 }
 void space(FunctionCall& call) {
-  if (!call.isNull(0)) repeat(call, " ", call.integer(0));
+  if (!call.isNull(1)) repeat(call, call.integer(0), " ", call.integer(1));
 }
 
 void reverse(FunctionCall& call) {
   if (call.isNull(0)) return;
   const std::string_view text = call.text(0);
-  std::string out;
-  out.reserve(text.size());
+  std::string out(text.size(), ' ');
   for (std::size_t offset = 0; offset < text.size();) {
     const std::size_t from = offset;
     nextCodePoint(text, offset);
-    out.insert(0, text.substr(from, offset - from));
+    text.copy(&out[text.size() - offset], offset - from, from);
   }
   call.result(out);
 }
 
 void stuff(FunctionCall& call) {
-  if (call.isNull(0) || call.isNull(1) || call.isNull(2)) return;
-  const std::string_view text = call.text(0);
-  const std::int64_t start = call.integer(1);
-  const std::int64_t count = call.integer(2);
+  if (call.isNull(1) || call.isNull(2) || call.isNull(3)) return;
+  const std::string_view text = call.text(1);
+  const std::int64_t start = call.integer(2);
+  const std::int64_t count = call.integer(3);
   const auto size = static_cast<std::int64_t>(characterCount(text));
   if (start < 1 || start > size || count < 0) return;
-  std::string out(characters(text, 0, start - 1));
-  out += call.text(3);
-  out += characters(text, start - 1 + count, size);
-  call.result(out);
+  const std::int64_t behind = start - 1 + std::min(count, size);
+  BoundedText out(call.integer(0));
+  if (out.append(characters(text, 0, start - 1)) && out.append(call.text(4)))
+    out.append(characters(text, behind, size));
+  call.result(out.text());
 }
+
+// Where a text begins in another, case not counting, as offsets of the other.
+class TextFinder {
+ public:
+  TextFinder(std::string_view text, std::string_view wanted) : lower_(lowerCase(text)), wanted_(lowerCase(wanted)) {
+    if (lower_.size() == text.size()) return;
+    // Some letter's counterpart is of another length: each place is looked up.
+    for (std::size_t offset = 0; offset < text.size();) {
+      const std::size_t from = offset;
+      nextCodePoint(text, offset);
+      places_.resize(places_.size() + lowerCase(text.substr(from, offset - from)).size(), from);
+    }
+    places_.push_back(text.size());
+  }
+
+  // From this place on; false when there is none. `begin` and `end` are offsets of the text.
+  bool next(std::size_t& begin, std::size_t& end) {
+    const std::size_t found = wanted_.empty() ? std::string::npos : lower_.find(wanted_, at_);
+    if (found == std::string::npos) return false;
+    at_ = found + wanted_.size();
+    begin = places_.empty() ? found : places_[found];
+    end = places_.empty() ? at_ : places_[at_];
+    return true;
+  }
+
+ private:
+  std::string lower_, wanted_;
+  std::vector<std::size_t> places_;
+  std::size_t at_ = 0;
+};
 
 // Finds without case; what stays keeps its own.
 void replace(FunctionCall& call) {
   if (call.anyNull()) return;
-  const std::string_view text = call.text(0);
-  const std::string lowerText = lowerCase(text);
-  const std::string wanted = lowerCase(call.text(1));
-  if (wanted.empty() || lowerText.size() != text.size())
-    return call.result(replaceAll(text, call.text(1), call.text(2)));
-  std::string out;
+  const std::string_view text = call.text(1);
+  TextFinder finder(text, call.text(2));
+  BoundedText out(call.integer(0));
   std::size_t from = 0;
-  for (std::size_t at = 0; (at = lowerText.find(wanted, from)) != std::string::npos; from = at + wanted.size()) {
-    out += text.substr(from, at - from);
-    out += call.text(2);
-  }
-  out += text.substr(from);
-  call.result(out);
+  bool open = true;
+  for (std::size_t begin = 0, end = 0; open && finder.next(begin, end); from = end)
+    open = out.append(text.substr(from, begin - from)) && out.append(call.text(3));
+  if (open) out.append(text.substr(from));
+  call.result(out.text());
 }
 
 void concat(FunctionCall& call) {
-  std::string out;
-  for (int i = 0; i < call.count(); ++i)
-    if (!call.isNull(i)) out += call.text(i);
-  call.result(out);
+  BoundedText out(call.integer(0));
+  for (int i = 1; i < call.count(); ++i)
+    if (!call.isNull(i)) out.append(call.text(i));
+  call.result(out.text());
 }
 
 void concatWithSeparator(FunctionCall& call) {
-  std::string out;
+  BoundedText out(call.integer(0));
   bool first = true;
-  for (int i = 1; i < call.count(); ++i) {
+  for (int i = 2; i < call.count(); ++i) {
     if (call.isNull(i)) continue;
-    if (!first) out += call.text(0);
-    out += call.text(i);
+    if (!first && !call.isNull(1)) out.append(call.text(1));
+    out.append(call.text(i));
     first = false;
   }
-  call.result(out);
+  call.result(out.text());
 }
 
 void codeOf(FunctionCall& call) {
@@ -272,11 +350,13 @@ void addTextFunctions(FunctionSurroundings& to) {
   addFunction<ltrim>(to, "ltrim", 1, true);
   addFunction<rtrim>(to, "rtrim", 1, true);
   addFunction<trim>(to, "trim", 1, true);
-  addFunction<replicate>(to, "replicate", 2, true);
-  addFunction<space>(to, "space", 1, true);
+  addFunction<cut>(to, "cut", 2, true);
+  addFunction<within>(to, "within", 2, true);
+  addFunction<replicate>(to, "replicate", 3, true);
+  addFunction<space>(to, "space", 2, true);
   addFunction<reverse>(to, "reverse", 1, true);
-  addFunction<stuff>(to, "stuff", 4, true);
-  addFunction<replace>(to, "replace", 3, true);
+  addFunction<stuff>(to, "stuff", 5, true);
+  addFunction<replace>(to, "replace", 4, true);
   addFunction<concat>(to, "concat", -1, true);
   addFunction<concatWithSeparator>(to, "concat_ws", -1, true);
   addFunction<codeOf>(to, "unicode", 1, true);

@@ -66,12 +66,12 @@ void Interpreter::bind(sqlite::Statement& statement) const {
   const int count = sqlite3_bind_parameter_count(statement.get());
   for (int i = 1; i <= count; ++i) {
     const char* given = sqlite3_bind_parameter_name(statement.get(), i);
-    std::string name = given ? given : "";
-    const bool global = name.starts_with("@__");
-    if (global) name.replace(0, 3, "@@");
+    const std::string name = variableOfParameter(given ? given : "");
     if (state_.unknown.count(name) != 0)
       notUnderstood("the value of " + name + " isn't known: what sets it wasn't carried out");
-    if (global && session_.variables.count(name) == 0) notUnderstood(name + " isn't known here");
+    const bool alwaysThere = name == "@@rowcount" || name == "@@error" || name == "@@identity";
+    if (name.starts_with("@@") && !alwaysThere && session_.variables.count(name) == 0)
+      notUnderstood(name + " isn't known here");
   }
   bindVariables(statement, session_.variables);
 }

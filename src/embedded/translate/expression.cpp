@@ -2,6 +2,7 @@
 #include <array>
 
 #include "embedded/sqlite/quoting.h"
+#include "embedded/translate/operatorChain.h"
 #include "embedded/translate/translation.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -79,8 +80,6 @@ constexpr std::array reserved = std::to_array<std::string_view>({
     "within",
 });
 
-bool isTextKind(DataType kind) { return kind == DataType::Text || kind == DataType::Guid; }
-
 std::string asNumber(const std::string& sql) { return "cast(" + sql + " as numeric)"; }
 
 const char* collationFor(DataType a, DataType b) {
@@ -150,83 +149,33 @@ std::string compared(Expression left, std::string_view symbol, Expression right)
   return sql + right.sql;
 }
 
+void Translation::refuseNesting() { tsql::refuseNesting(); }
+
 void Translation::refuse(const std::string& reason) const { throw NotUnderstood{reason, reader_.peek().line}; }
 
 // Expressions ---------------------------------------------------------------------------------------------------------
 
-namespace {
-
-// "+" joins texts and adds numbers; where the kinds don't tell, it decides at run time.
-Expression sum(const Expression& left, const Expression& right) {
-  Expression out;
-  if (left.kind == DataType::Date || right.kind == DataType::Date) {
-    const Expression& date = left.kind == DataType::Date ? left : right;
-    const Expression& days = left.kind == DataType::Date ? right : left;
-    if (isTextKind(days.kind))
-      out.sql = "(" + left.sql + " || " + right.sql + ")";
-    else
-      out.sql = "q_dateplus(" + date.sql + ", " + days.sql + ")";
-    out.kind = isTextKind(days.kind) ? DataType::Text : DataType::Date;
-  } else if (isTextKind(left.kind) && isTextKind(right.kind)) {
-    out.sql = "(" + left.sql + " || " + right.sql + ")";
-    out.kind = DataType::Text;
-  } else if (isNumericKind(left.kind) && isNumericKind(right.kind)) {
-    out.sql = "(" + left.sql + " + " + right.sql + ")";
-    const bool whole = commonKind(left.kind, right.kind) == DataType::Integer;
-    out.kind = whole ? DataType::Integer : DataType::Double;
-  } else {
-    out.sql = "q_add(" + left.sql + ", " + right.sql + ")";
-    if (left.kind != DataType::Empty && right.kind != DataType::Empty && left.kind != right.kind)
-      out.kind = isNumericKind(left.kind) ? left.kind : isNumericKind(right.kind) ? right.kind : DataType::Empty;
-  }
-  return out;
-}
-
-Expression arithmetic(const Expression& left, std::string_view symbol, const Expression& right) {
-  if (symbol == "+") return sum(left, right);
-  Expression out;
-  if (symbol == "-" && left.kind == DataType::Date && right.kind != DataType::Date) {
-    out.sql = "q_dateplus(" + left.sql + ", -(" + right.sql + "))";
-    out.kind = DataType::Date;
-    return out;
-  }
-  const char* function = symbol == "/" ? "q_divide" : symbol == "%" ? "q_modulo" : symbol == "^" ? "q_xor" : nullptr;
-  if (function)
-    out.sql = std::string(function) + "(" + left.sql + ", " + right.sql + ")";
-  else
-    out.sql = "(" + left.sql + " " + std::string(symbol) + " " + right.sql + ")";
-  const bool bits = symbol == "&" || symbol == "|" || symbol == "^";
-  const DataType kind = commonKind(left.kind, right.kind);
-  if (bits)
-    out.kind = DataType::Integer;
-  else if (isNumericKind(kind))
-    out.kind = kind == DataType::Decimal ? DataType::Double : kind;
-  return out;
-}
-
-}  // namespace
-
 Expression Translation::expression() { return additive(); }
 
 Expression Translation::additive() {
-  Expression left = multiplicative();
+  OperatorChain chain(multiplicative());
   for (;;) {
     const Token& token = reader_.peek();
     const bool ours =
         token.isSymbol("+") || token.isSymbol("-") || token.isSymbol("&") || token.isSymbol("|") || token.isSymbol("^");
-    if (!ours) return left;
+    if (!ours) return std::move(chain).result();
     const std::string_view symbol = reader_.next().raw;
-    left = arithmetic(left, symbol, multiplicative());
+    chain.add(symbol, multiplicative());
   }
 }
 
 Expression Translation::multiplicative() {
-  Expression left = unary();
+  OperatorChain chain(unary());
   for (;;) {
     const Token& token = reader_.peek();
-    if (!token.isSymbol("*") && !token.isSymbol("/") && !token.isSymbol("%")) return left;
+    if (!token.isSymbol("*") && !token.isSymbol("/") && !token.isSymbol("%")) return std::move(chain).result();
     const std::string_view symbol = reader_.next().raw;
-    left = arithmetic(left, symbol, unary());
+    chain.add(symbol, unary());
   }
 }
 
@@ -249,6 +198,8 @@ Expression Translation::collated(Expression expression) {
     const bool exact = name.find("_cs") != std::string::npos || name.find("_bin") != std::string::npos;
     expression.sql = "(" + expression.sql + (exact ? " collate binary)" : " collate q_text)");
     expression.column = true;  // what stands here decides
+    expression.isCase = false;
+    expression.enclosed = true;
   }
   return expression;
 }
@@ -266,6 +217,7 @@ Expression Translation::primary() {
       out.kind = DataType::Text;
       out.literal = true;
       out.name = token.text;
+      out.width = TextWidth::ofLiteral(token.text, token.national);
       reader_.next();
       return out;
     }
@@ -278,7 +230,9 @@ Expression Translation::primary() {
     case TokenKind::Word:
       if (token.is("null")) {
         reader_.next();
-        return {"null", DataType::Empty, false, false, ""};
+        Expression out;
+        out.sql = "null";
+        return out;
       }
       if (token.is("case")) return caseExpression();
       if (atBareFunction()) return bareFunction();
@@ -316,6 +270,23 @@ Expression Translation::number(const Token& token) {
   return out;
 }
 
+namespace {
+
+// Those that are the same for every session here. The others are known to the session, or to nobody.
+struct ServerVariable {
+  std::string_view name, sql;
+  DataType kind;
+};
+constexpr ServerVariable serverVariables[] = {
+    {"@@version", "q_version()", DataType::Text},      {"@@servername", "q_servername()", DataType::Text},
+    {"@@language", "'us_english'", DataType::Text},    {"@@langid", "0", DataType::Integer},
+    {"@@datefirst", "7", DataType::Integer},           {"@@lock_timeout", "-1", DataType::Integer},
+    {"@@max_precision", "38", DataType::Integer},      {"@@textsize", "2147483647", DataType::Integer},
+    {"@@max_connections", "32767", DataType::Integer},
+};
+
+}  // namespace
+
 Expression Translation::variable(const Token& token) {
   Expression out;
   if (token.isSymbol("?")) {
@@ -327,15 +298,19 @@ Expression Translation::variable(const Token& token) {
     return out;
   }
   const std::string name = lowerCase(token.raw);
-  if (name == "@@version" || name == "@@servername") {
-    out.sql = "q_" + name.substr(2) + "()";
-    out.kind = DataType::Text;
+  for (const auto& [global, sql, kind] : serverVariables) {
+    if (name != global) continue;
+    out.sql = sql;
+    out.kind = kind;
     return out;
   }
-  out.sql = name.rfind("@@", 0) == 0 ? "@__" + name.substr(2) : name;
+  out.sql = parameterOfVariable(name);
   if (context_.variables) {
     const auto found = context_.variables->find(name);
-    if (found != context_.variables->end()) out.kind = found->second.dataType;
+    if (found != context_.variables->end()) {
+      out.kind = found->second.dataType;
+      out.width = TextWidth::ofType(found->second);
+    }
   }
   return out;
 }
@@ -372,6 +347,7 @@ Expression Translation::columnReference() {
         out.sql = written(of, column->name);
         out.kind = column->kind;
         out.column = column->column;
+        out.width = column->width;
         return out;
       }
       if (!table.empty()) return out;
@@ -389,24 +365,34 @@ Expression Translation::columnReference() {
 
 Expression Translation::caseExpression() {
   reader_.expectWord("case");
+  constexpr std::string_view opening = "case";
   Expression out;
-  out.sql = "case";
+  out.sql = opening;
+  out.isCase = true;
   const bool simple = !reader_.peek().is("when");
   const Expression base = simple ? expression() : Expression{};
+  bool first = true;
+  const auto mayBe = [&](const Expression& result) {
+    out.kind = commonKind(out.kind, result.kind);
+    out.width = std::exchange(first, false) ? result.width : either(out.width, result.width);
+  };
   while (reader_.acceptWord("when")) {
     out.sql += " when " + (simple ? compared(base, "=", expression()) : condition());
     reader_.expectWord("then");
     const Expression result = expression();
-    out.kind = commonKind(out.kind, result.kind);
+    mayBe(result);
     out.sql += " then " + result.sql;
   }
+  bool ended = false;
   if (reader_.acceptWord("else")) {
     const Expression result = expression();
-    out.kind = commonKind(out.kind, result.kind);
-    out.sql += " else " + result.sql;
+    mayBe(result);
+    // A CASE behind ELSE goes on with this one: a long chain of them isn't nested then.
+    ended = result.isCase;
+    out.sql += ended ? result.sql.substr(opening.size()) : " else " + result.sql;
   }
   reader_.expectWord("end");
-  out.sql += " end";
+  if (!ended) out.sql += " end";
   return out;
 }
 
@@ -415,13 +401,17 @@ Expression Translation::parenthesized() {
     Query inner = parenthesizedQuery();
     Expression out;
     out.sql = "(" + inner.sql + ")";
-    if (!inner.columns.list.empty()) out.kind = inner.columns.list.front().kind;
+    if (!inner.columns.list.empty()) {
+      out.kind = inner.columns.list.front().kind;
+      out.width = inner.columns.list.front().width;
+    }
     return out;
   }
   reader_.expectSymbol("(");
   Expression out = expression();
   reader_.expectSymbol(")");
-  if (!out.column) out.sql = "(" + out.sql + ")";
+  out.isCase = false;
+  if (!out.column && !std::exchange(out.enclosed, true)) out.sql = "(" + out.sql + ")";
   return out;
 }
 
@@ -430,27 +420,35 @@ Expression Translation::parenthesized() {
 std::string Translation::condition() { return orCondition(); }
 
 std::string Translation::orCondition() {
-  std::string sql = andCondition();
-  while (reader_.acceptWord("or")) sql += " or " + andCondition();
-  return sql;
+  std::vector<std::string> parts{andCondition()};
+  while (reader_.acceptWord("or")) parts.push_back(andCondition());
+  enclosed_ = enclosed_ && parts.size() == 1;
+  return joinedBy(" or ", parts);
 }
 
 std::string Translation::andCondition() {
-  std::string sql = notCondition();
-  while (reader_.acceptWord("and")) sql += " and " + notCondition();
-  return sql;
+  std::vector<std::string> parts{notCondition()};
+  while (reader_.acceptWord("and")) parts.push_back(notCondition());
+  enclosed_ = enclosed_ && parts.size() == 1;
+  return joinedBy(" and ", parts);
 }
 
 std::string Translation::notCondition() {
   const Nesting nesting(*this);
-  if (reader_.acceptWord("not")) return "not (" + notCondition() + ")";
+  if (reader_.acceptWord("not")) {
+    std::string inner = notCondition();
+    if (!std::exchange(enclosed_, false)) inner = "(" + inner + ")";
+    return "not " + inner;
+  }
   if (reader_.peek().isSymbol("(") && parenthesesHoldCondition()) {
     reader_.next();
-    std::string inner = "(" + condition() + ")";
+    std::string inner = condition();
     reader_.expectSymbol(")");
-    return inner;
+    return std::exchange(enclosed_, true) ? inner : "(" + inner + ")";
   }
-  return predicate();
+  std::string plain = predicate();
+  enclosed_ = false;
+  return plain;
 }
 
 // Whether the brackets at the reader hold a condition: a comparison or a connective stands in them, outside brackets

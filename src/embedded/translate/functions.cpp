@@ -125,6 +125,31 @@ bool contains(const List& list, std::string_view name) {
 
 }  // namespace
 
+namespace {
+
+constexpr std::array<std::string_view, 6> growing = {"concat", "concat_ws", "replace", "replicate", "space", "stuff"};
+
+// The width of what a function makes of its arguments.
+TextWidth widthOf(std::string_view name, const std::vector<Expression>& given) {
+  using Kind = TextWidth::Kind;
+  constexpr std::array<std::string_view, 10> likeFirst = {"left",  "lower", "ltrim",     "replicate", "reverse",
+                                                          "right", "rtrim", "substring", "trim",      "upper"};
+  if (given.empty()) return {};
+  if (contains(likeFirst, name)) return given[0].width;
+  if (name == "space") return {Kind::Plain, 0};
+  if (!contains(growing, name)) return {};
+  // What is no text becomes a short one.
+  const auto widthAsText = [](const Expression& each) {
+    return each.kind == DataType::Text || each.kind == DataType::Empty ? each.width : TextWidth{Kind::Plain, 40};
+  };
+  TextWidth width = widthAsText(given[0]);
+  if (name == "stuff") return either(width, widthAsText(given[3]));
+  for (std::size_t i = 1; i < given.size(); ++i) width = joined(width, widthAsText(given[i]));
+  return width;
+}
+
+}  // namespace
+
 bool isBuiltInFunction(std::string_view lowerName) {
   static constexpr std::array<std::string_view, 10> special = {
       "cast", "convert", "try_cast", "try_convert", "isnull", "coalesce", "nullif", "iif", "checksum", "hashbytes"};
@@ -177,7 +202,13 @@ Expression Translation::functionCall() {
     throw DataError(errorNumber::badSql,
                     "The " + name + " function requires " + std::to_string(function->least) + " argument(s).", "42000");
   Expression out;
+  out.width = widthOf(name, given);
   out.sql = (function->sqlite.empty() ? "q_" + name : std::string(function->sqlite)) + "(";
+  // These are told where to stop, since what they make may be long.
+  if (contains(growing, name)) {
+    out.sql += std::to_string(out.width.limit()) + (given.empty() ? "" : ", ");
+    out.width = out.width.full();
+  }
   for (std::size_t i = 0; i < given.size(); ++i) out.sql += (i ? ", " : "") + given[i].sql;
   out.sql += ")";
   out.kind = function->kind;
@@ -211,18 +242,23 @@ Expression Translation::specialFunction(const std::string& name, bool& found) {
     reader_.expectSymbol(")");
     out.sql += " then " + yes.sql + " else " + no.sql + " end";
     out.kind = commonKind(yes.kind, no.kind);
+    out.width = either(yes.width, no.width);
     return out;
   }
   if (name == "isnull" || name == "coalesce" || name == "nullif") {
     const std::vector<Expression> given = arguments();
     if (given.size() < 2) refuse(name + " needs two arguments");
     out.kind = given[0].kind;
+    out.width = given[0].width;
     if (name == "nullif") {
       out.sql = "case when " + compared(given[0], "=", given[1]) + " then null else " + given[0].sql + " end";
       return out;
     }
     out.sql = "coalesce(";
-    for (std::size_t i = 0; i < given.size(); ++i) out.sql += (i ? ", " : "") + given[i].sql;
+    for (std::size_t i = 0; i < given.size(); ++i) {
+      out.sql += (i ? ", " : "") + given[i].sql;
+      out.width = either(out.width, given[i].width);
+    }
     out.sql += ")";
     if (name == "coalesce" || out.kind == unknown)
       for (const Expression& each : given) out.kind = commonKind(out.kind, each.kind);
@@ -247,6 +283,7 @@ Expression Translation::aggregate(const std::string& name) {
       reader_.acceptWord("all");
     const Expression first = expression();
     kind = first.kind;
+    out.width = first.width;
     inner = distinct + first.sql;
     if (!first.column && first.kind == DataType::Text && (name == "min" || name == "max" || !distinct.empty()))
       inner += " collate q_text";
@@ -266,6 +303,10 @@ Expression Translation::aggregate(const std::string& name) {
     refuse("STDEV can't be translated");
   if (contains(windowOnly, name) && window.empty()) refuse(name + " needs OVER");
   out.sql = function + "(" + inner + ")" + window;
+  if (name == "string_agg" && out.width.limit() > 0) {
+    out.width = out.width.full();
+    out.sql = "q_within(" + out.sql + ", " + std::to_string(out.width.limit()) + ")";
+  }
   const bool sameKind = name == "min" || name == "max" || name == "sum" || name == "avg" || name == "lag" ||
                         name == "lead" || name == "first_value" || name == "last_value";
   out.kind = name == "string_agg" ? DataType::Text : sameKind ? kind : DataType::Integer;
@@ -337,6 +378,9 @@ Expression Translation::conversion(Expression value, const TypeRef& type, bool s
   out.sql = std::string(attempt ? "q_try_convert(" : "q_convert(") + value.sql + ", " + quoteText(type.baseName) +
             ", " + std::to_string(size) + ", " + std::to_string(type.scale) + ", " + (style ? *style : "null") + ")";
   out.kind = type.dataType;
+  TypeRef sizedType = type;
+  if (size == 30) sizedType.prec = size;
+  if (type.dataType == DataType::Text) out.width = TextWidth::ofType(sizedType);
   return out;
 }
 

@@ -25,6 +25,8 @@ class ScopeGuard {
   Scope* before_;
 };
 
+constexpr std::size_t queriesAtOnce = 300;
+
 bool endsSelectList(const Token& token) {
   for (const std::string_view word :
        {"where", "group", "having", "order", "union", "except", "intersect", "into", "for", "option"})
@@ -98,6 +100,7 @@ Query Translation::compoundQuery(std::vector<std::string>* assigned) {
   std::string limit;
   Query out = simpleQuery(assigned, limit);
   bool compound = false;
+  std::size_t joinedQueries = 0;
   for (;;) {
     const Token& token = reader_.peek();
     if (!token.is("union") && !token.is("except") && !token.is("intersect")) break;
@@ -108,9 +111,14 @@ Query Translation::compoundQuery(std::vector<std::string>* assigned) {
     Query next = simpleQuery(nullptr, limit);
     if (!limit.empty()) next.sql = "select * from (" + next.sql + " limit " + limit + ")";
     limit.clear();
+    // SQLite joins only so many queries at once.
+    if (++joinedQueries % queriesAtOnce == 0) out.sql = "select * from (" + out.sql + ")";
     out.sql += " " + operation + " " + next.sql;
-    for (std::size_t i = 0; i < out.columns.list.size() && i < next.columns.list.size(); ++i)
-      out.columns.list[i].kind = commonKind(out.columns.list[i].kind, next.columns.list[i].kind);
+    for (std::size_t i = 0; i < out.columns.list.size() && i < next.columns.list.size(); ++i) {
+      OutputColumn& column = out.columns.list[i];
+      column.kind = commonKind(column.kind, next.columns.list[i].kind);
+      column.width = either(column.width, next.columns.list[i].width);
+    }
     compound = true;
   }
   if (reader_.peek().is("order")) out.sql += orderBy(out.columns, compound);
@@ -288,7 +296,7 @@ Translation::SelectItem Translation::selectItem() {
   if (!named && plain) alias = value.name;
   item.sql = value.sql;
   if (named || !plain) item.sql += " as " + quoteColumn(alias);
-  item.columns.push_back({alias, value.kind, value.column});
+  item.columns.push_back({alias, value.kind, value.column, value.width});
   return item;
 }
 
@@ -498,7 +506,7 @@ Translation::Table Translation::resolve(const ObjectName& name, const Token& tok
     table.source.schema = info->schema;
     table.source.columns.complete = true;
     for (const auto& column : info->columns)
-      table.source.columns.list.push_back({column.name, column.type.dataType, true});
+      table.source.columns.list.push_back({column.name, column.type.dataType, true, TextWidth::ofType(column.type)});
     return table;
   }
   if (catalogue.find(name.schema, name.name))
@@ -535,9 +543,11 @@ std::string Translation::valuesRows(Columns& columns) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       sql += (i ? ", " : "") + row[i].sql;
       if (first)
-        columns.list.push_back({"column" + std::to_string(i + 1), row[i].kind, false});
-      else if (i < columns.list.size())
+        columns.list.push_back({"column" + std::to_string(i + 1), row[i].kind, false, row[i].width});
+      else if (i < columns.list.size()) {
         columns.list[i].kind = commonKind(columns.list[i].kind, row[i].kind);
+        columns.list[i].width = either(columns.list[i].width, row[i].width);
+      }
     }
     sql += ")";
   }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "embedded/translate/textWidth.h"
 #include "embedded/translate/translator.h"
 
 namespace qrel::tsql {
@@ -17,6 +18,9 @@ struct Expression {
   bool column = false;   // a column whose own collation decides comparisons
   bool literal = false;  // a text literal; `name` is its value
   std::string name;      // a column's name as written
+  TextWidth width{};
+  bool isCase = false;    // "case when ... end" and nothing around it
+  bool enclosed = false;  // in brackets
 };
 
 // A column that a table, a view or a query gives.
@@ -24,6 +28,7 @@ struct OutputColumn {
   std::string name;
   DataType kind = DataType::Empty;
   bool column = false;  // keeps the collation of a stored column
+  TextWidth width{};
 };
 
 struct Columns {
@@ -141,12 +146,13 @@ class Translation {
   TypeRef castType(bool& sized);
 
   [[noreturn]] void refuse(const std::string& reason) const;
+  [[noreturn]] static void refuseNesting();
 
   // Counts how deep expressions, conditions and queries are nested; refuses what would exhaust the stack.
   class Nesting {
    public:
     explicit Nesting(Translation& of) : of_(of) {
-      if (++of_.depth_ > mostNested) of_.refuse("it is nested too deep");
+      if (++of_.depth_ > mostNested) refuseNesting();
     }
     ~Nesting() { --of_.depth_; }
     Nesting(const Nesting&) = delete;
@@ -162,6 +168,7 @@ class Translation {
   Scope* scope_ = nullptr;
   std::vector<std::pair<std::string, Columns>> commonTables_;
   int depth_ = 0;
+  bool enclosed_ = false;  // the condition that was read last stands in brackets as a whole
 };
 
 // Words that end an expression, a table or a query, and so are no alias.

@@ -21,18 +21,56 @@ std::string Translator::tableName() { return Translation(context_, reader_).tabl
 
 std::string Translator::fromList() { return Translation(context_, reader_).fromList(); }
 
+namespace {
+
+constexpr std::string_view ownMark = "@v_";  // names of the program's own parameters begin otherwise
+constexpr std::string_view digits = "0123456789abcdef";
+
+bool isPlain(unsigned char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c >= 0x80; }
+
+}  // namespace
+
+std::string variableOfParameter(std::string_view parameter) {
+  if (!parameter.starts_with(ownMark)) return std::string(parameter);
+  std::string name = "@";
+  for (std::size_t i = ownMark.size(); i < parameter.size(); ++i) {
+    if (parameter[i] != '$' || i + 2 >= parameter.size()) {
+      name += parameter[i];
+      continue;
+    }
+    name += static_cast<char>(digits.find(parameter[i + 1]) * 16 + digits.find(parameter[i + 2]));
+    i += 2;
+  }
+  return name;
+}
+
+std::string parameterOfVariable(std::string_view name) {
+  std::string out(ownMark);
+  for (const char c : name.substr(1)) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (isPlain(byte)) {
+      out += c;
+      continue;
+    }
+    out += '$';
+    out += digits[byte >> 4];
+    out += digits[byte & 15];
+  }
+  return out;
+}
+
 void bindVariables(sqlite::Statement& statement, const std::map<std::string, Value>& variables) {
   const int count = sqlite3_bind_parameter_count(statement.get());
   for (int i = 1; i <= count; ++i) {
     const char* given = sqlite3_bind_parameter_name(statement.get(), i);
-    std::string name = given ? given : "";
-    const bool global = name.rfind("@__", 0) == 0;
-    if (global) name.replace(0, 3, "@@");
+    const std::string name = variableOfParameter(given ? given : "");
     const auto found = variables.find(name);
     if (found != variables.end())
       statement.bind(i, found->second);
-    else if (global)
+    else if (name == "@@rowcount" || name == "@@error")
       statement.bind(i, std::int64_t{0});
+    else if (name == "@@identity")
+      statement.bindNull(i);
     else
       throw DataError(errorNumber::badSql, "Must declare the scalar variable \"" + name + "\".", "42000");
   }

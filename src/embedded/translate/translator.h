@@ -29,8 +29,8 @@ struct TranslateContext {
 // Reads exactly one query or expression at the reader, by grammar, and leaves the reader behind it: the text that
 // follows belongs to the next statement even without a semicolon. What can't be translated raises NotUnderstood;
 // an unknown table raises DataError 0x80040E37 "Invalid object name 'x'.".
-// Variables stay as @name in lower case, a global one such as @@ROWCOUNT becomes @__rowcount, a "?" the @p1, @p2, ...
-// of its place among the question marks: SQLite binds them by name, bindVariables does it.
+// Variables become parameters that SQLite binds by name (parameterOfVariable; bindVariables binds them), a "?" the @p1,
+// @p2, ... of its place among the question marks.
 class Translator {
  public:
   Translator(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
@@ -53,8 +53,14 @@ class Translator {
   TokenReader& reader_;
 };
 
-// Binds the variables of a translated text from a map by lower-case name with @ ("@x", "@@rowcount", "@p1"). A global
-// one that the map lacks is 0; any other raises DataError 'Must declare the scalar variable "@x".'.
+// What a variable, in lower case with its @, is called inside SQLite, which knows fewer letters in such names; and
+// back.
+std::string parameterOfVariable(std::string_view name);
+std::string variableOfParameter(std::string_view parameter);
+
+// Binds the variables of a translated text from a map by lower-case name with @ ("@x", "@@rowcount", "@p1"). Before any
+// statement has run @@rowcount and @@error are 0 and @@identity is Null; whatever else the map lacks raises DataError
+// 'Must declare the scalar variable "@x".', also a global one: its value isn't made up.
 void bindVariables(sqlite::Statement& statement, const std::map<std::string, Value>& variables);
 
 // An expression as the server stores it in defaults, checks and computed columns, in the form of the version:

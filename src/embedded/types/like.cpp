@@ -1,5 +1,6 @@
 #include "embedded/types/like.h"
 
+#include <optional>
 #include <string>
 
 #include "platform/text.h"
@@ -40,6 +41,15 @@ class Matcher {
       in = starText;
     }
     return true;
+  }
+
+  // Matches a pattern without "%" against the text's beginning; gives the offset behind it.
+  std::optional<std::size_t> runHead() {
+    std::size_t at = 0;
+    std::size_t in = 0;
+    while (at < pattern_.size())
+      if (in == text_.size() || !matchOne(at, in)) return {};
+    return in;
   }
 
  private:
@@ -90,6 +100,30 @@ bool matchesLike(std::string_view text, std::string_view pattern, std::string_vi
   const std::string lowerText = lowerCase(text);
   const std::string lowerPattern = lowerCase(pattern);
   return Matcher(lowerText, lowerPattern, mark).run();
+}
+
+LikePattern::LikePattern(std::string_view pattern) : head_(pattern) {
+  bool inSet = false;
+  std::size_t setBegin = 0;
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    if (!inSet && pattern[i] == '[') {
+      inSet = true;
+      setBegin = i + (i + 1 < pattern.size() && pattern[i + 1] == '^' ? 2 : 1);
+    } else if (inSet && pattern[i] == ']' && i > setBegin) {
+      inSet = false;
+    } else if (!inSet && pattern[i] == '%') {
+      head_ = pattern.substr(0, i);
+      rest_ = pattern.substr(i);
+      return;
+    }
+  }
+}
+
+LikePattern::Match LikePattern::match(std::string_view text) const {
+  if (rest_.empty()) return Matcher(text, head_, 0).run() ? Match::Whole : Match::None;
+  const auto behind = Matcher(text, head_, 0).runHead();
+  if (!behind) return Match::None;
+  return Matcher(text.substr(*behind), rest_, 0).run() ? Match::Whole : Match::HeadOnly;
 }
 
 }  // namespace qrel::tsql

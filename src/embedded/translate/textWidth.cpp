@@ -1,0 +1,56 @@
+#include "embedded/translate/textWidth.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+// Of a text made of both.
+TextWidth::Kind commonKind(TextWidth::Kind a, TextWidth::Kind b) {
+  using Kind = TextWidth::Kind;
+  for (const Kind kind : {Kind::Long, Kind::Unknown, Kind::National})
+    if (a == kind || b == kind) return kind;
+  return Kind::Plain;
+}
+
+}  // namespace
+
+TextWidth TextWidth::ofType(const TypeRef& type) {
+  switch (type.xtype) {
+    case 167:  // varchar
+    case 175:  // char
+      return type.length < 0 ? TextWidth{Kind::Long, 0} : TextWidth{Kind::Plain, type.prec};
+    case 231:  // nvarchar
+    case 239:  // nchar
+      return type.length < 0 ? TextWidth{Kind::Long, 0} : TextWidth{Kind::National, type.prec};
+    case 35:   // text
+    case 99:   // ntext
+    case 241:  // xml
+      return {Kind::Long, 0};
+    default:
+      return {};
+  }
+}
+
+TextWidth TextWidth::ofLiteral(std::string_view text, bool national) {
+  TextWidth width{national ? Kind::National : Kind::Plain, static_cast<std::int64_t>(characterCount(text))};
+  if (width.exceeds()) width = {Kind::Long, 0};
+  return width;
+}
+
+TextWidth either(const TextWidth& a, const TextWidth& b) {
+  return {commonKind(a.kind, b.kind), std::max(a.most, b.most)};
+}
+
+TextWidth joined(const TextWidth& a, const TextWidth& b) { return {commonKind(a.kind, b.kind), a.most + b.most}; }
+
+std::string cutToWidth(std::string sql, TextWidth& width) {
+  if (!width.exceeds()) return sql;
+  width = width.full();
+  return "q_cut(" + sql + ", " + std::to_string(width.limit()) + ")";
+}
+
+}  // namespace qrel::tsql
