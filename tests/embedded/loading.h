@@ -1,6 +1,8 @@
 // A server with one database that scripts are loaded into, and queries on what they leave behind.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -64,6 +66,17 @@ inline std::string reasons(const std::vector<SkippedStatement>& list) {
   std::string text;
   for (const auto& each : list) text += std::to_string(each.line) + ": " + each.firstWords + " | " + each.reason + "\n";
   return text;
+}
+
+// Each statement that was skipped or refused is listed, as often as it was met.
+inline void expectAddsUp(const LoadReport& report, const std::string& script) {
+  const auto listed = [](const std::vector<SkippedStatement>& list) {
+    std::int64_t times = 0;
+    for (const SkippedStatement& each : list) times += each.times;
+    return times;
+  };
+  EXPECT_EQ(report.statementsSkipped, listed(report.skipped)) << script;
+  EXPECT_EQ(report.statementsFailed, listed(report.failed)) << script;
 }
 
 }  // namespace qrel

@@ -20,9 +20,7 @@ void expectRun(const std::string& script, const std::string& rows, std::size_t t
   EXPECT_EQ(report.skipped.size() + report.failed.size(), told) << script << "\n"
                                                                 << reasons(report.skipped) << reasons(report.failed);
   EXPECT_EQ(s.rows("select count(*) from cat_objects where name = 'victim'"), "1\n") << script;
-  EXPECT_EQ(report.statements, report.made + report.ran + report.withoutEffect +
-                                   static_cast<std::int64_t>(report.skipped.size() + report.failed.size()))
-      << script;
+  expectAddsUp(report, script);
 }
 
 TEST(UntakenBranch, RunsNothingWhateverStandsInIt) {

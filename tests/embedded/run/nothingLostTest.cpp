@@ -8,12 +8,6 @@
 namespace qrel {
 namespace {
 
-void expectAddsUp(const LoadReport& report, const std::string& script) {
-  EXPECT_EQ(report.statements, report.made + report.ran + report.withoutEffect +
-                                   static_cast<std::int64_t>(report.skipped.size() + report.failed.size()))
-      << script;
-}
-
 TEST(ExecuteSql, KeepsWhatItsTextMakes) {
   const char* const calls[] = {
       "EXEC dbo.sp_executesql @statement = N'%'",
@@ -91,7 +85,7 @@ TEST(SameLine, StatementsEndWhereTheNextBegins) {
             "6: FETCH NEXT FROM c INTO @f | A cursor with the name 'c' does not exist.\n");
   EXPECT_EQ(reasons(report.skipped),
             "8: RESTORE x DROP TABLE t | RESTORE isn't carried out; left out up to line 8 of its batch\n");
-  EXPECT_EQ(report.withoutEffect, 8);
+  EXPECT_EQ(report.statementsWithoutEffect, 8);
   expectAddsUp(report, "");
 }
 
