@@ -228,6 +228,7 @@ void Interpreter::simpleStatement() {
   rows_ = 0;
   try {
     Handler handler = handlerOf(reader_.peek());
+    if (handler && running()) requireStatement(session_.rights(), reader_, session_.open().facts.database);
     if (!handler && reader_.peek().isIdentifier() && atBatchStart()) handler = &Interpreter::execStatement;
     if (!handler && reader_.peek(1).isSymbol(":")) {  // a label
       reader_.next();
@@ -235,7 +236,6 @@ void Interpreter::simpleStatement() {
       return;
     }
     if (!handler) notUnderstood("unknown statement");
-    if (running()) requireStatement(session_.rights(), reader_, session_.open().facts.database);
     checkNesting(start);
     const bool told = running();
     (this->*handler)();

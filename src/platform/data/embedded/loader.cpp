@@ -98,6 +98,9 @@ class WorkCopy {
   void takePlace() {
     flush(path_);
     std::error_code error;
+    // What a program left behind that was ended in the middle of a change: it belongs to the file that goes.
+    fs::remove(target_.string() + "-journal", error);
+    if (error) fail(target_, "cannot be replaced: " + error.message() + ".");
     fs::rename(path_, target_, error);
     if (error) fail(target_, "cannot be replaced: " + error.message() + ".");
     flush(target_.parent_path());
