@@ -347,6 +347,8 @@ void Database::fail(int code, std::string_view sql) const {
     case SQLITE_NOTADB:
       throw unusable(std::string("is not a database of this server. ") + loadAgain);
     case SQLITE_CORRUPT:
+      // What the disk refuses to give counts as damage to SQLite.
+      if (sqlite3_system_errno(handle_) == EIO) throw unusable(cannotTransfer(SQLITE_IOERR_READ));
       throw unusable(std::string("is damaged. ") + loadAgain);
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
