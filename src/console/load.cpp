@@ -2,6 +2,7 @@
 
 #include "console/commands.h"
 #include "console/loadReport.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 

@@ -2,6 +2,7 @@
 #include "compare/structure/frmCompareAll.h"
 #include "compare/structure/frmListObjects.h"
 #include "db/modSchema.h"
+#include "embedded/load/loader.h"
 #include "tests/compare/compareAllFixture.h"
 
 namespace qrel {
@@ -97,6 +98,34 @@ TEST_F(CompareAllWindows, CancelInTheMiddleLeavesNoReport) {
   test.host.windows.push_back(leaveAlone);
   CompStruct_BulkSel_SimpleDet_All(program, *this, 1, false, false);
   EXPECT_EQ(shownText, "") << "no report window";
+}
+
+// A load that takes a database's place in the middle of a run shows in the next run, as a whole, and not in this one.
+TEST_F(CompareAllWindows, ARunReadsOneStateOfEachDatabase) {
+  std::string script;
+  for (int i = 0; i < 30; ++i) script += procedure("p" + std::to_string(i));
+  load(script, script);
+  const auto compareOnce = [&](const std::function<void()>& whileItRuns) {
+    frmCompareAllTables form(program);
+    int names = 0;
+    OnChange each(form.parts.lblCurProcName, [&] {
+      if (++names == 10) whileItRuns();
+    });
+    test.host.windows.push_back(leaveAlone);
+    bool blnResult = false;
+    form.ShowUp("A", "B", objProcedures, false, true, blnResult);
+    EXPECT_TRUE(blnResult);
+    EXPECT_GE(names, 10);
+    return state().lngDifferent + state().lngSourceOnly + state().lngTargetOnly;
+  };
+  EXPECT_EQ(compareOnce([&] {
+              LoadOptions replace;
+              replace.replace = true;
+              const auto fresh = test.folder.write("fresh.sql", procedure("p20"));
+              EXPECT_TRUE(loadScripts(test.servers, "S", "B", {fresh}, replace).failed.empty());
+            }),
+            0);
+  EXPECT_EQ(compareOnce([] {}), 29);
 }
 
 TEST_F(CompareAllWindows, TimerShowsTheRun) {

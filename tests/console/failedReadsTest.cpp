@@ -58,6 +58,7 @@ class FaultyConnection : public ProviderConnection {
 class FaultyProvider : public Provider {
  public:
   FaultyProvider(std::unique_ptr<Provider> inner, Fault& fault) : inner_(std::move(inner)), fault_(fault) {}
+  bool serves(const std::string& server) const override { return inner_->serves(server); }
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override {
     return std::make_unique<FaultyConnection>(inner_->open(connectionString), fault_);
   }

@@ -121,7 +121,9 @@ TEST_F(Faults, ALoadLeavesTheOldDatabaseOrTheNewOne) {
       EXPECT_EQ(succeed({"objects", "S/D"}).out, after);
       EXPECT_EQ(succeed({"data", "S/D", "S/D", "--table", "b"}).out.substr(0, 100), rows.substr(0, 100));
     }
-    if (run.err.find("Nothing was changed") != std::string::npos) EXPECT_TRUE(old) << run.err;
+    if (run.err.find("Nothing was changed") != std::string::npos) {
+      EXPECT_TRUE(old) << run.err;
+    }
     EXPECT_EQ(bytesOf(home() + "/servers/S/master.mdf"), masterBefore);
     for (const auto& [name, bytes] : filesOf(home()))
       EXPECT_TRUE(names.contains(name) || name.find("lock") != std::string::npos) << "left behind: " << name;
@@ -138,7 +140,9 @@ TEST_F(Faults, AFirstLoadLeavesAServerOrNone) {
     } else {
       EXPECT_FALSE(run.err.empty());
       // Either nothing of it is there, or all of it.
-      if (fs::exists(home() + "/servers/S")) EXPECT_EQ(succeed({"databases", "S"}).out, "D\nmaster\n") << run.err;
+      if (fs::exists(home() + "/servers/S")) {
+        EXPECT_EQ(succeed({"databases", "S"}).out, "D\nmaster\n") << run.err;
+      }
     }
     restore();
   });
@@ -157,7 +161,9 @@ TEST_F(Faults, AServerIsAddedOrNotAndNoneIsLost) {
   withEachFault({"servers", "add", "f"}, [&](const QrelRun& run) {
     const std::string now = succeed({"servers"}).out;
     EXPECT_TRUE(now == before || now == after) << now;
-    if (run.code == 0) EXPECT_EQ(now, after) << "told as added";
+    if (run.code == 0) {
+      EXPECT_EQ(now, after) << "told as added";
+    }
     if (now != before) restore();
   });
 }
@@ -175,7 +181,9 @@ TEST_F(Faults, AServerIsRemovedOrNotAndNoneIsLost) {
   withEachFault({"servers", "remove", "d"}, [&](const QrelRun& run) {
     const std::string now = succeed({"servers"}).out;
     EXPECT_TRUE(now == before || now == after) << now;
-    if (run.code == 0) EXPECT_EQ(now, after) << "told as removed";
+    if (run.code == 0) {
+      EXPECT_EQ(now, after) << "told as removed";
+    }
     if (now != before) restore();
   });
 }

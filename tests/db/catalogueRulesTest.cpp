@@ -136,8 +136,9 @@ TEST(SchemaFilter, NarrowsByTypeAndSide) {
   filter.gstrSchemaFilter[0] = " dbo,sales ";
   filter.gstrSchemaFilter[1] = "left over";
   const auto of = [&](long type, int side) -> std::string {
-    std::string join = "x", where = "x";
-    return GetSchemaFilter(test.program, type, side, join, where) ? join + "|" + where : "none" + join + where;
+    SqlText join("x"), where("x");
+    const bool applies = GetSchemaFilter(test.program, type, side, join, where);
+    return applies ? join.shown() + "|" + where.shown() : "none" + join.shown() + where.shown();
   };
   const auto narrowed = [](const std::string& view, const std::string& kind) {
     return "LEFT JOIN INFORMATION_SCHEMA." + view + " ON INFORMATION_SCHEMA." + view + "." + kind +
@@ -157,7 +158,7 @@ TEST(SchemaFilter, NarrowsByTypeAndSide) {
     EXPECT_EQ(of(type, 0), text) << type;
     EXPECT_EQ(of(type, 1), "none") << type;
   }
-  EXPECT_EQ(BuildObjSQLString(test.program, objTriggers, true, "", "", 0),
+  EXPECT_EQ(BuildObjSQLString(test.program, objTriggers, true, "", "", 0).shown(),
             "select name, refdate, id from sysobjects where OBJECTPROPERTY(id, N'IsTrigger') = 1 and xtype <> 'S'  "
             "order by name");
   filter.gstrSchemaFilter[0] = "'a,b','c'";

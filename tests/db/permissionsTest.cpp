@@ -46,8 +46,9 @@ TEST(Permissions, QueryLeavesSystemObjectsOutWhenTold) {
       "b.schema_id = c.schema_id ";
   const std::string tail = " ORDER BY b.[type_desc], schema_name, b.[name] ";
   TestProgram test;
-  EXPECT_EQ(BuildObjSQLString(test.program, objPermissions, false, "x", "y", 0), head + tail);
-  EXPECT_EQ(BuildObjSQLString(test.program, objPermissions, true, "", "", 1), head + "WHERE major_id > 0 " + tail);
+  EXPECT_EQ(BuildObjSQLString(test.program, objPermissions, false, "x", "y", 0).shown(), head + tail);
+  EXPECT_EQ(BuildObjSQLString(test.program, objPermissions, true, "", "", 1).shown(),
+            head + "WHERE major_id > 0 " + tail);
 }
 
 TEST(Permissions, AreListedAndShownByType) {

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include "embedded/sqlite/sqlite.h"
 #include "tests/embedded/embeddedServer.h"
@@ -41,6 +42,33 @@ TEST(EmbeddedProvider, SaysWhyADatabaseCannotBeHad) {
     EXPECT_NE(error.description.find(words), std::string::npos) << error.description;
   }
   EXPECT_FALSE(std::filesystem::exists(folder / "nope.mdf"));
+}
+
+TEST(EmbeddedProvider, FilesThatCannotBeHadAreToldWithTheirFolder) {
+  TemporaryFolder folder;
+  const auto message = [&](const std::string& name, sqlite::OpenMode mode) -> std::string {
+    try {
+      sqlite::Database database(folder.path() / name, mode);
+      database.execute("create table t (a)");
+    } catch (const DataError& error) {
+      return error.description;
+    }
+    return "";
+  };
+  std::filesystem::create_directory(folder.path() / "folder.mdf");
+  const std::string where = folder.path().string();
+  const std::tuple<const char*, sqlite::OpenMode, std::string> cases[] = {
+      {"a.mdf", sqlite::OpenMode::ReadOnly, "The database file '" + where + "/a.mdf' does not exist."},
+      {"none/a.mdf", sqlite::OpenMode::ReadOnly, "there is no folder '" + where + "/none'. Make the folder"},
+      {"none/a.mdf", sqlite::OpenMode::Create, "there is no folder '" + where + "/none'. Make the folder"},
+      {"folder.mdf", sqlite::OpenMode::ReadWrite, "it is a folder."},
+      {"none/a.mdf.loading-4711", sqlite::OpenMode::Create, "The database file '" + where + "/none/a.mdf' cannot be"},
+  };
+  for (const auto& [name, mode, words] : cases) {
+    const std::string told = message(name, mode);
+    EXPECT_NE(told.find(words), std::string::npos) << name << ": " << told;
+    EXPECT_EQ(told.find("loading"), std::string::npos) << told;
+  }
 }
 
 TEST(EmbeddedProvider, SeesTheFileThatTookTheOldOnesPlace) {

@@ -104,6 +104,11 @@ TEST(ReadOnly, AFileInTheMiddleOfAChangeIsToldInWords) {
   EXPECT_NE(error.description.find("a program that ended before it was done"), std::string::npos) << error.description;
   EXPECT_EQ(stateOf(server.folder.path()), before);
   EXPECT_EQ(server.line("SELECT a FROM t"), "1");
+  // And what is said to help does.
+  LoadOptions replace;
+  replace.replace = true;
+  loadScripts(server.servers, "S", "killed", {server.folder.write("s.sql", "CREATE TABLE u (a int)")}, replace);
+  EXPECT_EQ(server.line("SELECT COUNT(*) FROM u", "killed"), "0");
 }
 
 // Another user for the length of a scope; root may read and write everything.

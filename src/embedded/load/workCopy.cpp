@@ -159,6 +159,9 @@ bool WorkCopy::prepare(const std::function<bool()>& stop) {
 }
 
 void WorkCopy::takePlace() {
+  // What a program left behind that was ended in the middle of a change: it belongs to the file that goes.
+  if (::unlink((target_.string() + "-journal").c_str()) != 0 && errno != ENOENT)
+    fail(errno, target_, "cannot be replaced");
   if (::rename(path_.c_str(), target_.c_str()) != 0) fail(errno, target_, "cannot be replaced");
   // From here on the database is the new one: that a power failure might undo it is no reason to call it failed.
   flushFolder(target_.parent_path());

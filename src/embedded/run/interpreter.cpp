@@ -272,7 +272,9 @@ void Interpreter::simpleStatement() {
 void Interpreter::perform(std::size_t start) {
   const Handler handler = handlerAt();
   if (!handler) notUnderstood("unknown statement");
-  if (running()) requireStatement(session_.rights(), reader_, session_.open().facts.database);
+  // A procedure that is called by its name alone is asked about where it runs.
+  if (running() && handlerOf(reader_.peek()))
+    requireStatement(session_.rights(), reader_, session_.open().facts.database);
   checkNesting(start);
   (this->*handler)();
 }

@@ -15,7 +15,8 @@ namespace fs = std::filesystem;
 constexpr int busyMilliseconds = 4000;
 constexpr int stepsBetweenClockLooks = 20000;
 
-constexpr const char* loadAgain = "Load the database again with \"qrel load\", or put back a copy of the file.";
+constexpr const char* loadAgain =
+    "Load the database again with \"qrel load --replace\", or put back a copy of the file.";
 constexpr const char* tooDeep =
     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller queries.";
 
@@ -74,6 +75,10 @@ std::string_view sentenceFor(std::string_view message) {
       {"integer overflow", "Arithmetic overflow error converting expression to data type bigint."},
       {"circular reference", "A common table expression refers to itself in a way that can't be followed."},
       {"recursive", "A recursive common table expression must refer to itself once, behind UNION ALL."},
+      {"values for",
+       "A common table expression or a table in brackets has another number of columns than its list names."},
+      {"must be a positive integer", "The argument of a windowed function must be a positive whole number."},
+      {"datatype mismatch", "The number of rows in TOP, OFFSET or FETCH must be a whole number."},
       {"no tables specified", "Must specify table to select from."},
       {"incomplete input", "Incorrect syntax near the end of the statement."},
   };
@@ -342,6 +347,8 @@ void Database::fail(int code, std::string_view sql) const {
     case SQLITE_NOTADB:
       throw unusable(std::string("is not a database of this server. ") + loadAgain);
     case SQLITE_CORRUPT:
+      // What the disk refuses to give counts as damage to SQLite.
+      if (sqlite3_system_errno(handle_) == EIO) throw unusable(cannotTransfer(SQLITE_IOERR_READ));
       throw unusable(std::string("is damaged. ") + loadAgain);
     case SQLITE_BUSY:
     case SQLITE_LOCKED:

@@ -274,6 +274,7 @@ Expression Translation::aggregate(const std::string& name) {
   std::string inner;
   DataType kind = DataType::Integer;
   std::string distinct;
+  bool separated = false;
   if (reader_.acceptSymbol("*")) {
     inner = "*";
   } else if (!reader_.peek().isSymbol(")")) {
@@ -287,9 +288,11 @@ Expression Translation::aggregate(const std::string& name) {
     inner = distinct + first.sql;
     if (!first.column && first.kind == DataType::Text && (name == "min" || name == "max" || !distinct.empty()))
       inner += " collate q_text";
-    while (reader_.acceptSymbol(",")) inner += ", " + expression().sql;
+    for (; reader_.acceptSymbol(","); separated = true) inner += ", " + expression().sql;
   }
   reader_.expectSymbol(")");
+  if (name == "string_agg" && !separated)
+    throw DataError(errorNumber::badSql, "The string_agg function requires 2 argument(s).", "42000");
   if (reader_.peek().is("within")) refuse("WITHIN GROUP can't be translated");
   const std::string window = over();
   std::string function = name;

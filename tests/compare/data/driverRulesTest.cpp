@@ -354,7 +354,8 @@ TEST(OrderBy, EndsAtTheFirstEmptyKey) {
                {{"a", "", "c"}, " ORDER BY [a] "},
                {{" a ", "b b", " "}, " ORDER BY [a], [b b] "},
                {{"a", "b", "c]"}, " ORDER BY [a], [b], [c]] "}};
-  for (const auto& each : cases) EXPECT_EQ(BuildOrderByClause(each.keys[0], each.keys[1], each.keys[2]), each.clause);
+  for (const auto& each : cases)
+    EXPECT_EQ(BuildOrderByClause(each.keys[0], each.keys[1], each.keys[2]).shown(), each.clause);
 }
 
 TEST(SentSelects, AskForTheSourcesColumnsOnBothSides) {

@@ -1,8 +1,8 @@
 // What can't be read is an error in words, never an empty answer.
 #include <gtest/gtest.h>
 
-#include "embedded/functions/functions.h"
 #include "embedded/sqlite/sqlite.h"
+#include "embedded/types/collations.h"
 #include "tests/embedded/embeddedServer.h"
 
 namespace qrel {

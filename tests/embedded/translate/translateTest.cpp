@@ -144,6 +144,50 @@ TEST_F(Translate, ErrorsCarryTheServersNumbers) {
     EXPECT_EQ(server_->error(sql).number, errorNumber::badSql) << sql.substr(0, 40);
 }
 
+// Whatever is wrong with a query, it is told in the server's words.
+TEST_F(Translate, ErrorsNeverSpeakOfWhatLiesBehind) {
+  std::string wide = "SELECT 0", tables = "SELECT 1 FROM t a0";
+  for (int i = 1; i < 2500; ++i) wide += ", " + std::to_string(i);
+  for (int i = 1; i < 80; ++i) tables += ", t a" + std::to_string(i);
+  for (const std::string& sql : {wide,
+                                 tables,
+                                 std::string("SELECT id FROM t UNION SELECT id, name FROM t"),
+                                 std::string("SELECT id FROM t UNION SELECT id FROM t ORDER BY name"),
+                                 std::string("SELECT id FROM t ORDER BY 9"),
+                                 std::string("SELECT (SELECT id, name FROM t)"),
+                                 std::string("SELECT id FROM t WHERE (SELECT id, name FROM t) = 1"),
+                                 std::string("SELECT id FROM t WHERE COUNT(*) > 1"),
+                                 std::string("SELECT id FROM t a, t b"),
+                                 std::string("SELECT SUM(SUM(id)) FROM t"),
+                                 std::string("SELECT ROW_NUMBER() OVER (ORDER BY nope) FROM t"),
+                                 std::string("SELECT id FROM t WHERE ROW_NUMBER() OVER (ORDER BY id) = 1"),
+                                 std::string("SELECT a.* FROM t"),
+                                 std::string("SELECT * FROM (VALUES (1, 2), (3)) AS v(a, b)"),
+                                 std::string("SELECT LEFT('a')"),
+                                 std::string("SELECT id FROM t HAVING id > 1"),
+                                 std::string("SELECT id FROM t GROUP BY 1, 7"),
+                                 std::string("SELECT MIN(*) FROM t"),
+                                 std::string("SELECT MAX() FROM t"),
+                                 std::string("SELECT STRING_AGG(name) FROM t"),
+                                 std::string("SELECT NTILE(0) OVER (ORDER BY id) FROM t"),
+                                 std::string("SELECT LAG(id, 1, 2, 3) OVER (ORDER BY id) FROM t"),
+                                 std::string("SELECT id FROM t OFFSET 'x' ROWS"),
+                                 std::string("SELECT TOP (name) id FROM t"),
+                                 std::string("WITH c AS (SELECT n FROM c) SELECT n FROM c"),
+                                 std::string("WITH c (a, b) AS (SELECT 1) SELECT a FROM c"),
+                                 std::string("SELECT SUM(9223372036854775807) OVER () FROM t"),
+                                 std::string("SELECT name COLLATE nothing FROM t UNION"),
+                                 std::string("SELECT 1 FROM t JOIN t b"),
+                                 std::string("SELECT COUNT(DISTINCT id, name) FROM t")}) {
+    const ErrorInfo error = server_->error(sql);
+    EXPECT_NE(error.number, 0) << sql.substr(0, 80);
+    for (const char* word :
+         {"sql logic", "sqlite", "SQLite", "q_", "syntax error", "cat_", "\x01", "parser", "compound", "misuse"})
+      EXPECT_EQ(error.description.find(word), std::string::npos) << sql.substr(0, 80) << ": " << error.description;
+    EXPECT_NE(error.description, "The embedded server can't carry out this statement.") << sql.substr(0, 80);
+  }
+}
+
 TEST(StoredExpression, AsTheServerKeepsIt) {
   const std::vector<std::tuple<int, std::string, std::string>> cases = {
       {11, "1", "((1))"},
