@@ -159,9 +159,7 @@ TEST(LoadSafety, ALongStatementIsStopped) {
 
 TEST(LoadSafety, EqualMessagesAreCountedAndTheListEnds) {
   Loading s;
-  const auto loop = s.load(
-      "DECLARE @i int\nSET @i = 0\nWHILE @i < 500\nBEGIN\n  FETCH NEXT FROM c\n  INSERT none VALUES (@i)\n"
-      "  SET @i = @i + 1\nEND\n:sqlcmd x");
+  const auto loop = s.load("FROBNICATE\nGO 500\nINSERT none VALUES (1)\nGO 500\n:sqlcmd x");
   ASSERT_EQ(loop.skipped.size(), 2u) << reasons(loop.skipped);
   EXPECT_EQ(loop.skipped[1].times, 500);
   ASSERT_EQ(loop.failed.size(), 1u) << reasons(loop.failed);
@@ -170,7 +168,7 @@ TEST(LoadSafety, EqualMessagesAreCountedAndTheListEnds) {
   EXPECT_EQ(loop.statementsFailed, 500);
 
   std::string many;
-  for (int i = 0; i < 10010; ++i) many += "FETCH c" + std::to_string(i) + "\n";
+  for (int i = 0; i < 10010; ++i) many += "RECONFIGURE_" + std::to_string(i) + "\nGO\n";
   const auto capped = s.load(many);
   EXPECT_EQ(capped.skipped.size(), LoadReport::mostListed);
   EXPECT_EQ(capped.statementsSkipped, 10010);

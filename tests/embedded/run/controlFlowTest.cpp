@@ -189,7 +189,7 @@ TEST(Nesting, EndsWithASentence) {
   expectRun(chain + "\nELSE INSERT t VALUES (1)", "1", 0);
 }
 
-TEST(Stop, EndsWhatRuns) {
+TEST(StopRequest, EndsWhatRuns) {
   const char* const cross =
       "(SELECT COUNT(*) FROM src a, src b, src c, src d, src e, src f, src g, src h, src i, src j, "
       "src k, src l, src m, src n, src o, src p, src q, src r)";
