@@ -145,6 +145,7 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const W
   request.blnSilent = true;
   const ReadingScope reading(program, "table " + request.arrTables[0]);
   const ReadWatch reads(program);
+  const std::size_t reports = console.host.errorReports();
   checkNames(console, request);
   tDataCompResult result;
   {
@@ -167,7 +168,7 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const W
   state.differences.reset();
   state.mainWindow = nullptr;
   if (!complete) return result.lngDiffs > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
-  if (reads.failed()) return ExitCode::Incomplete;
+  if (reads.failed() || console.host.errorReports() != reports) return ExitCode::Incomplete;
   return result.blnIdentical ? ExitCode::Identical : ExitCode::Different;
 }
 

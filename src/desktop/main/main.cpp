@@ -50,6 +50,7 @@ int main(int argc, char** argv) {
 
   const qrel::Folders folders = qrel::findFolders(argv[0]);
   qrel::EmbeddedServers servers(folders.servers);
+  servers.removeLeftovers();
   qrel::DataAccess data;
   data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
   qrel::KeyStore store(folders.settings);
