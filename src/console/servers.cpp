@@ -7,16 +7,18 @@
 #include "db/mdlServers.h"
 #include "db/readFailures.h"
 #include "platform/text.h"
+#include "platform/visibleText.h"
 
 namespace qrel {
 
 ExitCode runServers(Console& console) {
   for (const tServer& server : console.program.servers.gtypServers)
-    console.out << server.Name << '\t' << (server.SQLAuth ? "login " + server.LoginName : "Windows authentication")
-                << '\t' << server.MRUDb << '\t' << server.Version << '\n';
+    console.out << visibleText(server.Name) << '\t'
+                << (server.SQLAuth ? "login " + visibleText(server.LoginName) : "Windows authentication") << '\t'
+                << visibleText(server.MRUDb) << '\t' << visibleText(server.Version) << '\n';
   for (const std::string& name : console.servers.list())
     if (!IsServerInList(console.program, name))
-      console.out << name << "\tembedded\t\t" << console.servers.productVersion(name) << '\n';
+      console.out << visibleText(name) << "\tembedded\t\t" << console.servers.productVersion(name) << '\n';
   return ExitCode::Identical;
 }
 
