@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #endif
 
+#include "embedded/instance/databaseFiles.h"
 #include "embedded/run/session.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -315,17 +316,14 @@ EmbeddedProvider::Idle EmbeddedProvider::find(const std::string& instance, const
   if (!servers_.exists(instance))
     cannotConnect("SQL Server does not exist or access denied: there is no embedded server '" + instance +
                   "'. \"qrel load " + instance + "/DATABASE FILE\" makes one from a script.");
-  const std::vector<std::string> databases = servers_.databases(instance);
-  const auto found = std::find_if(databases.begin(), databases.end(),
-                                  [&](const std::string& name) { return equalNoCase(name, wanted); });
-  if (found == databases.end())
+  const fs::path file = findDatabaseFile(servers_.folder(instance), wanted);
+  if (file.empty())
     cannotConnect("Cannot open database \"" + wanted +
                       "\" requested by the login. The login failed. Choose one of the " +
                       "server's databases, or make this one with \"qrel load " + instance + "/" + wanted + " FILE\".",
                   "42000");
-  const fs::path file = servers_.databaseFile(instance, *found);
   Idle idle = pool_->take([&](const tsql::OpenDatabase& open) { return open.database.file() == file; });
-  return idle.open ? std::move(idle) : openFile(instance, *found, file);
+  return idle.open ? std::move(idle) : openFile(instance, databaseNameOf(file), file);
 }
 
 EmbeddedProvider::Idle EmbeddedProvider::openFile(const std::string& instance, const std::string& database,
@@ -356,8 +354,7 @@ void EmbeddedProvider::connectSiblings(tsql::OpenDatabase& open, const std::stri
 
 bool EmbeddedProvider::hasDatabase(const std::string& instance, const std::string& name) const {
   if (holding_->find(instance, name)) return true;
-  const std::vector<std::string> databases = servers_.databases(instance);
-  return std::any_of(databases.begin(), databases.end(), [&](const auto& each) { return equalNoCase(each, name); });
+  return !findDatabaseFile(servers_.folder(instance), name).empty();
 }
 
 std::string EmbeddedProvider::fileToAttach(const std::string& instance, const std::string& name) {

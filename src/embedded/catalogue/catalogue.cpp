@@ -59,11 +59,12 @@ TypeRef typeOfRow(const sqlite::Statement& row, int first) {
   type.prec = static_cast<int>(row.integer(first + 3));
   type.scale = static_cast<int>(row.integer(first + 4));
   for (const SystemType& system : systemTypes()) {
-    const bool same = type.xusertype < firstAliasType ? system.xusertype == type.xusertype
-                                                      : system.xtype == type.xtype && system.xusertype != 256;
+    const bool same = type.xusertype < firstAliasType
+                          ? system.xusertype == type.xusertype
+                          : system.xtype == type.xtype && system.xusertype != sysnameXusertype;
     if (!same) continue;
     type.name = system.name;
-    type.baseName = system.xusertype == 256 ? "nvarchar" : system.name;
+    type.baseName = system.xusertype == sysnameXusertype ? "nvarchar" : system.name;
     type.dataType = system.dataType;
     break;
   }

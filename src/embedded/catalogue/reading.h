@@ -9,8 +9,6 @@
 
 namespace qrel::tsql {
 
-inline constexpr int firstAliasType = 257;
-
 std::string_view orDbo(std::string_view schema);
 
 // 0 when there is no such schema; an empty name means dbo.

@@ -55,7 +55,7 @@ TypeRef readType(TokenReader& reader, const Catalogue* catalogue) {
     if (equalNoCase(schema, "dbo")) system = findSystemType(name);
     if (!system) throw NotUnderstood{"unknown type " + (schema.empty() ? "" : schema + ".") + name, line};
   }
-  if (system->xtype == 241) {  // xml(CONTENT collection): the collection isn't kept
+  if (system->xtype == xtype::Xml) {  // xml(CONTENT collection): the collection isn't kept
     if (reader.peek().isSymbol("(")) reader.skipParentheses();
     return systemTypeRef(*system);
   }

@@ -15,6 +15,16 @@ struct View {
   const char* query;
 };
 
+// Numbers of types in these queries are those of namespace xtype in types.h. In the order of the lists below:
+//   34 image, 35 text, 36 uniqueidentifier, 98 sql_variant, 99 ntext, 104 bit, 165 varbinary, 167 varchar, 173 binary,
+//   175 char, 189 timestamp, 231 nvarchar, 239 nchar, 240 hierarchyid and its like, 241 xml: no scale (sys.columns and
+//   sys.types: no precision either, but for bit);
+//   35, 99, 167, 175, 231, 239: the texts, which have a collation (xml has none);
+//   165, 167, 173, 175, 231, 239: what is declared with a size (isCharacter, isBinary);
+//   48 tinyint, 52 smallint, 56 int, 59 real, 60 money, 62 float, 106 decimal, 108 numeric, 122 smallmoney, 127 bigint;
+//   40 date, 41 time, 42 datetime2, 43 datetimeoffset, 58 smalldatetime, 61 datetime.
+// Types of a database's own begin at 257, firstAliasType.
+
 // Known to every version. The plus keeps a join with the users from looking objects up by owner: the objects come
 // first, in the order of their ids.
 constexpr View oldViews[] = {
@@ -198,9 +208,18 @@ std::string referencesQuery() {
 }
 
 bool existsIn(const SystemType& type, int serverMajor) {
-  if (type.xtype == 241) return serverMajor >= 9;
-  if (type.xtype == 240 || (type.xtype >= 40 && type.xtype <= 43)) return serverMajor >= 10;
-  return true;
+  switch (type.xtype) {
+    case xtype::Xml:
+      return serverMajor >= 9;
+    case xtype::Date:
+    case xtype::Time:
+    case xtype::DateTime2:
+    case xtype::DateTimeOffset:
+    case xtype::Clr:
+      return serverMajor >= 10;
+    default:
+      return true;
+  }
 }
 
 std::string typesQuery(int serverMajor) {
@@ -212,7 +231,7 @@ std::string typesQuery(int serverMajor) {
     rows += "'";
     for (const int number : {type.xtype, type.xusertype, type.length, type.prec, type.scale})
       rows += ", " + std::to_string(number);
-    rows += type.xusertype == 256 ? ", 0)" : ", 1)";
+    rows += type.xusertype == sysnameXusertype ? ", 0)" : ", 1)";
   }
   return "select column1 collate q_text as name, column2 as xtype, 0 as status, column3 as xusertype, column4 as "
          "length, "

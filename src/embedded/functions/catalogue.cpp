@@ -6,6 +6,7 @@
 
 #include "embedded/catalogue/catalogue.h"
 #include "embedded/functions/functionCall.h"
+#include "embedded/instance/databaseFiles.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/sqlite/storageNames.h"
 #include "platform/error.h"
@@ -264,17 +265,11 @@ void schemaId(FunctionCall& call) {
 // The instance's databases: id and name; master is 1, the others follow from 5 on in order.
 std::vector<std::pair<int, std::string>> databasesOf(const std::filesystem::path& folder) {
   std::vector<std::string> names;
-  std::error_code error;
-  std::filesystem::directory_iterator entry(folder, error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    const std::filesystem::path& file = entry->path();
-    if (equalNoCase(file.extension().string(), ".mdf") && !file.filename().string().starts_with('.'))
-      names.push_back(file.stem().string());
+  try {
+    names = databaseNames(folder);
+  } catch (const RuntimeError& error) {
+    throw DataError(errorNumber::cannotConnect, error.description, "08001");
   }
-  if (error)
-    throw DataError(errorNumber::cannotConnect,
-                    "The folder '" + folder.string() + "' cannot be read: " + error.message() + ".", "08001");
-  std::sort(names.begin(), names.end(), [](const auto& a, const auto& b) { return compareCollated(a, b) < 0; });
   std::vector<std::pair<int, std::string>> databases;
   int next = 5;
   for (std::string& name : names) {

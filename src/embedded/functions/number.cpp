@@ -339,12 +339,11 @@ Value converted(const FunctionCall& call) {
   else if (type.dataType == DataType::Binary && value.type == DataType::Text && style == 0)
     value.type = DataType::Binary;
   if (type.dataType == DataType::Date && value.type == DataType::Text) value.text = monthFirst(value.text, style);
-  const bool sized = type.dataType == DataType::Text && type.prec > 0 &&
-                     (type.xtype == 167 || type.xtype == 231 || type.xtype == 175 || type.xtype == 239);
+  const bool sized = isCharacter(type.xtype) && type.prec > 0;
   // An explicit conversion cuts what is too long without a word.
   if (sized && (value.type == DataType::Text))
     value.text.resize(byteOffset(value.text, static_cast<std::size_t>(type.prec)));
-  if (value.type == DataType::Binary && (type.xtype == 165 || type.xtype == 173) && type.length > 0)
+  if (value.type == DataType::Binary && isBinary(type.xtype) && type.length > 0)
     value.text.resize(std::min(value.text.size(), static_cast<std::size_t>(type.length)));
   return convertTo(type, value);
 }

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "embedded/catalogue/catalogue.h"
+#include "embedded/instance/databaseFiles.h"
 #include "embedded/sqlite/sqlite.h"
 #include "platform/error.h"
 #include "platform/files.h"
@@ -21,11 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* versionFile = "instance.txt";
-constexpr const char* databaseExtension = ".mdf";
 constexpr const char* lockEnding = ".lock";
 constexpr const char* loadingEnding = ".loading";
-constexpr const char* workCopyMark = ".loading-";
-constexpr std::size_t longestName = 128;
 constexpr std::size_t mostVersionParts = 4;
 constexpr std::size_t mostVersionDigits = 5;
 constexpr std::chrono::milliseconds waitUntold(300);
@@ -34,26 +32,14 @@ constexpr std::chrono::milliseconds betweenTries(20);
 [[noreturn]] void fail(const std::string& text) { throw RuntimeError(errorNumber::pathAccess, text); }
 
 void checkName(std::string_view name, const char* what) {
-  const bool bad = name.empty() || name.size() > longestName || name.front() == '.' ||
-                   name.find_first_of("/\\:") != std::string_view::npos ||
-                   std::any_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-  if (bad) fail("'" + std::string(name) + "' can't be the name of " + what + ".");
+  if (!isLegalName(name)) fail("'" + std::string(name) + "' can't be the name of " + what + ".");
 }
 
-[[noreturn]] void failReading(const fs::path& folder, const std::error_code& error) {
-  fail("The folder '" + folder.string() + "' cannot be read: " + error.message() +
-       ". Ask for the right to read it, or look after the disk.");
-}
-
-// The names of a folder's entries; none when there is no such folder.
-std::vector<fs::path> entriesOf(const fs::path& folder) {
-  std::vector<fs::path> entries;
-  std::error_code error;
-  fs::directory_iterator it(folder, error);
-  if (error == std::errc::no_such_file_or_directory) return entries;
-  for (; !error && it != fs::directory_iterator(); it.increment(error)) entries.push_back(it->path());
-  if (error) failReading(folder, error);
-  return entries;
+// The entries of a folder; none when there is no such folder.
+std::vector<fs::path> entriesIfThere(const fs::path& folder) {
+  std::error_code ignored;
+  if (fs::status(folder, ignored).type() == fs::file_type::not_found) return {};
+  return folderEntries(folder);
 }
 
 bool isThere(const fs::path& file) {
@@ -63,17 +49,14 @@ bool isThere(const fs::path& file) {
   return there;
 }
 
-// The folder entry whose name (without `extension`) equals `name` without case; empty when there is none.
-fs::path findEntry(const fs::path& folder, std::string_view name, std::string_view extension) {
-  const fs::path exact = folder / (std::string(name) + std::string(extension));
+// The folder of a server; empty when there is none.
+fs::path findServer(const fs::path& root, std::string_view name) {
+  const fs::path exact = root / std::string(name);
   std::error_code ignored;
   if (fs::exists(exact, ignored)) return exact;
-  for (const fs::path& entry : entriesOf(folder)) {
-    const std::string file = entry.filename().string();
-    if (file.size() < extension.size() || file.front() == '.') continue;
-    const std::size_t length = file.size() - extension.size();
-    if (equalNoCase(file.substr(length), extension) && equalNoCase(file.substr(0, length), name)) return entry;
-  }
+  for (const fs::path& entry : entriesIfThere(root))
+    if (const std::string file = entry.filename().string(); file.front() != '.' && equalNoCase(file, name))
+      return entry;
   return {};
 }
 
@@ -120,16 +103,10 @@ void createEmptyDatabase(const fs::path& file) {
 }
 
 void fillInstance(const fs::path& folder, std::string_view version) {
-  const fs::path master = folder / ("master" + std::string(databaseExtension));
+  const fs::path master = databaseFileFor(folder, "master");
   if (!fs::exists(master)) createEmptyDatabase(master);
   // Last: the folder is an instance as soon as it says which version.
   writeVersion(folder, version);
-}
-
-std::vector<std::string> sorted(std::vector<std::string> names) {
-  std::sort(names.begin(), names.end(),
-            [](const std::string& a, const std::string& b) { return compareCollated(a, b) < 0; });
-  return names;
 }
 
 }  // namespace
@@ -145,18 +122,20 @@ bool EmbeddedServers::isTemporary(std::string_view name) const { return temporar
 
 bool EmbeddedServers::exists(std::string_view name) const {
   if (isTemporary(name)) return true;
-  const fs::path found = name.empty() ? fs::path() : findEntry(root_, name, "");
+  const fs::path found = name.empty() ? fs::path() : findServer(root_, name);
   return !found.empty() && found.filename() != "." && isThere(found / versionFile);
 }
 
 std::vector<std::string> EmbeddedServers::list() const {
   std::vector<std::string> names;
-  for (const fs::path& entry : entriesOf(root_)) {
+  for (const fs::path& entry : entriesIfThere(root_)) {
     std::error_code none;
     const std::string name = entry.filename().string();
     if (name.front() != '.' && fs::exists(entry / versionFile, none)) names.push_back(name);
   }
-  return sorted(std::move(names));
+  std::sort(names.begin(), names.end(),
+            [](const std::string& a, const std::string& b) { return compareCollated(a, b) < 0; });
+  return names;
 }
 
 void EmbeddedServers::create(std::string_view name, std::string_view productVersion) {
@@ -204,7 +183,7 @@ fs::path EmbeddedServers::versionFileIn(const fs::path& folder) { return folder 
 fs::path EmbeddedServers::folder(std::string_view name) const {
   if (const auto found = temporary_.find(lowerCase(name)); found != temporary_.end()) return found->second.folder;
   if (!exists(name)) fail("There is no server '" + std::string(name) + "' in '" + root_.string() + "'.");
-  return findEntry(root_, name, "");
+  return findServer(root_, name);
 }
 
 std::string EmbeddedServers::createTemporary() {
@@ -247,12 +226,7 @@ std::string EmbeddedServers::createTemporary() {
 }
 
 std::vector<std::string> EmbeddedServers::databases(std::string_view instance) const {
-  std::vector<std::string> names;
-  for (const fs::path& file : entriesOf(folder(instance))) {
-    if (equalNoCase(file.extension().string(), databaseExtension) && file.filename().string().front() != '.')
-      names.push_back(file.stem().string());
-  }
-  return sorted(std::move(names));
+  return databaseNames(folder(instance));
 }
 
 fs::path EmbeddedServers::databaseFile(std::string_view instance, std::string_view database) const {
@@ -261,8 +235,7 @@ fs::path EmbeddedServers::databaseFile(std::string_view instance, std::string_vi
 
 fs::path EmbeddedServers::databaseFileIn(const fs::path& folder, std::string_view database) {
   checkName(database, "a database");
-  const fs::path found = findEntry(folder, database, databaseExtension);
-  return found.empty() ? folder / (std::string(database) + databaseExtension) : found;
+  return databaseFileFor(folder, database);
 }
 
 bool EmbeddedServers::createDatabase(std::string_view instance, std::string_view database) {
@@ -284,10 +257,6 @@ bool EmbeddedServers::dropDatabase(std::string_view instance, std::string_view d
 
 FileLock databaseLock(const fs::path& databaseFile) {
   return FileLock(lockFile(databaseFile.parent_path(), databaseFile.filename().string()));
-}
-
-fs::path workCopyOf(const fs::path& databaseFile) {
-  return databaseFile.string() + workCopyMark + std::to_string(::getpid());
 }
 
 bool WaitedLock::wait(const LockWait& wait, const std::string& what) {
@@ -329,7 +298,7 @@ NewInstance::NewInstance(EmbeddedServers& servers, std::string_view name, FileLo
 void NewInstance::fill(std::string_view version) {
   std::error_code error;
   version_ = version;
-  if (const fs::path there = findEntry(servers_.root_, target_.filename().string(), ""); !there.empty()) {
+  if (const fs::path there = findServer(servers_.root_, target_.filename().string()); !there.empty()) {
     // A folder that somebody has made, perhaps with databases in it, becomes an instance as it stands.
     if (!fs::is_directory(there, error)) fail("'" + there.string() + "' is no folder.");
     folder_ = target_ = there;

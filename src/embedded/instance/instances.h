@@ -29,8 +29,7 @@ class EmbeddedServers {
   bool exists(std::string_view name) const;
   std::vector<std::string> list() const;  // without temporary ones, in order without case
   // Makes the folder, instance.txt and an empty master, all at once or nothing. Raises RuntimeError with the path when
-  // it can't, and for a name that no folder can have (empty, "/", "\", ":", a leading point, control characters, over
-  // 128 bytes).
+  // it can't, and for a name that isn't legal (databaseFiles.h).
   void create(std::string_view name, std::string_view productVersion = defaultProductVersion);
   // One to four numbers with points between, the first not 0.
   static bool isVersion(std::string_view text);
@@ -51,7 +50,7 @@ class EmbeddedServers {
   void removeLeftovers();
   UnfinishedWork& unfinished() { return unfinished_; }
 
-  // Databases are the .mdf files of the folder; names compare without case. Path for a new or existing one.
+  // Which files are databases is said by databaseFiles.h. Path for a new or existing one.
   std::vector<std::string> databases(std::string_view instance) const;
   std::filesystem::path databaseFile(std::string_view instance, std::string_view database) const;
   static std::filesystem::path databaseFileIn(const std::filesystem::path& folder, std::string_view database);
@@ -132,7 +131,5 @@ class NewInstance {
 // The lock of whoever writes a database file, found by the file's name without case. The file is removed when the lock
 // is released.
 FileLock databaseLock(const std::filesystem::path& databaseFile);
-// The copy that a load works on. Belongs to the holder of the database's lock.
-std::filesystem::path workCopyOf(const std::filesystem::path& databaseFile);
 
 }  // namespace qrel

@@ -4,9 +4,9 @@
 
 #include <set>
 
+#include "embedded/instance/databaseFiles.h"
 #include "embedded/instance/instances.h"
 #include "platform/error.h"
-#include "platform/text.h"
 
 namespace qrel {
 
@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view lockEnding = ".lock";
 constexpr std::string_view loadingEnding = ".loading";
-constexpr std::string_view workCopyMark = ".mdf.loading-";
 
 // Does `work` when nobody holds the lock. What can't be locked stays as it is.
 template <class Work>
@@ -39,11 +38,8 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
 void removeWorkCopies(const fs::path& folder) {
   std::error_code ignored;
   for (const fs::path& entry : entriesOf(folder)) {
-    const std::string name = entry.filename().string();
-    const std::size_t mark = lowerCase(name).find(workCopyMark);
-    if (mark == std::string::npos || mark == 0) continue;
-    const fs::path database = folder / name.substr(0, mark + std::string_view(".mdf").size());
-    whenFree(databaseLock(database), [&] { fs::remove(entry, ignored); });
+    const fs::path database = databaseFileOfWorkCopy(entry);
+    if (!database.empty()) whenFree(databaseLock(database), [&] { fs::remove(entry, ignored); });
   }
 }
 
@@ -64,7 +60,7 @@ void removeInstanceRests(const fs::path& folder, const std::function<FileLock()>
   std::set<fs::path> folders = {folder};
   // A database may be a link; its copies lie beside what it leads to.
   for (const fs::path& entry : entriesOf(folder))
-    if (equalNoCase(entry.extension().string(), ".mdf") && fs::is_symlink(entry, ignored))
+    if (!databaseNameOf(entry).empty() && fs::is_symlink(entry, ignored))
       folders.insert(fs::weakly_canonical(entry, ignored).parent_path());
   for (const fs::path& each : folders) removeWorkCopies(each);
   removeLocks(folder);

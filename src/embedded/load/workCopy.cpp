@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "embedded/catalogue/catalogue.h"
+#include "embedded/instance/databaseFiles.h"
 #include "embedded/sqlite/sqlite.h"
 #include "platform/error.h"
 

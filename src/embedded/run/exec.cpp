@@ -307,10 +307,7 @@ void Interpreter::attachDatabase(const std::vector<Argument>& arguments) {
   const std::string name = argumentOf(arguments, 0, "@dbname").text;
   Value file = argumentOf(arguments, 1, "@filename1");
   if (file.null) file = argumentOf(arguments, 1, "@physname");
-  if (name.empty() || name.front() == '.' || name.find_first_of("/\\:") != std::string::npos)
-    refuse("'" + name + "' can't be the name of a database.");
-  const fs::path target = session_.open().facts.folder / (name + ".mdf");
-  if (fs::exists(target)) refuse("Database '" + name + "' already exists. Choose a different database name.");
+  const fs::path target = fileForNewDatabase(session_.open(), name);
   const fs::path fresh = session_.open().facts.folder / ("." + name + ".attaching");
   std::error_code error;
   fs::copy_file(file.text, fresh, fs::copy_options::overwrite_existing, error);

@@ -4,6 +4,7 @@
 
 #include "embedded/catalogue/typeNames.h"
 #include "embedded/change/parts.h"
+#include "embedded/instance/databaseFiles.h"
 #include "embedded/language/words.h"
 #include "embedded/run/interpreter.h"
 #include "embedded/sqlite/quoting.h"
@@ -18,18 +19,6 @@ bool isSystemDatabase(std::string_view name) {
   for (const char* each : {"master", "tempdb", "model", "msdb"})
     if (equalNoCase(name, each)) return true;
   return false;
-}
-
-// A database's file in the instance's folder, whatever the case of its name; a new one's path when there is none.
-std::filesystem::path databaseFile(const std::filesystem::path& folder, const std::string& name) {
-  std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-    const auto& file = entry.path();
-    if (equalNoCase(file.extension().string(), ".mdf") && equalNoCase(file.stem().string(), name)) return file;
-  }
-  if (name.find_first_of("/\\:") != std::string::npos || name.empty() || name.front() == '.')
-    refuse("'" + name + "' can't be the name of a database.");
-  return folder / (name + ".mdf");
 }
 
 struct DropKind {
@@ -137,10 +126,7 @@ void Interpreter::createDatabase() {
     withoutEffect();
     return;
   }
-  const auto file = databaseFile(session_.open().facts.folder, name);
-  if (std::filesystem::exists(file))
-    refuse("Database '" + name + "' already exists. Choose a different database name.");
-  sqlite::Database fresh(file, sqlite::OpenMode::Create);
+  sqlite::Database fresh(fileForNewDatabase(session_.open(), name), sqlite::OpenMode::Create);
   Catalogue::createStorage(fresh);
 }
 
@@ -167,8 +153,8 @@ void Interpreter::useStatement() {
     database_ = &session_.open().database;
     return;
   }
-  const auto file = databaseFile(open.facts.folder, name);
-  if (!std::filesystem::exists(file)) unknown();
+  const auto file = findDatabaseFile(open.facts.folder, name);
+  if (file.empty()) unknown();
   ServerFacts facts = open.facts;
   facts.database = file.stem().string();
   const auto mode = open.database.readOnly() ? sqlite::OpenMode::ReadOnly : sqlite::OpenMode::ReadWrite;
@@ -266,8 +252,8 @@ void Interpreter::dropDatabases(bool ifExists) {
       withoutEffect();
       continue;
     }
-    const auto file = databaseFile(session_.open().facts.folder, name);
-    if (!std::filesystem::exists(file)) {
+    const auto file = findDatabaseFile(session_.open().facts.folder, name);
+    if (file.empty()) {
       if (ifExists) continue;
       refuse("Cannot drop the database '" + name + "', because it does not exist or you do not have permission.");
     }

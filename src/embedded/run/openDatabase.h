@@ -32,4 +32,8 @@ class OpenDatabase {
   std::function<std::string(const std::string& name)> siblingFile;
 };
 
+// Where a new database of the same server is to be made. Raises the DataError of a name that it can't have or that
+// another database has.
+std::filesystem::path fileForNewDatabase(const OpenDatabase& open, const std::string& name);
+
 }  // namespace qrel::tsql

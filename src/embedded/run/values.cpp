@@ -3,6 +3,7 @@
 
 #include "embedded/catalogue/typeNames.h"
 #include "embedded/change/parts.h"
+#include "embedded/instance/databaseFiles.h"
 #include "embedded/language/words.h"
 #include "embedded/run/interpreter.h"
 #include "embedded/sqlite/quoting.h"
@@ -19,20 +20,11 @@ std::string attachDatabaseFile(OpenDatabase& open, const std::string& name) {
     sqlite::Statement list(open.database, "select 1 from pragma_database_list where name = ?1");
     if (list.bind(1, schema).step()) return schema;
   }
-  if (open.siblingFile) {
-    const std::string file = open.siblingFile(name);
-    if (file.empty()) throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name + "'.", "42S02");
-    open.database.execute("attach database " + quoteText(file) + " as " + quoteName(schema));
-    return schema;
-  }
-  std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator(open.facts.folder, ignored)) {
-    const std::filesystem::path& file = entry.path();
-    if (!equalNoCase(file.extension().string(), ".mdf") || !equalNoCase(file.stem().string(), name)) continue;
-    open.database.execute("attach database " + quoteText(file.string()) + " as " + quoteName(schema));
-    return schema;
-  }
-  throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name + "'.", "42S02");
+  const std::string file =
+      open.siblingFile ? open.siblingFile(name) : findDatabaseFile(open.facts.folder, name).string();
+  if (file.empty()) throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name + "'.", "42S02");
+  open.database.execute("attach database " + quoteText(file) + " as " + quoteName(schema));
+  return schema;
 }
 
 bool sameValue(const Value& a, const Value& b) {

@@ -369,9 +369,8 @@ Expression Translation::cast(bool cast, bool attempt) {
 Expression Translation::conversion(Expression value, const TypeRef& type, bool sized, const std::string* style,
                                    bool attempt) {
   int size = type.prec;
-  const bool unsizedText = !sized && (type.xtype == 167 || type.xtype == 231 || type.xtype == 175 ||
-                                      type.xtype == 239 || type.xtype == 165 || type.xtype == 173);
-  if (unsizedText && type.xusertype < 257 && type.name != "sysname") size = 30;
+  const bool unsizedText = !sized && (isCharacter(type.xtype) || isBinary(type.xtype));
+  if (unsizedText && type.xusertype < firstAliasType && type.name != "sysname") size = 30;
   const bool dateAsText =
       type.dataType == DataType::Text && (value.kind == DataType::Date || (style && value.kind == DataType::Empty));
   if (dateAsText) value.sql = "q_datetext(" + value.sql + ", " + (style ? *style : "0") + ")";

@@ -20,15 +20,15 @@ TextWidth::Kind commonKind(TextWidth::Kind a, TextWidth::Kind b) {
 
 TextWidth TextWidth::ofType(const TypeRef& type) {
   switch (type.xtype) {
-    case 167:  // varchar
-    case 175:  // char
+    case xtype::VarChar:
+    case xtype::Char:
       return type.length < 0 ? TextWidth{Kind::Long, 0} : TextWidth{Kind::Plain, type.prec};
-    case 231:  // nvarchar
-    case 239:  // nchar
+    case xtype::NVarChar:
+    case xtype::NChar:
       return type.length < 0 ? TextWidth{Kind::Long, 0} : TextWidth{Kind::National, type.prec};
-    case 35:   // text
-    case 99:   // ntext
-    case 241:  // xml
+    case xtype::Text:
+    case xtype::NText:
+    case xtype::Xml:
       return {Kind::Long, 0};
     default:
       return {};

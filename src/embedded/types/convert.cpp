@@ -80,11 +80,11 @@ std::int64_t wholeNumber(const TypeRef& type, const Value& value) {
 Value toInteger(const TypeRef& type, const Value& value) {
   const std::int64_t number = wholeNumber(type, value);
   using Limits32 = std::numeric_limits<std::int32_t>;
-  const bool fits = type.xtype == 48   ? number >= 0 && number <= 255
-                    : type.xtype == 52 ? number >= -32768 && number <= 32767
-                    : type.xtype == 56 ? number >= Limits32::min() && number <= Limits32::max()
-                                       : true;
-  if (!fits && type.xtype == 56) failOverflow(type);
+  const bool fits = type.xtype == xtype::TinyInt    ? number >= 0 && number <= 255
+                    : type.xtype == xtype::SmallInt ? number >= -32768 && number <= 32767
+                    : type.xtype == xtype::Int      ? number >= Limits32::min() && number <= Limits32::max()
+                                                    : true;
+  if (!fits && type.xtype == xtype::Int) failOverflow(type);
   if (!fits)
     fail("Arithmetic overflow error for data type " + type.baseName + ", value = " + std::to_string(number) + ".");
   return Value::ofInteger(number);
@@ -122,7 +122,7 @@ Value toDouble(const TypeRef& type, const Value& value) {
         fail("Error converting data type varchar to " + type.baseName + ".");
     }
   }
-  if (type.xtype == 59) {
+  if (type.xtype == xtype::Real) {
     // A real keeps the shortest number that means the same float, so that 0.1 stays 0.1.
     const auto narrow = static_cast<float>(number);
     if (!std::isfinite(narrow)) failOverflow(type);
@@ -134,7 +134,7 @@ Value toDouble(const TypeRef& type, const Value& value) {
 }
 
 Value toDecimal(const TypeRef& type, const Value& value) {
-  const bool money = type.xtype == 60 || type.xtype == 122;
+  const bool money = type.xtype == xtype::Money || type.xtype == xtype::SmallMoney;
   std::string source;
   if (value.type == DataType::Boolean || value.type == DataType::Integer)
     source = std::to_string(value.integer);
@@ -166,16 +166,17 @@ std::uint64_t littleEndian(std::string_view bytes) {
 // The bytes that the server's own script writers emit for dates.
 std::optional<Moment> momentFromBytes(const TypeRef& type, std::string_view bytes) {
   Moment moment;
-  if (type.xtype == 61 && bytes.size() == 8) {
+  if (type.xtype == xtype::DateTime && bytes.size() == 8) {
     moment.day = dayOf1900 + static_cast<std::int32_t>(bigEndian(bytes.substr(0, 4)));
     moment.units = bigEndian(bytes.substr(4)) * unitsPerSecond / 300;
-  } else if (type.xtype == 58 && bytes.size() == 4) {
+  } else if (type.xtype == xtype::SmallDateTime && bytes.size() == 4) {
     moment.day = dayOf1900 + bigEndian(bytes.substr(0, 2));
     moment.units = bigEndian(bytes.substr(2)) * 60 * unitsPerSecond;
-  } else if (type.xtype == 40 && bytes.size() == 3) {
+  } else if (type.xtype == xtype::Date && bytes.size() == 3) {
     moment.day = static_cast<std::int64_t>(littleEndian(bytes));
-  } else if ((type.xtype == 41 || type.xtype == 42) && bytes.size() >= 4 && bytes[0] >= 0 && bytes[0] <= 7) {
-    const std::size_t dayBytes = type.xtype == 42 ? 3 : 0;
+  } else if ((type.xtype == xtype::Time || type.xtype == xtype::DateTime2) && bytes.size() >= 4 && bytes[0] >= 0 &&
+             bytes[0] <= 7) {
+    const std::size_t dayBytes = type.xtype == xtype::DateTime2 ? 3 : 0;
     if (bytes.size() < dayBytes + 4 || bytes.size() > dayBytes + 6) return {};
     moment.units = static_cast<std::int64_t>(littleEndian(bytes.substr(1, bytes.size() - 1 - dayBytes)));
     for (int digits = bytes[0]; digits < 7 && moment.units < unitsPerDay; ++digits) moment.units *= 10;
@@ -195,7 +196,7 @@ Moment momentOf(const TypeRef& type, const Value& value) {
   std::optional<Moment> moment;
   bool beyond = false;
   if (value.type == DataType::Integer || value.type == DataType::Boolean || value.type == DataType::Double) {
-    if (type.xtype != 61 && type.xtype != 58) failConversion(type, value);
+    if (type.xtype != xtype::DateTime && type.xtype != xtype::SmallDateTime) failConversion(type, value);
     const double days = value.type == DataType::Double ? value.real : static_cast<double>(value.integer);
     if (!(std::abs(days) < 4e6)) outOfRange();
     moment.emplace();
@@ -220,19 +221,19 @@ Value toDate(const TypeRef& type, const Value& value) {
            " data type resulted in an out-of-range value.");
   };
   switch (type.xtype) {
-    case 40:
+    case xtype::Date:
       moment.units = 0;
       break;
-    case 41:
+    case xtype::Time:
       roundToDigits(moment, type.scale);
       return made(DataType::Date, timeText(moment.units % unitsPerDay));
-    case 42:
+    case xtype::DateTime2:
       roundToDigits(moment, type.scale);
       break;
-    case 43:
+    case xtype::DateTimeOffset:
       roundToDigits(moment, type.scale);
       return made(DataType::Date, offsetText(moment));
-    case 58:
+    case xtype::SmallDateTime:
       least(1900);
       roundToMinute(moment);
       if (moment.day > dayNumber({2079, 6, 6})) least(10000);
@@ -302,7 +303,7 @@ std::optional<std::string> hexBytes(std::string_view text) {
 }
 
 Value toBinary(const TypeRef& type, const Value& value) {
-  if (type.xtype == 240 && value.type == DataType::Text) return value;
+  if (type.xtype == xtype::Clr && value.type == DataType::Text) return value;
   std::string bytes;
   bool number = false;
   if (value.type == DataType::Integer || value.type == DataType::Boolean) {
@@ -317,14 +318,13 @@ Value toBinary(const TypeRef& type, const Value& value) {
   } else {
     bytes = value.type == DataType::Double ? textOf(value.cell()) : value.text;
   }
-  const bool sized = type.xtype == 173 || type.xtype == 165;
-  if (sized && type.length >= 0) {
+  if (isBinary(type.xtype) && type.length >= 0) {
     const auto most = static_cast<std::size_t>(type.length);
     if (number && bytes.size() > most) bytes.erase(0, bytes.size() - most);
     if (bytes.size() > most) fail("String or binary data would be truncated.");
-    if (type.xtype == 173 && number)
+    if (type.xtype == xtype::Binary && number)
       bytes.insert(0, most - bytes.size(), '\0');
-    else if (type.xtype == 173)
+    else if (type.xtype == xtype::Binary)
       bytes.resize(most, '\0');
   }
   return made(DataType::Binary, std::move(bytes));
@@ -342,9 +342,8 @@ Value toText(const TypeRef& type, const Value& value) {
     text = value.text.substr(1, value.text.size() - 2);
   else
     text = textOf(value.cell());
-  const bool fixed = type.xtype == 175 || type.xtype == 239;
-  const bool sized = fixed || type.xtype == 167 || type.xtype == 231;
-  if (!sized || type.prec < 0) return Value::ofText(std::move(text));
+  const bool fixed = type.xtype == xtype::Char || type.xtype == xtype::NChar;
+  if (!isCharacter(type.xtype) || type.prec < 0) return Value::ofText(std::move(text));
   const auto most = static_cast<std::size_t>(type.prec);
   if (!fixed && text.size() <= most) return Value::ofText(std::move(text));
   const std::size_t count = characterCount(text);

@@ -10,7 +10,7 @@ namespace qrel::tsql {
 
 namespace {
 
-bool canBeMax(int xtype) { return xtype == 167 || xtype == 231 || xtype == 165; }
+bool canBeMax(int xtype) { return xtype == xtype::VarChar || xtype == xtype::NVarChar || xtype == xtype::VarBinary; }
 
 void sizeDecimal(TypeRef& ref, const SystemType& type, int size, int scale) {
   if (size < 0 || size > 38) badSize(type, size);
@@ -24,10 +24,10 @@ void sizeDecimal(TypeRef& ref, const SystemType& type, int size, int scale) {
 void sizeFraction(TypeRef& ref, const SystemType& type, int digits) {
   if (digits < 0 || digits > 7) badSize(type, digits);
   ref.scale = digits;
-  const int whole = ref.xtype == 41 ? 8 : ref.xtype == 42 ? 19 : 26;
+  const int whole = ref.xtype == xtype::Time ? 8 : ref.xtype == xtype::DateTime2 ? 19 : 26;
   ref.prec = whole + (digits == 0 ? 0 : digits + 1);
   const int time = digits <= 2 ? 3 : digits <= 4 ? 4 : 5;
-  ref.length = time + (ref.xtype == 41 ? 0 : ref.xtype == 42 ? 3 : 5);
+  ref.length = time + (ref.xtype == xtype::Time ? 0 : ref.xtype == xtype::DateTime2 ? 3 : 5);
 }
 
 void sizeCharacters(TypeRef& ref, const SystemType& type, int size, int bytesEach) {
@@ -112,23 +112,23 @@ std::string sizeText(const TypeRef& type) {
 
 Sizing sizingOf(int xtype) {
   switch (xtype) {
-    case 167:
-    case 175:
+    case xtype::VarChar:
+    case xtype::Char:
       return Sizing::Characters;
-    case 231:
-    case 239:
+    case xtype::NVarChar:
+    case xtype::NChar:
       return Sizing::WideCharacters;
-    case 165:
-    case 173:
+    case xtype::VarBinary:
+    case xtype::Binary:
       return Sizing::Bytes;
-    case 106:
-    case 108:
+    case xtype::Decimal:
+    case xtype::Numeric:
       return Sizing::Decimal;
-    case 62:
+    case xtype::Float:
       return Sizing::Float;
-    case 41:
-    case 42:
-    case 43:
+    case xtype::Time:
+    case xtype::DateTime2:
+    case xtype::DateTimeOffset:
       return Sizing::Fraction;
     default:
       return Sizing::None;
@@ -143,40 +143,40 @@ void badSize(const SystemType& type, int size) {
 
 const std::vector<SystemType>& systemTypes() {
   static const std::vector<SystemType> types = {
-      {"image", 34, 34, 16, 0, 0, DataType::Binary},
-      {"text", 35, 35, 16, 0, 0, DataType::Text},
-      {"uniqueidentifier", 36, 36, 16, 36, 0, DataType::Guid},
-      {"date", 40, 40, 3, 10, 0, DataType::Date},
-      {"time", 41, 41, 5, 16, 7, DataType::Date},
-      {"datetime2", 42, 42, 8, 27, 7, DataType::Date},
-      {"datetimeoffset", 43, 43, 10, 34, 7, DataType::Date},
-      {"tinyint", 48, 48, 1, 3, 0, DataType::Integer},
-      {"smallint", 52, 52, 2, 5, 0, DataType::Integer},
-      {"int", 56, 56, 4, 10, 0, DataType::Integer},
-      {"smalldatetime", 58, 58, 4, 16, 0, DataType::Date},
-      {"real", 59, 59, 4, 24, 0, DataType::Double},
-      {"money", 60, 60, 8, 19, 4, DataType::Decimal},
-      {"datetime", 61, 61, 8, 23, 3, DataType::Date},
-      {"float", 62, 62, 8, 53, 0, DataType::Double},
-      {"sql_variant", 98, 98, 8016, 0, 0, DataType::Empty},
-      {"ntext", 99, 99, 16, 0, 0, DataType::Text},
-      {"bit", 104, 104, 1, 1, 0, DataType::Boolean},
-      {"decimal", 106, 106, 17, 38, 38, DataType::Decimal},
-      {"numeric", 108, 108, 17, 38, 38, DataType::Decimal},
-      {"smallmoney", 122, 122, 4, 10, 4, DataType::Decimal},
-      {"bigint", 127, 127, 8, 19, 0, DataType::Integer},
-      {"hierarchyid", 240, 128, 892, 0, 0, DataType::Binary},
-      {"geometry", 240, 129, -1, -1, 0, DataType::Binary},
-      {"geography", 240, 130, -1, -1, 0, DataType::Binary},
-      {"varbinary", 165, 165, 8000, 8000, 0, DataType::Binary},
-      {"varchar", 167, 167, 8000, 8000, 0, DataType::Text},
-      {"binary", 173, 173, 8000, 8000, 0, DataType::Binary},
-      {"char", 175, 175, 8000, 8000, 0, DataType::Text},
-      {"timestamp", 189, 189, 8, 8, 0, DataType::Binary},
-      {"nvarchar", 231, 231, 8000, 4000, 0, DataType::Text},
-      {"nchar", 239, 239, 8000, 4000, 0, DataType::Text},
-      {"xml", 241, 241, -1, -1, 0, DataType::Text},
-      {"sysname", 231, sysnameXusertype, 256, 128, 0, DataType::Text},
+      {"image", xtype::Image, xtype::Image, 16, 0, 0, DataType::Binary},
+      {"text", xtype::Text, xtype::Text, 16, 0, 0, DataType::Text},
+      {"uniqueidentifier", xtype::UniqueIdentifier, xtype::UniqueIdentifier, 16, 36, 0, DataType::Guid},
+      {"date", xtype::Date, xtype::Date, 3, 10, 0, DataType::Date},
+      {"time", xtype::Time, xtype::Time, 5, 16, 7, DataType::Date},
+      {"datetime2", xtype::DateTime2, xtype::DateTime2, 8, 27, 7, DataType::Date},
+      {"datetimeoffset", xtype::DateTimeOffset, xtype::DateTimeOffset, 10, 34, 7, DataType::Date},
+      {"tinyint", xtype::TinyInt, xtype::TinyInt, 1, 3, 0, DataType::Integer},
+      {"smallint", xtype::SmallInt, xtype::SmallInt, 2, 5, 0, DataType::Integer},
+      {"int", xtype::Int, xtype::Int, 4, 10, 0, DataType::Integer},
+      {"smalldatetime", xtype::SmallDateTime, xtype::SmallDateTime, 4, 16, 0, DataType::Date},
+      {"real", xtype::Real, xtype::Real, 4, 24, 0, DataType::Double},
+      {"money", xtype::Money, xtype::Money, 8, 19, 4, DataType::Decimal},
+      {"datetime", xtype::DateTime, xtype::DateTime, 8, 23, 3, DataType::Date},
+      {"float", xtype::Float, xtype::Float, 8, 53, 0, DataType::Double},
+      {"sql_variant", xtype::SqlVariant, xtype::SqlVariant, 8016, 0, 0, DataType::Empty},
+      {"ntext", xtype::NText, xtype::NText, 16, 0, 0, DataType::Text},
+      {"bit", xtype::Bit, xtype::Bit, 1, 1, 0, DataType::Boolean},
+      {"decimal", xtype::Decimal, xtype::Decimal, 17, 38, 38, DataType::Decimal},
+      {"numeric", xtype::Numeric, xtype::Numeric, 17, 38, 38, DataType::Decimal},
+      {"smallmoney", xtype::SmallMoney, xtype::SmallMoney, 4, 10, 4, DataType::Decimal},
+      {"bigint", xtype::BigInt, xtype::BigInt, 8, 19, 0, DataType::Integer},
+      {"hierarchyid", xtype::Clr, 128, 892, 0, 0, DataType::Binary},
+      {"geometry", xtype::Clr, 129, -1, -1, 0, DataType::Binary},
+      {"geography", xtype::Clr, 130, -1, -1, 0, DataType::Binary},
+      {"varbinary", xtype::VarBinary, xtype::VarBinary, 8000, 8000, 0, DataType::Binary},
+      {"varchar", xtype::VarChar, xtype::VarChar, 8000, 8000, 0, DataType::Text},
+      {"binary", xtype::Binary, xtype::Binary, 8000, 8000, 0, DataType::Binary},
+      {"char", xtype::Char, xtype::Char, 8000, 8000, 0, DataType::Text},
+      {"timestamp", xtype::Timestamp, xtype::Timestamp, 8, 8, 0, DataType::Binary},
+      {"nvarchar", xtype::NVarChar, xtype::NVarChar, 8000, 4000, 0, DataType::Text},
+      {"nchar", xtype::NChar, xtype::NChar, 8000, 4000, 0, DataType::Text},
+      {"xml", xtype::Xml, xtype::Xml, -1, -1, 0, DataType::Text},
+      {"sysname", xtype::NVarChar, sysnameXusertype, 256, 128, 0, DataType::Text},
   };
   return types;
 }
@@ -192,7 +192,7 @@ const SystemType* findSystemType(std::string_view name) {
 }
 
 TypeRef systemTypeRef(const SystemType& type, int size, int scale) {
-  if (type.xtype == 62 && size >= 1 && size <= 24) return systemTypeRef(*findSystemType("real"));
+  if (type.xtype == xtype::Float && size >= 1 && size <= 24) return systemTypeRef(*findSystemType("real"));
   TypeRef ref;
   ref.name = ref.baseName = type.name;
   ref.xtype = type.xtype;

@@ -11,6 +11,52 @@
 
 namespace qrel::tsql {
 
+// The numbers of the types as catalogues store them (systypes.xtype, syscolumns.xtype): plain ints everywhere else.
+namespace xtype {
+enum : int {
+  Image = 34,
+  Text = 35,
+  UniqueIdentifier = 36,
+  Date = 40,
+  Time = 41,
+  DateTime2 = 42,
+  DateTimeOffset = 43,
+  TinyInt = 48,
+  SmallInt = 52,
+  Int = 56,
+  SmallDateTime = 58,
+  Real = 59,
+  Money = 60,
+  DateTime = 61,
+  Float = 62,
+  SqlVariant = 98,
+  NText = 99,
+  Bit = 104,
+  Decimal = 106,
+  Numeric = 108,
+  SmallMoney = 122,
+  BigInt = 127,
+  VarBinary = 165,
+  VarChar = 167,
+  Binary = 173,
+  Char = 175,
+  Timestamp = 189,
+  NVarChar = 231,
+  NChar = 239,
+  Clr = 240,  // hierarchyid, geometry, geography: their xusertype tells which
+  Xml = 241,
+};
+}  // namespace xtype
+// char, varchar, nchar, nvarchar: texts that have a size. text, ntext and xml have none.
+constexpr bool isCharacter(int xtype) {
+  return xtype == xtype::Char || xtype == xtype::VarChar || xtype == xtype::NChar || xtype == xtype::NVarChar;
+}
+// binary, varbinary: bytes that have a size.
+constexpr bool isBinary(int xtype) { return xtype == xtype::Binary || xtype == xtype::VarBinary; }
+inline constexpr int sysnameXusertype = 256;
+// Types that were made in a database are counted from here on, as xusertype.
+inline constexpr int firstAliasType = 257;
+
 // A row of systypes. `length` in bytes (-1: max), `prec` in characters or digits (0: the type has none).
 struct SystemType {
   const char* name;
@@ -48,7 +94,6 @@ enum class Sizing : std::uint8_t { None, Characters, WideCharacters, Bytes, Deci
 Sizing sizingOf(int xtype);
 // Raises the DataError of a size that the type can't have.
 [[noreturn]] void badSize(const SystemType& type, int size);
-inline constexpr int sysnameXusertype = 256;
 
 // The declaration of a column in the SQLite table: affinity, type text and collation, such as
 // "TEXT decimal(18,2) COLLATE q_decimal". decimal, money, dates, GUIDs and text are TEXT in their text form; binary
