@@ -195,7 +195,8 @@ void Interpreter::turns(std::size_t start, std::size_t end) {
     if (turn >= mostTurns)
       return fail(Kind::Failed, "The loop has been ended after " + std::to_string(mostTurns) + " turns.");
     const auto things = [&] {
-      return std::tuple(changesSoFar(), session_.variables["@@rowcount"].integer, session_.variables["@@error"].integer);
+      return std::tuple(changesSoFar(), session_.variables["@@rowcount"].integer,
+                        session_.variables["@@error"].integer);
     };
     const auto before = things();
     body();
