@@ -91,6 +91,17 @@ class Button : public TextControl {
   void personClicks();
 };
 
+// A button with a picture, by its number in the image list of its window; 0: none.
+class ImageButton : public Button {
+ public:
+  using Button::Button;
+  int image() const { return image_; }
+  void setImage(int image);
+
+ private:
+  int image_ = 0;
+};
+
 class TextBox : public TextControl {
  public:
   using TextControl::TextControl;
