@@ -18,7 +18,7 @@ namespace qrel {
 
 // Version and build of this program; a report of an error names them.
 inline constexpr const char* programName = "Quorrel";
-inline constexpr const char* programVersion = "2.1";  // major.minor
+extern const char* const programVersion;  // major.minor, as the build has it
 inline constexpr std::int32_t programBuild = 188;
 
 // Where things lie. All folders end in a separator once SetFilePaths has run.

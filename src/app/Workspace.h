@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -16,6 +17,7 @@ struct Workspace {
   ComboBox cmbType{"cmbType"};  // item data: the object type code
   std::array<ComboBox, 2> cmbServer{ComboBox{"cmbServer(0)"}, ComboBox{"cmbServer(1)"}};
   std::array<CheckList, 2> pvlDb{CheckList{"pvlDb(0)"}, CheckList{"pvlDb(1)"}};
+  // A row's id is its object's.
   std::array<CheckList, 2> pvlSqlObj{CheckList{"pvlSqlObj(0)"}, CheckList{"pvlSqlObj(1)"}};
   std::array<TextPane, 2> txtTXProc{TextPane{"txtTXProc(0)"}, TextPane{"txtTXProc(1)"}};
   std::array<ComboBox, 2> cmbOwners{ComboBox{"cmbOwners(0)"}, ComboBox{"cmbOwners(1)"}};
@@ -29,6 +31,10 @@ struct Workspace {
   // Text of the first selected row, empty without one.
   static std::string selectedText(const CheckList& list) {
     return list.firstSelected() < 0 ? std::string() : list.cell(static_cast<std::size_t>(list.firstSelected()), 0);
+  }
+  // Id of the first selected row, 0 without one.
+  static std::int32_t selectedId(const CheckList& list) {
+    return list.firstSelected() < 0 ? 0 : list.id(static_cast<std::size_t>(list.firstSelected()));
   }
 };
 

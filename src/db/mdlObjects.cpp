@@ -258,6 +258,7 @@ void LoadListView(Program& program, CheckList& list, const std::vector<TwoStr>& 
     const std::size_t row = list.add(entry.strName);
     list.setCell(row, 1, upperCase(entry.strRefDate));
     list.setCell(row, 2, std::to_string(entry.lngId));
+    list.setId(row, entry.lngId);
   }
   if (list.count() > 0) list.select(0);
   list.setRedraw(true);

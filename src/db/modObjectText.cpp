@@ -65,7 +65,7 @@ void UpdateProcedureTextBox(Program& program, tServer& server, TextPane& textPan
       textPanel.setText("<<Nothing to show>>");
     } else {
       const std::size_t row = static_cast<std::size_t>(std::max(list.firstSelected(), 0));
-      if (lngId < 1) lngId = numericPrefix(list.cell(row, 2));
+      if (lngId < 1) lngId = list.id(row);
       if (strObjName.empty()) strObjName = list.cell(row, 0);
       WriteDebugLog(program, "lstrProcedure = " + strObjName);
       line = 300;

@@ -31,7 +31,6 @@
 #include "desktop/models.h"
 #include "desktop/paneEdit.h"
 #include "desktop/text.h"
-#include "ui/frmMain.h"
 
 namespace qrel {
 

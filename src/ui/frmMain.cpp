@@ -32,11 +32,6 @@ std::array<OptionButton, 7> typeButtons() {
 
 }  // namespace
 
-void ImageButton::setImage(int image) {
-  image_ = image;
-  changed();
-}
-
 frmMain::frmMain(Program& program, MainWindowSteps steps)
     : Form("frmMain"),
       optType(typeButtons()),

@@ -29,17 +29,6 @@ struct MainWindowSteps {
   std::function<void()> CloseOtherWindows;
 };
 
-// A button with a picture, by its number in the image list of the command bars.
-class ImageButton : public Button {
- public:
-  using Button::Button;
-  int image() const { return image_; }
-  void setImage(int image);
-
- private:
-  int image_ = 0;
-};
-
 enum ConnectImage : int { imageConnected = 3, imageConnecting = 4, imageIdle = 5 };
 enum FilterType : long { filterSchema = 1, filterOwner = 2 };
 

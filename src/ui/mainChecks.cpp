@@ -6,7 +6,6 @@
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"
 #include "db/modPanels.h"
-#include "platform/text.h"
 #include "ui/frmMain.h"
 
 namespace qrel {
@@ -23,7 +22,7 @@ void frmMain::GetNamesOfSelServerDbAndObject(int Index, std::string& strServer, 
   strDb = SelectedDatabase(workspace, Index);
   const CheckList& list = workspace.pvlSqlObj[side];
   strObject = Workspace::selectedText(list);
-  if (list.firstSelected() >= 0) lngObjId = numericPrefix(list.cell(static_cast<std::size_t>(list.firstSelected()), 2));
+  lngObjId = Workspace::selectedId(list);
 }
 
 bool frmMain::selectionIsEmpty(int Index) const {

@@ -7,7 +7,6 @@
 #include "db/modObjectText.h"
 #include "db/modPanels.h"
 #include "db/modSchema.h"
-#include "platform/text.h"
 #include "ui/flagScope.h"
 #include "ui/frmMain.h"
 
@@ -224,7 +223,7 @@ void frmMain::pvlSqlObj_SelectChange(int Index, int row) {
     list.tag = "OFF";
     const std::size_t at = row < 0 ? list.count() : static_cast<std::size_t>(row);
     const std::string strName = at < list.count() ? list.cell(at, 0) : std::string();
-    const long lngId = at < list.count() ? numericPrefix(list.cell(at, 2)) : 0;
+    const long lngId = at < list.count() ? list.id(at) : 0;
     UpdateProcedureTextBox(program_, program_.main.gtypSelServ[side], workspace.txtTXProc[side], list,
                            workspace.objectType(), SelectedDatabase(workspace, Index), strName, lngId, Index,
                            mblnActivated);
@@ -243,7 +242,7 @@ void frmMain::pvlSqlObj_RowEvent(int Index, int shift) {
   const CheckList& list = workspace.pvlSqlObj[static_cast<std::size_t>(Index)];
   if (shift != 7 || list.firstSelected() < 0) return;
   const auto row = static_cast<std::size_t>(list.firstSelected());
-  program_.host.messageBox("Id: " + groupedNumber(numericPrefix(list.cell(row, 2))) + ", Name: " + list.cell(row, 0) +
+  program_.host.messageBox("Id: " + groupedNumber(list.id(row)) + ", Name: " + list.cell(row, 0) +
                            ", Ref. Date: " + list.cell(row, 1));
 }
 

@@ -286,9 +286,10 @@ TEST(Selection, TellsWhatTheListKnows) {
   MainWindow test;
   CheckList& list = test.work.pvlSqlObj[1];
   test.form.pvlSqlObj_RowEvent(1, 7);
-  for (const char* id : {"2105058535", "885578193", "999", "-1000", "0"}) {
-    list.setCell(list.add("T"), 2, id);
-    list.setCell(list.count() - 1, 1, "2024-01-02");
+  for (const std::int32_t id : {2105058535, 885578193, 999, -1000, 0}) {
+    const std::size_t row = list.add("T");
+    list.setId(row, id);
+    list.setCell(row, 1, "2024-01-02");
   }
   list.tag = "OFF";
   std::string ids;

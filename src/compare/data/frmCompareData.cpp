@@ -9,7 +9,6 @@
 #include "compare/structure/modIgnoreColumns.h"
 #include "db/mdlQueryCode.h"
 #include "platform/controls/menu.h"
-#include "platform/text.h"
 
 namespace qrel {
 
@@ -85,8 +84,7 @@ void frmCompareData::LoadData(const Workspace& frmOwner) {
       const std::string& server = program_.main.gtypSelServ[side].Name;
       dbs[side] = Workspace::selectedText(frmOwner.pvlDb[side]);
       tables[side] = Workspace::selectedText(list);
-      objectIds_[side] =
-          list.firstSelected() < 0 ? 0 : numericPrefix(list.cell(static_cast<std::size_t>(list.firstSelected()), 2));
+      objectIds_[side] = Workspace::selectedId(list);
       lblTableName[side].setText((side == 0 ? "Source Table: " : "Target Table: ") + tables[side] +
                                  " (Database: " + dbs[side] + ", Server: " + server + ")");
       dottedNames_[side] = GetFullObjectName(server, dbs[side], tables[side]);

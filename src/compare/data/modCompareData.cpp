@@ -106,8 +106,7 @@ tDataCompRequest RequestOfSelection(const Workspace& workspace) {
     const CheckList& list = workspace.pvlSqlObj[side];
     request.arrDbs[side] = Workspace::selectedText(workspace.pvlDb[side]);
     request.arrTables[side] = Workspace::selectedText(list);
-    if (list.firstSelected() >= 0)
-      request.arrObjIds[side] = numericPrefix(list.cell(static_cast<std::size_t>(list.firstSelected()), 2));
+    request.arrObjIds[side] = Workspace::selectedId(list);
   }
   return request;
 }

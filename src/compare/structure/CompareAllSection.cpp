@@ -65,7 +65,7 @@ CompareAllSection::Item CompareAllSection::itemAt(int side, std::size_t row) con
   Item item;
   item.strPrinted = list.cell(row, 0);
   item.strName = bareName(item.strPrinted);
-  item.lngId = numericPrefix(list.cell(row, 2));
+  item.lngId = list.id(row);
   item.side = side;
   return item;
 }

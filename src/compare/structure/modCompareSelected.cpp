@@ -58,8 +58,7 @@ void readSelection(const Program& program, const Workspace& workspace, Pair& pai
     pair.arrServers[side] = program.main.gtypSelServ[side].Name;
     pair.arrDatabases[side] = Workspace::selectedText(workspace.pvlDb[side]);
     pair.arrObjects[side] = Workspace::selectedText(workspace.pvlSqlObj[side]);
-    if (const int row = workspace.pvlSqlObj[side].firstSelected(); row >= 0)
-      pair.arrIds[side] = numericPrefix(workspace.pvlSqlObj[side].cell(static_cast<std::size_t>(row), 2));
+    pair.arrIds[side] = Workspace::selectedId(workspace.pvlSqlObj[side]);
     pair.arrFullNames[side] = pair.arrServers[side] + "." + pair.arrDatabases[side];
     if (!pair.arrObjects[side].empty()) pair.arrFullNames[side] += "." + pair.arrObjects[side];
   }

@@ -84,6 +84,11 @@ void OptionButton::group(const std::vector<OptionButton*>& buttons) {
   }
 }
 
+void ImageButton::setImage(int image) {
+  image_ = image;
+  changed();
+}
+
 void ComboBox::add(std::string text, long data) {
   rows_.push_back({std::move(text), data});
   changed();

@@ -91,6 +91,17 @@ class Button : public TextControl {
   void personClicks();
 };
 
+// A button with a picture, by its number in the image list of its window; 0: none.
+class ImageButton : public Button {
+ public:
+  using Button::Button;
+  int image() const { return image_; }
+  void setImage(int image);
+
+ private:
+  int image_ = 0;
+};
+
 class TextBox : public TextControl {
  public:
   using TextControl::TextControl;
@@ -177,6 +188,9 @@ class CheckList : public Control {
   // Cells beyond those set are empty.
   std::string cell(std::size_t row, std::size_t column) const;
   void setCell(std::size_t row, std::size_t column, std::string text);
+  // What the row stands for, as a number beside its cells; 0 unless it is set.
+  std::int32_t id(std::size_t row) const { return rows_.at(row).id; }
+  void setId(std::size_t row, std::int32_t id) { rows_.at(row).id = id; }
   bool ticked(std::size_t row) const { return rows_.at(row).ticked; }
   void setTicked(std::size_t row, bool ticked);
   // A person ticks or unticks a row; setTicked stays silent.
@@ -202,6 +216,7 @@ class CheckList : public Control {
  private:
   struct Row {
     std::vector<std::string> cells;
+    std::int32_t id = 0;
     bool ticked = false;
     bool selected = false;
   };

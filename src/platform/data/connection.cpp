@@ -1,8 +1,8 @@
-// Connection and Command.
+#include "platform/data/connection.h"
+
 #include <utility>
 
 #include "platform/data/dataAccess.h"
-#include "platform/data/recordset.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
