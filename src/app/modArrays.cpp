@@ -93,8 +93,9 @@ void ShellSortArray_TwoStr_ByLongEl(Host& host, std::vector<TwoStr>& arrItems, b
   trapWithBox(host, "ShellSortArray_TwoStr_ByLongEl", 0, [&] {
     const int upper = toInt16(static_cast<std::int64_t>(arrItems.size()) - 1);
     const auto exchange = [&](int i, int gap) {
-      TwoStr& left = arrItems[static_cast<std::size_t>(i)];
-      TwoStr& right = arrItems[static_cast<std::size_t>(i + gap)];
+      const auto at = static_cast<std::size_t>(i);
+      TwoStr& left = arrItems[at];
+      TwoStr& right = arrItems[at + static_cast<std::size_t>(gap)];
       if (blnDescending ? left.lngType < right.lngType : left.lngType > right.lngType) std::swap(left, right);
     };
     for (int gap = (upper + 1) / 2; gap >= 1; gap /= 2) {

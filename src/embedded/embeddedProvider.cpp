@@ -196,7 +196,7 @@ class EmbeddedProvider::Holding {
   std::shared_ptr<void> begin(const std::shared_ptr<Holding>& self) {
     const std::lock_guard lock(mutex_);
     if (auto alive = token_.lock()) return alive;
-    const std::shared_ptr<void> token(self.get(), [weak = std::weak_ptr(self)](void*) {
+    std::shared_ptr<void> token(self.get(), [weak = std::weak_ptr(self)](void*) {
       const auto holding = weak.lock();
       if (!holding) return;
       const std::lock_guard locked(holding->mutex_);

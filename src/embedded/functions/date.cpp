@@ -402,7 +402,6 @@ const char* styleForm(int style) {
     case 121:
       return "Y-m-d tF";
     case 126:
-      return "Y-m-dTtG";
     case 127:
       return "Y-m-dTtG";
     case 23:

@@ -199,7 +199,7 @@ class Unpacker {
   explicit Unpacker(std::string_view packed) : packed_(packed) {}
   bool atEnd() const { return packed_.empty(); }
   Value next() {
-    const int type = packed_.front();
+    const auto type = static_cast<unsigned char>(packed_.front());
     packed_.remove_prefix(1);
     if (type == SQLITE_NULL) return {};
     if (type == SQLITE_INTEGER) return Value::ofInteger(number<std::int64_t>());

@@ -44,7 +44,7 @@ std::vector<std::string> databaseNames(const fs::path& folder) {
 
 fs::path findDatabaseFile(const fs::path& folder, std::string_view name) {
   if (!isLegalName(name)) return {};
-  const fs::path exact = folder / (std::string(name) + databaseExtension);
+  fs::path exact = folder / (std::string(name) + databaseExtension);
   std::error_code ignored;
   if (fs::exists(exact, ignored)) return exact;
   for (const fs::path& entry : folderEntries(folder))

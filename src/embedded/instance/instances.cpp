@@ -51,7 +51,7 @@ bool isThere(const fs::path& file) {
 
 // The folder of a server; empty when there is none.
 fs::path findServer(const fs::path& root, std::string_view name) {
-  const fs::path exact = root / std::string(name);
+  fs::path exact = root / std::string(name);
   std::error_code ignored;
   if (fs::exists(exact, ignored)) return exact;
   for (const fs::path& entry : entriesIfThere(root))

@@ -34,7 +34,7 @@ class EngineError : public DataError {
 
 // The longest text or binary value, in bytes. The server's own limit is 2 GB - 1; what is longer than this is refused
 // before it is made.
-inline constexpr std::int64_t longestValue = 256 * 1024 * 1024;
+inline constexpr std::int64_t longestValue = std::int64_t{256} * 1024 * 1024;
 [[noreturn]] void failTooLong();
 
 // A prepared statement. Bound values are copied.
