@@ -13,6 +13,7 @@
 
 #include "platform/error.h"
 #include "platform/fileFaults.h"
+#include "platform/fileReplacement.h"
 #include "platform/text.h"
 
 namespace qrel::files {
@@ -97,22 +98,13 @@ class OpenFile {
                                " MB, which no file of its kind does. Move it away and try again.");
     }
   }
-  // Gives it the owner and the permissions of the file whose place it takes. A group or owner that this user can't give
-  // stays this user's: the content matters more.
   void takeAfter(const struct stat& before) {
-    struct stat mine {};
-    if (::fstat(descriptor_, &mine) != 0) fail(errno, shown_, true);
-    if ((mine.st_uid != before.st_uid || mine.st_gid != before.st_gid) &&
-        ::fchown(descriptor_, before.st_uid, before.st_gid) != 0 &&
-        ::fchown(descriptor_, static_cast<uid_t>(-1), before.st_gid) != 0 && errno != EPERM)
-      fail(errno, shown_, true);
-    if (::fchmod(descriptor_, before.st_mode & 0777) != 0) fail(errno, shown_, true);
+    if (const int error = files::takeAfter(descriptor_, before)) fail(error, shown_, true);
   }
   // Flushes to the disk and closes.
   void finish() {
     ask(Operation::Flush);
-    while (::fsync(descriptor_) != 0)
-      if (errno != EINTR) fail(errno, shown_, true);
+    if (const int error = flush(descriptor_)) fail(error, shown_, true);
     ask(Operation::Close);
     if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) fail(errno, shown_, true);
   }
@@ -140,7 +132,7 @@ class TemporaryFile {
   const fs::path& path() const { return path_; }
   void replace(const fs::path& target, const fs::path& shown) {
     if (const int error = injectedFault(Operation::Rename, shown)) fail(error, shown, true);
-    if (::rename(path_.c_str(), target.c_str()) != 0) fail(errno, shown, true);
+    if (const int error = renameInto(path_, target)) fail(error, shown, true);
     path_.clear();
   }
 
@@ -153,16 +145,9 @@ bool isTaken(const fs::path& path) {
   return fs::exists(fs::symlink_status(path, ignored));
 }
 
-fs::path folderOf(const fs::path& path) { return path.has_parent_path() ? path.parent_path() : fs::path("."); }
-
-// Makes sure that a rename outlasts a power failure, where the file system can do that.
-void flushFolder(const fs::path& folder, const fs::path& shown) {
+void flushFolderOf(const fs::path& target, const fs::path& shown) {
   if (const int error = injectedFault(Operation::Flush, shown)) fail(error, shown, true);
-  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;  // a folder may be writable and not readable
-  const int error = ::fsync(descriptor) == 0 ? 0 : errno;
-  ::close(descriptor);
-  if (error == EIO || error == ENOSPC || error == EDQUOT) fail(error, shown, true);
+  if (const int error = flushFolder(folderOf(target))) fail(error, shown, true);
 }
 
 // How names of temporary files for this one begin. File names end at 255 bytes.
@@ -177,8 +162,7 @@ bool lookAtReplaced(const fs::path& target, const fs::path& shown, struct stat& 
     return false;
   }
   if (S_ISDIR(facts.st_mode)) fail(EISDIR, shown, true);
-  // Taking a file's place needs no right to write it, so that this is asked here. The superuser is asked too.
-  if ((facts.st_mode & 0222) == 0 || ::access(target.c_str(), W_OK) != 0)
+  if (isReadOnly(target, facts))
     throw RuntimeError(errorNumber::pathAccess,
                        "'" + shown.string() + "' cannot be written: it is read-only. Make it writable and try again.");
   return true;
@@ -231,7 +215,7 @@ void writeAtomically(const fs::path& path, std::string_view bytes, Access access
   file.write(bytes);
   file.finish();
   temporary.replace(target, path);
-  flushFolder(folderOf(target), path);
+  flushFolderOf(target, path);
 }
 
 void removeFile(const fs::path& path) {

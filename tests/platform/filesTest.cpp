@@ -11,6 +11,7 @@
 
 #include "platform/error.h"
 #include "platform/fileFaults.h"
+#include "platform/fileReplacement.h"
 #include "tests/platform/temporaryFolder.h"
 
 namespace qrel {
@@ -129,6 +130,17 @@ TEST(Files, AFullDiskIsToldAsSuch) {
     EXPECT_EQ(error.number, errorNumber::diskFull);
     EXPECT_NE(error.description.find("/dev/full"), std::string::npos);
   }
+}
+
+TEST(FileReplacement, AClosedFileTakesItsPlaceOrStaysWhereItIs) {
+  TemporaryFolder folder;
+  const auto fresh = folder.write("fresh", "new");
+  const auto old = folder.write("old", "old");
+  EXPECT_EQ(files::putInPlace(fresh, folder.path() / "nowhere" / "old"), ENOENT);
+  EXPECT_EQ(files::readWholeFile(fresh), "new");
+  EXPECT_EQ(files::putInPlace(fresh, old), 0);
+  EXPECT_EQ(files::readWholeFile(old), "new");
+  EXPECT_EQ(files::putInPlace(fresh, old), ENOENT) << "it has gone";
 }
 
 }  // namespace

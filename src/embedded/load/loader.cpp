@@ -11,6 +11,7 @@
 #include "embedded/load/workCopy.h"
 #include "embedded/run/session.h"
 #include "platform/error.h"
+#include "platform/files.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -23,7 +24,6 @@ using tsql::StatementOutcome;
 constexpr std::int64_t statementsBetweenProgress = 64;
 // Texts of statements that are kept for another try, in bytes; those beyond stay refused.
 constexpr std::size_t mostPendingBytes = std::size_t{256} << 20;
-constexpr int mostLinks = 40;
 
 // What a database holds, for telling afterwards what is new.
 struct Contents {
@@ -222,17 +222,6 @@ void loadFile(const fs::path& file, tsql::Session& session, Collector& collector
   }
 }
 
-// What a link leads to, there or not; other files as they are.
-fs::path followLinks(fs::path file) {
-  std::error_code error;
-  for (int links = 0; links < mostLinks && fs::is_symlink(file, error); ++links) {
-    const fs::path next = fs::read_symlink(file, error);
-    if (error) break;
-    file = next.is_absolute() ? next : file.parent_path() / next;
-  }
-  return file;
-}
-
 // One load from the search for its place to the end.
 class Load {
  public:
@@ -282,7 +271,7 @@ class Load {
         if (!fresh_) continue;
       }
       folder_ = fresh_ ? fresh_->folder() : servers_.folder(instance_);
-      target_ = followLinks(EmbeddedServers::databaseFileIn(folder_, database_));
+      target_ = files::linkTarget(EmbeddedServers::databaseFileIn(folder_, database_));
       if (fresh_ && fresh_->hidden()) return true;  // nobody else can come
       checkFolder(target_.parent_path());
       lock_ = std::make_unique<WaitedLock>(databaseLock(target_), servers_.unfinished());
@@ -291,7 +280,7 @@ class Load {
         return false;
       }
       // Another one may have made it under a name in other case.
-      if (followLinks(EmbeddedServers::databaseFileIn(folder_, database_)) == target_) return true;
+      if (files::linkTarget(EmbeddedServers::databaseFileIn(folder_, database_)) == target_) return true;
       lock_.reset();
     }
   }

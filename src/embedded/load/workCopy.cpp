@@ -14,6 +14,7 @@
 #include "embedded/instance/databaseFiles.h"
 #include "embedded/sqlite/sqlite.h"
 #include "platform/error.h"
+#include "platform/fileReplacement.h"
 
 namespace qrel {
 
@@ -24,8 +25,6 @@ namespace fs = std::filesystem;
 constexpr int pagesPerStep = 256;
 constexpr off_t bytesPerFlush = 8 << 20;
 constexpr int mostBusySteps = 2;  // each waits some seconds itself
-constexpr mode_t permissionBits = 07777;
-constexpr mode_t writeBits = 0222;
 
 [[noreturn]] void fail(int error, const fs::path& path, const std::string& what) {
   const bool full = error == ENOSPC || error == EDQUOT;
@@ -59,18 +58,10 @@ void checkWritable(const fs::path& target) {
   }
   if (!S_ISREG(facts.st_mode))
     throw RuntimeError(errorNumber::pathAccess, "'" + target.string() + "' is no file that a database could be in.");
-  if ((facts.st_mode & writeBits) == 0 || ::access(target.c_str(), W_OK) != 0)
+  if (files::isReadOnly(target, facts))
     throw RuntimeError(errorNumber::pathAccess, "The database file '" + target.string() +
                                                     "' is read-only. Nothing was changed; make it writable to load "
                                                     "into it.");
-}
-
-// Makes sure that a rename outlasts a power failure, where the file system can do that.
-void flushFolder(const fs::path& path) {
-  const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0) return;
-  ::fsync(folder);
-  ::close(folder);
 }
 
 }  // namespace
@@ -135,10 +126,10 @@ bool WorkCopy::prepare(const std::function<bool()>& stop) {
   if (file < 0) fail(errno, target_, "cannot be written");
   struct stat old {};
   struct stat size {};
-  int result = ::fstat(file, &size);
+  int error = ::fstat(file, &size) == 0 ? 0 : errno;
   bool stopped = false;
   // Piece by piece, so that a stop needn't wait for all of it.
-  for (off_t at = 0; result == 0 && !stopped && at < size.st_size; at += bytesPerFlush) {
+  for (off_t at = 0; error == 0 && !stopped && at < size.st_size; at += bytesPerFlush) {
     stopped = stop && stop();
 #ifdef SYNC_FILE_RANGE_WRITE
     if (!stopped)
@@ -146,16 +137,10 @@ bool WorkCopy::prepare(const std::function<bool()>& stop) {
                         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER);
 #endif
   }
-  if (result == 0 && !stopped && ::stat(target_.c_str(), &old) == 0) {
-    // The owner is kept where that is allowed: it may be another user's file that this one may write.
-    if (::fchown(file, old.st_uid, old.st_gid) != 0 && ::fchown(file, static_cast<uid_t>(-1), old.st_gid) != 0) {
-    }
-    result = ::fchmod(file, old.st_mode & permissionBits);
-  }
-  if (result == 0 && !stopped) result = ::fsync(file);
-  const int reason = errno;
+  if (error == 0 && !stopped && ::stat(target_.c_str(), &old) == 0) error = files::takeAfter(file, old);
+  if (error == 0 && !stopped) error = files::flush(file);
   ::close(file);
-  if (result != 0) fail(reason, target_, "cannot be written");
+  if (error != 0) fail(error, target_, "cannot be written");
   return !stopped;
 }
 
@@ -163,9 +148,9 @@ void WorkCopy::takePlace() {
   // What a program left behind that was ended in the middle of a change: it belongs to the file that goes.
   if (::unlink((target_.string() + "-journal").c_str()) != 0 && errno != ENOENT)
     fail(errno, target_, "cannot be replaced");
-  if (::rename(path_.c_str(), target_.c_str()) != 0) fail(errno, target_, "cannot be replaced");
+  if (const int error = files::renameInto(path_, target_)) fail(error, target_, "cannot be replaced");
   // From here on the database is the new one: that a power failure might undo it is no reason to call it failed.
-  flushFolder(target_.parent_path());
+  files::flushFolder(target_.parent_path());
 }
 
 }  // namespace qrel

@@ -7,6 +7,7 @@
 #include "embedded/language/words.h"
 #include "embedded/run/interpreter.h"
 #include "embedded/translate/translator.h"
+#include "platform/fileReplacement.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -315,12 +316,11 @@ void Interpreter::attachDatabase(const std::vector<Argument>& arguments) {
     try {
       sqlite::Database database(fresh, sqlite::OpenMode::ReadOnly);
       Catalogue::requireWhole(database);
-      fs::rename(fresh, target);
-      return;
     } catch (const DataError&) {
       fs::remove(fresh, error);
       refuse("The header for file '" + file.text + "' is not a valid database file header.");
     }
+    if (files::putInPlace(fresh, target) == 0) return;
   }
   fs::remove(fresh, error);
   refuse("Unable to open the physical file \"" + file.text + "\". The file can't be read or copied.");
