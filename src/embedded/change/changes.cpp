@@ -291,6 +291,23 @@ std::string dependentOnColumn(sqlite::Database& database, const TableInfo& table
   return name;
 }
 
+// A key stays while a foreign key refers to just its columns.
+void refuseReferencedKey(sqlite::Database& database, std::int64_t table, std::int64_t indid, const std::string& name) {
+  auto& query = database.cached(
+      "select t.name, o.name from cat_references r join cat_objects o on o.id = r.constid join cat_objects t on t.id = "
+      "r.fkeyid where r.rkeyid = ?1 and not exists (select colid from cat_indexkeys where object_id = ?1 and indid = "
+      "?2 and keyno > 0 except select rcolid from cat_referencekeys k where k.constid = r.constid) and not exists "
+      "(select rcolid from cat_referencekeys k where k.constid = r.constid except select colid from cat_indexkeys "
+      "where object_id = ?1 and indid = ?2 and keyno > 0)");
+  query.bind(1, table).bind(2, indid);
+  if (!query.step()) return query.reset();
+  const std::string sentence = "The constraint '" + name + "' is being referenced by table '" +
+                               std::string(query.text(0)) + "', foreign key constraint '" + std::string(query.text(1)) +
+                               "'.";
+  query.reset();
+  refuse(sentence);
+}
+
 }  // namespace
 
 std::string makeConstraintName(const Catalogue& catalogue, std::string_view kind, std::string_view schema,
@@ -321,6 +338,10 @@ void CatalogueChanges::createTable(const TableDef& def) {
   std::vector<std::string> names;
   for (const ColumnDef& column : def.columns) names.push_back(column.name);
   checkColumnNames(names, def.name);
+  if (std::count_if(def.columns.begin(), def.columns.end(), [](const auto& each) { return each.identity; }) > 1) {
+    refuse("Multiple identity columns specified for table '" + def.name +
+           "'. Only one identity column per table is allowed.");
+  }
   const std::int64_t id = addObject(database_, def.name, schema, "U", 0);
   int colid = 0;
   for (const ColumnDef& column : def.columns) {
@@ -488,6 +509,7 @@ void CatalogueChanges::dropConstraint(const ObjectName& tableName, std::string_v
     const std::int64_t indid = found ? query.integer(0) : 0;
     const std::string index = found ? std::string(query.text(1)) : "";
     query.reset();
+    if (found) refuseReferencedKey(database_, info->id, indid, object->name);
     if (found) removeIndex(database_, *info, indid, index);
   }
   if (object->xtype == "D") {

@@ -267,7 +267,8 @@ void sign(FunctionCall& call) {
 }
 
 void round(FunctionCall& call) {
-  if (call.isNull(0) || call.isNull(1)) return;
+  if (call.anyNull()) return;
+  const bool cut = call.count() > 2 && call.integer(2) != 0;
   const auto digits = static_cast<int>(std::clamp<std::int64_t>(call.integer(1), -30, 30));
   if (call.type(0) == SQLITE_TEXT && digits >= 0) {
     const std::size_t point = call.text(0).find('.');
@@ -275,11 +276,14 @@ void round(FunctionCall& call) {
     if (!number) (void)numberOf(call, 0);
     if (!number) return;
     const std::size_t scale = point == std::string_view::npos ? 0 : call.text(0).size() - point - 1;
+    if (cut && number->fraction.size() > static_cast<std::size_t>(digits))
+      number->fraction.resize(static_cast<std::size_t>(digits));
     roundDecimal(*number, digits);
     return call.result(decimalText(*number, static_cast<int>(scale)));
   }
   const double factor = std::pow(10.0, digits);
-  const double number = std::round(numberOf(call, 0) * factor) / factor;
+  const double scaled = numberOf(call, 0) * factor;
+  const double number = (cut ? std::trunc(scaled) : std::round(scaled)) / factor;
   if (call.type(0) == SQLITE_INTEGER)
     call.result(static_cast<std::int64_t>(number));
   else

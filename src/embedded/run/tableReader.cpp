@@ -191,7 +191,18 @@ ColumnDef DdlReader::column(TableDef& table) {
     }
   }
   if (column.identity || (column.type.baseName == "timestamp" && !nullWritten)) column.nullable = false;
+  if (nullWritten) nullWritten_.push_back(column.name);
   return column;
+}
+
+void DdlReader::checkPrimaryKey(const TableDef& table) const {
+  for (const IndexDef& index : table.indexes) {
+    if (index.kind != KeyKind::PrimaryKey) continue;
+    for (const std::string& name : index.columns)
+      for (const std::string& column : nullWritten_)
+        if (compareCollated(name, column) == 0)
+          refuse("Cannot define PRIMARY KEY constraint on nullable column in table '" + table.name + "'.");
+  }
 }
 
 bool DdlReader::columnOption(TableDef& table, ColumnDef& column) {

@@ -20,6 +20,8 @@ class DdlReader {
   void tableElement(TableDef& table);
   // A column's name, type and options; its constraints go into the table.
   ColumnDef column(TableDef& table);
+  // Refuses a primary key over a column that was read with NULL behind it.
+  void checkPrimaryKey(const TableDef& table) const;
   // From the word CREATE's next one on: [UNIQUE] [CLUSTERED] INDEX name ON table (...) ...
   IndexDef createIndex(ObjectName& table);
   // Skips an expression by its shape and returns it as written.
@@ -52,6 +54,7 @@ class DdlReader {
 
   TokenReader& reader_;
   const Catalogue& catalogue_;
+  std::vector<std::string> nullWritten_;  // columns
 };
 
 }  // namespace qrel::tsql

@@ -18,6 +18,7 @@ void Interpreter::createTable() {
   if (reader_.peek().is("AS")) notUnderstood("CREATE TABLE AS isn't kept");
   ddl.tableBody(table);
   if (!act()) return;
+  ddl.checkPrimaryKey(table);
   atomically([&] { changes().createTable(table); });
   schemaChanged();
   made("table");
@@ -205,6 +206,12 @@ void Interpreter::truncateStatement() {
   if (reader_.peek().is("WITH") && reader_.peek(1).isSymbol("(")) notUnderstood("partitions aren't kept");
   if (!act()) return;
   const auto table = requireTable(name);
+  auto& references = database_->cached("select 1 from cat_references where rkeyid = ?1 and fkeyid <> ?1");
+  const bool referenced = references.bind(1, table->id).step();
+  references.reset();
+  if (referenced) {
+    refuse("Cannot truncate table '" + table->name + "' because it is being referenced by a FOREIGN KEY constraint.");
+  }
   database_->execute("delete from " + quoteName(table->storage));
   state_.identities.erase(table->id);
 }

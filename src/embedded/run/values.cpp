@@ -32,6 +32,17 @@ bool sameValue(const Value& a, const Value& b) {
   return a.type == b.type && a.integer == b.integer && a.real == b.real && a.text == b.text;
 }
 
+// Whether a query reads one of the variables that it sets, each of which it names as often as it sets them.
+bool readsAssigned(const std::vector<Token>& tokens, std::size_t begin, std::size_t end,
+                   const std::vector<std::string>& assigned) {
+  std::size_t named = 0;
+  for (std::size_t i = begin; i < end; ++i) {
+    if (tokens[i].kind != TokenKind::Variable) continue;
+    named += std::find(assigned.begin(), assigned.end(), lowerCase(tokens[i].raw)) != assigned.end() ? 1 : 0;
+  }
+  return named > assigned.size();
+}
+
 }  // namespace
 
 TranslateContext& Interpreter::context() {
@@ -161,6 +172,11 @@ void Interpreter::setOption() {
     if (!on) reader_.expectWord("OFF");
     if (!act()) return;
     const auto table = requireTable(name);
+    if (std::none_of(table->columns.begin(), table->columns.end(), [](const auto& each) { return each.identity; })) {
+      throw DataError(errorNumber::badSql,
+                      "Table '" + table->name + "' does not have the identity property. Cannot perform SET operation.",
+                      "42000");
+    }
     state_.identityInsert = on ? table->storage : "";
     state_.plans.clear();
     return;
@@ -217,6 +233,8 @@ void Interpreter::selectStatement() {
     std::vector<Value> last;
     std::int64_t count = 0;
     for (; rows.step(); ++count) {
+      if (count == 1 && readsAssigned(tokens_, begin, reader_.position(), assigned))
+        notUnderstood("a value gathered over several rows in a variable can't be had");
       last.clear();
       for (std::size_t i = 0; i < assigned.size(); ++i) last.push_back(sqlite::valueOf(rows, static_cast<int>(i)));
     }

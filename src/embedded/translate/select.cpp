@@ -40,6 +40,12 @@ std::string columnList(const std::vector<std::string>& names) {
   return sql + ")";
 }
 
+// A TOP of one of several queries goes for that one alone.
+void closeLimit(Query& query, std::string& limit) {
+  if (!limit.empty()) query.sql = "select * from (" + query.sql + " limit " + limit + ")";
+  limit.clear();
+}
+
 }  // namespace
 
 const OutputColumn* Columns::find(std::string_view name) const {
@@ -98,27 +104,18 @@ Query Translation::parenthesizedQuery() {
 
 Query Translation::compoundQuery(std::vector<std::string>* assigned) {
   std::string limit;
-  Query out = simpleQuery(assigned, limit);
   bool compound = false;
+  Query out = intersection(assigned, limit, compound);
   std::size_t joinedQueries = 0;
-  for (;;) {
-    const Token& token = reader_.peek();
-    if (!token.is("union") && !token.is("except") && !token.is("intersect")) break;
-    if (!limit.empty()) out.sql = "select * from (" + out.sql + " limit " + limit + ")";
+  while (reader_.peek().is("union") || reader_.peek().is("except")) {
+    closeLimit(out, limit);
     std::string operation = lowerCase(reader_.next().raw);
     if (reader_.acceptWord("all")) operation += " all";
-    limit.clear();
-    Query next = simpleQuery(nullptr, limit);
-    if (!limit.empty()) next.sql = "select * from (" + next.sql + " limit " + limit + ")";
-    limit.clear();
+    Query next = intersection(nullptr, limit, compound);
+    closeLimit(next, limit);
     // SQLite joins only so many queries at once.
     if (++joinedQueries % queriesAtOnce == 0) out.sql = "select * from (" + out.sql + ")";
-    out.sql += " " + operation + " " + next.sql;
-    for (std::size_t i = 0; i < out.columns.list.size() && i < next.columns.list.size(); ++i) {
-      OutputColumn& column = out.columns.list[i];
-      column.kind = commonKind(column.kind, next.columns.list[i].kind);
-      column.width = either(column.width, next.columns.list[i].width);
-    }
+    append(out, operation, next);
     compound = true;
   }
   if (reader_.peek().is("order")) out.sql += orderBy(out.columns, compound);
@@ -126,6 +123,32 @@ Query Translation::compoundQuery(std::vector<std::string>* assigned) {
   if (!limit.empty()) out.sql += " limit " + limit;
   refuseForClause();
   return out;
+}
+
+// INTERSECT goes before UNION and EXCEPT; SQLite takes all three from left to right.
+Query Translation::intersection(std::vector<std::string>* assigned, std::string& limit, bool& compound) {
+  Query out = simpleQuery(assigned, limit);
+  std::size_t joinedQueries = 0;
+  while (reader_.peek().is("intersect")) {
+    closeLimit(out, limit);
+    reader_.next();
+    Query next = simpleQuery(nullptr, limit);
+    closeLimit(next, limit);
+    if (++joinedQueries % queriesAtOnce == 0) out.sql = "select * from (" + out.sql + ")";
+    append(out, "intersect", next);
+    compound = true;
+  }
+  if (joinedQueries > 0) out.sql = "select * from (" + out.sql + ")";
+  return out;
+}
+
+void Translation::append(Query& out, std::string_view operation, const Query& next) {
+  out.sql.append(" ").append(operation).append(" ").append(next.sql);
+  for (std::size_t i = 0; i < out.columns.list.size() && i < next.columns.list.size(); ++i) {
+    OutputColumn& column = out.columns.list[i];
+    column.kind = commonKind(column.kind, next.columns.list[i].kind);
+    column.width = either(column.width, next.columns.list[i].width);
+  }
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY; a TOP that was read before stays in `limit`.
@@ -295,6 +318,9 @@ Translation::SelectItem Translation::selectItem() {
   const bool plain = value.column && !value.name.empty();
   if (!named && plain) alias = value.name;
   item.sql = value.sql;
+  // What DISTINCT and UNION take for the same; a column has its collation, and a COLLATE that was written stays.
+  if (!value.column && value.kind == DataType::Text && item.assigned.empty() && !item.sql.ends_with(" collate binary)"))
+    item.sql += " collate q_text";
   if (named || !plain) item.sql += " as " + quoteColumn(alias);
   item.columns.push_back({alias, value.kind, value.column, value.width});
   return item;

@@ -84,6 +84,9 @@ class Translation {
 
   // translateSelect.cpp
   Query compoundQuery(std::vector<std::string>* assigned);
+  // Queries joined by one kind of words, INTERSECT or UNION and EXCEPT.
+  Query intersection(std::vector<std::string>* assigned, std::string& limit, bool& compound);
+  void append(Query& out, std::string_view operation, const Query& next);
   Query simpleQuery(std::vector<std::string>* assigned, std::string& limit);
   Query parenthesizedQuery();
   void commonTables(std::string& sql);

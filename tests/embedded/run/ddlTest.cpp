@@ -191,16 +191,5 @@ TEST(Drop, LeavesNothingBehind) {
   EXPECT_EQ(report.tables + report.indexes + report.triggers, 0);
 }
 
-TEST(Permissions, GrantDenyRevoke) {
-  Loading s;
-  const auto report = s.load(
-      "CREATE TABLE t (a int)\nGRANT SELECT, INSERT ON OBJECT::dbo.t TO alice, bob WITH GRANT OPTION\n"
-      "DENY INSERT ON t TO bob\nREVOKE SELECT ON t FROM alice CASCADE\nGRANT CREATE TABLE TO carol\n"
-      "GRANT SELECT (a) ON t TO dave\nGRANT EXECUTE ON SCHEMA::dbo TO dave");
-  EXPECT_EQ(s.rows("select class, type, permission_name, state, grantee from cat_permissions order by grantee, type"),
-            "1|IN  |INSERT|W|alice\n1|IN  |INSERT|D|bob\n1|SL  |SELECT|W|bob\n0|CRTB|CREATE TABLE|G|carol\n");
-  EXPECT_EQ(report.skipped.size(), 2u);
-}
-
 }  // namespace
 }  // namespace qrel

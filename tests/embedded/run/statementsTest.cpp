@@ -93,23 +93,6 @@ TEST(Insert, AllForms) {
   EXPECT_EQ(report.failed[3].reason, "Invalid object name 'nothing'.");
 }
 
-TEST(Insert, KeysAreWatched) {
-  Loading s;
-  const auto report = s.load(
-      "CREATE TABLE t (a varchar(5) CONSTRAINT pk PRIMARY KEY, b int CONSTRAINT uq UNIQUE, c int)\n"
-      "CREATE UNIQUE INDEX ix ON t (c) WHERE c IS NOT NULL\n"
-      "INSERT t VALUES ('a', 1, NULL), ('b', NULL, NULL)\n"
-      "INSERT t VALUES ('A ', 2, NULL)\nINSERT t VALUES ('c', NULL, 5)\nINSERT t VALUES ('d', 3, 5), ('e', 4, 5)\n"
-      "UPDATE t SET b = 1 WHERE a = 'b'\nCREATE UNIQUE INDEX iy ON t (c)");
-  ASSERT_EQ(report.failed.size(), 5u) << reasons(report.failed);
-  const std::string violation = "Cannot insert duplicate key in object 'dbo.t'.";
-  EXPECT_EQ(report.failed[0].reason, "Violation of PRIMARY KEY constraint 'pk'. " + violation);
-  EXPECT_EQ(report.failed[1].reason, "Violation of UNIQUE KEY constraint 'uq'. " + violation);
-  EXPECT_EQ(report.failed[2].reason, "Cannot insert duplicate key row in object 'dbo.t' with unique index 'ix'.");
-  EXPECT_EQ(report.failed[3].reason, "Violation of UNIQUE KEY constraint 'uq'. " + violation);
-  EXPECT_EQ(s.rows("select a, b from \"dbo.t\""), "a|1\nb|-\n");
-}
-
 TEST(UpdateAndDelete, WithAndWithoutFrom) {
   Loading s;
   const auto report = s.load(

@@ -84,16 +84,6 @@ TEST_F(Translate, ConditionsCompareLikeTheServer) {
           {"SELECT id FROM t WHERE LEFT('10x', 2) > 9", "1 2 3"}});
 }
 
-TEST_F(Translate, LikeKnowsSetsAndEscapes) {
-  expect({{"SELECT id FROM t WHERE name LIKE '[a-b]%' ORDER BY id", "1 2"},
-          {"SELECT id FROM t WHERE name LIKE '[^a-b]%'", "3"},
-          {"SELECT id FROM t WHERE name LIKE '_O_'", "2"},
-          {"SELECT id FROM t WHERE name NOT LIKE '%n%a' ORDER BY id", "2 3"},
-          {"SELECT 1 WHERE '50%' LIKE '50!%' ESCAPE '!' AND '50x' NOT LIKE '50!%' ESCAPE '!'", "1"},
-          {"SELECT 1 WHERE 'a]b-' LIKE 'a[]]b[-]' AND 'a_b' LIKE 'a[_]b' AND 'axb' NOT LIKE 'a[_]b'", "1"},
-          {"SELECT 1 WHERE 'aaab' LIKE '%a%ab' AND '' LIKE '%' AND 'abc' NOT LIKE 'ab'", "1"}});
-}
-
 TEST_F(Translate, ShapesOfQueries) {
   expect(
       {{"SELECT TOP 2 id FROM t ORDER BY id DESC", "3 2"},
