@@ -41,33 +41,26 @@ void printMarkedLines(std::ostream& out, const CompLineArray& lines, bool colour
 // What a pair comparison asks of its surroundings, on a console: the report goes to standard output.
 class ConsoleSteps : public PairComparisonSteps {
  public:
-  ConsoleSteps(Console& console, bool& different) : console_(console), different_(different) {}
+  explicit ConsoleSteps(Console& console) : console_(console) {}
 
   bool CanStartComparison() override { return true; }
-  void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource, CompLineArray& arrTarget,
-                       long type) override {
-    different_ = true;
-    std::int32_t error = 0;
-    Mark_Differences(console_.program, paneSource, paneTarget, arrSource, arrTarget, error, type);
-    marked_[0] = arrSource;
-    marked_[1] = arrTarget;
-  }
-  void ShowReport(const PairReport&) override {
+  void ShowReport(const PairReport& report) override {
+    different = !report.blnIdentical;
     console_.out << visibleLines(replaceAll(console_.program.report.gstrReportText, "\r\n", "\n")) << '\n';
-    if (!different_) return;
+    if (report.blnIdentical) return;
     const bool colours = console_.colours;
-    for (const int side : {0, 1}) {
+    for (const std::size_t side : {0U, 1U}) {
       console_.out << (side == 0 ? "\nSource:\n" : "\nTarget:\n");
-      printMarkedLines(console_.out, marked_[side], colours);
+      printMarkedLines(console_.out, report.arrLines[side], colours);
     }
   }
   bool printRunInProgress() override { return false; }
   void PrintPane(const std::string&, TextPane&) override {}
 
+  bool different = false;  // what the report said
+
  private:
   Console& console_;
-  bool& different_;
-  CompLineArray marked_[2];
 };
 
 }  // namespace
@@ -89,13 +82,12 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   for (const int side : {0, 1}) complete = showSelected(console, workspace, sides[side], side) && complete;
   if (!complete) return ExitCode::Incomplete;
 
-  bool different = false;
-  ConsoleSteps steps(console, different);
+  ConsoleSteps steps(console);
   const std::size_t reports = console.host.errorReports();
   CompareSelProcs(console.program, workspace, steps, false, "", "");
   if (sides[0].incomplete || sides[1].incomplete || console.host.errorReports() != reports || reads.failed())
     return ExitCode::Incomplete;
-  return different ? ExitCode::Different : ExitCode::Identical;
+  return steps.different ? ExitCode::Different : ExitCode::Identical;
 }
 
 }  // namespace qrel

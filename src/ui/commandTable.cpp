@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "db/mdlObjects.h"
 #include "platform/text.h"
@@ -30,8 +31,12 @@ void addForEachType(CommandTable& commands, long lngFirstId, const std::string& 
 void InitializeMenus_File(CommandTable& commands) {
   const std::string path = "File";
   commands.push_back({100, "", "&File", Guard::none, nullptr});
-  commands.push_back(
-      {101, path, "&Connect to the Server", Guard::none, [](frmMain& window) { window.cmdConnect_Click(); }, "F5"});
+  commands.push_back({.id = 101,
+                      .path = path,
+                      .caption = "&Connect to the Server",
+                      .action = [](frmMain& window) { window.cmdConnect_Click(); },
+                      .key = "F5",
+                      .clearsBusy = true});
   commands.push_back({102, path, "Refresh - &Source", Guard::CheckMdac,
                       [](frmMain& window) { window.RefreshSourceTarget(0); }, "", true});
   commands.push_back(
@@ -44,10 +49,18 @@ void InitializeMenus_StructComp(CommandTable& commands) {
   const std::string bulk = path + "/Bulk Comparisons";
   const std::string selective = path + "/Selective Comparisons";
   commands.push_back({200, "", "&Structure Comparisons", Guard::none, nullptr});
-  commands.push_back(
-      {201, path, "Compare &Selected Objects", Guard::none, [](frmMain& window) { window.cmdCompare_Click(); }, "F7"});
-  commands.push_back(
-      {202, path, "Compare &All Objects", Guard::none, [](frmMain& window) { window.cmdCompareAll_Click(); }, "F8"});
+  commands.push_back({.id = 201,
+                      .path = path,
+                      .caption = "Compare &Selected Objects",
+                      .action = [](frmMain& window) { window.cmdCompare_Click(); },
+                      .key = "F7",
+                      .clearsBusy = true});
+  commands.push_back({.id = 202,
+                      .path = path,
+                      .caption = "Compare &All Objects",
+                      .action = [](frmMain& window) { window.cmdCompareAll_Click(); },
+                      .key = "F8",
+                      .clearsBusy = true});
   commands.push_back({203, path, "&Bulk Comparisons", Guard::none, nullptr, "", true});
   commands.push_back({204, bulk, "&Simple", Guard::none, nullptr});
   addForEachType(commands, 205, bulk + "/Simple", false, false);
@@ -65,8 +78,12 @@ void InitializeMenus_StructComp(CommandTable& commands) {
 void InitializeMenus_DataComp(CommandTable& commands) {
   const std::string path = "Data Comparisons";
   commands.push_back({300, "", "&Data Comparisons", Guard::none, nullptr});
-  commands.push_back({310, path, "Compare &Data in Single Pair of Tables", Guard::none,
-                      [](frmMain& window) { window.cmdCompData_Click(); }, "F9"});
+  commands.push_back({.id = 310,
+                      .path = path,
+                      .caption = "Compare &Data in Single Pair of Tables",
+                      .action = [](frmMain& window) { window.cmdCompData_Click(); },
+                      .key = "F9",
+                      .clearsBusy = true});
 }
 
 void InitializeMenus_Tools(CommandTable& commands) {
@@ -100,6 +117,17 @@ void addContextMenu(CommandTable& commands) {
                       [](frmMain& window) { window.MenuPopUpPrintSourceAndTarget(); }});
 }
 
+void addKeys(CommandTable& commands) {
+  const auto add = [&](const char* key, std::function<void(frmMain&)> action) {
+    commands.push_back({.path = keysPath, .caption = "", .action = std::move(action), .key = key});
+  };
+  add("F6", [](frmMain& window) { window.workspace.cmbType.setFocus(); });
+  add("Alt+O", [](frmMain& window) { window.cmdCopyClip[0].personClicks(); });
+  add("Alt+Y", [](frmMain& window) { window.cmdCopyClip[1].personClicks(); });
+  add("Alt+P", [](frmMain& window) { window.cmdCopyToFile[0].personClicks(); });
+  add("Alt+I", [](frmMain& window) { window.cmdCopyToFile[1].personClicks(); });
+}
+
 std::string captionWithoutMarks(const std::string& caption) { return replaceAll(caption, "&", ""); }
 
 }  // namespace
@@ -111,10 +139,12 @@ CommandTable MainCommands() {
   InitializeMenus_DataComp(commands);
   InitializeMenus_Tools(commands);
   addContextMenu(commands);
+  addKeys(commands);
   return commands;
 }
 
 const MenuCommand* FindCommand(const CommandTable& commands, long lngId) {
+  if (lngId == 0) return nullptr;
   const auto found = std::find_if(commands.begin(), commands.end(),
                                   [&](const MenuCommand& each) { return each.id == lngId && each.action; });
   return found == commands.end() ? nullptr : &*found;

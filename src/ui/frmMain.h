@@ -138,7 +138,8 @@ class frmMain : public Form {
   // Shows which panels are filtered. penmFilterType selects the words of the tips: 1 schema, 2 owner.
   void Filtering_UpdateDisplay(long penmFilterType);
 
-  // The comparisons (mainCompare.cpp). The buttons do nothing while the window is busy, and keep it busy.
+  // The comparisons (mainCompare.cpp). The buttons do nothing while the window is busy, and keep it busy;
+  // for the selected pair its comparison does so.
   void cmdCompare_Click();
   void cmdCompareAll_Click();
   // One type; lngTypeIndex is its place in the order Tables, Procedures, Functions, Views, Triggers, Relationships,

@@ -26,15 +26,15 @@ std::string frmMain::GetTooltipTextForMenuItem(long lngId) const { return lngId 
 
 void frmMain::wireCommands() {
   barCommands.onExecute = [this](long id) { CommandBars_Execute(id); };
-  for (const MenuCommand& command : commands_)
-    if (!command.key.empty()) addKey(command.key, [this, id = command.id] { barCommands.personChooses(id); });
-  addKey("F6", [this] { workspace.cmbType.setFocus(); });
-  constexpr std::array<const char*, 2> clipKeys = {"Alt+O", "Alt+Y"};
-  constexpr std::array<const char*, 2> fileKeys = {"Alt+P", "Alt+I"};
+  for (const MenuCommand& command : commands_) {
+    if (command.key.empty()) continue;
+    if (command.id == 0)
+      addKey(command.key, [this, action = command.action] { action(*this); });
+    else
+      addKey(command.key, [this, id = command.id] { barCommands.personChooses(id); });
+  }
   for (int Index = 0; Index < 2; ++Index) {
     const auto side = static_cast<std::size_t>(Index);
-    addKey(clipKeys[side], [this, side] { cmdCopyClip[side].personClicks(); });
-    addKey(fileKeys[side], [this, side] { cmdCopyToFile[side].personClicks(); });
     workspace.txtTXProc[side].onMouseUp = [this, Index](int button) { txtTXProc_MouseUp(Index, button); };
     workspace.txtTXProc[side].onScroll = [this, side] { scrollOtherPane(side); };
   }
@@ -63,9 +63,7 @@ void frmMain::ExecuteAction(long lngId) {
     if (!command) return;
     if (command->guard != Guard::none && !CheckMdac(program_)) return;
     if (command->guard == Guard::CheckMdacAndServerInfoSet && !ServerInfoSet()) return;
-    // These look at the flag themselves.
-    constexpr std::array<long, 4> ownGuard = {101, 201, 202, 310};
-    if (std::find(ownGuard.begin(), ownGuard.end(), lngId) != ownGuard.end()) workspace.mblnBusy = false;
+    if (command->clearsBusy) workspace.mblnBusy = false;
     command->action(*this);
   });
 }

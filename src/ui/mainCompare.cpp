@@ -6,7 +6,6 @@
 #include "app/trap.h"
 #include "compare/data/modCompareData.h"
 #include "compare/structure/frmColorSchema.h"
-#include "compare/structure/modMarkDifferences.h"
 #include "db/mdlQueryCode.h"
 #include "db/modPanels.h"
 #include "platform/text.h"
@@ -40,12 +39,6 @@ tReportInput reportInput(const Call& call) {
 
 bool MainCompare::CanStartComparison() { return CheckMdac(program_); }
 
-void MainCompare::MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource,
-                                  CompLineArray& arrTarget, long lngType) {
-  std::int32_t lngError = 0;
-  Mark_Differences(program_, paneSource, paneTarget, arrSource, arrTarget, lngError, lngType);
-}
-
 void MainCompare::ShowReport(const PairReport& report) {
   tReportInput input = reportInput(report);
   input.strTable1 = report.arrObjects[0];
@@ -74,7 +67,6 @@ void MainCompare::ShowReport(const CompareAllReportCall& call) {
 
 void frmMain::cmdCompare_Click() {
   if (workspace.mblnBusy) return;
-  const FlagScope busy(workspace.mblnBusy);
   CompareSelProcs(program_, workspace, compare_, false, "", "");
 }
 

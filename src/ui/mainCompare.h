@@ -22,8 +22,6 @@ class MainCompare : public PairComparisonSteps, public CompareAllSteps {
 
   // The data access layer is there. What isn't selected is told by the comparison, which finds nothing to compare.
   bool CanStartComparison() override;
-  void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource, CompLineArray& arrTarget,
-                       long lngType) override;
   void ShowReport(const PairReport& report) override;
   bool printRunInProgress() override;
   void PrintPane(const std::string& strHeading, TextPane& pane) override;

@@ -1,9 +1,12 @@
 // The comparison of the selected pair: its verdicts, its report, what it asks of its surroundings.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "app/Workspace.h"
 #include "compare/structure/modCompareObjects.h"
 #include "compare/structure/modCompareSelected.h"
+#include "compare/structure/modMarkDifferences.h"
 #include "db/mdlObjects.h"
 #include "db/mdlQueryCode.h"
 #include "tests/support.h"
@@ -11,7 +14,7 @@
 namespace qrel {
 namespace {
 
-class SelectedPair : public testing::Test, public PairComparisonSteps {
+class SelectedPair : public testing::Test, public PairComparisonSteps, public ControlObserver {
  protected:
   SelectedPair() {
     program.settings.IgnoreWhitespace = program.settings.IgnoreComments = program.settings.IgnoreColSeq = false;
@@ -27,11 +30,10 @@ class SelectedPair : public testing::Test, public PairComparisonSteps {
   }
 
   bool CanStartComparison() override { return canStart; }
-  void MarkDifferences(TextPane&, TextPane&, CompLineArray&, CompLineArray&, long type) override {
-    marked = type;
+  // A pane changes while two are compared: it gets its colours.
+  void controlChanged(Control&) override {
     EXPECT_TRUE(workspace.mblnBusy);
     EXPECT_EQ(test.host.pointer(), Pointer::Hourglass);
-    if (failToMark) throw RuntimeError(5, "Invalid procedure call or argument");
   }
   void ShowReport(const PairReport& shownReport) override {
     report = shownReport;
@@ -48,21 +50,35 @@ class SelectedPair : public testing::Test, public PairComparisonSteps {
     workspace.txtTXProc[0].setText(source);
     workspace.txtTXProc[1].setText(target);
     text.clear();
-    marked = 0;
+    report = {};
+    for (TextPane& pane : workspace.txtTXProc) pane.observer = this;
     CompareSelProcs(program, workspace, *this, false, "", "");
+    for (TextPane& pane : workspace.txtTXProc) pane.observer = nullptr;
     EXPECT_FALSE(workspace.mblnBusy);
     EXPECT_EQ(test.host.pointer(), Pointer::Default);
     EXPECT_EQ(program.report.gstrReportText, "");
   }
   bool identical() const { return text.find("are identical.") != std::string::npos; }
+  // The marks of a side's lines as the report has them, "40 10 "; "!" for a line whose pane is painted otherwise.
+  std::string marks(std::size_t side) const {
+    std::string all;
+    for (const CompLine& line : report.arrLines[side]) {
+      all += std::to_string(line.lngMark) + " ";
+      const auto& painted = workspace.txtTXProc[side].backgrounds();
+      if (std::none_of(painted.begin(), painted.end(), [&](const TextPane::Range& range) {
+            return range.start == static_cast<std::size_t>(line.lngStart) && range.colour == GetMarkColor(line.lngMark);
+          }))
+        all += "! ";
+    }
+    return all;
+  }
 
   TestProgram test;
   Program& program = test.program;
   Workspace workspace;
   PairReport report;
   std::string text, printed;
-  long marked = 0;
-  bool canStart = true, printing = false, failToMark = false;
+  bool canStart = true, printing = false;
 };
 
 TEST_F(SelectedPair, GoesThroughTheTestsFromStrictToForgiving) {
@@ -113,8 +129,20 @@ TEST_F(SelectedPair, GoesThroughTheTestsFromStrictToForgiving) {
     compare(each.type, each.source, each.target);
     EXPECT_EQ(identical(), each.same) << each.type << " with " << each.settings << ": " << each.source << " and "
                                       << each.target;
-    EXPECT_EQ(marked, each.same ? 0 : each.type);
+    EXPECT_EQ(report.blnIdentical, each.same) << each.source;
+    EXPECT_TRUE(!each.same || marks(0) + marks(1) == "") << each.source;
   }
+}
+
+TEST_F(SelectedPair, MarksThePanesOfAPairThatDiffersByItsType) {
+  program.settings.IgnoreColSeq = false;
+  const std::string source = "[a] int\r\n[b] int\r\n[c] int", target = "[b] int\r\n[a] bit\r\n[d] int";
+  compare(objTables, source, target);
+  EXPECT_EQ(marks(0) + "| " + marks(1), "20 10 40 | 10 20 30 ") << "columns by their names";
+  compare(objViews, source, target);
+  EXPECT_EQ(marks(0) + "| " + marks(1), "40 10 20 | 10 20 30 ") << "lines side by side";
+  compare(objViews, source, source);
+  EXPECT_EQ(marks(0) + marks(1), "");
 }
 
 TEST_F(SelectedPair, ReportsTheVerdictWithItsNotes) {
@@ -185,7 +213,9 @@ TEST_F(SelectedPair, StopsWithoutTextsAndSurvivesAnError) {
   EXPECT_EQ(test.host.boxes[0].icon, Icon::Information);
   EXPECT_EQ(text, "");
 
-  failToMark = true;
+  program.state<IgnoredColumnsSource>().lookUp = [](auto&&...) -> std::vector<std::string> {
+    throw RuntimeError(5, "Invalid procedure call or argument");
+  };
   test.host.windows.push_back([](Form&) {});
   compare(objTables, "a", "b");
   EXPECT_EQ(test.host.shown, std::vector<std::string>{"frmErrorReport"});

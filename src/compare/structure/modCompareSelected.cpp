@@ -1,12 +1,14 @@
 #include "compare/structure/modCompareSelected.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/Workspace.h"
 #include "app/trap.h"
 #include "compare/structure/modCompareObjects.h"
 #include "compare/structure/modIgnoreColumnsOrder.h"
 #include "compare/structure/modIgnoreWhiteSpaces.h"
+#include "compare/structure/modMarkDifferences.h"
 #include "db/mdlObjects.h"
 #include "db/mdlQueryCode.h"
 #include "platform/text.h"
@@ -47,6 +49,7 @@ struct Pair {
   std::array<long, 2> arrIds{};  // of the objects; 0: not known
   bool blnColumnsIgnored = false;
   bool blnIdentical = false;
+  std::array<CompLineArray, 2> arrLines;  // with their marks, when it isn't identical
 };
 
 // Of the object that the pane shows.
@@ -111,7 +114,7 @@ std::string messageOf(const Program& program, const Pair& pair) {
   return message;
 }
 
-void reportOrPrint(Program& program, Workspace& workspace, PairComparisonSteps& steps, const Pair& pair) {
+void reportOrPrint(Program& program, Workspace& workspace, PairComparisonSteps& steps, Pair& pair) {
   if (steps.printRunInProgress()) {
     if (!pair.blnIdentical) {
       steps.PrintPane("Source: ", workspace.txtTXProc[0]);
@@ -119,7 +122,7 @@ void reportOrPrint(Program& program, Workspace& workspace, PairComparisonSteps& 
     }
   } else if (!program.report.gstrReportText.empty()) {
     steps.ShowReport({"Comparison Report", pair.arrServers, pair.arrDatabases, pair.arrObjects, pairComparison,
-                      ObjectTypeFlags(pair.lngType)});
+                      ObjectTypeFlags(pair.lngType), pair.blnIdentical, std::move(pair.arrLines)});
   }
   program.report.gstrReportText.clear();
 }
@@ -130,8 +133,9 @@ void comparePair(Program& program, Workspace& workspace, PairComparisonSteps& st
   if (pair.lngType == objViews) AdjustCreateViewStatements(program, pair.arrTexts[0], pair.arrTexts[1]);
   pair.blnIdentical = passesOneTest(program, workspace, pair);
   if (!pair.blnIdentical) {
-    CompLineArray arrSource, arrTarget;
-    steps.MarkDifferences(workspace.txtTXProc[0], workspace.txtTXProc[1], arrSource, arrTarget, pair.lngType);
+    std::int32_t lngError = 0;  // told already; the verdict stands without marks, too
+    Mark_Differences(program, workspace.txtTXProc[0], workspace.txtTXProc[1], pair.arrLines[0], pair.arrLines[1],
+                     lngError, pair.lngType);
   }
   const std::string message = messageOf(program, pair);
   program.host.setPointer(Pointer::Default);
@@ -190,8 +194,6 @@ void CompareHighlightedSections(Program& program, Workspace& workspace, PairComp
     if (!steps.CanStartComparison() || !sectionsSelected(program, workspace)) return;
     CompareSelProcs(program, workspace, steps, true, workspace.txtTXProc[0].selectedText(),
                     workspace.txtTXProc[1].selectedText());
-    workspace.mblnBusy = false;
-    program.host.setPointer(Pointer::Default);
   });
 }
 

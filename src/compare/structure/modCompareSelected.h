@@ -12,7 +12,7 @@ class Program;
 class TextPane;
 struct Workspace;
 
-// What the report of a pair comparison shows besides the report text; index 0 Source, 1 Target.
+// What the report of a pair comparison tells besides the report text; index 0 Source, 1 Target.
 struct PairReport {
   std::string strTitle;
   std::array<std::string, 2> arrServers;
@@ -20,6 +20,9 @@ struct PairReport {
   std::array<std::string, 2> arrObjects;
   int intCompSubType = 0;
   std::string strObjectTypes;  // eight flags
+  bool blnIdentical = false;
+  // The panes' lines with their marks as Mark_Differences gives them; empty for a pair that is identical.
+  std::array<CompLineArray, 2> arrLines;
 };
 
 // What the comparison of a pair asks of the parts around it.
@@ -29,9 +32,6 @@ class PairComparisonSteps {
 
   // Whether a comparison can start now; shows why not.
   virtual bool CanStartComparison() = 0;
-  // Colours the lines that differ; fills the two arrays with the panes' lines and their marks.
-  virtual void MarkDifferences(TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource,
-                               CompLineArray& arrTarget, long lngType) = 0;
   // Shows the report window over the program's report text and waits for it.
   virtual void ShowReport(const PairReport& report) = 0;
   // Whether pairs are compared for printing; then there is no report, and the panes of a pair that differs are printed,
@@ -41,8 +41,8 @@ class PairComparisonSteps {
 };
 
 // Compares the selected pair, by the panes' texts or, with blnTextsGiven, by the two texts; marks the panes when they
-// differ and reports the verdict. The comparison is over with a message when both texts are empty. The busy flag and
-// the pointer are set meanwhile, and cleared however it ends.
+// differ and reports the verdict. The comparison is over with a message when both texts are empty. It owns the busy
+// flag: flag and pointer are set meanwhile, whatever they were, and cleared however it ends.
 void CompareSelProcs(Program& program, Workspace& workspace, PairComparisonSteps& steps, bool blnTextsGiven,
                      const std::string& strSourceText, const std::string& strTargetText);
 
