@@ -45,7 +45,7 @@ TEST(CreateTable, ConstraintsBecomeObjectsOfTheTable) {
   Loading s;
   const auto report = s.load(
       "CREATE TABLE p (id int CONSTRAINT pk_p PRIMARY KEY NONCLUSTERED, n int UNIQUE CLUSTERED)\n"
-      "CREATE TABLE c (id int, x int NULL CHECK (x > 0) DEFAULT 1 REFERENCES p, y int CONSTRAINT df_y DEFAULT ('a'),\n"
+      "CREATE TABLE c (id int, x int CHECK (x > 0) DEFAULT 1 REFERENCES p, y int CONSTRAINT df_y DEFAULT ('a'),\n"
       "  CONSTRAINT ck CHECK (x <> y), PRIMARY KEY (id, x DESC), INDEX ix (y DESC, x) INCLUDE (id) WHERE y IS NOT "
       "NULL,\n"
       "  CONSTRAINT fk FOREIGN KEY (x, y) REFERENCES c (id, x) ON DELETE NO ACTION ON UPDATE SET NULL)");
