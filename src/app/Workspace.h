@@ -12,6 +12,16 @@
 
 namespace qrel {
 
+// Set while a saved process is replayed: no person is there to choose or to ask.
+struct tReplay {
+  bool mblnReplay = false;
+  std::int32_t mlngReplaySubType = 0;     // kind of comparison, as the process stores it
+  std::int32_t mlngReplaySubSubType = 0;
+  std::string mstrReplayObjTypes;         // eight flags
+  std::string mstrReplayExportPath;       // where the result is written; empty: nowhere
+  bool mblnReplayPrint = false;
+};
+
 // Side 0 is Source, side 1 is Target in all pairs.
 struct Workspace {
   ComboBox cmbType{"cmbType"};  // item data: the object type code
@@ -23,6 +33,7 @@ struct Workspace {
   std::array<ComboBox, 2> cmbOwners{ComboBox{"cmbOwners(0)"}, ComboBox{"cmbOwners(1)"}};
 
   bool mblnBusy = false;  // while True, panel side effects and new commands are inert
+  tReplay replay;
 
   // The selected type's code; 0 when none is selected.
   long objectType() const {

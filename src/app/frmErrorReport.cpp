@@ -66,6 +66,7 @@ std::string frmErrorReport::requestUrl() const {
 void ShowErrorReport(Program& program, std::int32_t lngErrNum, const std::string& strErrDesc,
                      const std::string& strModuleName, const std::string& strProcName,
                      const std::string& strExtraDesc) {
+  ++program.state<ErrorReportsState>().lngShown;
   frmErrorReport form(program.host,
                       {lngErrNum, strErrDesc, programVersion, programBuild, strModuleName, strProcName, strExtraDesc});
   form.ShowUp();

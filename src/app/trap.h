@@ -9,6 +9,11 @@
 
 namespace qrel {
 
+// How many errors were reported since the program's start.
+struct ErrorReportsState {
+  std::size_t lngShown = 0;
+};
+
 // Opens the error report window and waits for it (frmErrorReport.h).
 void ShowErrorReport(Program& program, std::int32_t lngErrNum, const std::string& strErrDesc,
                      const std::string& strModuleName, const std::string& strProcName,

@@ -20,6 +20,8 @@ struct CommandLine {
   AddServerArguments addServer;
   CompareArguments compare;
   DataArguments data;
+  RunArguments run;
+  bool json = false;
   std::string name, side, type, object;
   std::function<ExitCode(Console&)> command;
 };
@@ -83,6 +85,37 @@ void addLists(CLI::App& app, CommandLine& line) {
   options->callback([&line] { line.command = runOptions; });
 }
 
+void addProcesses(CLI::App& app, CommandLine& line) {
+  CLI::App* processes = app.add_subcommand("processes", "List, show or remove saved comparison processes");
+  processes->add_flag("--json", line.json, "the list as JSON");
+  CLI::App* show = processes->add_subcommand("show", "Print what a process does");
+  show->add_option("NAME", line.name, "its name, or its id")->required();
+  CLI::App* remove = processes->add_subcommand("remove", "Remove a process; what it has written stays");
+  remove->add_option("NAME", line.name, "its name, or its id")->required();
+  processes->callback([&line, show, remove] {
+    line.command = [&line, show, remove](Console& console) {
+      if (show->parsed()) return runProcessesShow(console, line.name);
+      if (remove->parsed()) return runProcessesRemove(console, line.name);
+      return runProcesses(console, line.json);
+    };
+  });
+
+  CLI::App* run = app.add_subcommand("run", "Run a saved comparison process again, with nobody there");
+  run->add_option("PROCESS", line.run.process, "its name, or its id")->required();
+  run->add_option("--export", line.run.exportFile, "write this file instead of the stored one");
+  run->add_option("--format", line.run.format, "of the file")
+      ->check(CLI::IsMember({"html", "csv", "report"}, CLI::ignore_case));
+  run->footer("Every question is answered with its default button; messages go to standard error with the time.");
+  run->callback([&line] { line.command = [&line](Console& console) { return runProcess(console, line.run); }; });
+}
+
+void addSave(CLI::App* command, SaveArguments& save) {
+  command->add_option("--save", save.name, "save the comparison as a process of this name, for \"qrel run\"");
+  command->add_flag("--replace", save.replace, "over a process that has the name");
+  command->add_flag("--print", save.print, "the process prints its report");
+  command->add_flag("--auto-close", save.autoClose, "the window closes when it has run the process");
+}
+
 void addCompare(CLI::App& app, CommandLine& line) {
   CLI::App* compare = app.add_subcommand("compare", "Compare two databases, or one object of each");
   compare->add_option("SOURCE", line.compare.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
@@ -100,6 +133,7 @@ void addCompare(CLI::App& app, CommandLine& line) {
       compare->add_option("--object", line.compare.objects, "the name, and the Target's name when it is another")
           ->expected(1, 2);
   for (CLI::Option* other : {types, details, only, report}) object->excludes(other);
+  addSave(compare, line.compare.save);
   type->needs(object);
   compare->callback([&line] {
     line.command = [&line](Console& console) {
@@ -124,6 +158,13 @@ void addData(CLI::App& app, CommandLine& line) {
   data->add_option("--offset", line.data.offsets[0], "the first record to compare, from 1 on")
       ->check(CLI::Range(1, 32767));
   data->add_option("--target-offset", line.data.offsets[1], "the same for Target")->check(CLI::Range(1, 32767));
+  CLI::Option* csv = data->add_option("--csv", line.data.csv, "write the differences as comma separated values");
+  CLI::Option* html = data->add_option("--html", line.data.html, "write the differences as an HTML table");
+  data->add_flag("--quote", line.data.quote, "CSV: every value between quotation marks")->needs(csv);
+  data->add_flag("--rfc4180", line.data.rfc4180, "CSV: quotation marks where they are needed, doubled within values")
+      ->needs(csv);
+  csv->excludes(html);
+  addSave(data, line.data.save);
   data->footer("Without key, order and offset each table is compared as was last chosen for it in the window.");
   data->callback([&line] { line.command = [&line](Console& console) { return runData(console, line.data); }; });
 }
@@ -139,6 +180,7 @@ void describe(CLI::App& app, CommandLine& line) {
   addLists(app, line);
   addCompare(app, line);
   addData(app, line);
+  addProcesses(app, line);
 }
 
 int finish(std::ostream& err, ExitCode code, const std::string& message) {

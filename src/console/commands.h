@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "console/console.h"
+#include "console/savedProcess.h"
 
 namespace qrel {
 
@@ -46,6 +47,7 @@ struct CompareArguments {
   bool details = false;
   std::vector<std::string> only;
   std::string report;  // file
+  SaveArguments save;
 };
 ExitCode runComparePair(Console& console, const CompareArguments& arguments);
 ExitCode runCompareAll(Console& console, const CompareArguments& arguments);
@@ -57,11 +59,25 @@ struct DataArguments {
   std::string keys[2];            // column names with commas between, of Source and Target; a pair with no Target's
   std::string sorts[2];           // uses the Source's
   std::optional<int> offsets[2];  // 1-based first record
-  bool given() const {            // any of the last three
+  std::string html, csv;          // files that the differences are written to
+  bool quote = false;             // of CSV: every value between quotation marks
+  bool rfc4180 = false;           // of CSV: quotation marks where a value needs them, doubled within
+  SaveArguments save;
+  bool given() const {            // any of keys, sorts and offsets
     return !keys[0].empty() || !keys[1].empty() || !sorts[0].empty() || !sorts[1].empty() || offsets[0] || offsets[1];
   }
 };
 ExitCode runData(Console& console, const DataArguments& arguments);
+
+struct RunArguments {
+  std::string process;     // name or id
+  std::string exportFile;  // instead of the stored one
+  std::string format;      // html, csv, report
+};
+ExitCode runProcess(Console& console, const RunArguments& arguments);
+ExitCode runProcesses(Console& console, bool json);
+ExitCode runProcessesShow(Console& console, const std::string& name);
+ExitCode runProcessesRemove(Console& console, const std::string& name);
 
 // Parses the command line and runs the command.
 int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostream& err);

@@ -68,6 +68,10 @@ class ConsoleSteps : public PairComparisonSteps {
 ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   if (arguments.type.empty()) throw CommandFailure{ExitCode::Usage, "--object needs --type."};
   const long type = Console::objectType(arguments.type);
+  checkSave(console, arguments.save, arguments.source, arguments.target);
+  if (arguments.save.given() && (type == objConstraints || !arguments.schemas[0].empty() || !arguments.schemas[1].empty()))
+    throw CommandFailure{ExitCode::Usage, "The comparison can't be saved: a process keeps no schemas, and no pair of "
+                                          "constraints."};
   const std::string names[] = {arguments.objects.front(), arguments.objects.back()};
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
   const ReadWatch reads(console.program);
@@ -87,6 +91,15 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   CompareSelProcs(console.program, workspace, steps, false, "", "");
   if (sides[0].incomplete || sides[1].incomplete || console.host.errorReports() != reports || reads.failed())
     return ExitCode::Incomplete;
+  if (arguments.save.given()) {
+    tSavedProcess process;
+    process.lngCompType = compStructure;
+    process.lngCompSubType = compIndividual;
+    process.strEncObjTypes = ObjectTypeFlags(type);
+    process.strTable1 = Workspace::selectedText(workspace.pvlSqlObj[0]);
+    process.strTable2 = Workspace::selectedText(workspace.pvlSqlObj[1]);
+    saveProcess(console, arguments.save, sides, std::move(process));
+  }
   return steps.different ? ExitCode::Different : ExitCode::Identical;
 }
 

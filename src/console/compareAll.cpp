@@ -5,6 +5,7 @@
 #include "compare/structure/modCompareAll.h"
 #include "console/commands.h"
 #include "console/panel.h"
+#include "console/verdict.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
@@ -44,30 +45,34 @@ void watchRun(Console& console, CompareAllControls& controls) {
   };
 }
 
-std::string words(long lngType, const std::string& strName) {
-  return lowerCase(GetObjectTypeName(lngType, true)) + ' ' + visibleText(strName);
-}
-
-// Names what has no verdict, or less of one than was asked for. False when there is such an object.
-bool tellIncomplete(Console& console) {
-  const modCompareAllState& state = console.program.state<modCompareAllState>();
-  for (const UnreadableObject& object : state.arrUnreadable)
-    console.err << "qrel: the text of " << words(object.lngType, object.strName) << " in "
-                << (object.side == 0 ? "Source" : "Target") << " can't be had: it is encrypted or unreadable.\n";
-  for (const NotComparedObject& object : state.arrNotCompared)
-    console.err << "qrel: not compared: " << words(object.lngType, object.strName)
-                << (object.strWhy.empty() ? "" : ": " + visibleText(object.strWhy)) << ".\n";
-  for (const NotComparedObject& object : state.arrWithoutDetails)
-    console.err << "qrel: the lines that differ are not listed: " << words(object.lngType, object.strName) << ": "
-                << object.strWhy << ".\n";
-  return state.arrUnreadable.empty() && state.arrNotCompared.empty() && state.arrWithoutDetails.empty();
-}
-
 ExitCode verdict(Console& console, bool complete) {
   const modCompareAllState& state = console.program.state<modCompareAllState>();
   if (!tellIncomplete(console) || !complete)
     return state.lngTypesRead > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
   return state.lngDifferent + state.lngSourceOnly + state.lngTargetOnly > 0 ? ExitCode::Different : ExitCode::Identical;
+}
+
+// The process that this run is. Throws CommandFailure for one that no kind of process stands for.
+tSavedProcess processOf(const CompareArguments& arguments) {
+  const auto refuse = [](const std::string& why) -> void {
+    throw CommandFailure{ExitCode::Usage, "The comparison can't be saved: " + why};
+  };
+  tSavedProcess process;
+  process.lngCompType = compStructure;
+  const std::vector<std::string> types = splitAt(arguments.types, ',');
+  const bool oneType = types.size() == 1 && !equalNoCase(arguments.types, "all");
+  if (!arguments.schemas[0].empty() || !arguments.schemas[1].empty()) refuse("a process keeps no schemas.");
+  if (!oneType && arguments.details) refuse("details are kept for one type only; give --types with one.");
+  if (!oneType && !arguments.only.empty()) refuse("--only is kept for one type only; give --types with one.");
+  process.lngCompSubType = !oneType ? compAllObjects : arguments.only.empty() ? compBulk : compSelective;
+  if (oneType) {
+    process.strEncObjTypes = ObjectTypeFlags(Console::objectType(types[0]));
+    process.lngCompSubSubType = (arguments.only.empty() ? 10 : 30) + (arguments.details ? 10 : 0);
+  }
+  process.arrSource = process.arrTarget = arguments.only;
+  process.lngSelCountSource = process.lngSelCountTarget = static_cast<std::int32_t>(arguments.only.size());
+  process.strExportFilePath = absolutePath(arguments.report);
+  return process;
 }
 
 }  // namespace
@@ -77,6 +82,8 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
   RunWindow window;
   CompareAllControls controls(window);
   checkTypes(program, controls, arguments.types);
+  checkSave(console, arguments.save, arguments.source, arguments.target);
+  tSavedProcess process = arguments.save.given() ? processOf(arguments) : tSavedProcess();
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
   const ReadWatch reads(program);
   const std::size_t reports = console.host.errorReports();
@@ -108,6 +115,10 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
   if (!arguments.report.empty() &&
       !CopyToFile(program, program.report.gstrReportText, "Report", path, arguments.report))
     return ExitCode::CannotRead;
+  if (arguments.save.given()) {
+    if (process.strEncObjTypes.empty()) process.strEncObjTypes = flags;
+    saveProcess(console, arguments.save, sides, std::move(process));
+  }
   const bool complete = !sides[0].incomplete && !sides[1].incomplete && !reads.failed();
   return verdict(console, complete && console.host.errorReports() == reports);
 }

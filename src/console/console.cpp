@@ -59,6 +59,7 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   ConnectIgnoredColumns(program);
+  host.printFolder = folders.documents.string();
   // A query that fails is told by listReadFailures, once and in the console's words.
   program.mdlData.gblnNoConnErrMsg = true;
   host.tellWindow = [this](Form& form) { return tellErrorReport(form); };
@@ -138,12 +139,16 @@ tServer Console::resolveServer(const std::string& name) {
   return server;
 }
 
-Side Console::resolveSide(const std::string& text) {
-  // What these files say decides what is compared: one that can't be read ends the command before it begins.
+// What these files say decides what is compared: one that can't be read ends the command before it begins.
+void Console::checkProfileFiles() {
   const mdlMainState& main = program.main;
   for (const std::string* file :
        {&main.gstrIgnoredColsStructIni, &main.gstrIgnoredColsDataIni, &main.gstrTablesCompsIni})
     ProfileFile::read(*file);
+}
+
+Side Console::resolveSide(const std::string& text) {
+  checkProfileFiles();
   std::error_code ignored;
   if (fs::exists(text, ignored) && isScript(text)) return sideFromScripts(text);
   const std::size_t slash = text.find('/');

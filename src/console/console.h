@@ -59,6 +59,8 @@ class Console : private MainSteps {
   LoadOptions loadOptions();
   // Takes the line of progress away.
   void clearProgress();
+  // Raises RuntimeError when a profile file that comparisons go by is there and can't be read.
+  void checkProfileFiles();
   // A server by its name in the list, else an embedded instance of that name.
   tServer resolveServer(const std::string& name);
 

@@ -90,19 +90,22 @@ std::array<std::string, 3> columnNames(Console& console, const tDataCompRequest&
   return names;
 }
 
-// Keys, order and offsets from the command line instead of the stored ones.
-void applyGiven(Console& console, const DataArguments& arguments, tDataCompRequest& request) {
+// Keys, order and offsets from the command line, as they stand instead of the stored ones.
+tDataCompSettings givenSettings(Console& console, const DataArguments& arguments, const tDataCompRequest& request) {
+  tDataCompSettings settings;
   const bool byKey = !arguments.keys[0].empty() || !arguments.keys[1].empty();
-  request.lngCompMethod = byKey ? compPrimaryKey : compRecordByRecord;
+  settings.lngCompMethod = byKey ? compPrimaryKey : compRecordByRecord;
+  settings.blnDefaultOrder = false;
   for (const std::size_t side : {0u, 1u}) {
     const auto ofSide = [side](const std::string(&both)[2]) {
       return both[side].empty() ? both[1 - side] : both[side];
     };
-    request.arrCompKeys[side] = columnNames(console, request, side, ofSide(arguments.keys));
+    const auto keys = columnNames(console, request, side, ofSide(arguments.keys));
     const auto sorts = columnNames(console, request, side, ofSide(arguments.sorts));
-    request.arrOrderBy[side] = BuildOrderByClause(sorts[0], sorts[1], sorts[2]);
-    request.arrOffsets[side] = arguments.offsets[side].value_or(0);
+    settings.arrSides[side] = {sorts[0], sorts[1], sorts[2], arguments.offsets[side].value_or(0),
+                               keys[0],  keys[1],  keys[2]};
   }
+  return settings;
 }
 
 void printResult(Console& console, const tDataCompRequest& request, const tDataCompResult& result) {
@@ -136,8 +139,29 @@ void checkNames(Console& console, const tDataCompRequest& request) {
                                                      "the one behind a schema."};
 }
 
+// Keeps what the comparison was: the process, and keys and order where the window keeps them.
+void save(Console& console, const DataArguments& arguments, const Side (&sides)[2], const tDataCompRequest& request,
+          const tDataCompSettings& settings) {
+  if (!arguments.save.given()) return;
+  if (arguments.given() && !SaveDataCompSettings(console.program, request.arrDbs, request.arrTables, settings))
+    throw CommandFailure{ExitCode::CannotRead, "Comparison process not saved."};
+  tSavedProcess process;
+  process.lngCompType = compData;
+  process.lngCompSubType = compDataSingle;
+  process.lngCompMethod = request.lngCompMethod;
+  process.strTable1 = request.arrTables[0];
+  process.strTable2 = request.arrTables[1];
+  process.lngObjId1 = static_cast<std::int32_t>(request.arrObjIds[0]);
+  process.lngObjId2 = static_cast<std::int32_t>(request.arrObjIds[1]);
+  process.strExportFilePath = absolutePath(arguments.html.empty() ? arguments.csv : arguments.html);
+  process.lngExportType = !arguments.html.empty() ? exportHtml : !arguments.csv.empty() ? exportCsv : exportNone;
+  process.blnCSVWrapInQuot = arguments.quote;
+  saveProcess(console, arguments.save, sides, std::move(process));
+}
+
 // Compares one pair and prints what came out.
-ExitCode compareTables(Console& console, const DataArguments& arguments, const Workspace& workspace) {
+ExitCode compareTables(Console& console, const DataArguments& arguments, const Side (&sides)[2],
+                       const Workspace& workspace) {
   Program& program = console.program;
   auto& state = program.state<modCompareDataState>();
   state.mainWindow = &workspace;
@@ -147,16 +171,17 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const W
   const ReadWatch reads(program);
   const std::size_t reports = console.host.errorReports();
   checkNames(console, request);
+  tDataCompSettings settings;
+  if (arguments.given()) {
+    settings = givenSettings(console, arguments, request);
+    ApplyDataCompSettings(settings, request);
+  } else {
+    ApplyStoredDataCompSettings(program, request);
+  }
   tDataCompResult result;
   {
     const Watch watch(console);
-    if (arguments.given()) {
-      applyGiven(console, arguments, request);
-      RunDataComparison(program, request, result);
-    } else {
-      bool blnShowOptionsOnce = false;
-      PerformDataComparison(program, request, blnShowOptionsOnce, result);
-    }
+    RunDataComparison(program, request, result);
   }
   if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
   const bool complete = state.lngEnd == DataCompEnd::Done;
@@ -169,6 +194,7 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const W
   state.mainWindow = nullptr;
   if (!complete) return result.lngDiffs > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
   if (reads.failed() || console.host.errorReports() != reports) return ExitCode::Incomplete;
+  save(console, arguments, sides, request, settings);
   return result.blnIdentical ? ExitCode::Identical : ExitCode::Different;
 }
 
@@ -185,6 +211,9 @@ ExitCode together(const std::vector<ExitCode>& codes) {
 ExitCode runData(Console& console, const DataArguments& arguments) {
   if (!arguments.targetTable.empty() && arguments.tables.size() > 1)
     throw CommandFailure{ExitCode::Usage, "--target-table goes with one --table only."};
+  if (arguments.tables.size() > 1 && (arguments.save.given() || !arguments.html.empty() || !arguments.csv.empty()))
+    throw CommandFailure{ExitCode::Usage, "--save, --html and --csv go with one --table only."};
+  checkSave(console, arguments.save, arguments.source, arguments.target);
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
   Workspace workspace;
   for (const int side : {0, 1}) {
@@ -201,7 +230,7 @@ ExitCode runData(Console& console, const DataArguments& arguments) {
   std::vector<ExitCode> codes;
   const auto compare = [&] {
     try {
-      return compareTables(console, arguments, workspace);
+      return compareTables(console, arguments, sides, workspace);
     } catch (const CommandFailure& failure) {
       if (failure.code != ExitCode::CannotRead) throw;
       console.err << "qrel: " << visibleLines(failure.message) << '\n';

@@ -41,6 +41,8 @@ void InitializeMenus_File(CommandTable& commands) {
                       [](frmMain& window) { window.RefreshSourceTarget(0); }, "", true});
   commands.push_back(
       {103, path, "Refresh - &Target", Guard::CheckMdac, [](frmMain& window) { window.RefreshSourceTarget(1); }});
+  commands.push_back({104, path, "&Run Saved Comparison Process", Guard::CheckMdac,
+                      [](frmMain& window) { window.RunSavedProcess(0); }, "", true});
   commands.push_back({105, path, "E&xit", Guard::none, [](frmMain& window) { window.close(); }, "", true});
 }
 

@@ -180,7 +180,7 @@ void frmMain::activate() {
     run(steps_.SetSplitterHeight);
     if (!ServerInfoSet()) return;
     const std::int32_t lngId = program_.main.glngRunSavedCompId;
-    if (lngId > 0 && CheckMdac(program_)) run(steps_.RunSavedProcess, lngId);
+    if (lngId > 0 && CheckMdac(program_)) RunSavedProcess(lngId);
   });
 }
 

@@ -18,13 +18,14 @@
 
 namespace qrel {
 
+struct tSavedProcess;
+
 // What the main window asks of the parts around it. A step that isn't set does nothing.
 struct MainWindowSteps {
   std::function<void()> ApplySmallScreenLayout;  // on a screen of 640 by 480 pixels
   std::function<void()> CreateStatusBar;
   std::function<void()> ShowTip;  // the tip of the day, modal
   std::function<void()> SetSplitterHeight;
-  std::function<void(std::int32_t lngId)> RunSavedProcess;
   std::function<void()> DestroyStatusBar;
   std::function<void()> CloseOtherWindows;
 };
@@ -149,6 +150,9 @@ class frmMain : public Form {
   // The records of the two selected tables. Does nothing while the window is busy, and keeps it busy. With Shift held
   // the options are asked for even if that is switched off.
   void cmdCompData_Click();
+  // Runs a saved process again; below 1 the person chooses it (replay.h).
+  void RunSavedProcess(std::int32_t lngId);
+  void RunProcess(const tSavedProcess& process);
   void ShowColorSchema();
   // The text of a panel's pane.
   void cmdCopyClip_Click(int Index);
@@ -192,5 +196,9 @@ class frmMain : public Form {
 
 // Selects the row with exactly that text and raises the list's event. False, and no change, without such a row.
 bool SelectRowByText(CheckList& list, const std::string& strText);
+// The same for the combo of object types, by the type's code.
+bool SelectObjectType(ComboBox& cmbType, long type);
+// The type of optType(lngOptIndex): 0 tables, 1 procedures, ... The last one, 6, gives 70, which is no type.
+long OptionType(long lngOptIndex);
 
 }  // namespace qrel

@@ -9,16 +9,17 @@
 #include "db/mdlQueryCode.h"
 #include "db/modPanels.h"
 #include "platform/text.h"
+#include "process/modSavedProcess.h"
+#include "process/replayOutcome.h"
 #include "report/frmReport.h"
 #include "report/modCopyToFile.h"
 #include "ui/flagScope.h"
 #include "ui/frmMain.h"
+#include "ui/replay.h"
 
 namespace qrel {
 
 namespace {
-
-constexpr std::int32_t structureComparison = 1;  // the report's comparison type
 
 // What both kinds of report call have in common.
 template <class Call>
@@ -29,10 +30,19 @@ tReportInput reportInput(const Call& call) {
   input.strServer2 = call.arrServers[1];
   input.strDb1 = call.arrDatabases[0];
   input.strDb2 = call.arrDatabases[1];
-  input.lngCompType = structureComparison;
   input.lngCompSubType = call.intCompSubType;
   input.strEncObjTypes = call.strObjectTypes;
   return input;
+}
+
+// Of a run that came to its end, for a replay without a person.
+void noteVerdict(Program& program, const CompareAllReportCall& call) {
+  if (call.lngCompType != compStructure) return;
+  auto& outcome = program.state<ReplayOutcome>();
+  const auto& run = program.state<modCompareAllState>();
+  outcome.blnIdentical = run.lngDifferent + run.lngSourceOnly + run.lngTargetOnly == 0;
+  if (!run.arrUnreadable.empty() || !run.arrNotCompared.empty() || !run.arrWithoutDetails.empty())
+    outcome.blnIncomplete = true;
 }
 
 }  // namespace
@@ -43,6 +53,12 @@ void MainCompare::ShowReport(const PairReport& report) {
   tReportInput input = reportInput(report);
   input.strTable1 = report.arrObjects[0];
   input.strTable2 = report.arrObjects[1];
+  input.lngCompType = compStructure;
+  const tReplay& replay = window_.workspace.replay;
+  input.blnAuto = replay.mblnReplay;
+  input.strExportPath = replay.mstrReplayExportPath;
+  input.blnPrint = replay.mblnReplayPrint;
+  program_.state<ReplayOutcome>().blnIdentical = report.blnIdentical;
   frmReport(program_).ShowUp(std::move(input));
 }
 
@@ -57,7 +73,11 @@ std::string MainCompare::DatabaseName(int side) const { return SelectedDatabase(
 void MainCompare::ShowReport(const CompareAllReportCall& call) {
   tReportInput input = reportInput(call);
   input.lngCompSubSubType = call.intDetailType;
-  input.blnAuto = call.blnSavedProcess;
+  input.lngCompType = call.lngCompType;
+  input.blnAuto = call.replay.blnAuto;
+  input.strExportPath = call.replay.strExportPath;
+  input.blnPrint = call.replay.blnPrint;
+  noteVerdict(program_, call);
   input.lngSelCountSource = static_cast<std::int32_t>(call.selection.lngSelectedSource);
   input.lngSelCountTarget = static_cast<std::int32_t>(call.selection.lngSelectedTarget);
   input.arrSource = call.selection.arrSelectedSource;
@@ -73,7 +93,7 @@ void frmMain::cmdCompare_Click() {
 void frmMain::cmdCompareAll_Click() {
   if (workspace.mblnBusy) return;
   const FlagScope busy(workspace.mblnBusy);
-  qrel::cmdCompareAll_Click(program_, compare_);
+  qrel::cmdCompareAll_Click(program_, compare_, workspace.replay);
 }
 
 void frmMain::cmdCompData_Click() {
@@ -88,6 +108,10 @@ void frmMain::CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelect
 }
 
 void frmMain::CompareHighlightedSections() { qrel::CompareHighlightedSections(program_, workspace, compare_); }
+
+void frmMain::RunSavedProcess(std::int32_t lngId) { Replay(program_, *this, compare_).RunSavedProcess(lngId); }
+
+void frmMain::RunProcess(const tSavedProcess& process) { Replay(program_, *this, compare_).RunProcess(process); }
 
 void frmMain::ShowColorSchema() { qrel::ShowColorSchema(program_); }
 

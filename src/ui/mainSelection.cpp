@@ -23,8 +23,9 @@ std::string groupedNumber(long lngNumber) {
   return text;
 }
 
-// The type of optType(lngOptIndex). The last one stands for no type at all.
-long optionType(long lngOptIndex) {
+}  // namespace
+
+long OptionType(long lngOptIndex) {
   switch (lngOptIndex) {
     case 0:
       return objTables;
@@ -45,7 +46,14 @@ long optionType(long lngOptIndex) {
   }
 }
 
-}  // namespace
+bool SelectObjectType(ComboBox& cmbType, long type) {
+  for (std::size_t row = 0; row < cmbType.count(); ++row) {
+    if (cmbType.itemData(row) != type) continue;
+    cmbType.select(static_cast<int>(row));
+    return true;
+  }
+  return false;
+}
 
 bool SelectRowByText(CheckList& list, const std::string& strText) {
   for (std::size_t row = 0; row < list.count(); ++row) {
@@ -204,7 +212,7 @@ void frmMain::ObjectTypeChanged(long enmSource, long lngOptIndex, int panels) {
     if (!ServerInfoSet()) return;
     long type = 0;
     if (enmSource == 10) type = workspace.objectType();
-    if (enmSource == 20) type = optionType(lngOptIndex);
+    if (enmSource == 20) type = OptionType(lngOptIndex);
     showObjectTypeTips(type);
     if (SelectedDatabase(workspace, 0).empty() && SelectedDatabase(workspace, 1).empty())
       return InitializeDisplay(false);

@@ -164,6 +164,24 @@ void readSettings(Program& program, const tDataCompRequest& request, tDataCompSe
 
 }  // namespace
 
+void ApplyDataCompSettings(const tDataCompSettings& settings, tDataCompRequest& request) {
+  request.lngCompMethod = settings.lngCompMethod;
+  for (const std::size_t side : {0u, 1u}) {
+    const tDataCompSide& chosen = settings.arrSides[side];
+    if (!settings.blnDefaultOrder)
+      request.arrOrderBy[side] =
+          BuildOrderByClause(chosen.strPrimarySort, chosen.strSecondarySort, chosen.strTertiarySort);
+    request.arrOffsets[side] = chosen.lngOffset;
+    request.arrCompKeys[side] = {chosen.strCompKey, chosen.strSecondaryCompKey, chosen.strTertiaryCompKey};
+  }
+}
+
+void ApplyStoredDataCompSettings(Program& program, tDataCompRequest& request) {
+  tDataCompSettings settings;
+  readSettings(program, request, settings);
+  ApplyDataCompSettings(settings, request);
+}
+
 void PerformDataComparison(Program& program, tDataCompRequest request, bool& blnShowOptionsOnce,
                            tDataCompResult& result) {
   result = {};
@@ -175,15 +193,7 @@ void PerformDataComparison(Program& program, tDataCompRequest request, bool& bln
       readSettings(program, request, settings);
     else if (!askForSettings(program, request, settings))
       return;
-    request.lngCompMethod = settings.lngCompMethod;
-    for (const std::size_t side : {0u, 1u}) {
-      const tDataCompSide& chosen = settings.arrSides[side];
-      if (!settings.blnDefaultOrder)
-        request.arrOrderBy[side] =
-            BuildOrderByClause(chosen.strPrimarySort, chosen.strSecondarySort, chosen.strTertiarySort);
-      request.arrOffsets[side] = chosen.lngOffset;
-      request.arrCompKeys[side] = {chosen.strCompKey, chosen.strSecondaryCompKey, chosen.strTertiaryCompKey};
-    }
+    ApplyDataCompSettings(settings, request);
     RunDataComparison(program, request, result);
   });
 }

@@ -74,6 +74,10 @@ tDataCompRequest RequestOfSelection(const Workspace& workspace);
 void PerformDataComparison(Program& program, tDataCompRequest request, bool& blnShowOptionsOnce,
                            tDataCompResult& result);
 
+// Fills in the order, the offsets, the method and the keys: those given, or those that are stored for the two tables.
+void ApplyDataCompSettings(const tDataCompSettings& settings, tDataCompRequest& request);
+void ApplyStoredDataCompSettings(Program& program, tDataCompRequest& request);
+
 // Compares with everything settled: progress window, closing message, differences window. The differences window of a
 // silent comparison stays in the state until the caller lets go of it.
 void RunDataComparison(Program& program, const tDataCompRequest& request, tDataCompResult& result);

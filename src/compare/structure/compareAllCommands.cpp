@@ -5,6 +5,7 @@
 #include "compare/structure/frmCompareAllTables.h"
 #include "compare/structure/frmListObjects.h"
 #include "compare/structure/modCompareSelected.h"
+#include "process/modSavedProcess.h"
 
 namespace qrel {
 
@@ -41,7 +42,7 @@ bool chooseObjects(Program& program, const CompareAllReportCall& call, long lngT
 
 }  // namespace
 
-void cmdCompareAll_Click(Program& program, CompareAllSteps& steps, const SavedCompareAll* savedProcess) {
+void cmdCompareAll_Click(Program& program, CompareAllSteps& steps, const tReplay& replay) {
   trap(program, "frmMain", "cmdCompareAll_Click", [&] {
     const std::string strSourceDb = steps.DatabaseName(0);
     const std::string strTargetDb = steps.DatabaseName(1);
@@ -51,11 +52,10 @@ void cmdCompareAll_Click(Program& program, CompareAllSteps& steps, const SavedCo
     call.intCompSubType = 10;
     bool blnResult = false;
     frmCompareAll form(program);
-    if (savedProcess) {
-      call.blnSavedProcess = true;
-      call.strProcessName = savedProcess->strProcessName;
-      call.strObjectTypes = savedProcess->strTypesFlags;
-      form.RunSavedProc(strSourceDb, strTargetDb, savedProcess->strTypesFlags, blnResult);
+    if (replay.mblnReplay) {
+      call.replay = {true, replay.mstrReplayExportPath, replay.mblnReplayPrint};
+      call.strObjectTypes = PaddedObjectTypeFlags(replay.mstrReplayObjTypes);
+      form.RunSavedProc(strSourceDb, strTargetDb, call.strObjectTypes, blnResult);
     } else {
       form.ShowUp(strSourceDb, strTargetDb, call.strObjectTypes, blnResult);
     }
@@ -64,8 +64,8 @@ void cmdCompareAll_Click(Program& program, CompareAllSteps& steps, const SavedCo
 }
 
 void MenuCompareAll_Click(Program& program, CompareAllSteps& steps, long lngIndex, const std::string& strSourceDb,
-                          const std::string& strTargetDb, bool blnSelective, bool blnDetails, bool blnSavedProcess,
-                          const std::string& strProcessName, ObjectSelection selection) {
+                          const std::string& strTargetDb, bool blnSelective, bool blnDetails, const AutoReport& replay,
+                          ObjectSelection selection) {
   trap(program, "modCompareAll", "MenuCompareAll_Click", [&] {
     if (!databasesChosen(program, strSourceDb, strTargetDb)) return;
     program.report.gstrReportText.clear();
@@ -77,9 +77,8 @@ void MenuCompareAll_Click(Program& program, CompareAllSteps& steps, long lngInde
     }
     CompareAllReportCall call = reportCall(program, strSourceDb, strTargetDb);
     call.strObjectTypes = ObjectTypeFlags(lngType);
-    call.blnSavedProcess = blnSavedProcess;
-    call.strProcessName = strProcessName;
-    if (blnSelective && !blnSavedProcess && !chooseObjects(program, call, lngType, blnSelective, selection)) return;
+    call.replay = replay;
+    if (blnSelective && !replay.blnAuto && !chooseObjects(program, call, lngType, blnSelective, selection)) return;
     frmCompareAllTables form(program);
     if (blnSelective) {
       form.SetVarsForSelectiveComparison(selection);
@@ -96,7 +95,7 @@ void MenuCompareAll_Click(Program& program, CompareAllSteps& steps, long lngInde
 void CompStruct_BulkSel_SimpleDet_All(Program& program, CompareAllSteps& steps, long lngIndex, bool blnSelective,
                                       bool blnDetails) {
   MenuCompareAll_Click(program, steps, lngIndex, steps.DatabaseName(0), steps.DatabaseName(1), blnSelective, blnDetails,
-                       false, "", {});
+                       {}, {});
 }
 
 }  // namespace qrel

@@ -5,7 +5,9 @@
 #include <string>
 
 #include "app/Program.h"
+#include "app/Workspace.h"
 #include "compare/structure/modCompareAll.h"
+#include "report/AutoReport.h"
 
 namespace qrel {
 
@@ -14,12 +16,12 @@ struct CompareAllReportCall {
   std::string strTitle = "Comparison Report";
   std::array<std::string, 2> arrServers;
   std::array<std::string, 2> arrDatabases;
+  std::int32_t lngCompType = 1;  // 0 data, 1 structure
   int intCompSubType = 0;      // 10 several types, 20 all objects of one type, 30 a selection of them
   int intDetailType = 0;       // 10 simple and 20 details of a type; 30 and 40 the same of a selection
   std::string strObjectTypes;  // eight flags
   ObjectSelection selection;   // empty unless the run was selective
-  bool blnSavedProcess = false;
-  std::string strProcessName;  // of a saved process
+  AutoReport replay;
 };
 
 // What these commands ask of the windows around them.
@@ -32,21 +34,14 @@ class CompareAllSteps {
   virtual void ShowReport(const CompareAllReportCall& call) = 0;
 };
 
-// A saved process that is run again: its name and, for one of several types, their flags.
-struct SavedCompareAll {
-  std::string strProcessName;
-  std::string strTypesFlags;
-};
-
-// Compares several types at once, as chosen in frmCompareAll or, with a saved process, by its flags.
-void cmdCompareAll_Click(Program& program, CompareAllSteps& steps, const SavedCompareAll* savedProcess = nullptr);
+// Compares several types at once, as chosen in frmCompareAll or, in a replay, by the flags of its process.
+void cmdCompareAll_Click(Program& program, CompareAllSteps& steps, const tReplay& replay);
 
 // Compares one type; lngIndex is its place in the order of the type boxes. A selective run asks for the objects in
-// frmListObjects, unless a saved process (blnSavedProcess) brings its selection. When everything is selected the run is
-// not selective.
+// frmListObjects, unless a replay brings its selection. When everything is selected the run is not selective.
 void MenuCompareAll_Click(Program& program, CompareAllSteps& steps, long lngIndex, const std::string& strSourceDb,
-                          const std::string& strTargetDb, bool blnSelective, bool blnDetails, bool blnSavedProcess,
-                          const std::string& strProcessName, ObjectSelection selection);
+                          const std::string& strTargetDb, bool blnSelective, bool blnDetails, const AutoReport& replay,
+                          ObjectSelection selection);
 
 // The menu's way to it: on the databases that the main window shows.
 void CompStruct_BulkSel_SimpleDet_All(Program& program, CompareAllSteps& steps, long lngIndex, bool blnSelective,

@@ -13,7 +13,20 @@
 
 namespace qrel {
 
+namespace {
+
+// 2026-11-24 08:05:09
+std::string timeText(const LocalTime& time) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", time.year % 10000, time.month % 100, time.day % 100,
+                time.hour % 100, time.minute % 100, time.second % 100);
+  return text;
+}
+
+}  // namespace
+
 void ConsoleHost::tell(const std::string& title, const std::string& text) {
+  if (withTime) messages_ << timeText(now()) << ' ';
   messages_ << "qrel: ";
   if (!title.empty()) messages_ << title << ": ";
   messages_ << visibleLines(replaceAll(text, "\r\n", "\n")) << '\n';
@@ -61,6 +74,7 @@ void ConsoleHost::showModal(Form& form) {
   shown_ = &form;
   form.load();
   form.activate();
+  if (onWindow) onWindow(form);
   if (windows.empty()) {
     tellReadOnlyTexts(form);
   } else {
@@ -79,11 +93,8 @@ void ConsoleHost::show(Form& form) {
 }
 
 void ConsoleHost::print(const PrintJob& job) {
-  const LocalTime time = now();
-  char stamp[48];
-  std::snprintf(stamp, sizeof stamp, " %04d-%02d-%02d %02d%02d%02d.txt", time.year % 10000, time.month % 100,
-                time.day % 100, time.hour % 100, time.minute % 100, time.second % 100);
-  const std::filesystem::path file = std::filesystem::path(printFolder) / (job.title + stamp);
+  const std::string stamp = replaceAll(timeText(now()), ":", "");  // no file name holds a colon everywhere
+  const std::filesystem::path file = std::filesystem::path(printFolder) / (job.title + ' ' + stamp + ".txt");
   files::writeAtomically(file, (job.header.empty() ? "" : job.header + "\r\n\r\n") +
                                    replaceAll(replaceAll(job.text, "\r\n", "\n"), "\n", "\r\n"));
   tell("", "printed to " + file.string());

@@ -23,6 +23,10 @@ class ConsoleHost : public Host {
   std::size_t errorReports() const { return errorReports_; }
   // Asked first how a modal window without an action is told; true: it has been.
   std::function<bool(Form&)> tellWindow;
+  // Told of each modal window once it has been activated, before it is closed.
+  std::function<void(Form&)> onWindow;
+  // Every message begins with the time.
+  bool withTime = false;
   // Asked at every yield; a command sets it to watch for Ctrl+C.
   std::function<void()> onDoEvents;
 
@@ -32,7 +36,8 @@ class ConsoleHost : public Host {
   void show(Form& form) override;
   long popUpMenu(const std::vector<MenuItem>&) override { return 0; }
   void doEvents() override;
-  bool openUrl(const std::string&) override { return false; }
+  // There is nobody to look at it, and that is no failure.
+  bool openUrl(const std::string&) override { return true; }
   // There is nobody to choose a file: always cancelled.
   std::string saveFileDialog(const FileDialog&) override { return {}; }
   std::string openFileDialog(const FileDialog&) override { return {}; }

@@ -1,0 +1,164 @@
+// Running a saved process again with nobody there: the main window's model is moved as a person's clicks would, every
+// box is answered with its default button, and what it would say goes to standard error with the time.
+#include <algorithm>
+#include <cstdlib>
+#include <ostream>
+
+#include "app/settings.h"
+#include "compare/data/frmCompareData.h"
+#include "compare/data/frmCompareStatus.h"
+#include "compare/structure/CompareAllWindow.h"
+#include "compare/structure/modCompareAll.h"
+#include "console/commands.h"
+#include "console/differencesTable.h"
+#include "console/savedProcess.h"
+#include "console/verdict.h"
+#include "platform/text.h"
+#include "platform/visibleText.h"
+#include "process/replayOutcome.h"
+#include "report/frmReport.h"
+#include "ui/frmMain.h"
+
+namespace qrel {
+
+namespace {
+
+// The servers as they are known for this run. A place in the list isn't told to the run, so that it writes nothing into
+// the settings. The Target is asked for as the Source is: a run against another server than the one that was meant must
+// not happen with nobody to see it.
+void knowServers(Console& console, const tSavedProcess& process) {
+  auto& listed = console.program.servers.gtypServers;
+  for (tServer& server : listed) {
+    server.RegIndex = 0;
+    const char* password = std::getenv("QREL_PASSWORD");
+    if (server.SQLAuth && server.Password.empty() && password) server.Password = password;
+  }
+  for (const std::string* name : {&process.strServer1, &process.strServer2}) {
+    const bool known = std::any_of(listed.begin(), listed.end(), [&](const auto& each) { return each.Name == *name; });
+    if (known || name->empty()) continue;
+    if (!console.servers.exists(*name))
+      throw CommandFailure{ExitCode::CannotRead, "Server " + *name + " of process \"" + process.strName +
+                                                     "\" isn't in the list: add it with \"qrel servers add\"."};
+    tServer server;
+    server.Name = *name;
+    listed.push_back(server);
+  }
+}
+
+// Another file than the stored one, for this run.
+void applyExport(const RunArguments& arguments, tSavedProcess& process) {
+  const bool exportsTable = process.lngCompType == compData && process.lngCompSubType == compDataSingle;
+  std::string format = lowerCase(arguments.format);
+  if (!arguments.exportFile.empty()) process.strExportFilePath = arguments.exportFile;
+  if (format.empty() && !arguments.exportFile.empty() && exportsTable) {
+    const std::string extension = lowerCase(std::filesystem::path(arguments.exportFile).extension().string());
+    if (extension == ".htm" || extension == ".html") format = "html";
+    if (extension == ".csv") format = "csv";
+    if (format.empty() && process.lngExportType == exportNone)
+      throw CommandFailure{ExitCode::Usage, "--export " + arguments.exportFile + ": give --format html or csv."};
+  }
+  if (format.empty()) return;
+  if ((format == "report") == exportsTable)
+    throw CommandFailure{ExitCode::Usage, exportsTable
+                                              ? "Process \"" + process.strName + "\" compares the data of one table: "
+                                                                                 "its formats are html and csv."
+                                              : "Process \"" + process.strName + "\" ends in a report: its format is "
+                                                                                 "report."};
+  if (exportsTable && process.strExportFilePath.empty())
+    throw CommandFailure{ExitCode::Usage, "--format " + arguments.format + " goes with --export FILE."};
+  process.lngExportType = format == "html" ? exportHtml : format == "csv" ? exportCsv : exportNone;
+}
+
+// What a person would read in a window goes to standard output.
+void printWindow(Console& console, const Form& form) {
+  if (const auto* report = dynamic_cast<const frmReport*>(&form))
+    console.out << visibleLines(report->txtReport.text()) << '\n';
+  if (const auto* table = dynamic_cast<const frmCompareData*>(&form))
+    if (table->VSFlexGrid1.rowCount() > 1) printDifferences(console.out, table->VSFlexGrid1, console.colours);
+}
+
+// What happens while the run yields: Ctrl+C stops whatever runs, a terminal shows where it is.
+class RunWatch {
+ public:
+  explicit RunWatch(Console& console) : console_(console) {
+    console_.host.onDoEvents = [this] { look(); };
+  }
+  ~RunWatch() {
+    console_.host.onDoEvents = nullptr;
+    console_.clearProgress();
+  }
+  RunWatch(const RunWatch&) = delete;
+  RunWatch& operator=(const RunWatch&) = delete;
+
+ private:
+  void look() {
+    Program& program = console_.program;
+    if (stopRequested()) {
+      program.state<modCompareAllState>().gblnCancelCompare = true;
+      program.state<modCompareDataState>().gblnStopComparison = true;
+    }
+    constexpr std::int64_t millisecondsBetween = 100;
+    const std::int64_t now = console_.host.ticks();
+    if (!console_.progress || now - told_ < millisecondsBetween) return;
+    told_ = now;
+    if (const auto* bulk = dynamic_cast<const CompareAllWindow*>(console_.host.shown()))
+      console_.err << '\r' << bulk->parts.lblTime.text() << ' ' << visibleText(bulk->parts.lblCurProcName.text())
+                   << "\033[K" << std::flush;
+    if (const auto* status = dynamic_cast<const frmCompareStatus*>(console_.host.shown()))
+      console_.err << '\r' << status->lblTime.text() << " record " << status->lblCurRec.text() << "\033[K"
+                   << std::flush;
+  }
+
+  Console& console_;
+  std::int64_t told_ = 0;
+};
+
+const char* words(ExitCode code) {
+  switch (code) {
+    case ExitCode::Identical:
+      return "identical";
+    case ExitCode::Different:
+      return "differences";
+    case ExitCode::Incomplete:
+      return "compared but incomplete";
+    case ExitCode::Stopped:
+      return "stopped";
+    default:
+      return "nothing was compared";
+  }
+}
+
+ExitCode codeOf(Console& console) {
+  const auto& outcome = console.program.state<ReplayOutcome>();
+  tellIncomplete(console);
+  if (stopRequested() && !outcome.blnIdentical) return ExitCode::Stopped;
+  return static_cast<ExitCode>(ReplayExitCode(outcome));
+}
+
+}  // namespace
+
+ExitCode runProcess(Console& console, const RunArguments& arguments) {
+  Program& program = console.program;
+  const std::string name = findSavedProcess(console, arguments.process);
+  console.host.withTime = true;
+  tSavedProcess process = GetSavedProcessDetails(program, name);
+  process.strName = name;
+  applyExport(arguments, process);
+  console.checkProfileFiles();
+  knowServers(console, process);
+  // What was connected to when the window was closed has no part in this.
+  program.store.setOverride(settingKey(*findSetting("AutoConnect")), "AutoConnect", 0);
+
+  const RunWatch watch(console);
+  console.host.onWindow = [&console](Form& form) { printWindow(console, form); };
+  frmMain window(program);
+  console.host.show(window);
+  window.RunProcess(process);
+  window.unload();
+  console.host.onWindow = nullptr;
+  const ExitCode code = codeOf(console);
+  console.host.messageBox("process \"" + name + "\" has ended: " + words(code) + ".", Icon::None, "", Buttons::Ok, 1);
+  return code;
+}
+
+}  // namespace qrel
