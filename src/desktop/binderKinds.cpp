@@ -242,6 +242,9 @@ Binder::Show Binder::bindCheckList(CheckList& list, QWidget& widget) {
       rows.push_back(static_cast<std::size_t>(index.row()));
     inHandler_([&list, rows] { list.personSelects(rows); });
   });
+  QObject::connect(view, &QAbstractItemView::doubleClicked, context_, [this, &list] {
+    if (list.onDoubleClick) inHandler_([&list] { list.onDoubleClick(); });
+  });
   return [&list, view, model, tree, titles] {
     model->refresh();
     QItemSelection wanted;

@@ -49,11 +49,13 @@ struct tSavedProcess {
   bool blnAutoClose = false;
 };
 
-// Writes the process under its name, over one that has it, with the smallest free id. The file and the two lists are
-// changed all together or not at all. False after a message when that fails.
+// Writes the process under its name, over one that has it (names are found without case), with the smallest free id: a
+// process that is saved over gets another one, and its old lists stay behind. The file and the two lists are changed
+// all together or not at all, whenever the program ends and whoever else saves. False after a message when that fails.
 bool SaveComparisonProcess(Program& program, const tSavedProcess& process);
-// What is stored under the name; what isn't there has its initial value, and an empty name gives nothing but these. A
-// box tells when a list has another length than is stored; the list as it was read is the one given.
+// What is stored under the name; a key that isn't there reads as empty, 0 or False. For an empty name, and after the
+// report of a file that can't be read, all has its initial value. A box tells when a list has another length than is
+// stored; the list as it was read is the one given.
 tSavedProcess GetSavedProcessDetails(Program& program, const std::string& strName);
 
 std::int32_t GetSavedProcessCount(Program& program);
@@ -65,7 +67,7 @@ std::int32_t GetSavedProcessId(Program& program, const std::string& strName);
 std::int32_t GetNextSavedProcessId(Program& program);
 // All names in the order of the file; arrNames is 0-based.
 void FillSavedProcessList(Program& program, CheckList& list, std::vector<std::string>& arrNames);
-// Removes the process and its two lists. Raises RuntimeError when the file can't be written.
+// Removes the process and then its two lists. Raises RuntimeError when the file can't be written.
 void DeleteSavedProcess(Program& program, const std::string& strName);
 
 // The list of one side of a process: a file with a name per line, none for a count below 1. strFolder ends in a
@@ -96,8 +98,8 @@ std::string SavedProcessText(Program& program, const std::string& strName);
 void ShowSavedProcessProperties(Program& program, const std::string& strName);
 
 // The flags of the object types in the order Tables, Procedures, Functions, Views, Triggers, Relationships,
-// Constraints, Permissions: of one type code (empty for an unknown one), and eight flags of a text of six, seven or
-// eight; empty when it isn't valid.
+// Constraints, Permissions: of one type code ("1,0,0,0,0,0,0,0" for tables, none set for 0, empty for an unknown one),
+// and eight flags of a text of six, seven or eight; empty when it isn't valid.
 std::string ObjectTypeFlags(long lngType);
 std::string PaddedObjectTypeFlags(const std::string& strFlags);
 // The place of the one flag that is set, from 0; -1 when that isn't one.

@@ -199,12 +199,6 @@ TEST_F(SelectedPair, ReadsATableWithIgnoredColumnsByItsId) {
   EXPECT_NE(text.find("some columns were ignored"), std::string::npos);
 }
 
-TEST(ObjectTypeFlags, AreEmptyForAnUnknownCode) {
-  const std::pair<long, const char*> cases[] = {
-      {objPermissions, "0,0,0,0,0,0,0,1"}, {objConstraints, "0,0,0,0,0,0,1,0"}, {70, ""}, {0, ""}};
-  for (const auto& [type, flags] : cases) EXPECT_EQ(ObjectTypeFlags(type), flags) << type;
-}
-
 TEST_F(SelectedPair, StopsWithoutTextsAndSurvivesAnError) {
   compare(objTables, "  ", "");
   ASSERT_EQ(test.host.boxes.size(), 1u);

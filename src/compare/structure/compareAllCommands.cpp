@@ -4,7 +4,6 @@
 #include "compare/structure/frmCompareAll.h"
 #include "compare/structure/frmCompareAllTables.h"
 #include "compare/structure/frmListObjects.h"
-#include "compare/structure/modCompareSelected.h"
 #include "process/modSavedProcess.h"
 
 namespace qrel {

@@ -1,6 +1,5 @@
 #include "compare/structure/modCompareSelected.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "app/Workspace.h"
@@ -12,6 +11,7 @@
 #include "db/mdlObjects.h"
 #include "db/mdlQueryCode.h"
 #include "platform/text.h"
+#include "process/modSavedProcess.h"
 
 namespace qrel {
 
@@ -195,18 +195,6 @@ void CompareHighlightedSections(Program& program, Workspace& workspace, PairComp
     CompareSelProcs(program, workspace, steps, true, workspace.txtTXProc[0].selectedText(),
                     workspace.txtTXProc[1].selectedText());
   });
-}
-
-std::string ObjectTypeFlags(long lngType) {
-  constexpr std::array<long, 8> types = {objTables,   objProcedures,    objFunctions,   objViews,
-                                         objTriggers, objRelationships, objConstraints, objPermissions};
-  if (std::find(types.begin(), types.end(), lngType) == types.end()) return {};
-  std::string flags;
-  for (const long type : types) {
-    if (!flags.empty()) flags += ',';
-    flags += type == lngType ? '1' : '0';
-  }
-  return flags;
 }
 
 }  // namespace qrel

@@ -49,8 +49,4 @@ void CompareSelProcs(Program& program, Workspace& workspace, PairComparisonSteps
 // Compares the parts of the two panes that are selected; a message tells which one is missing.
 void CompareHighlightedSections(Program& program, Workspace& workspace, PairComparisonSteps& steps);
 
-// The flags of one type in the order Tables, Procedures, Functions, Views, Triggers, Relationships, Constraints,
-// Permissions: "1,0,0,0,0,0,0,0" for tables. Empty for any other code.
-std::string ObjectTypeFlags(long lngType);
-
 }  // namespace qrel

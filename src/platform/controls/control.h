@@ -212,6 +212,8 @@ class CheckList : public Control {
   void setRedraw(bool on);
   std::vector<int> columnWidths;
   std::function<void()> onClick;
+  // The face tells that a person clicked a row twice; it is selected.
+  std::function<void()> onDoubleClick;
 
  private:
   struct Row {
