@@ -120,14 +120,17 @@ std::int32_t processId(std::string_view text) {
 
 }  // namespace
 
-void ParseCommandLine(Program& program) {
-  if (program.commandLine.empty()) return;
+std::int32_t RunSavedCompId(const std::string& strCommandLine) {
   CCommandArgs args;
   args.Delim = "/";
-  args.TestString = program.commandLine;
+  args.TestString = strCommandLine;
   args.Parse();
-  const std::string strId = args.Item("RunSavedComp");
-  if (!strId.empty()) program.main.glngRunSavedCompId = processId(strId);
+  return processId(args.Item("RunSavedComp"));
+}
+
+void ParseCommandLine(Program& program) {
+  if (program.commandLine.empty()) return;
+  program.main.glngRunSavedCompId = RunSavedCompId(program.commandLine);
 }
 
 double GetMdacVersion(Program& program) { return program.data.version(); }

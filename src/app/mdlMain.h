@@ -32,6 +32,8 @@ void SaveLocation(Program& program);
 // Takes the process id of /RunSavedComp from program.commandLine, the digits that its value begins with; 0 without any
 // and beyond 32 bits. Anything else on the line is left alone.
 void ParseCommandLine(Program& program);
+// The same id of any command line.
+std::int32_t RunSavedCompId(const std::string& strCommandLine);
 
 // The data access layer's version, 0 when it isn't there.
 double GetMdacVersion(Program& program);

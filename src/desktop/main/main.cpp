@@ -1,15 +1,19 @@
 #include <QApplication>
 #include <QIcon>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <string>
 
+#include "console/commands.h"
 #include "desktop/qtHost.h"
 #include "desktop/startArguments.h"
 #include "desktop/theme.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
 #include "platform/store/folders.h"
+#include "process/replayOutcome.h"
 #include "ui/startUp.h"
 
 namespace {
@@ -25,6 +29,12 @@ bool hasDisplay() {
 #endif
 }
 
+// A saved process needs no window: nobody could look at it.
+int runWithoutWindow(const char* programFile, const std::string& id) {
+  const std::array<const char*, 3> arguments{programFile, "run", id.c_str()};
+  return qrel::runConsole(static_cast<int>(arguments.size()), arguments.data(), std::cout, std::cerr);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -35,6 +45,9 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (!hasDisplay()) {
+    if (const std::string id = std::to_string(qrel::RunSavedCompId(qrel::readStartArguments(argc, argv).commandLine));
+        id != "0")
+      return runWithoutWindow(argv[0], id);
     std::fputs("quorrel: there is no display. Start it on a desktop, set DISPLAY, or use the console program qrel.\n",
                stderr);
     return cannotStart;
@@ -63,5 +76,6 @@ int main(int argc, char** argv) {
   qrel::Main(program, startUp);
   if (!startUp.mainWindow()) return cannotStart;
   host.run();
-  return 0;
+  // Whoever started it for one process asks the exit code how that ended.
+  return program.main.glngRunSavedCompId > 0 ? qrel::ReplayExitCode(program.state<qrel::ReplayOutcome>()) : 0;
 }
