@@ -149,6 +149,9 @@ class frmMain : public Form {
   // The records of the two selected tables. Does nothing while the window is busy, and keeps it busy. With Shift held
   // the options are asked for even if that is switched off.
   void cmdCompData_Click();
+  // The records of the tables that a person selects, and of all tables, in the databases of the panels.
+  void MenuDataCompSelective();
+  void DataCompareAll();
   void ShowColorSchema();
   // The text of a panel's pane.
   void cmdCopyClip_Click(int Index);

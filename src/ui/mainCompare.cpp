@@ -4,6 +4,7 @@
 
 #include "app/mdlMain.h"
 #include "app/trap.h"
+#include "compare/data/dataCompareCommands.h"
 #include "compare/data/modCompareData.h"
 #include "compare/structure/frmColorSchema.h"
 #include "db/mdlQueryCode.h"
@@ -56,8 +57,11 @@ std::string MainCompare::DatabaseName(int side) const { return SelectedDatabase(
 
 void MainCompare::ShowReport(const CompareAllReportCall& call) {
   tReportInput input = reportInput(call);
+  input.lngCompType = call.lngCompType;
   input.lngCompSubSubType = call.intDetailType;
-  input.blnAuto = call.blnSavedProcess;
+  input.blnAuto = call.blnSavedProcess || call.replay.blnAuto;
+  input.strExportPath = call.replay.strExportPath;
+  input.blnPrint = call.replay.blnPrint;
   input.lngSelCountSource = static_cast<std::int32_t>(call.selection.lngSelectedSource);
   input.lngSelCountTarget = static_cast<std::int32_t>(call.selection.lngSelectedTarget);
   input.arrSource = call.selection.arrSelectedSource;
@@ -82,6 +86,10 @@ void frmMain::cmdCompData_Click() {
   if (program_.host.shiftHeld()) program_.state<modCompareDataState>().blnShowOptionsOnce = true;
   qrel::cmdCompData_Click(program_, workspace);
 }
+
+void frmMain::MenuDataCompSelective() { qrel::MenuDataCompSelective(program_, workspace, compare_, {}); }
+
+void frmMain::DataCompareAll() { qrel::DataCompareAll(program_, workspace, compare_, {}); }
 
 void frmMain::CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelective, bool blnDetails) {
   qrel::CompStruct_BulkSel_SimpleDet_All(program_, compare_, lngTypeIndex, blnSelective, blnDetails);

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 #include "app/Program.h"
 #include "compare/structure/modCompareAll.h"
+#include "report/AutoReport.h"
 
 namespace qrel {
 
@@ -14,12 +16,14 @@ struct CompareAllReportCall {
   std::string strTitle = "Comparison Report";
   std::array<std::string, 2> arrServers;
   std::array<std::string, 2> arrDatabases;
-  int intCompSubType = 0;      // 10 several types, 20 all objects of one type, 30 a selection of them
+  std::int32_t lngCompType = 1;  // 0 data, 1 structure
+  int intCompSubType = 0;      // 10 several types, 20 all objects of one type, 30 a selection of them; data: 50, 60
   int intDetailType = 0;       // 10 simple and 20 details of a type; 30 and 40 the same of a selection
   std::string strObjectTypes;  // eight flags
   ObjectSelection selection;   // empty unless the run was selective
   bool blnSavedProcess = false;
   std::string strProcessName;  // of a saved process
+  AutoReport replay;
 };
 
 // What these commands ask of the windows around them.
