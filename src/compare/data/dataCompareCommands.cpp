@@ -82,8 +82,7 @@ void DataCompareSelective(Program& program, Workspace&, CompareAllSteps& steps, 
     frmCompareAllTables form(program);
     if (blnSelective) {
       bool blnOk = replay.blnAuto, blnAllSelected = false;
-      if (!replay.blnAuto)
-        frmListObjects(program).ShowUp(strDb1, strDb2, lngType, blnOk, blnAllSelected, selection);
+      if (!replay.blnAuto) frmListObjects(program).ShowUp(strDb1, strDb2, lngType, blnOk, blnAllSelected, selection);
       if (!blnOk) return;
       if (!blnAllSelected) form.SetVarsForSelectiveComparison(selection);
     }

@@ -1,5 +1,7 @@
 #include "compare/data/modCompareAllData.h"
 
+#include <unordered_set>
+
 #include "app/trap.h"
 #include "compare/data/modCompareData.h"
 #include "compare/structure/CompareAllObjects.h"
@@ -21,6 +23,8 @@ class DataSection : public CompareAllObjects {
   bool lookForItem(const Item& item);
   bool hasText(int side, const Item& item, long lngId);
   void compareRecords(const Item& item, long lngTargetId, const ReadWatch& reads);
+
+  std::unordered_set<long> inSource_;  // ids of the Source tables whose text was had
 };
 
 // Whether the table has a text there. A failed read is told and noted by now, and gives none.
@@ -46,7 +50,7 @@ bool DataSection::compareItem(const Item& item) {
   if (!findNamesake(0, item.strName, item.lngId, lngTargetId, blnProceed) || !run_.pulse.goOn()) return false;
   bool blnInTarget = false;
   if (blnProceed) {
-    hasText(0, item, item.lngId);
+    if (hasText(0, item, item.lngId)) inSource_.insert(item.lngId);
     blnInTarget = hasText(1, item, lngTargetId);
   }
   if (!run_.pulse.goOn()) return false;
@@ -93,7 +97,8 @@ bool DataSection::lookForItem(const Item& item) {
   long lngSourceId = 0;
   bool blnProceed = false;
   if (!findNamesake(1, item.strName, item.lngId, lngSourceId, blnProceed) || !run_.pulse.goOn()) return false;
-  const bool blnInSource = blnProceed && hasText(0, item, lngSourceId);
+  // Of a run's one state of the database the text isn't asked for twice.
+  const bool blnInSource = blnProceed && (inSource_.contains(lngSourceId) || hasText(0, item, lngSourceId));
   if (reads.failed())
     notCompared(item);
   else if (!blnInSource)

@@ -40,16 +40,16 @@ void CompareAllReport::reset(long lngType, const CompareAllInput& input) {
 
 void CompareAllReport::beginType(long lngType, const CompareAllInput& input) {
   reset(lngType, input);
-  strReport += blnSelective ? "\r\n\r\nSelective comparison of " + type + "\r\n\r\n"
-                            : "\r\n\r\nComparison of " + type + crLf;
+  strReport +=
+      blnSelective ? "\r\n\r\nSelective comparison of " + type + "\r\n\r\n" : "\r\n\r\nComparison of " + type + crLf;
   appendSelected(input);
 }
 
 void CompareAllReport::beginData(const CompareAllInput& input) {
   reset(objTables, input);
   blnData = true;
-  strReport += blnSelective ? "\r\n\r\nSelective comparison of " + type + crLf
-                            : "\r\nComparison of data in " + type + crLf;
+  strReport +=
+      blnSelective ? "\r\n\r\nSelective comparison of " + type + crLf : "\r\nComparison of data in " + type + crLf;
   appendSelected(input);
 }
 

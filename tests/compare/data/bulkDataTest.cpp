@@ -51,8 +51,8 @@ class BulkData : public testing::Test, public CompareAllSteps {
     });
     if (shownText.empty()) return {};
     const std::string text = replaceAll(shownText, "\r\n", "\n");
-    const std::string head = "Comparison of databases\n\nSource database S.A\nTarget database S.B\n\n" +
-                             std::string(selection ? "\n" : "");
+    const std::string head =
+        "Comparison of databases\n\nSource database S.A\nTarget database S.B\n\n" + std::string(selection ? "\n" : "");
     EXPECT_TRUE(text.starts_with(head)) << text;
     return text.substr(head.size());
   }
@@ -154,8 +154,9 @@ TEST_F(BulkData, ASelectionIsComparedAndHandedOn) {
   EXPECT_EQ(call.selection.arrSelectedTarget, (std::vector<std::string>{"b", "d"}));
   EXPECT_TRUE(call.replay.blnAuto);
   load("", "");
-  EXPECT_EQ(report(&onlyA), "Selective comparison of tables\n1 objects selected in Source database\n"
-                            "1 objects selected in Target database\n");
+  EXPECT_EQ(report(&onlyA),
+            "Selective comparison of tables\n1 objects selected in Source database\n"
+            "1 objects selected in Target database\n");
 }
 
 TEST_F(BulkData, NamesakesMeetInTheirSchemaUnderTheirListedNames) {
@@ -167,15 +168,17 @@ TEST_F(BulkData, NamesakesMeetInTheirSchemaUnderTheirListedNames) {
   const std::string counts =
       "Comparison of data in tables\n\nThere are 2 tables in Source database.\nThere are 2 tables in Target "
       "database.\n\n";
-  EXPECT_EQ(report(), counts + differ + "\tdbo.t - 1 different record(s)\n\t(1 table)\n"
-                                        "One table [s.t] has identical data in both databases.");
+  EXPECT_EQ(report(), counts + differ +
+                          "\tdbo.t - 1 different record(s)\n\t(1 table)\n"
+                          "One table [s.t] has identical data in both databases.");
   SaveIgnoredLists(program, ignoredColsData, {{"S.A.s.t", {}}, {"S.A.t", {"x"}}});
   EXPECT_EQ(report(), counts + "Data in all tables in both databases is identical.");
   load("CREATE TABLE t (a int)", "CREATE SCHEMA s\nGO\nCREATE TABLE s.t (a int)");
-  EXPECT_EQ(report(), "Comparison of data in tables\n\nThere is 1 table in Source database.\nThere is 1 table in "
-                      "Target database.\n\n" +
-                          sourceOnly + "\tt\n\t(1 table)\n" + targetOnly +
-                          "\tt\n\t(1 table)\nThere are no tables which have identical data in both databases.");
+  EXPECT_EQ(report(),
+            "Comparison of data in tables\n\nThere is 1 table in Source database.\nThere is 1 table in "
+            "Target database.\n\n" +
+                sourceOnly + "\tt\n\t(1 table)\n" + targetOnly +
+                "\tt\n\t(1 table)\nThere are no tables which have identical data in both databases.");
 }
 
 // By key a record without partner is told to the differences window, which a run over many tables doesn't have.
@@ -208,8 +211,9 @@ TEST_F(BulkData, StopEndsATableAndCancelTheRun) {
     if (yieldsInSecondTable(yields) == 2) dataState.gblnStopComparison = true;
   };
   const std::string stopped = report();
-  EXPECT_TRUE(stopped.ends_with("\n\n" + differ + "\tb - 63 different record(s)\n\t(1 table)\n"
-                                                  "All 2 remaining tables have identical data:\n\ta\n\tc"))
+  EXPECT_TRUE(stopped.ends_with("\n\n" + differ +
+                                "\tb - 63 different record(s)\n\t(1 table)\n"
+                                "All 2 remaining tables have identical data:\n\ta\n\tc"))
       << stopped;
   EXPECT_EQ(notCompared(), "") << "who stops it knows";
   EXPECT_FALSE(dataState.gblnStopComparison);
@@ -234,15 +238,28 @@ TEST_F(BulkData, WhatCouldNotBeReadIsListed) {
   const std::string unread = "List of tables which could not be compared:\n\tb\n\t(1 table)\n";
   const std::string rest = "All 2 remaining tables have identical data:\n\ta\n\tc";
   const std::string differs = differ + "\tb - 0 different record(s)\n\t(1 table)\n";
-  for (const char* query : {"SELECT [n] FROM [b]", "FROM [b]"}) {
-    test.refuse(query);
-    EXPECT_EQ(report(), counts + differs + onlyD + unread + rest) << query;
+  struct Case {
+    const char* query;
+    std::int32_t error;
+    bool counted;  // among those that differ
+  };
+  const Case cases[] = {
+      {"SELECT [n] FROM [dbo].[b]", errorNumber::badSql, true},
+      {"RecsCount FROM [dbo].[b]", errorNumber::cannotConnect, true},
+      {"SELECT [n] FROM  [dbo].[b]", errorNumber::cannotConnect, false},  // Target is read by its own columns then
+      {"so2.name = 'b'", errorNumber::cannotConnect, false},              // its text, in both databases
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.query);
+    test.refuse(each.query, each.error);
+    EXPECT_EQ(report(), counts + (each.counted ? differs : "") + onlyD + unread + rest);
     EXPECT_EQ(notCompared(), "b;|");
+    EXPECT_EQ(runState.lngDifferent, each.counted ? 1 : 0);
     test.forgetAnswers();
   }
-  test.refuse("sysobjects.name='b'");
-  test.refuse("syscolumns");
-  EXPECT_EQ(report().find("identical"), std::string::npos) << shownText;
+  test.refuse("select name, refdate, id");
+  EXPECT_EQ(report(), "Comparison of data in tables\nCouldn't retrieve list of all tables.");
+  EXPECT_EQ(runState.lngTypesRead, 0);
 }
 
 TEST_F(BulkData, CommandsCheckWhatTheyNeed) {
