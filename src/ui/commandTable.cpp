@@ -86,6 +86,10 @@ void InitializeMenus_DataComp(CommandTable& commands) {
                       .action = [](frmMain& window) { window.cmdCompData_Click(); },
                       .key = "F9",
                       .clearsBusy = true});
+  commands.push_back({320, path, "Compare Data in &Selected Tables", Guard::none,
+                      [](frmMain& window) { window.MenuDataCompSelective(); }});
+  commands.push_back(
+      {330, path, "Compare Data in &All Tables", Guard::none, [](frmMain& window) { window.DataCompareAll(); }});
 }
 
 void InitializeMenus_Tools(CommandTable& commands) {

@@ -153,6 +153,9 @@ class frmMain : public Form {
   // Runs a saved process again; below 1 the person chooses it (replay.h).
   void RunSavedProcess(std::int32_t lngId);
   void RunProcess(const tSavedProcess& process);
+  // The records of the tables that a person selects, and of all tables, in the databases of the panels.
+  void MenuDataCompSelective();
+  void DataCompareAll();
   void ShowColorSchema();
   // The text of a panel's pane.
   void cmdCopyClip_Click(int Index);

@@ -4,6 +4,7 @@
 
 #include "app/mdlMain.h"
 #include "app/trap.h"
+#include "compare/data/dataCompareCommands.h"
 #include "compare/data/modCompareData.h"
 #include "compare/structure/frmColorSchema.h"
 #include "db/mdlQueryCode.h"
@@ -37,7 +38,6 @@ tReportInput reportInput(const Call& call) {
 
 // Of a run that came to its end, for a replay without a person.
 void noteVerdict(Program& program, const CompareAllReportCall& call) {
-  if (call.lngCompType != compStructure) return;
   auto& outcome = program.state<ReplayOutcome>();
   const auto& run = program.state<modCompareAllState>();
   outcome.blnIdentical = run.lngDifferent + run.lngSourceOnly + run.lngTargetOnly == 0;
@@ -102,6 +102,10 @@ void frmMain::cmdCompData_Click() {
   if (program_.host.shiftHeld()) program_.state<modCompareDataState>().blnShowOptionsOnce = true;
   qrel::cmdCompData_Click(program_, workspace);
 }
+
+void frmMain::MenuDataCompSelective() { qrel::MenuDataCompSelective(program_, workspace, compare_, {}); }
+
+void frmMain::DataCompareAll() { qrel::DataCompareAll(program_, workspace, compare_, {}); }
 
 void frmMain::CompStruct_BulkSel_SimpleDet_All(long lngTypeIndex, bool blnSelective, bool blnDetails) {
   qrel::CompStruct_BulkSel_SimpleDet_All(program_, compare_, lngTypeIndex, blnSelective, blnDetails);

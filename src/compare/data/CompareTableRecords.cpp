@@ -104,7 +104,7 @@ SqlText RecordComparison::buildSelects() {
   SqlText strSelectPart;
   selects_[0] =
       BuildSqlSelectStringWithColumns(program_, program_.main.gtypSelServ[0], request_.arrDbs[0], request_.arrTables[0],
-                                      extNames_[0], strSelectPart, request_.arrObjIds[0]);
+                                      extNames_[0], strSelectPart, request_.arrObjIds[0], request_.arrListed[0]);
   selects_[1] = BuildSelectForTargetTable(strSelectPart, extNames_[1], request_.arrOrderBy[1]);
   bool blnAccepted = false;
   {
@@ -116,7 +116,7 @@ SqlText RecordComparison::buildSelects() {
   if (blnAccepted) return {};
   selects_[1] =
       BuildSqlSelectStringWithColumns(program_, program_.main.gtypSelServ[1], request_.arrDbs[1], request_.arrTables[1],
-                                      extNames_[1], strSelectPart, request_.arrObjIds[1]);
+                                      extNames_[1], strSelectPart, request_.arrObjIds[1], request_.arrListed[1]);
   return request_.arrOrderBy[1].empty() ? SqlText() : SqlText(" ") << request_.arrOrderBy[1];
 }
 

@@ -47,7 +47,7 @@ SqlText BuildOrderByClause(const std::string& strKey1, const std::string& strKey
 
 SqlText BuildSqlSelectStringWithColumns(Program& program, tServer& server, const std::string& strDb,
                                         const std::string& strTable, const std::string& strExtName,
-                                        SqlText& strSelectPart, long lngObjId) {
+                                        SqlText& strSelectPart, long lngObjId, const std::string& strListed) {
   strSelectPart = {};
   return trap(program, "mdlMisc", "BuildSqlSelectStringWithColumns", SqlText(), [&] {
     std::string strText;
@@ -57,7 +57,7 @@ SqlText BuildSqlSelectStringWithColumns(Program& program, tServer& server, const
     long lngUpper = -1;
     long lngIgnored = 0;
     if (GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored,
-                          lngObjId, "", ignoredColsData))
+                          lngObjId, "", ignoredColsData, strListed))
       for (const tTableColumn& column : arrColumns) {
         if (!strList.empty()) strList << ",";
         strList << inBrackets(column.strName);
@@ -79,10 +79,12 @@ SqlText BuildSelectForTargetTable(const SqlText& strSelectPart, const std::strin
 std::array<std::vector<std::string>, 2> IgnoredDataColumns(Program& program, const tDataCompRequest& request) {
   std::array<std::vector<std::string>, 2> arrIgnored;
   const auto& source = program.state<IgnoredColumnsSource>();
-  for (const std::size_t side : {0u, 1u})
+  for (const std::size_t side : {0u, 1u}) {
+    const std::string& strListed = request.arrListed[side];
     if (source.lookUp)
-      arrIgnored[side] =
-          source.lookUp(ignoredColsData, program.main.gtypSelServ[side], request.arrDbs[side], request.arrTables[side]);
+      arrIgnored[side] = source.lookUp(ignoredColsData, program.main.gtypSelServ[side], request.arrDbs[side],
+                                       strListed.empty() ? request.arrTables[side] : strListed);
+  }
   return arrIgnored;
 }
 
@@ -270,7 +272,8 @@ void RunDataComparison(Program& program, const tDataCompRequest& request, tDataC
     const IgnoredNote note = ignoredNote(program, request);
     frmCompareStatus(program).ShowUp(request, result);
     heldState.reset();  // the window of the differences may stay for hours
-    if (state.gblnStopComparison) {
+    result.blnStopped = state.gblnStopComparison;
+    if (result.blnStopped) {
       tellEnd(program, request, result, "Operation cancelled by the user.");
       state.gblnStopComparison = false;
     } else if (result.blnIdentical) {

@@ -21,6 +21,7 @@ class frmCompareData;
 struct tDataCompRequest {
   std::array<std::string, 2> arrDbs;
   std::array<std::string, 2> arrTables;      // as the object lists show them, with a schema where they show one
+  std::array<std::string, 2> arrListed;      // what ignored columns are looked up under; empty: arrTables
   std::array<SqlText, 2> arrOrderBy;         // of BuildOrderByClause
   std::array<std::int32_t, 2> arrOffsets{};  // 1-based first record; 0 and 1 both mean the first
   std::int32_t lngCompMethod = compRecordByRecord;
@@ -40,6 +41,7 @@ struct tDataCompResult {
   bool blnIdentical = false;
   std::array<std::int32_t, 2> arrRecs{};  // -1: couldn't be counted
   std::int32_t lngDiffs = 0;
+  bool blnStopped = false;  // by the person: the counts say how far it came
 };
 
 // How far the comparison of the records came.
@@ -95,10 +97,10 @@ bool NamesKey(const std::string& strKey);
 SqlText BuildOrderByClause(const std::string& strKey1, const std::string& strKey2, const std::string& strKey3);
 
 // The SELECT of the table's columns less the ignored ones; of all columns when they can't be had. strSelectPart
-// receives its part up to and with " FROM ".
+// receives its part up to and with " FROM ". strListed: the name to look the ignored columns up under; empty: strTable.
 SqlText BuildSqlSelectStringWithColumns(Program& program, tServer& server, const std::string& strDb,
                                         const std::string& strTable, const std::string& strExtName,
-                                        SqlText& strSelectPart, long lngObjId);
+                                        SqlText& strSelectPart, long lngObjId, const std::string& strListed = {});
 
 // The SELECT of the Source's columns on the Target table.
 SqlText BuildSelectForTargetTable(const SqlText& strSelectPart, const std::string& strExtName2,

@@ -28,19 +28,33 @@ void CompareAllReport::begin(const CompareAllInput& input, const std::array<std:
   if (!strFiltering.empty()) strReport += strFiltering + crLf;
 }
 
-void CompareAllReport::beginType(long lngType, const CompareAllInput& input) {
+void CompareAllReport::reset(long lngType, const CompareAllInput& input) {
   blnTables = lngType == objTables;
   blnSelective = input.blnSelective;
   type = GetObjectTypeName(lngType, false);
   for (std::string* block : {&strSourceOnly, &strTargetOnly, &strNotCompared, &strIdentical, &strDetails})
     block->clear();
   lngIdenticalCount = lngDifferentCount = lngSourceOnlyCount = lngTargetOnlyCount = lngNotComparedCount = 0;
-  blnFindings = false;
-  if (!blnSelective) {
-    strReport += "\r\n\r\nComparison of " + type + crLf;
-    return;
-  }
-  strReport += "\r\n\r\nSelective comparison of " + type + "\r\n\r\n";
+  blnFindings = blnData = false;
+}
+
+void CompareAllReport::beginType(long lngType, const CompareAllInput& input) {
+  reset(lngType, input);
+  strReport +=
+      blnSelective ? "\r\n\r\nSelective comparison of " + type + "\r\n\r\n" : "\r\n\r\nComparison of " + type + crLf;
+  appendSelected(input);
+}
+
+void CompareAllReport::beginData(const CompareAllInput& input) {
+  reset(objTables, input);
+  blnData = true;
+  strReport +=
+      blnSelective ? "\r\n\r\nSelective comparison of " + type + crLf : "\r\nComparison of data in " + type + crLf;
+  appendSelected(input);
+}
+
+void CompareAllReport::appendSelected(const CompareAllInput& input) {
+  if (!blnSelective) return;
   strReport += std::to_string(input.selection.lngSelectedSource) + " objects selected in Source database\r\n";
   strReport += std::to_string(input.selection.lngSelectedTarget) + " objects selected in Target database\r\n\r\n";
 }
@@ -53,7 +67,9 @@ std::string CompareAllReport::countLine(std::size_t count, const std::string& st
 }
 
 void CompareAllReport::addCounts(std::size_t sourceCount, std::size_t targetCount) {
+  if (blnData) strReport += crLf;
   strReport += countLine(sourceCount, "Source") + crLf + countLine(targetCount, "Target") + crLf;
+  if (blnData) strReport += crLf;
 }
 
 void CompareAllReport::addIdentical(const std::string& strName) {
@@ -126,21 +142,28 @@ void CompareAllReport::endTargetPass() {
 }
 
 void CompareAllReport::appendIdenticalSummary() {
+  const std::string what = blnData ? "data" : "structure";
   if (lngIdenticalCount == 0) {
-    strReport += blnTables ? "There are no tables which have identical structure in both databases."
+    strReport += blnTables ? "There are no tables which have identical " + what + " in both databases."
                            : "There are no " + type + " which are identical in both databases.";
   } else if (lngIdenticalCount == 1) {
-    strReport += "One " + singular();
-    strReport += " [" + withoutLastLineEnd(strIdentical.substr(1)) + "] has identical structure in both databases.";
+    strReport += "One " + singular() + " [" + withoutLastLineEnd(strIdentical.substr(1)) + "] has identical " + what +
+                 " in both databases.";
   } else {
     strReport += "All " + std::to_string(lngIdenticalCount);
-    strReport += blnTables ? " remaining tables have identical structures:" : " remaining " + type + " are identical:";
+    strReport += blnData     ? " remaining tables have identical data:"
+                 : blnTables ? " remaining tables have identical structures:"
+                             : " remaining " + type + " are identical:";
     strReport += crLf + withoutLastLineEnd(std::move(strIdentical));
   }
 }
 
 void CompareAllReport::appendCleanSentence(bool blnSomeColumnsIgnored) {
   const std::string which = blnSelective ? "selected " : "";
+  if (blnData) {
+    strReport += "Data in all " + which + "tables in both databases is identical.";
+    return;
+  }
   if (!blnTables) {
     strReport += "All " + which + type + " in both databases are identical.";
     return;

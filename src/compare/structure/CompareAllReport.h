@@ -3,6 +3,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
 #include "compare/structure/modCompareAll.h"
 
@@ -16,6 +17,8 @@ class CompareAllReport {
   void begin(const CompareAllInput& input, const std::array<std::string, 2>& arrNames, const std::string& strFiltering);
 
   void beginType(long lngType, const CompareAllInput& input);
+  // The same for the data of tables.
+  void beginData(const CompareAllInput& input);
   void addCounts(std::size_t sourceCount, std::size_t targetCount);
 
   void addIdentical(const std::string& strName);
@@ -40,6 +43,8 @@ class CompareAllReport {
   // The rest of a type without objects on both sides. One with objects on one side needs none.
   void endEmptyType();
 
+  // The report as it stands, and with the line about the time behind it.
+  std::string finish() { return std::move(strReport); }
   std::string finish(const std::string& strElapsed);
 
   long differentCount() const { return lngDifferentCount; }
@@ -50,6 +55,8 @@ class CompareAllReport {
   std::string singular() const { return type.substr(0, type.size() - 1); }
   std::string unreadLine() const { return "Couldn't retrieve list of all " + type + "."; }
   std::string countLine(std::size_t count, const std::string& strSide) const;
+  void reset(long lngType, const CompareAllInput& input);
+  void appendSelected(const CompareAllInput& input);
   void appendFound(long lngCount);
   void appendNameLine(std::string& text, const std::string& strName) const;
   void appendIdenticalSummary();
@@ -60,6 +67,7 @@ class CompareAllReport {
 
   // Of the type at work.
   bool blnTables = false;
+  bool blnData = false;  // the data of tables, not their structure
   bool blnSelective = false;
   std::string type;  // plural
   std::string strSourceOnly, strTargetOnly, strNotCompared, strIdentical, strDetails;

@@ -1,6 +1,5 @@
 #include "compare/structure/CompareAllSection.h"
 
-#include "app/modStrings.h"
 #include "app/trap.h"
 #include "compare/structure/modCompareObjects.h"
 #include "compare/structure/modIgnoreColumnsOrder.h"
@@ -8,113 +7,9 @@
 #include "compare/structure/modIgnoreWhiteSpaces.h"
 #include "db/mdlQueryCode.h"
 #include "db/modObjectText.h"
-#include "db/modSchema.h"
 #include "platform/text.h"
 
 namespace qrel {
-
-namespace {
-
-std::string bareName(const std::string& strName) {
-  std::string rest;
-  return GetLastWord(strName, rest, ".");
-}
-
-}  // namespace
-
-bool CompareAllSection::compare() {
-  CompareAllReport& report = run_.report;
-  const auto& lists = run_.frm.pvlSqlObj;
-  report.beginType(type_, run_.input);
-  bool blnRead = false;
-  if (!loadLists(blnRead)) return false;
-  if (!blnRead) {
-    report.endUnreadType();
-    return true;
-  }
-  ++program_.state<modCompareAllState>().lngTypesRead;
-  if (!run_.input.blnSelective) report.addCounts(lists[0].count(), lists[1].count());
-  if (lists[0].count() == 0 && lists[1].count() == 0) {
-    report.endEmptyType();
-  } else if (lists[0].count() == 0 || lists[1].count() == 0) {
-    countUnlisted();
-  } else {
-    if (!sourcePass() || !targetPass()) return false;
-    report.endType(run_.blnSomeColumnsIgnored);
-    countTotals();
-  }
-  return true;
-}
-
-bool CompareAllSection::loadLists(bool& blnRead) {
-  blnRead = true;
-  const ReadingScope reading(program_, "the list of " + GetObjectTypeName(type_, false));
-  for (int side = 0; side < 2; ++side) {
-    const auto index = static_cast<std::size_t>(side);
-    if (!LoadObjects(program_, run_.server(side), run_.frm.pvlSqlObj[index], run_.frm.txtTXProc[index], type_,
-                     run_.database(side), false, "", side, true))
-      blnRead = false;
-    if (!run_.pulse.goOn(true)) return false;
-  }
-  if (type_ == objTables && blnRead) namesakes_.emplace(program_, run_.input.arrDatabases);
-  return true;
-}
-
-CompareAllSection::Item CompareAllSection::itemAt(int side, std::size_t row) const {
-  const CheckList& list = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)];
-  Item item;
-  item.strPrinted = list.cell(row, 0);
-  item.strName = bareName(item.strPrinted);
-  item.lngId = list.id(row);
-  item.side = side;
-  return item;
-}
-
-bool CompareAllSection::proceed(const std::string& strListed) const {
-  return ProceedWithThisObject(strListed, run_.input.blnSelective, run_.selected);
-}
-
-std::string CompareAllSection::wordsFor(const std::string& strName) const {
-  return lowerCase(GetObjectTypeName(type_, true)) + " " + strName;
-}
-
-bool CompareAllSection::nameIsCut(const Item& item) {
-  if (!PointIsPartOfName(program_, run_.server(item.side), run_.database(item.side), type_, item.strPrinted,
-                         item.lngId))
-    return false;
-  notCompared(item, "the point in its name can't be told from the one behind a schema");
-  return true;
-}
-
-void CompareAllSection::notCompared(const Item& item, const std::string& strWhy) {
-  if (!notCompared_.insert(item.strPrinted).second) return;
-  run_.report.addNotCompared(item.strPrinted);
-  program_.state<modCompareAllState>().arrNotCompared.push_back({type_, item.strPrinted, strWhy});
-}
-
-bool CompareAllSection::findNamesake(int side, const std::string& strName, long lngId, long& lngOtherId,
-                                     bool& blnProceed) {
-  const int other = 1 - side;
-  lngOtherId = namesakes_ ? namesakes_->find(side, bareName(strName), lngId) : 0;
-  blnProceed = lngOtherId > 0;
-  if (blnProceed) return true;
-  return CompareAll_CheckForDuplicateNames(program_, type_, run_.server(side), strName, run_.database(side),
-                                           run_.server(other), run_.database(other), lngId, lngOtherId, blnProceed);
-}
-
-bool CompareAllSection::sourcePass() {
-  const std::size_t count = run_.frm.pvlSqlObj[0].count();
-  for (std::size_t row = 0; row < count; ++row) {
-    if (!run_.pulse.goOn()) return false;
-    const Item item = itemAt(0, row);
-    if (!proceed(item.strPrinted)) continue;
-    run_.frm.lblCurProcName.setText(item.strPrinted);
-    if (!compareItem(item)) return false;
-  }
-  run_.frm.lblCurProcName.setText("");
-  run_.report.endSourcePass();
-  return true;
-}
 
 bool CompareAllSection::compareItem(const Item& item) {
   const ReadingScope reading(program_, wordsFor(item.strPrinted));
@@ -243,17 +138,11 @@ bool CompareAllSection::sameButForOrder(const Item& item, const Pair& pair) {
 bool CompareAllSection::targetPass() {
   const auto names = namesInSource();
   if (!run_.pulse.goOn(true)) return false;
-  if (!names) run_.report.addUnreadList();
-  const std::size_t count = names ? run_.frm.pvlSqlObj[1].count() : 0;
-  for (std::size_t row = 0; row < count; ++row) {
-    if (!run_.pulse.goOn()) return false;
-    const Item item = itemAt(1, row);
-    if (!proceed(item.strPrinted) || isNotCompared(item)) continue;
-    run_.frm.lblCurProcName.setText(item.strPrinted);
-    if (!lookForItem(item, *names)) return false;
+  if (!names) {
+    run_.report.addUnreadList();
+    return true;
   }
-  run_.report.endTargetPass();
-  return true;
+  return eachItem(1, [&](const Item& item) { return lookForItem(item, *names); });
 }
 
 std::optional<NamesInRecordset> CompareAllSection::namesInSource() {
@@ -269,6 +158,7 @@ std::optional<NamesInRecordset> CompareAllSection::namesInSource() {
 
 // Tells of a Target item that isn't in Source. False: the run is over.
 bool CompareAllSection::lookForItem(const Item& item, const NamesInRecordset& names) {
+  if (isNotCompared(item)) return true;
   const ReadingScope reading(program_, wordsFor(item.strPrinted));
   const ReadWatch reads(program_);
   if (type_ == objTables && nameIsCut(item)) return true;
@@ -302,24 +192,6 @@ bool CompareAllSection::existsInSource(const std::string& strName, long lngOther
       return false;
     default:
       return ObjectExistsInRecordset(namesInSource, strName);
-  }
-}
-
-void CompareAllSection::countTotals() {
-  auto& state = program_.state<modCompareAllState>();
-  state.lngDifferent += run_.report.differentCount();
-  state.lngSourceOnly += run_.report.sourceOnlyCount();
-  state.lngTargetOnly += run_.report.targetOnlyCount();
-}
-
-void CompareAllSection::countUnlisted() {
-  auto& state = program_.state<modCompareAllState>();
-  const int side = run_.frm.pvlSqlObj[0].count() > 0 ? 0 : 1;
-  const std::size_t count = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)].count();
-  for (std::size_t row = 0; row < count; ++row) {
-    const Item item = itemAt(side, row);
-    if (!proceed(item.strPrinted)) continue;
-    ++(side == 0 ? state.lngSourceOnly : state.lngTargetOnly);
   }
 }
 

@@ -41,9 +41,9 @@ void frmCompareAllTables::activate() {
 }
 
 bool frmCompareAllTables::runComparison() {
+  if (!structure_) return CompareAll_Data && CompareAll_Data(parts, input_);
   std::string strTypesFlags;
-  if (structure_) return CompareAll_Structure(program_, parts, strTypesFlags, input_);
-  return CompareAll_Data && CompareAll_Data(parts, strTypesFlags, input_);
+  return CompareAll_Structure(program_, parts, strTypesFlags, input_);
 }
 
 }  // namespace qrel

@@ -19,10 +19,9 @@ class frmCompareAllTables : public CompareAllWindow {
   void ShowUp(const std::string& strSourceDb, const std::string& strTargetDb, long enmObjectType, bool blnDetails,
               bool blnStructure, bool& blnResult);
 
-  // The data comparison, with the meaning of CompareAll_Structure's arguments; whoever shows the window for data sets
-  // it.
-  std::function<bool(CompareAllControls& frmOwner, std::string& strTypesFlags, const CompareAllInput& input)>
-      CompareAll_Data;
+  // The data comparison, with the meaning of CompareAll_Structure's arguments. Whoever shows the window for data sets
+  // it, for it stands above this folder.
+  std::function<bool(CompareAllControls& frmOwner, const CompareAllInput& input)> CompareAll_Data;
 
   // Checks the type's box; an unknown type is told in a box, and nothing will run.
   void load() override;

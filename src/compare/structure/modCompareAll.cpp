@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include "app/modStrings.h"
-#include "app/trace.h"
 #include "app/trap.h"
 #include "compare/structure/CompareAllSection.h"
 #include "db/modSchema.h"
@@ -138,24 +137,6 @@ bool RunPulse::goOn(bool blnAlways) {
 
 namespace {
 
-// What the end of a run owes in any case.
-class RunEnd {
- public:
-  explicit RunEnd(CompareAllRun& run) : run_(run) {}
-  ~RunEnd() {
-    run_.frm.tmrStatus.setEnabled(false);
-    for (ConnectionPtr& connection : run_.arrConnections)
-      if (connection) connection->Close();
-    run_.program.host.setPointer(Pointer::Default);
-    run_.frm.window.close();
-  }
-  RunEnd(const RunEnd&) = delete;
-  RunEnd& operator=(const RunEnd&) = delete;
-
- private:
-  CompareAllRun& run_;
-};
-
 bool openConnections(CompareAllRun& run) {
   for (int side = 0; side < 2; ++side) {
     if (ADO_Connection_Open(run.program, run.arrConnections[static_cast<std::size_t>(side)], run.server(side),
@@ -166,15 +147,6 @@ bool openConnections(CompareAllRun& run) {
     return false;
   }
   return true;
-}
-
-void showProgress(CompareAllRun& run) {
-  run.frm.fraContainer[0].setVisible(false);
-  run.frm.fraContainer[1].setVisible(true);
-  run.frm.lblCurProcName.setText("");
-  run.frm.startTicks = run.program.host.ticks();
-  run.frm.tmrStatus.setEnabled(true);
-  ClearDebugLog(run.program);
 }
 
 bool compareTypes(CompareAllRun& run) {
@@ -193,9 +165,8 @@ bool compareTypes(CompareAllRun& run) {
 
 bool compareAll(CompareAllRun& run, std::string& strTypesFlags) {
   if (!openConnections(run)) return false;
-  showProgress(run);
-  run.report.begin(run.input, {run.server(0).Name + "." + run.database(0), run.server(1).Name + "." + run.database(1)},
-                   BuildSchemaFilteringString(run.program));
+  ShowRunProgress(run);
+  run.report.begin(run.input, RunDatabaseNames(run), BuildSchemaFilteringString(run.program));
   if (!compareTypes(run)) return false;
   run.program.report.gstrReportText = run.report.finish(ElapsedTime(run.program, run.frm.startTicks));
   strTypesFlags = FlagsOfBoxes(run.frm);
@@ -210,7 +181,7 @@ bool CompareAll_Structure(Program& program, CompareAllControls& frmOwner, std::s
   strTypesFlags.clear();
   const auto heldState = program.data.holdState();
   CompareAllRun run(program, frmOwner, input);
-  const RunEnd end(run);
+  const CompareAllRunEnd end(run);
   return trap(program, moduleName, "CompareAll_Structure", false, [&] { return compareAll(run, strTypesFlags); });
 }
 

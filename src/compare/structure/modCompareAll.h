@@ -31,7 +31,8 @@ struct UnreadableObject {
   std::string strName;  // as listed
 };
 
-// An object without a verdict: a read for it failed, or its name can't be used.
+// An object without a verdict, or with one that rests on less than there is: a read for it failed, its records weren't
+// compared to their end, or its name can't be used.
 struct NotComparedObject {
   long lngType = 0;
   std::string strName;  // as listed
@@ -41,7 +42,7 @@ struct NotComparedObject {
 struct modCompareAllState {
   bool gblnCancelCompare = false;  // the stop flag of bulk runs; Cancel sets it
 
-  // Of the last structure run, over all its types; the report's wording doesn't depend on them. When one side has no
+  // Of the last run, over all its types; the report's wording doesn't depend on them. When one side has no
   // object of a type at all, the other side's objects count here although the report doesn't list them.
   long lngDifferent = 0;
   long lngSourceOnly = 0;
