@@ -45,8 +45,9 @@ bool flagOf(cInifile& ini, const char* strKey) { return equalNoCase(textOf(ini, 
 
 // 0 for a number that is none of the program's: one damaged process keeps nobody from the others.
 std::int32_t idOf(cInifile& ini) {
+  const std::string strId = textOf(ini, "Id");
   try {
-    return numberOf(ini, "Id");
+    return numericPrefix(strId);
   } catch (const RuntimeError&) {
     return 0;
   }
@@ -125,6 +126,16 @@ class NewLists {
   bool kept_ = false;
 };
 
+// Whether the file on the disk has the section with this id, or can't be asked. A write may fail behind its last step.
+bool mayBeStored(const Program& program, const std::string& strName, std::int32_t lngId) {
+  try {
+    cInifile ini = openSection(program, strName);
+    return idOf(ini) == lngId;
+  } catch (const RuntimeError&) {
+    return true;
+  }
+}
+
 enum class Step : std::uint8_t { Section, Lists };
 
 // Writes section and lists together. The lists go first: their id is nobody's until the section has it, so that a
@@ -139,8 +150,13 @@ void save(const Program& program, cInifile& ini, const tSavedProcess& process, S
   step = Step::Lists;
   NewLists lists(process, lngId, program.main.gstrDataPath);
   step = Step::Section;
-  change.commit();
-  lists.keep();
+  try {
+    change.commit();
+    lists.keep();
+  } catch (const RuntimeError&) {
+    if (mayBeStored(program, process.strName, lngId)) lists.keep();
+    throw;
+  }
 }
 
 void readLists(Program& program, tSavedProcess& process) {

@@ -76,9 +76,9 @@ void RemoveProcessLists(std::int32_t lngId, const std::string& strFolder) {
 
 void TellProcessListError(Program& program, const std::string& strProcName, const std::exception& error) {
   const ErrorInfo info = describeError(error);
-  program.host.messageBox("Error in Sub " + strProcName + ", error nr " + std::to_string(info.number) + " (" +
-                              info.description + ").",
-                          Icon::Critical);
+  program.host.messageBox(
+      "Error in Sub " + strProcName + ", error nr " + std::to_string(info.number) + " (" + info.description + ").",
+      Icon::Critical);
 }
 
 void ArraySaveToFile(Program& program, const std::vector<std::string>& arr, std::int32_t lngId,
