@@ -1,0 +1,151 @@
+// Saved processes on the console: saved by a comparison, listed, run again with nobody there, removed.
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+
+#include "platform/files.h"
+#include "tests/console/runQrel.h"
+#include "tests/support.h"
+
+namespace qrel {
+namespace {
+
+constexpr const char* source = R"(
+CREATE TABLE Item (Id int NOT NULL, Part nvarchar(30))
+INSERT Item VALUES (1, N'bolt'), (2, N'5" <b>, "x"')
+GO
+CREATE PROCEDURE GetA AS SELECT 1
+)";
+constexpr const char* target = R"(
+CREATE TABLE Item (Id int NOT NULL, Part nvarchar(30))
+INSERT Item VALUES (1, N'bolt'), (2, N'nut')
+GO
+CREATE PROCEDURE GetA AS SELECT 2
+)";
+
+class ProcessCommands : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    setenv("QREL_HOME", folder.path().c_str(), 1);
+    ASSERT_EQ(run({"load", "S/A", folder.write("a.sql", source).string()}), 0) << err;
+    ASSERT_EQ(run({"load", "S/B", folder.write("b.sql", target).string()}), 0) << err;
+  }
+  void TearDown() override { unsetenv("QREL_HOME"); }
+
+  int run(const std::vector<std::string>& arguments) {
+    const QrelRun result = runQrel(arguments);
+    out = result.out;
+    err = result.err;
+    return result.code;
+  }
+  bool printed(const std::string& text) const { return out.find(text) != std::string::npos; }
+  bool told(const std::string& text) const { return err.find(text) != std::string::npos; }
+  std::string file(const std::string& name) const { return (folder.path() / name).string(); }
+
+  TemporaryFolder folder;
+  std::string out, err;
+};
+
+// A report as it is printed, without the line that every run writes anew.
+std::string timeless(std::string text) { return std::regex_replace(text, std::regex("Time Elapsed: [0-9:]*"), ""); }
+
+TEST_F(ProcessCommands, ARunPrintsWhatTheComparisonPrinted) {
+  const std::vector<std::string> sides{"S/A", "S/B"};
+  struct Case {
+    std::vector<std::string> words;
+    const char* listed;  // kind and sides, as "processes" lists them
+  };
+  const Case cases[] = {
+      {{"compare", "--types", "all"}, "Meta-Data Comparison, All\tS/A\tS/B\t"},
+      {{"compare", "--types", "procedures", "--details"}, "Meta-Data Comparison, Bulk, Details\tS/A\tS/B\t"},
+      {{"compare", "--types", "tables", "--only", "Item"}, "Meta-Data Comparison, Selective, Simple\tS/A\tS/B\t"},
+      {{"compare", "--type", "procedures", "--object", "GetA"}, "Meta-Data Comparison, Individual\tS/A/GetA\tS/B/GetA\t"},
+      {{"data", "--table", "Item", "--key", "Id"}, "Data Comparison, Single Table\tS/A/Item\tS/B/Item\t"},
+      {{"data", "--tables", "Item"}, "Data Comparison, Selective\tS/A\tS/B\t"},
+      {{"data", "--all"}, "Data Comparison, All\tS/A\tS/B\t"},
+  };
+  int id = 0;
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.listed);
+    const std::string name = "p" + std::to_string(++id);
+    std::vector<std::string> words = each.words;
+    words.insert(words.begin() + 1, sides.begin(), sides.end());
+    words.insert(words.end(), {"--save", name});
+    const int code = run(words);
+    const std::string first = timeless(out);
+    EXPECT_TRUE(told("saved as process \"" + name + "\" with the id " + std::to_string(id))) << err;
+    ASSERT_EQ(run({"processes"}), 0);
+    EXPECT_TRUE(printed(std::to_string(id) + "\t" + name + "\t" + each.listed)) << out;
+    EXPECT_EQ(run({"run", name}), code) << err;
+    // The marked lines of a pair, and the heads of a table's differences, are the console's own.
+    const std::string second = timeless(out);
+    EXPECT_NE(first.find(second), std::string::npos) << second << "\nin\n" << first;
+    EXPECT_TRUE(std::regex_search(err, std::regex("(^|\n)\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d qrel: process \"" +
+                                                  name + "\" has ended: ")))
+        << err;
+  }
+}
+
+TEST_F(ProcessCommands, TheStoredFileIsWrittenAndAnotherForOneRun) {
+  ASSERT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--save", "d", "--csv", file("d.csv")}), 1) << err;
+  const std::string csv = "Row,Id,Part\r\n1,2,5\" <b>, \"x\"\r\n1,2,nut\r\n";
+  EXPECT_EQ(files::readWholeFile(file("d.csv")), csv);
+  std::filesystem::remove(file("d.csv"));
+  EXPECT_EQ(run({"run", "1"}), 1) << err;
+  EXPECT_EQ(files::readWholeFile(file("d.csv")), csv);
+  EXPECT_EQ(run({"run", "d", "--export", file("once.htm")}), 1) << err;
+  EXPECT_NE(files::readWholeFile(file("once.htm")).find("&nbsp 5\" <b>, \"x\" &nbsp"), std::string::npos);
+  EXPECT_EQ(run({"run", "d", "--format", "report"}), 2);
+  EXPECT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--csv", file("q.csv"), "--rfc4180"}), 1) << err;
+  EXPECT_EQ(files::readWholeFile(file("q.csv")), "Row,Id,Part\r\n1,2,\"5\"\" <b>, \"\"x\"\"\"\r\n1,2,nut\r\n");
+
+  ASSERT_EQ(run({"compare", "S/A", "S/B", "--types", "tables", "--save", "r", "--report", file("r.txt")}), 0) << err;
+  std::filesystem::remove(file("r.txt"));
+  EXPECT_EQ(run({"run", "R"}), 0) << err;
+  EXPECT_NE(files::readWholeFile(file("r.txt")).find("identical"), std::string::npos);
+  EXPECT_EQ(run({"run", "r", "--export", file("no/r.txt")}), 4) << "the file can't be written";
+}
+
+TEST_F(ProcessCommands, WhatIsGoneIsToldWithThree) {
+  EXPECT_EQ(run({"run", "x"}), 3);
+  EXPECT_TRUE(told("There is no saved process \"x\"")) << err;
+  ASSERT_EQ(run({"compare", "S/A", "S/B", "--type", "procedures", "--object", "GetA", "--save", "p"}), 1);
+  const std::string ini = file("qrel_comps.ini");
+  const std::string stored = files::readWholeFile(ini);
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    std::string text = stored;
+    const std::size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << text;
+    folder.write("qrel_comps.ini", text.replace(at, from.size(), to));
+    return run({"run", "p"});
+  };
+  EXPECT_EQ(changed("ServerName2=S", "ServerName2=T"), 3) << "never against another server than the one that is meant";
+  EXPECT_TRUE(told("Server T of process \"p\" isn't in the list")) << err;
+  EXPECT_TRUE(out.empty()) << out;
+  EXPECT_EQ(changed("DbName2=B", "DbName2=C"), 3);
+  EXPECT_TRUE(told("Cannot run saved process - SQL Server database C not found.")) << err;
+  EXPECT_EQ(changed("TableName1=GetA", "TableName1=GetB"), 3);
+  EXPECT_TRUE(told("Cannot run saved process - object GetB not found.")) << err;
+}
+
+TEST_F(ProcessCommands, ShowRemoveReplaceAndRefusals) {
+  const std::vector<std::string> save{"compare", "S/A", "S/B", "--types", "tables", "--save", "n\"1"};
+  ASSERT_EQ(run(save), 0) << err;
+  EXPECT_EQ(run(save), 2) << "a process isn't overwritten by the way";
+  EXPECT_EQ(run({"compare", "S/A", "S/B", "--types", "tables", "--save", "N\"1", "--replace"}), 0) << err;
+  ASSERT_EQ(run({"processes", "--json"}), 0);
+  EXPECT_TRUE(printed("\"name\": \"n\\\"1\"")) << out;
+  ASSERT_EQ(run({"processes", "show", "n\"1"}), 0);
+  EXPECT_TRUE(printed("Comparison Type: Meta-Data Comparison\nComparison Sub Type: Bulk\n")) << out;
+  EXPECT_EQ(run({"processes", "remove", "n\"1"}), 0);
+  EXPECT_EQ(run({"processes", "show", "n\"1"}), 3);
+  EXPECT_EQ(run({"compare", "S/A", "S/B", "--save", "a[b"}), 2);
+  EXPECT_TRUE(told("Square brackets")) << err;
+  EXPECT_EQ(run({"compare", "S/A", file("b.sql"), "--save", "t"}), 2) << "a temporary database is gone tomorrow";
+  EXPECT_EQ(run({"compare", "S/A", "S/B", "--details", "--save", "t"}), 2) << "no kind of process is that";
+  EXPECT_EQ(run({"processes"}), 0);
+  EXPECT_EQ(out, "") << "what was refused saved nothing";
+}
+
+}  // namespace
+}  // namespace qrel
