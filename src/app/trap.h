@@ -40,16 +40,22 @@ void trap(Program& program, const char* strModuleName, const char* strProcName, 
   });
 }
 
-// The same for a procedure whose report tells how far it had come: the body keeps `line` up on its way.
+// The same for a procedure whose report tells how far it had come: the body keeps `number` up on its way, and the
+// report has it behind `label` as its extra text.
 template <class Body>
-void trapWithLine(Program& program, const char* strModuleName, const char* strProcName, const int& line, Body&& body) {
+void trapWithNumber(Program& program, const char* strModuleName, const char* strProcName, const char* label,
+                    const int& number, Body&& body) {
   try {
     std::forward<Body>(body)();
   } catch (const std::exception& error) {
     const ErrorInfo info = describeError(error);
-    ShowErrorReport(program, info.number, info.description, strModuleName, strProcName,
-                    "Line num = " + std::to_string(line));
+    ShowErrorReport(program, info.number, info.description, strModuleName, strProcName, label + std::to_string(number));
   }
+}
+
+template <class Body>
+void trapWithLine(Program& program, const char* strModuleName, const char* strProcName, const int& line, Body&& body) {
+  trapWithNumber(program, strModuleName, strProcName, "Line num = ", line, std::forward<Body>(body));
 }
 
 // The small helpers' trap: a box "Error: ", number, ". ", description, titled with the procedure's name.

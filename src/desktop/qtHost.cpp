@@ -71,6 +71,13 @@ std::vector<BoxButton> buttonsOf(Buttons buttons) {
 
 QFileInfo startOf(const FileDialog& dialog) { return QFileInfo(qrel::toQt(dialog.defaultFile)); }
 
+// "Words (pattern)" of "Words|pattern", which is "Words (*.x)|*.x" as often.
+QString filterOf(const FileDialog& dialog) {
+  const QStringList parts = qrel::toQt(dialog.filter).split('|');
+  if (parts.size() != 2 || parts[0].contains('(')) return parts[0];
+  return parts[0] + QStringLiteral(" (") + parts[1] + ')';
+}
+
 }  // namespace
 
 QtHost::QtHost(KeyStore& places) : places_(places) {
@@ -188,14 +195,20 @@ bool QtHost::openUrl(const std::string& url) {
 
 std::string QtHost::saveFileDialog(const FileDialog& dialog) {
   flush();
-  return fromQt(QFileDialog::getSaveFileName(frontWindow(), qrel::toQt(dialog.title), startOf(dialog).filePath(),
-                                             qrel::toQt(dialog.filter)));
+  // Not the short form of one call, which would ask before it replaces the name as typed, without its extension.
+  QFileDialog window(frontWindow(), qrel::toQt(dialog.title), startOf(dialog).path(), filterOf(dialog));
+  window.setAcceptMode(QFileDialog::AcceptSave);
+  window.setFileMode(QFileDialog::AnyFile);
+  window.setDefaultSuffix(qrel::toQt(dialog.defaultExtension));
+  window.selectFile(startOf(dialog).fileName());
+  if (window.exec() != QDialog::Accepted || window.selectedFiles().isEmpty()) return {};
+  return fromQt(window.selectedFiles().front());
 }
 
 std::string QtHost::openFileDialog(const FileDialog& dialog) {
   flush();
   return fromQt(QFileDialog::getOpenFileName(frontWindow(), qrel::toQt(dialog.title), startOf(dialog).filePath(),
-                                             qrel::toQt(dialog.filter)));
+                                             filterOf(dialog)));
 }
 
 void QtHost::setClipboardText(const std::string& text) { QApplication::clipboard()->setText(qrel::toQt(text)); }

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 #include <random>
 #include <system_error>
 #include <utility>
@@ -202,20 +203,59 @@ void appendLine(const fs::path& path, std::string_view line) {
   OpenFile(path, O_WRONLY | O_CREAT | O_APPEND, 0666, path).write(line);
 }
 
-void writeAtomically(const fs::path& path, std::string_view bytes, Access access) {
-  const fs::path target = linkTarget(path);
+struct AtomicFile::Parts {
+  fs::path shown;
+  fs::path target;
+  std::optional<TemporaryFile> temporary;  // none for a device or a pipe
+  std::optional<OpenFile> file;
+};
+
+AtomicFile::AtomicFile(const fs::path& path, Access access) : parts_(std::make_unique<Parts>()) {
+  parts_->shown = path;
+  parts_->target = linkTarget(path);
   struct stat before {};
-  const bool replaces = lookAtReplaced(target, path, before);
-  if (replaces && !S_ISREG(before.st_mode)) return OpenFile(target, O_WRONLY, 0, path).write(bytes);
+  const bool replaces = lookAtReplaced(parts_->target, path, before);
+  if (replaces && !S_ISREG(before.st_mode)) {
+    parts_->file.emplace(parts_->target, O_WRONLY, 0, path);
+    return;
+  }
   // The place of a file is taken with its permissions, which may be narrower than those of a new one.
   const mode_t mode = replaces || access == Access::OwnerOnly ? 0600 : 0666;
-  TemporaryFile temporary(temporaryName(target));
-  OpenFile file(temporary.path(), O_WRONLY | O_CREAT | O_EXCL, mode, path);
-  if (replaces) file.takeAfter(before);
+  const TemporaryFile& temporary = parts_->temporary.emplace(temporaryName(parts_->target));
+  parts_->file.emplace(temporary.path(), O_WRONLY | O_CREAT | O_EXCL, mode, path);
+  if (replaces) parts_->file->takeAfter(before);
+}
+
+AtomicFile::~AtomicFile() = default;
+
+void AtomicFile::write(std::string_view bytes) {
+  constexpr std::size_t mostGathered = 1 << 16;
+  if (gathered_.size() + bytes.size() > mostGathered) writeGathered();
+  if (bytes.size() > mostGathered)
+    parts_->file->write(bytes);
+  else
+    gathered_ += bytes;
+}
+
+void AtomicFile::writeGathered() {
+  parts_->file->write(gathered_);
+  gathered_.clear();
+}
+
+void AtomicFile::finish() {
+  writeGathered();
+  if (parts_->temporary) {
+    parts_->file->finish();
+    parts_->temporary->replace(parts_->target, parts_->shown);
+    flushFolderOf(parts_->target, parts_->shown);
+  }
+  parts_.reset();
+}
+
+void writeAtomically(const fs::path& path, std::string_view bytes, Access access) {
+  AtomicFile file(path, access);
   file.write(bytes);
   file.finish();
-  temporary.replace(target, path);
-  flushFolderOf(target, path);
 }
 
 void removeFile(const fs::path& path) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,27 @@ enum class Access : std::uint8_t {
 // what it leads to is replaced. A file that was there keeps its permissions and, where that may be, its owner; one that
 // is read-only is refused. A device or a pipe is written into as it stands.
 void writeAtomically(const std::filesystem::path& path, std::string_view bytes, Access access = Access::Usual);
+
+// The same for a file that is written piece by piece. Made, it is open for writing (or has raised why not) and what was
+// there before stays until finish; one that goes without finish leaves no trace.
+class AtomicFile {
+ public:
+  explicit AtomicFile(const std::filesystem::path& path, Access access = Access::Usual);
+  ~AtomicFile();
+  AtomicFile(const AtomicFile&) = delete;
+  AtomicFile& operator=(const AtomicFile&) = delete;
+
+  // Pieces are gathered, so that a failure is told by a later one or by finish.
+  void write(std::string_view bytes);
+  // Puts the file in its place; it is closed then.
+  void finish();
+
+ private:
+  struct Parts;
+  void writeGathered();
+  std::unique_ptr<Parts> parts_;
+  std::string gathered_;
+};
 
 // Removes a file; none of that name is no error.
 void removeFile(const std::filesystem::path& path);

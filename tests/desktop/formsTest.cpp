@@ -16,6 +16,7 @@
 #include "db/frmFilterBySchema.h"
 #include "desktop/formWindow.h"
 #include "desktop/text.h"
+#include "report/frmExport.h"
 #include "report/frmReport.h"
 #include "tests/desktop/boundForm.h"
 #include "tests/support.h"
@@ -32,6 +33,7 @@ TEST(FormsTest, EveryFormFitsItsModel) {
   MainCompare steps(program, main);
   std::vector<std::unique_ptr<Form>> others;
   others.push_back(std::make_unique<frmReport>(program));
+  others.push_back(std::make_unique<frmExport>(program));
   others.push_back(std::make_unique<frmCompareAll>(program));
   others.push_back(std::make_unique<frmCompareAllTables>(program));
   others.push_back(std::make_unique<frmListObjects>(program));

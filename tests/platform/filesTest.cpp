@@ -121,6 +121,27 @@ TEST(Files, AFailureAnywhereLeavesTheOldFileOrTheNewOne) {
   EXPECT_GE(failing, 6) << "opening, writing, two flushes, closing, renaming";
 }
 
+TEST(Files, AFileInPiecesTakesItsPlaceWhenItIsFinished) {
+  const TemporaryFolder folder;
+  const fs::path file = folder.write("a", "old");
+  const std::string large(100'000, 'x');
+  {
+    files::AtomicFile unfinished(file);
+    unfinished.write(large);
+    EXPECT_EQ(files::readWholeFile(file), "old");
+  }
+  EXPECT_EQ(files::readWholeFile(file), "old");
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
+  files::AtomicFile pieces(file);
+  std::string expected;
+  for (const std::string& piece : {std::string("a"), large, std::string(40'000, 'y'), std::string(40'000, 'z')}) {
+    pieces.write(piece);
+    expected += piece;
+  }
+  pieces.finish();
+  EXPECT_EQ(files::readWholeFile(file), expected);
+}
+
 TEST(Files, AFullDiskIsToldAsSuch) {
   if (!fs::exists("/dev/full")) GTEST_SKIP();
   try {

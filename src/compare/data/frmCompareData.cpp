@@ -9,6 +9,8 @@
 #include "compare/structure/modIgnoreColumns.h"
 #include "db/mdlQueryCode.h"
 #include "platform/controls/menu.h"
+#include "process/modSavedProcess.h"
+#include "report/frmExport.h"
 
 namespace qrel {
 
@@ -59,7 +61,7 @@ frmCompareData::frmCompareData(Program& program) : Form("frmCompareData"), progr
   };
   cmdExit.isCancel = true;
   cmdExit.onClick = [this] { close(); };
-  cmdExport.onClick = [this] { exportTable({}); };
+  cmdExport.onClick = [this] { exportTable({"", exportNone, request_.blnWrap, false}); };
   cmdSave.onClick = [this] { save(); };
 }
 
@@ -121,7 +123,6 @@ void frmCompareData::ShowUp(const tDataCompRequest& request, std::int32_t lngIgn
   showMethod();
   showIgnored();
   const auto& steps = program_.state<DataDifferencesSteps>();
-  cmdExport.setVisible(static_cast<bool>(steps.Export));
   cmdSave.setVisible(static_cast<bool>(steps.Save));
   program_.host.showModal(*this);
 }
@@ -177,16 +178,33 @@ void frmCompareData::mnuPopUpSortColumns_Click() {
 }
 
 void frmCompareData::exportTable(tDataExport file) {
-  const auto& steps = program_.state<DataDifferencesSteps>();
-  if (busy_ || !steps.Export) return;
+  if (busy_) return;
   busy_ = true;
   trap(program_, "frmCompareData", "cmdExport_Click", [&] {
     const bool blnByHand = file.lngFormat == 0;
-    if (!steps.Export(*this, file) || !blnByHand || !saved_) return;
-    if (!savedName_.empty() && steps.RecordExport) steps.RecordExport(savedName_, file);
+    if (!runExport(file) || !blnByHand || !saved_) return;
+    const auto& recordExport = program_.state<DataDifferencesSteps>().RecordExport;
+    if (!savedName_.empty() && recordExport) recordExport(savedName_, file);
     saved_ = false;
   });
   busy_ = false;
+}
+
+// False: not written. The file becomes the one that was.
+bool frmCompareData::runExport(tDataExport& file) {
+  tExportSource source;
+  source.strCaption = caption;
+  for (std::size_t i = 0; i < lblTableName.size(); ++i) source.lblTableName[i] = lblTableName[i].text();
+  for (std::size_t i = 0; i < lblStats.size(); ++i) source.lblStats[i] = lblStats[i].text();
+  source.VSFlexGrid1 = &VSFlexGrid1;
+
+  frmExport window(program_);
+  window.mlngMode = exportFromCompareData;
+  const tExportResult result =
+      window.ShowUp(source, {file.strFile, file.lngFormat, ignored_, ignoredText_, file.blnAuto, file.blnWrap});
+  request_.blnWrap = result.blnWrapInQuot;
+  file = {result.strPath, result.lngType, result.blnWrapInQuot, file.blnAuto};
+  return result.blnOK;
 }
 
 void frmCompareData::save() {

@@ -18,7 +18,7 @@ namespace qrel {
 
 class frmCompareStatus;
 
-// A file that the differences are written to.
+// A file that the differences are written to, or were.
 struct tDataExport {
   std::string strFile;
   std::int32_t lngFormat = 0;  // 0: none
@@ -28,8 +28,6 @@ struct tDataExport {
 
 // What the window leaves to others; set by the parts that have it.
 struct DataDifferencesSteps {
-  // Writes the table and tells the file and the format used; asks for them when the format is 0. False: not written.
-  std::function<bool(frmCompareData& window, tDataExport& file)> Export;
   // Adds the export to a saved process.
   std::function<void(const std::string& strSavedName, const tDataExport& file)> RecordExport;
   // Saves the comparison as a process; strSavedName is its name. False: not saved.
@@ -94,6 +92,7 @@ class frmCompareData : public Form {
   void popUpMenu();
   void mnuPopUpSortColumns_Click();
   void exportTable(tDataExport file);
+  bool runExport(tDataExport& file);
   void save();
 
   Program& program_;

@@ -36,7 +36,7 @@ class ConsoleHost : public Host {
   void show(Form& form) override;
   long popUpMenu(const std::vector<MenuItem>&) override { return 0; }
   void doEvents() override;
-  // There is nobody to look at it, and that is no failure.
+  // There is nobody to look at it: it stays where it is, which is no failure.
   bool openUrl(const std::string&) override { return true; }
   // There is nobody to choose a file: always cancelled.
   std::string saveFileDialog(const FileDialog&) override { return {}; }

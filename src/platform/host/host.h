@@ -29,8 +29,9 @@ struct LocalTime {
 // A file dialog: what it shows first.
 struct FileDialog {
   std::string title;
-  std::string filter;       // "*.*"
-  std::string defaultFile;  // with its folder
+  std::string filter;                 // "*.*", or words and a pattern: "Export Files (*.htm)|*.htm"
+  std::string defaultFile;            // with its folder
+  std::string defaultExtension = {};  // "htm", which a chosen name without one gets; empty: none
 };
 
 // Pages of text for the printer.
@@ -60,7 +61,7 @@ class Host {
   virtual Pointer pointer() const { return pointer_; }
   virtual void setPointer(Pointer pointer) { pointer_ = pointer; }
   virtual void beep() {}
-  // Opens a file or an URL with the program that the desktop has for it; false when there is none.
+  // Opens a file or an URL with the program that the desktop has for it; false when that fails.
   virtual bool openUrl(const std::string& url) = 0;
   // The chosen path; empty when the person cancelled.
   virtual std::string saveFileDialog(const FileDialog& dialog) = 0;

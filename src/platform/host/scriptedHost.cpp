@@ -4,8 +4,9 @@
 
 namespace qrel {
 
-Answer ScriptedHost::messageBox(const std::string& text, Icon icon, const std::string& title, Buttons buttons, int) {
-  boxes.push_back({text, icon, title, buttons});
+Answer ScriptedHost::messageBox(const std::string& text, Icon icon, const std::string& title, Buttons buttons,
+                                int defaultButton) {
+  boxes.push_back({text, icon, title, buttons, defaultButton});
   if (buttons == Buttons::Ok) return Answer::Ok;
   if (answers.empty()) {
     unexpected.push_back("question: " + text);
@@ -65,7 +66,7 @@ std::string ScriptedHost::saveFileDialog(const FileDialog& dialog) {
 
 bool ScriptedHost::openUrl(const std::string& url) {
   opened.push_back(url);
-  return true;
+  return opens;
 }
 
 }  // namespace qrel

@@ -19,6 +19,7 @@ class ScriptedHost : public Host {
     Icon icon = Icon::None;
     std::string title;
     Buttons buttons = Buttons::Ok;
+    int defaultButton = 1;
   };
 
   std::vector<Box> boxes;                          // every box shown, in order
@@ -34,6 +35,8 @@ class ScriptedHost : public Host {
   std::string clipboard;
   std::vector<PrintJob> printed;
   bool shift = false;  // a Shift key is held
+  bool opens = true;   // whether openUrl finds a program
+  int beeps = 0;
   LocalTime time{2026, 1, 2, 3, 4, 5};
   std::int64_t tickCount = 0;
 
@@ -43,6 +46,7 @@ class ScriptedHost : public Host {
   void show(Form& form) override;
   long popUpMenu(const std::vector<MenuItem>& items) override;
   void doEvents() override;
+  void beep() override { ++beeps; }
   bool openUrl(const std::string& url) override;
   std::string saveFileDialog(const FileDialog& dialog) override;
   std::string openFileDialog(const FileDialog& dialog) override { return saveFileDialog(dialog); }

@@ -1,7 +1,9 @@
 // A data comparison's rules of pairing, stopping and telling.
 #include "compare/data/CompareTableRecords.h"
 #include "db/mdlObjects.h"
+#include "platform/files.h"
 #include "platform/text.h"
+#include "report/frmExport.h"
 #include "tests/compare/data/twoTables.h"
 #include "tests/db/scriptedServer.h"
 
@@ -261,39 +263,44 @@ TEST_F(DriverRules, IgnoredColumnsAreCountedOrNamed) {
 TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
   load("CREATE TABLE t (Id int)", "CREATE TABLE t (Id int)");
   select("t");
+  const std::string file = (test.folder.path() / "out").string();
   struct Case {
-    const char* file;
+    std::string file;
     std::int32_t format;
     bool closes;
-    bool exported;
+    std::string written;  // the beginning; empty: nothing
   };
-  for (const Case& each : {Case{"out.csv", 2, false, true}, Case{"out.csv", 2, true, true}, Case{"", 2, true, false},
-                           Case{"out.csv", 0, false, false}}) {
-    std::vector<tDataExport> exports;
+  for (const Case& each : {Case{file, 2, false, "\"Row\",\"Id\"\r\n"}, Case{file, 2, true, "\"Row\",\"Id\"\r\n"},
+                           Case{file, 1, true, "<HTML>"}, Case{"", 2, true, ""}, Case{file, 0, false, ""}}) {
     int recorded = 0, acted = 0;
-    auto& steps = program.state<DataDifferencesSteps>();
-    steps.Export = [&](frmCompareData&, tDataExport& file) {
-      exports.push_back(file);
-      return true;
-    };
-    steps.RecordExport = [&](const std::string&, const tDataExport&) { ++recorded; };
+    program.state<DataDifferencesSteps>().RecordExport = [&](const std::string&, const tDataExport&) { ++recorded; };
     program.main.gblnCloseAfterRun = each.closes;
     tDataCompRequest wanted = request();
     wanted.strExportFile = each.file;
     wanted.lngExportFormat = each.format;
     wanted.blnWrap = wanted.blnAuto = true;
     frmCompareData form(program);
+    form.LoadData(workspace);
+    form.lblStats[3].setText("7");
+    if (!each.written.empty()) test.host.windows.push_back([](Form&) { ADD_FAILURE() << "the export doesn't close"; });
+    if (each.format == 1 || !(each.closes || each.written.empty())) test.host.answers.push_back(Answer::No);
     test.host.windows.push_back([&](Form&) {
       ++acted;
+      files::removeFile(file);
       form.activate();
     });
-    form.ShowUp(wanted, 0, "");
+    form.ShowUp(wanted, 3, "NOTE: of 3");
     EXPECT_EQ(acted, each.closes ? 0 : 1) << "a window that closes behind its run waits for nobody";
-    ASSERT_EQ(exports.size(), each.exported ? 1U : 0U) << "at the first activation alone";
-    if (each.exported) {
-      EXPECT_EQ(exports[0].strFile, "out.csv");
-      EXPECT_EQ(exports[0].lngFormat, 2);
-      EXPECT_TRUE(exports[0].blnWrap && exports[0].blnAuto);
+    const std::string text = files::exists(file) ? files::readWholeFile(file) : "";
+    files::removeFile(file);
+    EXPECT_EQ(text.substr(0, each.written.size()), each.closes ? each.written : "") << "at the first activation alone";
+    if (each.format == 1) {
+      for (const char* part :
+           {"<b> Differences between data in tables 't' and 't'</b><p> Source Table: t (Database: A, "
+            "Server: S)<br> Target Table: t (Database: B, Server: S)<p>",
+            "<b> Number of records in  in Source Table: 7<br> Number of records in  in Target Table: "
+            "<br> Number of different records: <br> NOTE: of 3</b>"})
+        EXPECT_NE(text.find(part), std::string::npos) << text;
     }
     EXPECT_EQ(recorded, 0);
     EXPECT_EQ(form.cmdExit.focusRequests(), 1U);
@@ -304,42 +311,45 @@ TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
 TEST_F(DriverRules, AnExportBehindASaveIsRecordedOnce) {
   load("CREATE TABLE t (Id int)", "CREATE TABLE t (Id int)");
   select("t");
+  const std::string file = (test.folder.path() / "out").string();
   std::string log, name = "Nightly";
-  bool written = true, nested = false;
   auto& steps = program.state<DataDifferencesSteps>();
   frmCompareData form(program);
-  steps.Export = [&](frmCompareData&, tDataExport& file) {
-    file = {"out.htm", 1, true, false};
-    log += "export ";
-    if (nested) form.cmdSave.personClicks();
-    return written;
-  };
-  steps.RecordExport = [&](const std::string& strName, const tDataExport& file) {
-    log += "record:" + strName + ":" + file.strFile + " ";
+  form.LoadData(workspace);
+  steps.RecordExport = [&](const std::string& strName, const tDataExport& made) {
+    EXPECT_EQ(made.strFile, file);
+    log += "record:" + strName + ":" + std::to_string(made.lngFormat) + (made.blnWrap ? "w " : " ");
   };
   steps.Save = [&](const frmCompareData&, std::string& strName) {
     log += "save ";
     strName = name;
     return true;
   };
-  const auto said = [&] { return std::exchange(log, ""); };
+  // Exports by hand: as CSV with or without wrapping, as HTML, or not at all.
+  const auto exportAs = [&](const std::string& how) {
+    test.host.windows.push_back([&, how](Form& window) {
+      auto& dialog = dynamic_cast<frmExport&>(window);
+      form.cmdSave.personClicks();
+      form.cmdExport.personClicks();
+      if (how == "html") dialog.optGen[0].choose();
+      if (how != "html") dialog.optGen[1].choose();
+      test.host.files = {how == "none" ? "" : file};
+      if (how == "csv wrapped" || how == "csv") test.host.answers = {how == "csv" ? Answer::No : Answer::Yes};
+      if (how != "none") test.host.answers.push_back(Answer::No);  // to look at it
+      dialog.cmdOK.personClicks();
+    });
+    form.cmdExport.personClicks();
+    return std::exchange(log, "");
+  };
   test.host.windows.push_back([&](Form&) {
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "export ") << "nothing was saved";
+    EXPECT_EQ(exportAs("csv"), "") << "nothing was saved";
     form.cmdSave.personClicks();
-    written = false;
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "save export ") << "nothing was written";
-    written = nested = true;
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "export record:Nightly:out.htm ") << "an export keeps the other clicks out";
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "export ");
+    EXPECT_EQ(exportAs("none"), "save ") << "nothing was written";
+    EXPECT_EQ(exportAs("csv wrapped"), "record:Nightly:2w ") << "an export keeps the other clicks out";
+    EXPECT_EQ(exportAs("csv"), "");
     name = "";
-    nested = false;
     form.cmdSave.personClicks();
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "save export ") << "without a name there is no process to add to";
+    EXPECT_EQ(exportAs("html"), "save ") << "without a name there is no process to add to";
   });
   form.ShowUp(request(), 0, "");
 }
