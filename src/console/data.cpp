@@ -11,8 +11,10 @@
 #include "db/mdlQueryCode.h"
 #include "db/modSchema.h"
 #include "db/readFailures.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
+#include "report/exportFiles.h"
 
 namespace qrel {
 
@@ -129,6 +131,26 @@ void printResult(Console& console, const tDataCompRequest& request, const tDataC
   printDifferences(out, window->VSFlexGrid1, console.colours);
 }
 
+// Writes the table of the differences where it was asked for. Identical data has none: a file of an earlier run would
+// stay as it is, which is said.
+void exportDifferences(Console& console, const DataArguments& arguments, bool blnIdentical) {
+  const std::string& path = arguments.html.empty() ? arguments.csv : arguments.html;
+  if (path.empty()) return;
+  const frmCompareData* window = console.program.state<modCompareDataState>().differences.get();
+  if (blnIdentical || !window) {
+    console.err << "qrel: " << visibleText(path) << " was not written: there are no differences.\n";
+    return;
+  }
+  const tExportSource source = window->exportSource();
+  const auto step = [](std::int32_t) { return !stopRequested(); };
+  files::AtomicFile file(path);
+  const bool whole = !arguments.html.empty()
+                         ? GridToHtml(source, exportFromCompareData, window->lngIgnored(), window->strIgnored(), file, step)
+                         : GridToCSV(*source.VSFlexGrid1, {arguments.quote, arguments.rfc4180}, file, step);
+  if (!whole) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
+  file.finish();
+}
+
 // Throws CommandFailure for a table that would be read under another name than its own.
 void checkNames(Console& console, const tDataCompRequest& request) {
   for (const std::size_t side : {0u, 1u})
@@ -185,8 +207,10 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const S
   }
   if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
   const bool complete = state.lngEnd == DataCompEnd::Done;
-  if (complete || result.lngDiffs > 0)
+  if (complete || result.lngDiffs > 0) {
     printResult(console, request, result);
+    exportDifferences(console, arguments, result.blnIdentical);
+  }
   else
     console.err << "qrel: the data of " << visibleText(request.arrTables[0]) << " and "
                 << visibleText(request.arrTables[1]) << " couldn't be compared.\n";

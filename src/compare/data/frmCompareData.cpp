@@ -190,18 +190,21 @@ void frmCompareData::exportTable(tDataExport file) {
   busy_ = false;
 }
 
-// False: not written. The file becomes the one that was.
-bool frmCompareData::runExport(tDataExport& file) {
+tExportSource frmCompareData::exportSource() const {
   tExportSource source;
   source.strCaption = caption;
   for (std::size_t i = 0; i < lblTableName.size(); ++i) source.lblTableName[i] = lblTableName[i].text();
   for (std::size_t i = 0; i < lblStats.size(); ++i) source.lblStats[i] = lblStats[i].text();
   source.VSFlexGrid1 = &VSFlexGrid1;
+  return source;
+}
 
+// False: not written. The file becomes the one that was.
+bool frmCompareData::runExport(tDataExport& file) {
   frmExport window(program_);
   window.mlngMode = exportFromCompareData;
   const tExportResult result =
-      window.ShowUp(source, {file.strFile, file.lngFormat, ignored_, ignoredText_, file.blnAuto, file.blnWrap});
+      window.ShowUp(exportSource(), {file.strFile, file.lngFormat, ignored_, ignoredText_, file.blnAuto, file.blnWrap});
   request_.blnWrap = result.blnWrapInQuot;
   file = {result.strPath, result.lngType, result.blnWrapInQuot, file.blnAuto};
   return result.blnOK;

@@ -13,6 +13,7 @@
 #include "compare/structure/CompareAllControls.h"
 #include "platform/controls/form.h"
 #include "platform/controls/grid.h"
+#include "report/exportFiles.h"
 
 namespace qrel {
 
@@ -71,6 +72,8 @@ class frmCompareData : public Form {
   void activate() override;
   void unload() override;
 
+  // What an export of the table takes; it must not outlive the window.
+  tExportSource exportSource() const;
   // What was compared, once ShowUp was called, and the ignored columns as a number and in words.
   const tDataCompRequest& request() const { return request_; }
   std::int32_t lngIgnored() const { return ignored_; }
