@@ -35,7 +35,16 @@ void trap(Program& program, const char* strModuleName, const char* strProcName, 
   });
 }
 
-// The same for a procedure whose report tells how far it had come: the body keeps `line` up on its way.
+// A command of a window: does nothing while another one of it runs (`busy`), else holds it meanwhile.
+template <class Command>
+void trapAlone(Program& program, bool& busy, const char* strModuleName, const char* strProcName, Command&& command) {
+  if (busy) return;
+  busy = true;
+  trap(program, strModuleName, strProcName, std::forward<Command>(command));
+  busy = false;
+}
+
+// The trap of a procedure whose report tells how far it had come: the body keeps `line` up on its way.
 template <class Body>
 void trapWithLine(Program& program, const char* strModuleName, const char* strProcName, const int& line, Body&& body) {
   try {

@@ -2,8 +2,10 @@
 #include "compare/data/CompareTableRecords.h"
 #include "db/mdlObjects.h"
 #include "platform/text.h"
+#include "process/modSavedProcess.h"
 #include "tests/compare/data/twoTables.h"
 #include "tests/db/scriptedServer.h"
+#include "tests/process/savingPerson.h"
 
 namespace qrel {
 namespace {
@@ -270,13 +272,12 @@ TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
   for (const Case& each : {Case{"out.csv", 2, false, true}, Case{"out.csv", 2, true, true}, Case{"", 2, true, false},
                            Case{"out.csv", 0, false, false}}) {
     std::vector<tDataExport> exports;
-    int recorded = 0, acted = 0;
+    int acted = 0;
     auto& steps = program.state<DataDifferencesSteps>();
     steps.Export = [&](frmCompareData&, tDataExport& file) {
       exports.push_back(file);
       return true;
     };
-    steps.RecordExport = [&](const std::string&, const tDataExport&) { ++recorded; };
     program.main.gblnCloseAfterRun = each.closes;
     tDataCompRequest wanted = request();
     wanted.strExportFile = each.file;
@@ -295,7 +296,6 @@ TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
       EXPECT_EQ(exports[0].lngFormat, 2);
       EXPECT_TRUE(exports[0].blnWrap && exports[0].blnAuto);
     }
-    EXPECT_EQ(recorded, 0);
     EXPECT_EQ(form.cmdExit.focusRequests(), 1U);
   }
   program.main.gblnCloseAfterRun = false;
@@ -304,44 +304,44 @@ TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
 TEST_F(DriverRules, AnExportBehindASaveIsRecordedOnce) {
   load("CREATE TABLE t (Id int)", "CREATE TABLE t (Id int)");
   select("t");
-  std::string log, name = "Nightly";
-  bool written = true, nested = false;
+  workspace.pvlSqlObj[0].setId(0, 17);
+  workspace.pvlSqlObj[1].setId(0, 18);
+  bool written = true;
+  std::string file = "none.htm";
   auto& steps = program.state<DataDifferencesSteps>();
   frmCompareData form(program);
-  steps.Export = [&](frmCompareData&, tDataExport& file) {
-    file = {"out.htm", 1, true, false};
-    log += "export ";
-    if (nested) form.cmdSave.personClicks();
+  form.LoadData(workspace);
+  steps.Export = [&](frmCompareData&, tDataExport& exported) {
+    exported = {file, 2, true, false};
+    form.cmdSave.personClicks();  // an export keeps the other clicks out
     return written;
   };
-  steps.RecordExport = [&](const std::string& strName, const tDataExport& file) {
-    log += "record:" + strName + ":" + file.strFile + " ";
+  const auto exportTo = [&](const char* name) {
+    file = name;
+    form.cmdExport.personClicks();
+    return GetSavedProcessDetails(program, "Nightly").strExportFilePath;
   };
-  steps.Save = [&](const frmCompareData&, std::string& strName) {
-    log += "save ";
-    strName = name;
-    return true;
+  const auto save = [&](const std::function<void(Form&)>& person) {
+    test.host.windows.push_back(person);
+    form.cmdSave.personClicks();
   };
-  const auto said = [&] { return std::exchange(log, ""); };
   test.host.windows.push_back([&](Form&) {
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "export ") << "nothing was saved";
-    form.cmdSave.personClicks();
+    EXPECT_EQ(exportTo("early.csv"), "") << "nothing was saved";
+    save(personSavesAs("Nightly"));
+    save(personCancels);
     written = false;
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "save export ") << "nothing was written";
-    written = nested = true;
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "export record:Nightly:out.htm ") << "an export keeps the other clicks out";
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "export ");
-    name = "";
-    nested = false;
-    form.cmdSave.personClicks();
-    form.cmdExport.personClicks();
-    EXPECT_EQ(said(), "save export ") << "without a name there is no process to add to";
+    EXPECT_EQ(exportTo("failed.csv"), "") << "nothing was written";
+    written = true;
+    EXPECT_EQ(exportTo("one.csv"), "one.csv");
+    EXPECT_EQ(exportTo("two.csv"), "one.csv") << "the first one alone";
   });
-  form.ShowUp(request(), 0, "");
+  form.ShowUp(request({"Id"}), 0, "");
+  const tSavedProcess saved = GetSavedProcessDetails(program, "Nightly");
+  EXPECT_EQ(saved.strServer1 + saved.strDb1 + saved.strTable1 + saved.strServer2 + saved.strDb2 + saved.strTable2,
+            "SAtSBt");
+  EXPECT_EQ((std::vector{saved.lngCompType, saved.lngCompSubType, saved.lngCompMethod, saved.lngExportType}),
+            (std::vector<std::int32_t>{0, 40, 1, 2}));
+  EXPECT_TRUE(saved.lngObjId1 == 17 && saved.lngObjId2 == 18 && saved.blnCSVWrapInQuot);
 }
 
 TEST(OrderBy, EndsAtTheFirstEmptyKey) {
