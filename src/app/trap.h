@@ -40,6 +40,15 @@ void trap(Program& program, const char* strModuleName, const char* strProcName, 
   });
 }
 
+// A command of a window: does nothing while another one of it runs (`busy`), else holds it meanwhile.
+template <class Command>
+void trapAlone(Program& program, bool& busy, const char* strModuleName, const char* strProcName, Command&& command) {
+  if (busy) return;
+  busy = true;
+  trap(program, strModuleName, strProcName, std::forward<Command>(command));
+  busy = false;
+}
+
 // The same for a procedure whose report tells how far it had come: the body keeps `number` up on its way, and the
 // report has it behind `label` as its extra text.
 template <class Body>

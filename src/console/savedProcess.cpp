@@ -7,6 +7,7 @@
 #include "platform/controls/control.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
+#include "process/frmSaveComparison.h"
 
 namespace qrel {
 

@@ -5,6 +5,8 @@
 #include "app/modTextPane.h"
 #include "app/trap.h"
 #include "platform/files.h"
+#include "process/frmSaveComparison.h"
+#include "process/modSavedProcess.h"
 #include "report/modCopyToFile.h"
 
 namespace qrel {
@@ -12,15 +14,28 @@ namespace qrel {
 namespace {
 
 constexpr const char* moduleName = "frmReport";
-constexpr std::int32_t textExport = 0;  // the export type of a report's file
 
-// A command of the window: not while another one runs, and its errors are reported under its name.
-template <class Command>
-void runAlone(Program& program, bool& busy, const char* strProcName, Command&& command) {
-  if (busy) return;
-  busy = true;
-  trap(program, moduleName, strProcName, std::forward<Command>(command));
-  busy = false;
+// What the report is about, as a process to be saved under a name that the person gives.
+tSavedProcess processOf(const tReportInput& input) {
+  tSavedProcess process;
+  process.lngCompType = input.lngCompType;
+  process.lngCompSubType = input.lngCompSubType;
+  process.lngCompSubSubType = input.lngCompSubSubType;
+  process.strEncObjTypes = input.strEncObjTypes;
+  process.lngCompMethod = input.lngCompMethod;
+  process.strServer1 = input.strServer1;
+  process.strServer2 = input.strServer2;
+  process.strDb1 = input.strDb1;
+  process.strDb2 = input.strDb2;
+  process.strTable1 = input.strTable1;
+  process.strTable2 = input.strTable2;
+  process.lngSelCountSource = input.lngSelCountSource;
+  process.lngSelCountTarget = input.lngSelCountTarget;
+  process.arrSource = input.arrSource;
+  process.arrTarget = input.arrTarget;
+  process.lngObjId1 = input.lngObjId1;
+  process.lngObjId2 = input.lngObjId2;
+  return process;
 }
 
 }  // namespace
@@ -35,16 +50,18 @@ frmReport::frmReport(Program& program) : Form(moduleName), program_(program) {
   cmdCopyClip.onClick = [this] {
     trap(program_, moduleName, "cmdCopyClip_Click", [&] { TxText_CopyToClipboard(program_, txtReport); });
   };
-  cmdCopyToFile.onClick = [this] { runAlone(program_, mblnBusy, "cmdCopyToFile_Click", [&] { copyToFile(); }); };
-  cmdPrint.onClick = [this] { runAlone(program_, mblnBusy, "PrintReport", [&] { PrintReport(); }); };
-  cmdSave.onClick = [this] { runAlone(program_, mblnBusy, "cmdSave_Click", [&] { save(); }); };
+  cmdCopyToFile.onClick = [this] {
+    trapAlone(program_, mblnBusy, moduleName, "cmdCopyToFile_Click", [&] { copyToFile(); });
+  };
+  cmdPrint.onClick = [this] { trapAlone(program_, mblnBusy, moduleName, "PrintReport", [&] { PrintReport(); }); };
+  cmdSave.onClick = [this] { trapAlone(program_, mblnBusy, moduleName, "cmdSave_Click", [&] { save(); }); };
 }
 
 void frmReport::ShowUp(tReportInput input) {
   input_ = std::move(input);
   if (input_.lngSelCountSource <= 0) input_.arrSource.clear();
   if (input_.lngSelCountTarget <= 0) input_.arrTarget.clear();
-  showModal(static_cast<bool>(program_.state<ReportProcessSteps>().SaveComparison));
+  showModal(true);
 }
 
 void frmReport::ShowUp_Generic(const std::string& strTitle) {
@@ -88,15 +105,12 @@ void frmReport::copyToFile() {
   const bool blnWritten = CopyToFile(program_, strText, "Report", strPath, mblnAuto ? input_.strExportPath : "");
   if (mblnAuto) mblnSaved = false;
   if (!blnWritten || !mblnSaved) return;
-  const auto& record = program_.state<ReportProcessSteps>().RecordExportingResultsToTxtFile;
-  if (!mstrSavedName.empty() && record) record(mstrSavedName, strPath, textExport, false, input_.lngCompType);
+  if (!mstrSavedName.empty())
+    RecordExportingResultsToTxtFile(program_, mstrSavedName, strPath, exportNone, false, input_.lngCompType);
   mblnSaved = false;
 }
 
-void frmReport::save() {
-  const auto& saveComparison = program_.state<ReportProcessSteps>().SaveComparison;
-  if (saveComparison) saveComparison(input_, mblnSaved, mstrSavedName);
-}
+void frmReport::save() { frmSaveComparison(program_).ShowUp(processOf(input_), mblnSaved, mstrSavedName); }
 
 void frmReport::PrintReport() {
   program_.host.print({"Quorrel Report", txtReport.text(), {}, false});
@@ -107,8 +121,7 @@ void frmReport::PrintReport() {
 }
 
 void frmReport::recordPrinting() {
-  const auto& addPrintInfo = program_.state<ReportProcessSteps>().AddPrintInfoToSavedProcess;
-  if (mstrSavedName.empty() || !addPrintInfo || !addPrintInfo(mstrSavedName, true)) return;
+  if (mstrSavedName.empty() || !AddPrintInfoToSavedProcess(program_, mstrSavedName, true)) return;
   program_.host.messageBox("Printing info was added to the saved comparison process:\r\n\t- process name:\t'" +
                                mstrSavedName +
                                "'\r\n\r\nNext time when this process is run, the program will automatically print "

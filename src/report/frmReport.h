@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,18 +31,6 @@ struct tReportInput {
       arrTarget;          // names of the compared objects; count only while their count is above 0
   bool blnPrint = false;  // a replay prints
   std::int32_t lngObjId1 = 0, lngObjId2 = 0;
-};
-
-// What the report window asks of the saved processes; they are filled in (Program::state) by the part that has them.
-struct ReportProcessSteps {
-  // Opens the window that saves the comparison; gives whether it was saved and under which name. Without it the window
-  // has no Save button.
-  std::function<void(const tReportInput& input, bool& blnSaved, std::string& strSavedName)> SaveComparison;
-  // Adds an export file, or printing, to the process of that name. A missing one adds nothing.
-  std::function<void(const std::string& strName, const std::string& strExportFilePath, std::int32_t lngExportType,
-                     bool blnCSVWrapInQuot, std::int32_t lngCompType)>
-      RecordExportingResultsToTxtFile;
-  std::function<bool(const std::string& strName, bool blnPrint)> AddPrintInfoToSavedProcess;
 };
 
 class frmReport : public Form {

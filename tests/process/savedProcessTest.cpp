@@ -151,18 +151,18 @@ TEST_F(SavedProcess, DeletingTakesItsListsAlong) {
   DeleteSavedProcess(program, "a");
   EXPECT_FALSE(there("qrel_001_src.txt") || there("qrel_001_tgt.txt"));
   EXPECT_TRUE(there("qrel_002_src.txt") && there("qrel_002_tgt.txt"));
-  const files::FaultScope broken([](files::Operation operation, const fs::path&) {
-    return operation == files::Operation::Rename ? EIO : 0;
-  });
+  const files::FaultScope broken(
+      [](files::Operation operation, const fs::path&) { return operation == files::Operation::Rename ? EIO : 0; });
   EXPECT_THROW(DeleteSavedProcess(program, "b"), RuntimeError);
   EXPECT_TRUE(there("qrel_002_src.txt")) << "a process that is still there keeps its lists";
 }
 
 TEST_F(SavedProcess, WhatIsReadIsTakenAsItStands) {
   const std::string cut(254, 'p');
-  write("[old]\r\nCompType= 1 \r\nEncObjTypes=1,0,0,0,0,0\r\nCompMethod=-1x\r\nPrint=tRUE\r\nAutoClose=yes\r\n"
-        "ExportFilePath=" +
-        cut + "q\r\nObjId1=-5\r\n");
+  write(
+      "[old]\r\nCompType= 1 \r\nEncObjTypes=1,0,0,0,0,0\r\nCompMethod=-1x\r\nPrint=tRUE\r\nAutoClose=yes\r\n"
+      "ExportFilePath=" +
+      cut + "q\r\nObjId1=-5\r\n");
   const tSavedProcess read = GetSavedProcessDetails(program, "Old");
   EXPECT_EQ(read.lngCompType, 1);
   EXPECT_EQ(read.lngCompSubType, 0);
@@ -313,8 +313,8 @@ TEST_F(SavedProcess, PropertiesHaveAGroupForWhatThereIs) {
             "\r\nNumber of objects compared: 1,234\r\n\r\nSource: S1.D1\r\nTarget: S2.D2\r\n\r\nExport Type: Excel - "
             "Comma Separated Values (CSV) file\r\n\r\nAutomatically print final report: Yes\r\n\r\nAutomatically "
             "close the program after replaying the comparison: Yes");
-  for (const auto& [subType, words] : {std::pair{10, "All"}, {20, "Bulk"}, {35, "Individual"}, {50, "Selective"},
-                                       {60, "All"}, {70, "N/A"}})
+  for (const auto& [subType, words] :
+       {std::pair{10, "All"}, {20, "Bulk"}, {35, "Individual"}, {50, "Selective"}, {60, "All"}, {70, "N/A"}})
     EXPECT_EQ(GetCompSubTypeText(subType), words);
   EXPECT_EQ(GetCompTypeText(2) + GetCompSubSubTypeText(30) + GetCompSubSubTypeText(20) + GetCompMethodText(0) +
                 GetCompMethodText(-1) + GetExportTypeText(1),

@@ -7,7 +7,9 @@
 #include "app/modRegistry.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "process/modSavedProcess.h"
 #include "report/modCopyToFile.h"
+#include "tests/process/savingPerson.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -15,28 +17,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A report window in a folder of its own, with saved processes that only note what they are asked.
+// A report window and saved processes in a folder of their own.
 class Report : public ::testing::Test {
  protected:
   Report() {
     fs::create_directory(folder());
     fs::current_path(folder());
     test.program.main.gstrDataPath = folder().string() + "/";
+    test.program.main.gstrCompsIni = path("qrel_comps.ini");
     test.program.report.gstrReportText = "  Source: x\r\nend";
-    steps().SaveComparison = [this](const tReportInput& told, bool& saved, std::string& name) {
-      calls.push_back("save " + told.strServer1 + " " + std::to_string(told.arrSource.size()));
-      saved = true;
-      name = "mine";
-    };
-    steps().RecordExportingResultsToTxtFile = [this](const std::string& name, const std::string& path,
-                                                     std::int32_t exportType, bool, std::int32_t compType) {
-      calls.push_back("file " + name + " " + fs::path(path).filename().string() + " " + std::to_string(exportType) +
-                      " " + std::to_string(compType));
-    };
-    steps().AddPrintInfoToSavedProcess = [this](const std::string& name, bool print) {
-      calls.push_back("print " + name);
-      return print;
-    };
     input.strTitle = "Comparison Report";
     input.strServer1 = "S1";
     input.lngCompType = 1;
@@ -45,16 +34,24 @@ class Report : public ::testing::Test {
 
   fs::path folder() const { return test.folder.path() / "data"; }
   std::string path(const std::string& name) const { return (folder() / name).string(); }
-  ReportProcessSteps& steps() { return test.program.state<ReportProcessSteps>(); }
   // Opens the window for a person who does this.
   void show(const std::function<void(frmReport&)>& person) {
     test.host.windows.push_back([person](Form& form) { person(dynamic_cast<frmReport&>(form)); });
     frmReport(test.program).ShowUp(input);
   }
+  // A person who saves as "mine", or leaves the window that would.
+  void save(frmReport& window, bool really = true) {
+    test.host.windows.push_front(really ? personSavesAs("mine") : personCancels);
+    window.cmdSave.personClicks();
+  }
+  // What is recorded of the process.
+  std::string recorded() {
+    const tSavedProcess process = GetSavedProcessDetails(test.program, "mine");
+    return fs::path(process.strExportFilePath).filename().string() + (process.blnPrint ? " printed" : "");
+  }
 
   TestProgram test;
   tReportInput input;
-  std::vector<std::string> calls;
 
  private:
   fs::path before_ = fs::current_path();
@@ -77,17 +74,42 @@ TEST_F(Report, ShowsTheTextAndCopiesIt) {
   EXPECT_EQ(test.host.clipboard, std::string("  ") + written);
 }
 
-TEST_F(Report, RecordsTheFirstFileAfterASave) {
-  input.lngSelCountSource = 0;
+TEST_F(Report, SavesWhatItIsAbout) {
+  input.strServer2 = "S2";
+  input.strDb1 = "D1";
+  input.strDb2 = "D2";
+  input.strTable1 = "T1";
+  input.strTable2 = "T2";
+  input.lngCompSubType = 30;
+  input.lngCompSubSubType = 40;
+  input.strEncObjTypes = "1,0,0,0,0,0,0,0";
+  input.lngSelCountTarget = 2;
   input.arrSource = {"left over"};
+  input.arrTarget = {"a", "b"};
+  input.lngObjId1 = 5;
+  input.strExportPath = "not this";
+  show([&](frmReport& window) { save(window); });
+  const std::string bytes = files::readWholeFile(path("qrel_comps.ini"));
+  EXPECT_EQ(bytes.substr(bytes.find("CompType")),
+            "CompType=1\r\nCompSubType=30\r\nCompSubSubType=40\r\nEncObjTypes=1,0,0,0,0,0,0,0\r\nCompMethod=-1\r\n"
+            "ServerName1=S1\r\nServerName2=S2\r\nDbName1=D1\r\nDbName2=D2\r\nTableName1=T1\r\nTableName2=T2\r\n"
+            "ExportFilePath=\r\nExportType=0\r\nId=1\r\nSelCompCountSource=0\r\nSelCompCountTarget=2\r\n"
+            "Print=False\r\nObjId1=5\r\nObjId2=0\r\nCSVWrapInQuot=False\r\nAutoClose=False\r\n");
+  EXPECT_FALSE(files::exists(path("qrel_001_src.txt")));
+  EXPECT_EQ(files::readWholeFile(path("qrel_001_tgt.txt")), "a\r\nb\r\n");
+}
+
+TEST_F(Report, RecordsTheFirstFileAfterASave) {
   test.host.files = {path("a.txt"), "", path("b.txt"), path("c.txt")};
   show([&](frmReport& window) {
     window.cmdCopyToFile.personClicks();  // nothing saved yet
-    window.cmdSave.personClicks();
+    save(window);
+    save(window, false);                                              // takes nothing back
     for (int i = 0; i < 3; ++i) window.cmdCopyToFile.personClicks();  // the first one is cancelled
     window.cmdPrint.personClicks();
   });
-  EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "file mine b.txt 0 1"}));
+  EXPECT_EQ(recorded(), "b.txt");
+  EXPECT_EQ(test.host.boxes.size(), 2U) << "it was saved, it was recorded";
   EXPECT_EQ(files::readWholeFile(path("c.txt")), written);
   EXPECT_EQ(test.host.fileDialogs.front().defaultFile, path("Report.txt"));
   EXPECT_EQ(test.host.fileDialogs.front().title, "Specify Target File");
@@ -96,11 +118,12 @@ TEST_F(Report, RecordsTheFirstFileAfterASave) {
 TEST_F(Report, RecordsThePrintingAfterASaveOnce) {
   show([&](frmReport& window) {
     window.cmdPrint.personClicks();
-    window.cmdSave.personClicks();
+    save(window);
+    test.host.boxes.clear();
     window.cmdPrint.personClicks();
     window.cmdPrint.personClicks();
   });
-  EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "print mine"}));
+  EXPECT_EQ(recorded(), " printed");
   ASSERT_EQ(test.host.printed.size(), 3U);
   EXPECT_EQ(test.host.printed[0].title, "Quorrel Report");
   EXPECT_EQ(test.host.printed[0].text, "  Source: x\nend");
@@ -114,35 +137,32 @@ TEST_F(Report, RecordsThePrintingAfterASaveOnce) {
 
 TEST_F(Report, ASecondCommandIsInertWhileOneRuns) {
   frmReport window(test.program);
-  steps().SaveComparison = [&](const tReportInput&, bool&, std::string&) {
+  const auto saveBadly = [&](Form&) {
     window.cmdPrint.personClicks();
     window.cmdCopyToFile.personClicks();
     window.cmdSave.personClicks();
     throw RuntimeError(75, "no room");
   };
-  test.host.windows = {[&](Form&) { window.cmdSave.personClicks(); }, [](Form&) {}};
+  test.host.windows = {[&](Form&) { window.cmdSave.personClicks(); }, saveBadly, [](Form&) {}};
   window.ShowUp(input);
   EXPECT_TRUE(test.host.printed.empty());
-  EXPECT_EQ(test.host.shown, (std::vector<std::string>{"frmReport", "frmErrorReport"}));
+  EXPECT_EQ(test.host.shown, (std::vector<std::string>{"frmReport", "frmSaveComparison", "frmErrorReport"}));
   window.cmdPrint.personClicks();
   EXPECT_EQ(test.host.printed.size(), 1U) << "an error ends the command";
 }
 
-TEST_F(Report, HasNoSaveButtonWithoutAComparisonOrSavedProcesses) {
+TEST_F(Report, HasNoSaveButtonWithoutAComparison) {
   const auto saveButtonOf = [](bool& visible) {
     return [&visible](Form& form) { visible = form.find("cmdSave")->visible(); };
   };
-  bool usual = false, generic = true, alone = true;
-  test.host.windows = {saveButtonOf(usual), saveButtonOf(generic), saveButtonOf(alone)};
+  bool generic = true, usual = false;
+  test.host.windows = {saveButtonOf(generic), saveButtonOf(usual)};
   frmReport window(test.program);
-  window.ShowUp(input);
   window.ShowUp_Generic("References");
   EXPECT_EQ(window.caption, "References");
-  steps() = {};
   window.ShowUp(input);
-  EXPECT_TRUE(usual);
   EXPECT_FALSE(generic);
-  EXPECT_FALSE(alone);
+  EXPECT_TRUE(usual);
 }
 
 TEST_F(Report, ReplayWritesAndPrintsOnceAndRecordsNothing) {
@@ -152,31 +172,32 @@ TEST_F(Report, ReplayWritesAndPrintsOnceAndRecordsNothing) {
     EXPECT_EQ(files::readWholeFile(input.strExportPath), written);
     window.activate();
     EXPECT_EQ(test.host.printed.size(), 1U);
+    EXPECT_FALSE(files::exists(path("qrel_comps.ini")));
     test.host.files = {path("asked.txt")};
     window.cmdCopyToFile.personClicks();  // from now on as usual
-    window.cmdSave.personClicks();
+    save(window);
     window.cmdPrint.personClicks();
   });
-  EXPECT_EQ(calls, (std::vector<std::string>{"save S1 0", "print mine"}));
+  EXPECT_EQ(recorded(), " printed");
 }
 
 TEST_F(Report, PrintingInAReplayEndsWhatWasSavedBefore) {
   // Saves as soon as the text is there, before the window acts by itself.
   struct Saver : ControlObserver {
-    explicit Saver(frmReport& shown) : window(shown) {}
-    void controlChanged(Control&) override {
-      if (!window.txtReport.text().empty()) window.cmdSave.personClicks();
+    explicit Saver(std::function<void()> personSaves) : save(std::move(personSaves)) {}
+    void controlChanged(Control& control) override {
+      if (!dynamic_cast<TextPane&>(control).text().empty()) save();
     }
-    frmReport& window;
+    std::function<void()> save;
   };
   input.blnAuto = input.blnPrint = true;
   frmReport window(test.program);
-  Saver saver(window);
+  Saver saver([&] { save(window); });
   window.txtReport.observer = &saver;
   test.host.windows.push_back([&](Form&) { window.cmdPrint.personClicks(); });
   window.ShowUp(input);
   EXPECT_EQ(test.host.printed.size(), 2U);
-  EXPECT_EQ(calls, std::vector<std::string>{"save S1 0"}) << "no printing is recorded";
+  EXPECT_EQ(recorded(), "") << "no printing is recorded";
 }
 
 TEST_F(Report, ReplayGoesOnToPrintWhenTheFileCannotBeWritten) {

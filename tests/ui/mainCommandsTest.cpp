@@ -9,7 +9,9 @@
 #include "compare/structure/frmListObjects.h"
 #include "compare/structure/modCompareAll.h"
 #include "compare/structure/modMarkDifferences.h"
+#include "process/modSavedProcess.h"
 #include "report/frmReport.h"
+#include "tests/process/savingPerson.h"
 #include "tests/ui/mainWindow.h"
 #include "ui/frmCompareAndPrint.h"
 
@@ -77,10 +79,7 @@ TEST_F(MainCommands, ABulkCommandIsOfItsTypeExtentAndDetail) {
   work.cmbServer[1].select(1);
   chooseDb(0, "Shop");
   chooseDb(1, "Shop");
-  tReportInput saved;
-  program.state<ReportProcessSteps>().SaveComparison = [&](const tReportInput& input, bool&, std::string&) {
-    saved = input;
-  };
+  SetFilePaths(program);
   const auto run = [&](long id, bool selective) {
     if (selective)
       host.windows.push_back([](Form& shown) {
@@ -91,7 +90,9 @@ TEST_F(MainCommands, ABulkCommandIsOfItsTypeExtentAndDetail) {
       });
     host.windows.push_back([](Form&) {});
     host.windows.push_back([](Form& shown) { dynamic_cast<frmReport&>(shown).cmdSave.personClicks(); });
+    host.windows.push_back(personSavesAs(std::to_string(id)));
     choose(id);
+    const tSavedProcess saved = GetSavedProcessDetails(program, std::to_string(id));
     return saved.strEncObjTypes + " " + std::to_string(saved.lngCompSubType) + " " +
            std::to_string(saved.lngCompSubSubType);
   };

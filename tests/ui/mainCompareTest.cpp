@@ -5,7 +5,9 @@
 #include "compare/structure/modMarkDifferences.h"
 #include "db/mdlQueryCode.h"
 #include "platform/files.h"
+#include "process/modSavedProcess.h"
 #include "report/frmReport.h"
+#include "tests/process/savingPerson.h"
 #include "tests/ui/mainWindow.h"
 
 namespace qrel {
@@ -155,10 +157,6 @@ TEST_F(Comparing, AWholeDatabaseStopsAtCancelWithoutAReport) {
 }
 
 TEST_F(Comparing, AWholeDatabaseEndsWithAReportToCopyAndToSave) {
-  tReportInput saved;
-  program.state<ReportProcessSteps>().SaveComparison = [&](const tReportInput& input, bool&, std::string&) {
-    saved = input;
-  };
   const std::string path = (folder.path() / "all.txt").string();
   host.files = {path};
   std::string report;
@@ -169,12 +167,16 @@ TEST_F(Comparing, AWholeDatabaseEndsWithAReportToCopyAndToSave) {
     window.cmdCopyToFile.personClicks();
     window.cmdSave.personClicks();
   };
-  compareAll([&](frmCompareAll&) { host.windows.push_back(useReport); });
+  compareAll([&](frmCompareAll&) {
+    host.windows.push_back(useReport);
+    host.windows.push_back(personSavesAs("all"));
+  });
   for (const char* part : {"Source database One.Shop\r\nTarget database Two.ShopTest\r\n", "\tParcels\r\n",
                            "\tGetA\r\n", "One procedure [GetB] has identical structure in both databases."})
     EXPECT_NE(report.find(part), std::string::npos) << part << " in " << report;
   EXPECT_NE(host.clipboard.find("\tParcels\r\n"), std::string::npos);
   EXPECT_NE(files::readWholeFile(path).find("Parcels"), std::string::npos);
+  tSavedProcess saved = GetSavedProcessDetails(program, "all");
   EXPECT_EQ(saved.strServer2 + "." + saved.strDb2 + " " + saved.strEncObjTypes, "Two.ShopTest 1,1,0,0,0,0,0,0");
   EXPECT_EQ((std::vector<std::int32_t>{saved.lngCompType, saved.lngCompSubType, saved.lngCompSubSubType}),
             (std::vector<std::int32_t>{1, 10, 0}));
@@ -187,7 +189,9 @@ TEST_F(Comparing, AWholeDatabaseEndsWithAReportToCopyAndToSave) {
   });
   host.windows.push_back([](Form&) {});
   host.windows.push_back([](Form& shown) { dynamic_cast<frmReport&>(shown).cmdSave.personClicks(); });
+  host.windows.push_back(personSavesAs("selection"));
   form.CompStruct_BulkSel_SimpleDet_All(1, true, true);
+  saved = GetSavedProcessDetails(program, "selection");
   EXPECT_EQ((std::vector<std::int32_t>{saved.lngCompType, saved.lngCompSubType, saved.lngCompSubSubType}),
             (std::vector<std::int32_t>{1, 30, 40}));
   EXPECT_EQ(saved.arrSource, std::vector<std::string>{"GetA"});

@@ -69,12 +69,10 @@ GO
 CREATE PROCEDURE GetB AS SELECT 2
 )";
 
-  std::vector<std::int32_t> replayed;
   int tips = 0;
   MainWindowSteps steps() {
     MainWindowSteps s;
     s.ShowTip = [this] { ++tips; };
-    s.RunSavedProcess = [this](std::int32_t id) { replayed.push_back(id); };
     return s;
   }
   frmMain form{program, steps()};

@@ -9,6 +9,7 @@
 #include "compare/structure/modIgnoreColumns.h"
 #include "db/mdlQueryCode.h"
 #include "platform/controls/menu.h"
+#include "process/frmSaveComparison.h"
 #include "process/modSavedProcess.h"
 #include "report/frmExport.h"
 
@@ -83,7 +84,7 @@ void frmCompareData::LoadData(const Workspace& frmOwner) {
     std::array<std::string, 2> dbs, tables;
     for (const std::size_t side : {0u, 1u}) {
       const CheckList& list = frmOwner.pvlSqlObj[side];
-      const std::string& server = program_.main.gtypSelServ[side].Name;
+      const std::string& server = servers_[side] = program_.main.gtypSelServ[side].Name;
       dbs[side] = Workspace::selectedText(frmOwner.pvlDb[side]);
       tables[side] = Workspace::selectedText(list);
       objectIds_[side] = Workspace::selectedId(list);
@@ -122,8 +123,6 @@ void frmCompareData::ShowUp(const tDataCompRequest& request, std::int32_t lngIgn
   ignoredText_ = strIgnored;
   showMethod();
   showIgnored();
-  const auto& steps = program_.state<DataDifferencesSteps>();
-  cmdSave.setVisible(static_cast<bool>(steps.Save));
   program_.host.showModal(*this);
 }
 
@@ -183,8 +182,8 @@ void frmCompareData::exportTable(tDataExport file) {
   trap(program_, "frmCompareData", "cmdExport_Click", [&] {
     const bool blnByHand = file.lngFormat == 0;
     if (!runExport(file) || !blnByHand || !saved_) return;
-    const auto& recordExport = program_.state<DataDifferencesSteps>().RecordExport;
-    if (!savedName_.empty() && recordExport) recordExport(savedName_, file);
+    if (!savedName_.empty())
+      RecordExportingResultsToTxtFile(program_, savedName_, file.strFile, file.lngFormat, file.blnWrap, compData);
     saved_ = false;
   });
   busy_ = false;
@@ -211,11 +210,22 @@ bool frmCompareData::runExport(tDataExport& file) {
 }
 
 void frmCompareData::save() {
-  const auto& steps = program_.state<DataDifferencesSteps>();
-  if (busy_ || !steps.Save) return;
-  busy_ = true;
-  trap(program_, "frmCompareData", "cmdSave_Click", [&] { saved_ = steps.Save(*this, savedName_); });
-  busy_ = false;
+  trapAlone(program_, busy_, "frmCompareData", "cmdSave_Click", [&] {
+    tSavedProcess process;
+    process.lngCompType = compData;
+    process.lngCompSubType = compDataSingle;
+    process.lngCompMethod = request_.lngCompMethod;
+    process.strServer1 = servers_[0];
+    process.strServer2 = servers_[1];
+    process.strDb1 = request_.arrDbs[0];
+    process.strDb2 = request_.arrDbs[1];
+    process.strTable1 = request_.arrTables[0];
+    process.strTable2 = request_.arrTables[1];
+    process.lngObjId1 = static_cast<std::int32_t>(objectIds_[0]);
+    process.lngObjId2 = static_cast<std::int32_t>(objectIds_[1]);
+    process.blnCSVWrapInQuot = request_.blnWrap;
+    frmSaveComparison(program_).ShowUp(process, saved_, savedName_);
+  });
 }
 
 }  // namespace qrel

@@ -27,14 +27,6 @@ struct tDataExport {
   bool blnAuto = false;  // without a person
 };
 
-// What the window leaves to others; set by the parts that have it.
-struct DataDifferencesSteps {
-  // Adds the export to a saved process.
-  std::function<void(const std::string& strSavedName, const tDataExport& file)> RecordExport;
-  // Saves the comparison as a process; strSavedName is its name. False: not saved.
-  std::function<bool(const frmCompareData& window, std::string& strSavedName)> Save;
-};
-
 class frmCompareData : public Form {
  public:
   explicit frmCompareData(Program& program);
@@ -100,13 +92,14 @@ class frmCompareData : public Form {
 
   Program& program_;
   tDataCompRequest request_;
+  std::array<std::string, 2> servers_;
   std::array<std::string, 2> dottedNames_;
   std::array<long, 2> objectIds_{};
   std::int32_t ignored_ = 0;
   std::string ignoredText_;
   bool busy_ = false;
   bool activated_ = false;
-  bool saved_ = false;  // since the last export
+  bool saved_ = false;  // and no export recorded since
   std::string savedName_;
 };
 

@@ -3,9 +3,11 @@
 #include "db/mdlObjects.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "process/modSavedProcess.h"
 #include "report/frmExport.h"
 #include "tests/compare/data/twoTables.h"
 #include "tests/db/scriptedServer.h"
+#include "tests/process/savingPerson.h"
 
 namespace qrel {
 namespace {
@@ -272,8 +274,7 @@ TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
   };
   for (const Case& each : {Case{file, 2, false, "\"Row\",\"Id\"\r\n"}, Case{file, 2, true, "\"Row\",\"Id\"\r\n"},
                            Case{file, 1, true, "<HTML>"}, Case{"", 2, true, ""}, Case{file, 0, false, ""}}) {
-    int recorded = 0, acted = 0;
-    program.state<DataDifferencesSteps>().RecordExport = [&](const std::string&, const tDataExport&) { ++recorded; };
+    int acted = 0;
     program.main.gblnCloseAfterRun = each.closes;
     tDataCompRequest wanted = request();
     wanted.strExportFile = each.file;
@@ -302,7 +303,6 @@ TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
             "<br> Number of different records: <br> NOTE: of 3</b>"})
         EXPECT_NE(text.find(part), std::string::npos) << text;
     }
-    EXPECT_EQ(recorded, 0);
     EXPECT_EQ(form.cmdExit.focusRequests(), 1U);
   }
   program.main.gblnCloseAfterRun = false;
@@ -311,47 +311,45 @@ TEST_F(DriverRules, AReplayExportsByItselfAndMayCloseBehindIt) {
 TEST_F(DriverRules, AnExportBehindASaveIsRecordedOnce) {
   load("CREATE TABLE t (Id int)", "CREATE TABLE t (Id int)");
   select("t");
-  const std::string file = (test.folder.path() / "out").string();
-  std::string log, name = "Nightly";
-  auto& steps = program.state<DataDifferencesSteps>();
+  workspace.pvlSqlObj[0].setId(0, 17);
+  workspace.pvlSqlObj[1].setId(0, 18);
   frmCompareData form(program);
   form.LoadData(workspace);
-  steps.RecordExport = [&](const std::string& strName, const tDataExport& made) {
-    EXPECT_EQ(made.strFile, file);
-    log += "record:" + strName + ":" + std::to_string(made.lngFormat) + (made.blnWrap ? "w " : " ");
+  const auto save = [&](const std::function<void(Form&)>& person) {
+    test.host.windows.push_back(person);
+    form.cmdSave.personClicks();
   };
-  steps.Save = [&](const frmCompareData&, std::string& strName) {
-    log += "save ";
-    strName = name;
-    return true;
-  };
-  // Exports by hand: as CSV with or without wrapping, as HTML, or not at all.
-  const auto exportAs = [&](const std::string& how) {
-    test.host.windows.push_back([&, how](Form& window) {
+  // Exports by hand to the file of that name, in the folder: as CSV with or without wrapping, or not at all. Gives what
+  // the process has then.
+  const auto exportAs = [&](const std::string& how, const std::string& name) {
+    test.host.windows.push_back([&, how, name](Form& window) {
       auto& dialog = dynamic_cast<frmExport&>(window);
-      form.cmdSave.personClicks();
+      form.cmdSave.personClicks();  // an export keeps the other clicks out
       form.cmdExport.personClicks();
-      if (how == "html") dialog.optGen[0].choose();
-      if (how != "html") dialog.optGen[1].choose();
-      test.host.files = {how == "none" ? "" : file};
-      if (how == "csv wrapped" || how == "csv") test.host.answers = {how == "csv" ? Answer::No : Answer::Yes};
-      if (how != "none") test.host.answers.push_back(Answer::No);  // to look at it
+      dialog.optGen[1].choose();
+      test.host.files = {how == "none" ? "" : (test.folder.path() / name).string()};
+      if (how != "none") test.host.answers = {how == "csv" ? Answer::No : Answer::Yes, Answer::No};
       dialog.cmdOK.personClicks();
     });
     form.cmdExport.personClicks();
-    return std::exchange(log, "");
+    const std::string path = GetSavedProcessDetails(program, "Nightly").strExportFilePath;
+    return path.substr(path.rfind('/') + 1);
   };
   test.host.windows.push_back([&](Form&) {
-    EXPECT_EQ(exportAs("csv"), "") << "nothing was saved";
-    form.cmdSave.personClicks();
-    EXPECT_EQ(exportAs("none"), "save ") << "nothing was written";
-    EXPECT_EQ(exportAs("csv wrapped"), "record:Nightly:2w ") << "an export keeps the other clicks out";
-    EXPECT_EQ(exportAs("csv"), "");
-    name = "";
-    form.cmdSave.personClicks();
-    EXPECT_EQ(exportAs("html"), "save ") << "without a name there is no process to add to";
+    EXPECT_EQ(exportAs("csv", "early"), "") << "nothing was saved";
+    save(personSavesAs("Nightly"));
+    save(personCancels);
+    EXPECT_EQ(exportAs("none", "none"), "") << "nothing was written";
+    EXPECT_EQ(exportAs("csv wrapped", "one"), "one");
+    EXPECT_EQ(exportAs("csv", "two"), "one") << "the first one alone";
   });
-  form.ShowUp(request(), 0, "");
+  form.ShowUp(request({"Id"}), 0, "");
+  const tSavedProcess saved = GetSavedProcessDetails(program, "Nightly");
+  EXPECT_EQ(saved.strServer1 + saved.strDb1 + saved.strTable1 + saved.strServer2 + saved.strDb2 + saved.strTable2,
+            "SAtSBt");
+  EXPECT_EQ((std::vector{saved.lngCompType, saved.lngCompSubType, saved.lngCompMethod, saved.lngExportType}),
+            (std::vector<std::int32_t>{0, 40, 1, 2}));
+  EXPECT_TRUE(saved.lngObjId1 == 17 && saved.lngObjId2 == 18 && saved.blnCSVWrapInQuot);
 }
 
 TEST(OrderBy, EndsAtTheFirstEmptyKey) {
