@@ -15,10 +15,10 @@ namespace qrel {
 // Set while a saved process is replayed: no person is there to choose or to ask.
 struct tReplay {
   bool mblnReplay = false;
-  std::int32_t mlngReplaySubType = 0;     // kind of comparison, as the process stores it
+  std::int32_t mlngReplaySubType = 0;  // kind of comparison, as the process stores it
   std::int32_t mlngReplaySubSubType = 0;
-  std::string mstrReplayObjTypes;         // eight flags
-  std::string mstrReplayExportPath;       // where the result is written; empty: nowhere
+  std::string mstrReplayObjTypes;    // eight flags
+  std::string mstrReplayExportPath;  // where the result is written; empty: nowhere
   bool mblnReplayPrint = false;
 };
 

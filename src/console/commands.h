@@ -63,7 +63,7 @@ struct DataArguments {
   bool quote = false;             // of CSV: every value between quotation marks
   bool rfc4180 = false;           // of CSV: quotation marks where a value needs them, doubled within
   SaveArguments save;
-  bool given() const {            // any of keys, sorts and offsets
+  bool given() const {  // any of keys, sorts and offsets
     return !keys[0].empty() || !keys[1].empty() || !sorts[0].empty() || !sorts[1].empty() || offsets[0] || offsets[1];
   }
 };

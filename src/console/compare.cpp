@@ -69,9 +69,11 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   if (arguments.type.empty()) throw CommandFailure{ExitCode::Usage, "--object needs --type."};
   const long type = Console::objectType(arguments.type);
   checkSave(console, arguments.save, arguments.source, arguments.target);
-  if (arguments.save.given() && (type == objConstraints || !arguments.schemas[0].empty() || !arguments.schemas[1].empty()))
-    throw CommandFailure{ExitCode::Usage, "The comparison can't be saved: a process keeps no schemas, and no pair of "
-                                          "constraints."};
+  if (arguments.save.given() &&
+      (type == objConstraints || !arguments.schemas[0].empty() || !arguments.schemas[1].empty()))
+    throw CommandFailure{ExitCode::Usage,
+                         "The comparison can't be saved: a process keeps no schemas, and no pair of "
+                         "constraints."};
   const std::string names[] = {arguments.objects.front(), arguments.objects.back()};
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
   const ReadWatch reads(console.program);

@@ -144,9 +144,10 @@ void exportDifferences(Console& console, const DataArguments& arguments, bool bl
   const tExportSource source = window->exportSource();
   const auto step = [](std::int32_t) { return !stopRequested(); };
   files::AtomicFile file(path);
-  const bool whole = !arguments.html.empty()
-                         ? GridToHtml(source, exportFromCompareData, window->lngIgnored(), window->strIgnored(), file, step)
-                         : GridToCSV(*source.VSFlexGrid1, {arguments.quote, arguments.rfc4180}, file, step);
+  const bool whole =
+      !arguments.html.empty()
+          ? GridToHtml(source, exportFromCompareData, window->lngIgnored(), window->strIgnored(), file, step)
+          : GridToCSV(*source.VSFlexGrid1, {arguments.quote, arguments.rfc4180}, file, step);
   if (!whole) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
   file.finish();
 }
@@ -210,8 +211,7 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const S
   if (complete || result.lngDiffs > 0) {
     printResult(console, request, result);
     exportDifferences(console, arguments, result.blnIdentical);
-  }
-  else
+  } else
     console.err << "qrel: the data of " << visibleText(request.arrTables[0]) << " and "
                 << visibleText(request.arrTables[1]) << " couldn't be compared.\n";
   state.differences.reset();

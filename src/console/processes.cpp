@@ -47,10 +47,11 @@ void printJson(std::ostream& out, const tSavedProcess& process) {
   const std::string objectTypes = PaddedObjectTypeFlags(process.strEncObjTypes);
   if (!objectTypes.empty()) out << ", \"objectTypes\": " << quoted(GetObjectTypesText(objectTypes));
   out << ",\n   \"source\": {\"server\": " << quoted(process.strServer1) << ", \"database\": " << quoted(process.strDb1)
-      << ", \"object\": " << quoted(process.strTable1) << "},\n   \"target\": {\"server\": "
-      << quoted(process.strServer2) << ", \"database\": " << quoted(process.strDb2)
-      << ", \"object\": " << quoted(process.strTable2) << "},\n   \"export\": " << quoted(process.strExportFilePath)
-      << ", \"exportType\": " << process.lngExportType << ", \"print\": " << (process.blnPrint ? "true" : "false")
+      << ", \"object\": " << quoted(process.strTable1)
+      << "},\n   \"target\": {\"server\": " << quoted(process.strServer2)
+      << ", \"database\": " << quoted(process.strDb2) << ", \"object\": " << quoted(process.strTable2)
+      << "},\n   \"export\": " << quoted(process.strExportFilePath) << ", \"exportType\": " << process.lngExportType
+      << ", \"print\": " << (process.blnPrint ? "true" : "false")
       << ", \"autoClose\": " << (process.blnAutoClose ? "true" : "false") << '}';
 }
 

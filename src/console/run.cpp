@@ -59,11 +59,12 @@ void applyExport(const RunArguments& arguments, tSavedProcess& process) {
   }
   if (format.empty()) return;
   if ((format == "report") == exportsTable)
-    throw CommandFailure{ExitCode::Usage, exportsTable
-                                              ? "Process \"" + process.strName + "\" compares the data of one table: "
-                                                                                 "its formats are html and csv."
-                                              : "Process \"" + process.strName + "\" ends in a report: its format is "
-                                                                                 "report."};
+    throw CommandFailure{ExitCode::Usage, exportsTable ? "Process \"" + process.strName +
+                                                             "\" compares the data of one table: "
+                                                             "its formats are html and csv."
+                                                       : "Process \"" + process.strName +
+                                                             "\" ends in a report: its format is "
+                                                             "report."};
   if (exportsTable && process.strExportFilePath.empty())
     throw CommandFailure{ExitCode::Usage, "--format " + arguments.format + " goes with --export FILE."};
   process.lngExportType = format == "html" ? exportHtml : format == "csv" ? exportCsv : exportNone;
@@ -146,6 +147,9 @@ ExitCode runProcess(Console& console, const RunArguments& arguments) {
   applyExport(arguments, process);
   console.checkProfileFiles();
   knowServers(console, process);
+  // Constraints take part when the process was saved with them, as they do when they are named to "qrel compare".
+  const std::string flags = PaddedObjectTypeFlags(process.strEncObjTypes);
+  if (!flags.empty() && splitAt(flags, ',')[6] == "1") program.settings.AnalyzeConstraints = true;
   // What was connected to when the window was closed has no part in this.
   program.store.setOverride(settingKey(*findSetting("AutoConnect")), "AutoConnect", 0);
 

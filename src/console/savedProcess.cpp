@@ -25,8 +25,8 @@ std::string findSavedProcess(Console& console, const std::string& nameOrId) {
   for (const bool exact : {true, false})
     for (const std::string& name : names)
       if (exact ? name == nameOrId : equalNoCase(name, nameOrId)) return name;
-  const bool digits = !nameOrId.empty() && nameOrId.size() < 10 &&
-                      nameOrId.find_first_not_of("0123456789") == std::string::npos;
+  const bool digits =
+      !nameOrId.empty() && nameOrId.size() < 10 && nameOrId.find_first_not_of("0123456789") == std::string::npos;
   const std::string byId =
       digits ? GetSavedProcessNameById(console.program, static_cast<std::int32_t>(numericPrefix(nameOrId))) : "";
   if (byId.empty())
@@ -35,8 +35,7 @@ std::string findSavedProcess(Console& console, const std::string& nameOrId) {
   return byId;
 }
 
-void checkSave(Console& console, const SaveArguments& arguments, const std::string& source,
-               const std::string& target) {
+void checkSave(Console& console, const SaveArguments& arguments, const std::string& source, const std::string& target) {
   if (!arguments.given()) {
     if (arguments.replace || arguments.print || arguments.autoClose)
       throw CommandFailure{ExitCode::Usage, "--replace, --print and --auto-close go with --save NAME."};

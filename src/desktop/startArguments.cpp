@@ -30,7 +30,8 @@ std::string startHelp() {
          "  -h, --help            shows this\n"
          "  -v, --version         shows the version\n"
          "  --theme light|dark    else as the desktop is\n"
-         "  /RunSavedComp ID      runs a saved comparison process; the exit code then tells how it ended: 0 identical,\n"
+         "  /RunSavedComp ID      runs a saved comparison process; the exit code then tells how it ended: 0 "
+         "identical,\n"
          "                        1 differences, 3 not found or not readable, 4 incomplete. Without a display the\n"
          "                        process is run without a window.\n\n"
          "Other arguments are ignored.\n";

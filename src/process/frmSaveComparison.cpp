@@ -36,8 +36,8 @@ std::string WhyNoProcessName(const std::string& strName) {
 }
 
 frmSaveComparison::frmSaveComparison(Program& program) : Form("frmSaveComparison"), program_(program) {
-  for (Control* control : std::initializer_list<Control*>{&lstServers, &txtProcessName, &optPrint, &chkAutoClose,
-                                                          &cmdOK, &cmdCancel})
+  for (Control* control :
+       std::initializer_list<Control*>{&lstServers, &txtProcessName, &optPrint, &chkAutoClose, &cmdOK, &cmdCancel})
     add(*control);
   caption = "Save Comparison Process";
   lstServers.shown = false;

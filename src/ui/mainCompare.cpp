@@ -37,7 +37,7 @@ tReportInput reportInput(const Call& call) {
 }
 
 // Of a run that came to its end, for a replay without a person.
-void noteVerdict(Program& program, const CompareAllReportCall& call) {
+void noteVerdict(Program& program) {
   auto& outcome = program.state<ReplayOutcome>();
   const auto& run = program.state<modCompareAllState>();
   outcome.blnIdentical = run.lngDifferent + run.lngSourceOnly + run.lngTargetOnly == 0;
@@ -77,7 +77,7 @@ void MainCompare::ShowReport(const CompareAllReportCall& call) {
   input.blnAuto = call.replay.blnAuto;
   input.strExportPath = call.replay.strExportPath;
   input.blnPrint = call.replay.blnPrint;
-  noteVerdict(program_, call);
+  noteVerdict(program_);
   input.lngSelCountSource = static_cast<std::int32_t>(call.selection.lngSelectedSource);
   input.lngSelCountTarget = static_cast<std::int32_t>(call.selection.lngSelectedTarget);
   input.arrSource = call.selection.arrSelectedSource;

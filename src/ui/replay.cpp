@@ -27,12 +27,9 @@ class ReplayScope {
  public:
   ReplayScope(Workspace& workspace, const tSavedProcess& process, bool blnPrint)
       : workspace_(workspace), busyBefore_(workspace.mblnBusy) {
-    workspace.replay = {true,
-                        process.lngCompSubType,
-                        process.lngCompSubSubType,
-                        process.strEncObjTypes,
-                        process.strExportFilePath,
-                        blnPrint};
+    workspace.replay = {
+        true,    process.lngCompSubType, process.lngCompSubSubType, process.strEncObjTypes, process.strExportFilePath,
+        blnPrint};
   }
   ~ReplayScope() {
     workspace_.mblnBusy = busyBefore_;
@@ -139,8 +136,8 @@ bool Replay::selectServers(const tSavedProcess& process) {
     return false;
   }
   selectServer(workspace_.cmbServer[1], process.strServer2);
-  // A Target that isn't in the list stops nothing: the run goes on with the Target server that was there before, as this
-  // test looks at Source once more. Who runs without a person asks first whether both servers are known.
+  // A Target that isn't in the list stops nothing: the run goes on with the Target server that was there before, as
+  // this test looks at Source once more. Who runs without a person asks first whether both servers are known.
   if (workspace_.cmbServer[0].selected() < 0) {
     CannotRun("server " + process.strServer2 + " not found.");
     return false;

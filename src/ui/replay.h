@@ -1,5 +1,5 @@
-// The replay of a saved process: the panels are moved to its servers, databases and objects, and the command that it was
-// saved from is run with nobody to ask.
+// The replay of a saved process: the panels are moved to its servers, databases and objects, and the command that it
+// was saved from is run with nobody to ask.
 #pragma once
 
 #include <cstdint>
@@ -17,9 +17,9 @@ class Replay {
  public:
   Replay(Program& program, frmMain& window, MainCompare& compare);
 
-  // Runs the process with this id; below 1 the person chooses one. An id that no process has does nothing. What can't be
-  // found is told in a message, and the panels stay as far as they had come. Closes the main window afterwards when the
-  // process asks for that and was found whole. How it ended stands in the program's ReplayOutcome.
+  // Runs the process with this id; below 1 the person chooses one. An id that no process has does nothing. What can't
+  // be found is told in a message, and the panels stay as far as they had come. Closes the main window afterwards when
+  // the process asks for that and was found whole. How it ended stands in the program's ReplayOutcome.
   void RunSavedProcess(std::int32_t lngId);
   // The same for a process that is at hand.
   void RunProcess(const tSavedProcess& process);

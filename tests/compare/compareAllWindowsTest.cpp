@@ -43,7 +43,7 @@ TEST_F(CompareAllWindows, SeveralTypesOneAfterTheOther) {
     for (const Label& label : form->parts.lblComparing)
       if (label.visible()) labels += label.text() + "|";
   });
-  cmdCompareAll_Click(program, *this);
+  cmdCompareAll_Click(program, *this, {});
   EXPECT_EQ(labels, "Comparing tables... Finished|Comparing procedures... Finished|");
   EXPECT_EQ(replaceAll(shownText, "\r\n", "\n"),
             "Comparison of databases\n\nSource database S.A\nTarget database S.B\n"
@@ -60,12 +60,14 @@ TEST_F(CompareAllWindows, SeveralTypesOneAfterTheOther) {
 
 TEST_F(CompareAllWindows, SavedProcessStartsAtOnce) {
   load(procedure("p"), procedure("p"));
-  const SavedCompareAll saved{"Nightly", "0,1,1,0,0,0,0,0"};
+  // The flags of a process that an earlier version stored.
+  const tReplay replay{true, 10, 0, "0,1,1,0,0,0", "out.txt", true};
   test.host.windows.push_back(leaveAlone);
-  cmdCompareAll_Click(program, *this, &saved);
+  cmdCompareAll_Click(program, *this, replay);
   EXPECT_NE(shownText.find("All procedures in both databases are identical.\r\n\r\nComparison of functions\r\n"),
             std::string::npos);
-  EXPECT_TRUE(call.blnSavedProcess && call.strProcessName == "Nightly" && call.strObjectTypes == saved.strTypesFlags);
+  EXPECT_TRUE(call.replay.blnAuto && call.replay.strExportPath == "out.txt" && call.replay.blnPrint);
+  EXPECT_EQ(call.strObjectTypes, "0,1,1,0,0,0,0,0");
 }
 
 TEST_F(CompareAllWindows, CancelInTheMiddleLeavesNoReport) {
@@ -166,7 +168,7 @@ TEST_F(CompareAllWindows, NoConnectionNoReport) {
   EXPECT_EQ(shownText, "");
 
   databases = {"A", ""};
-  cmdCompareAll_Click(program, *this);
+  cmdCompareAll_Click(program, *this, {});
   EXPECT_EQ(test.host.boxes.back().text, "Cannot compare - the list of databases is empty.");
   EXPECT_EQ(test.host.boxes.back().title, "Cannot Compare");
   databases = {"A", "B"};
@@ -249,9 +251,9 @@ TEST_F(CompareAllWindows, CommandsNameTheirKindOfRun) {
     EXPECT_EQ(call.selection.arrSelectedTarget.size(), each.selectiveReport ? 1U : 0U);
   }
   test.host.windows.push_back(leaveAlone);
-  MenuCompareAll_Click(program, *this, 1, "A", "B", true, false, true, "Saved", {1, 1, {"b"}, {"b"}});
+  MenuCompareAll_Click(program, *this, 1, "A", "B", true, false, {true, "out.txt", false}, {1, 1, {"b"}, {"b"}});
   EXPECT_NE(shownText.find("\tb\r\n\t(1 procedure)"), std::string::npos) << "a saved process brings its selection";
-  EXPECT_EQ(call.strProcessName, "Saved");
+  EXPECT_EQ(call.replay.strExportPath, "out.txt");
 }
 
 }  // namespace

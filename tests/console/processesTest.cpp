@@ -59,7 +59,8 @@ TEST_F(ProcessCommands, ARunPrintsWhatTheComparisonPrinted) {
       {{"compare", "--types", "all"}, "Meta-Data Comparison, All\tS/A\tS/B\t"},
       {{"compare", "--types", "procedures", "--details"}, "Meta-Data Comparison, Bulk, Details\tS/A\tS/B\t"},
       {{"compare", "--types", "tables", "--only", "Item"}, "Meta-Data Comparison, Selective, Simple\tS/A\tS/B\t"},
-      {{"compare", "--type", "procedures", "--object", "GetA"}, "Meta-Data Comparison, Individual\tS/A/GetA\tS/B/GetA\t"},
+      {{"compare", "--type", "procedures", "--object", "GetA"},
+       "Meta-Data Comparison, Individual\tS/A/GetA\tS/B/GetA\t"},
       {{"data", "--table", "Item", "--key", "Id"}, "Data Comparison, Single Table\tS/A/Item\tS/B/Item\t"},
       {{"data", "--tables", "Item"}, "Data Comparison, Selective\tS/A\tS/B\t"},
       {{"data", "--all"}, "Data Comparison, All\tS/A\tS/B\t"},
@@ -80,14 +81,15 @@ TEST_F(ProcessCommands, ARunPrintsWhatTheComparisonPrinted) {
     // The marked lines of a pair, and the heads of a table's differences, are the console's own.
     const std::string second = timeless(out);
     EXPECT_NE(first.find(second), std::string::npos) << second << "\nin\n" << first;
-    EXPECT_TRUE(std::regex_search(err, std::regex("(^|\n)\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d qrel: process \"" +
-                                                  name + "\" has ended: ")))
+    EXPECT_TRUE(std::regex_search(
+        err, std::regex("(^|\n)\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d qrel: process \"" + name + "\" has ended: ")))
         << err;
   }
 }
 
 TEST_F(ProcessCommands, TheStoredFileIsWrittenAndAnotherForOneRun) {
-  ASSERT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--save", "d", "--csv", file("d.csv")}), 1) << err;
+  ASSERT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--save", "d", "--csv", file("d.csv")}), 1)
+      << err;
   const std::string csv = "Row,Id,Part\r\n1,2,5\" <b>, \"x\"\r\n1,2,nut\r\n";
   EXPECT_EQ(files::readWholeFile(file("d.csv")), csv);
   std::filesystem::remove(file("d.csv"));
@@ -96,7 +98,8 @@ TEST_F(ProcessCommands, TheStoredFileIsWrittenAndAnotherForOneRun) {
   EXPECT_EQ(run({"run", "d", "--export", file("once.htm")}), 1) << err;
   EXPECT_NE(files::readWholeFile(file("once.htm")).find("&nbsp 5\" <b>, \"x\" &nbsp"), std::string::npos);
   EXPECT_EQ(run({"run", "d", "--format", "report"}), 2);
-  EXPECT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--csv", file("q.csv"), "--rfc4180"}), 1) << err;
+  EXPECT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--csv", file("q.csv"), "--rfc4180"}), 1)
+      << err;
   EXPECT_EQ(files::readWholeFile(file("q.csv")), "Row,Id,Part\r\n1,2,\"5\"\" <b>, \"\"x\"\"\"\r\n1,2,nut\r\n");
 
   ASSERT_EQ(run({"compare", "S/A", "S/B", "--types", "tables", "--save", "r", "--report", file("r.txt")}), 0) << err;

@@ -22,7 +22,8 @@ TEST(MainWindow, StartsUnconnectedAndActsOnItsFirstActivationOnly) {
   test.form.activate();
   EXPECT_EQ(test.host.pointer(), Pointer::Default);
   EXPECT_EQ(test.tips, 1);
-  EXPECT_EQ(test.replayed, std::vector<std::int32_t>{7});
+  ASSERT_EQ(test.host.boxes.size(), 1U);
+  EXPECT_EQ(test.host.boxes[0].text, "There are no saved processes to run.");
   EXPECT_EQ(test.work.cmbServer[1].text(), "One");
   EXPECT_EQ(test.form.cmdConnect.image(), imageIdle);
   for (const char* name : {"srtFiltering(1)", "cmdFilterByOwner(0)", "cmdNonExistent(1)", "cmbOwners(0)"})
@@ -122,7 +123,7 @@ TEST(MainWindow, AsksForAServerWhenThereIsNoneAndShowsTheOneAdded) {
   });
   test.open();
   EXPECT_EQ(test.host.boxes.back().title, "No SQL Server");
-  EXPECT_TRUE(test.replayed.empty()) << "the answer stays False, whatever the dialog did";
+  EXPECT_EQ(test.host.boxes.size(), 1U) << "no process is run: the answer stays False, whatever the dialog did";
   EXPECT_EQ(test.work.cmbServer[1].text(), "One");
   EXPECT_EQ(test.databases(1), "*master Shop ") << "the database typed in the dialog isn't applied";
   EXPECT_EQ(test.form.cmdConnect.image(), imageConnected);

@@ -18,10 +18,10 @@ struct CompareAllReportCall {
   std::array<std::string, 2> arrServers;
   std::array<std::string, 2> arrDatabases;
   std::int32_t lngCompType = 1;  // 0 data, 1 structure
-  int intCompSubType = 0;      // 10 several types, 20 all objects of one type, 30 a selection of them
-  int intDetailType = 0;       // 10 simple and 20 details of a type; 30 and 40 the same of a selection
-  std::string strObjectTypes;  // eight flags
-  ObjectSelection selection;   // empty unless the run was selective
+  int intCompSubType = 0;        // 10 several types, 20 all objects of one type, 30 a selection of them
+  int intDetailType = 0;         // 10 simple and 20 details of a type; 30 and 40 the same of a selection
+  std::string strObjectTypes;    // eight flags
+  ObjectSelection selection;     // empty unless the run was selective
   AutoReport replay;
 };
 
