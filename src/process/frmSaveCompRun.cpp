@@ -52,8 +52,8 @@ void frmSaveCompRun::remove() {
   const std::string strName = selectedFor("deleted");
   if (strName.empty()) return;
   const Answer answer =
-      program_.host.messageBox("Are you sure you want to remove comparison process '" + strName + "' ?",
-                               Icon::Question, "Confirm Process Deletion", Buttons::YesNo);
+      program_.host.messageBox("Are you sure you want to remove comparison process '" + strName + "' ?", Icon::Question,
+                               "Confirm Process Deletion", Buttons::YesNo);
   if (answer != Answer::Yes) return;
   trap(program_, moduleName, "cmdDelete_Click", [&] { DeleteSavedProcess(program_, strName); });
   fill();

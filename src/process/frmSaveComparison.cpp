@@ -37,8 +37,8 @@ std::string problemOf(const std::string& strName) {
 }  // namespace
 
 frmSaveComparison::frmSaveComparison(Program& program) : Form("frmSaveComparison"), program_(program) {
-  for (Control* control : std::initializer_list<Control*>{&lstServers, &txtProcessName, &optPrint, &chkAutoClose,
-                                                          &cmdOK, &cmdCancel})
+  for (Control* control :
+       std::initializer_list<Control*>{&lstServers, &txtProcessName, &optPrint, &chkAutoClose, &cmdOK, &cmdCancel})
     add(*control);
   caption = "Save Comparison Process";
   lstServers.shown = false;

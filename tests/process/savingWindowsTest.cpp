@@ -65,8 +65,15 @@ TEST_F(SavingWindows, ANameIsTestedBeforeItIsSaved) {
     EXPECT_EQ(window.txtProcessName.text(), "Nov 04, 2026 - sales.Orders");
     for (const auto& [typed, message] :
          {std::pair{std::string("   "), std::string("Please enter a name for comparison process.")},
-          {"a[b", brackets}, {"]", brackets}, {"\xE8\xA1\xA8]", brackets}, {"a\r\nId=7", others}, {"a\tb", others},
-          {std::string("a\0b", 3), others}, {"\x7F", others}, {"\xE8\xA1\xA8", others}, {"a\xFF", others}}) {
+          {"a[b", brackets},
+          {"]", brackets},
+          {"\xE8\xA1\xA8]", brackets},
+          {"a\r\nId=7", others},
+          {"a\tb", others},
+          {std::string("a\0b", 3), others},
+          {"\x7F", others},
+          {"\xE8\xA1\xA8", others},
+          {"a\xFF", others}}) {
       const std::size_t focused = window.txtProcessName.focusRequests();
       window.txtProcessName.personTypes(typed);
       window.personPressesEnter();
@@ -78,8 +85,7 @@ TEST_F(SavingWindows, ANameIsTestedBeforeItIsSaved) {
     window.txtProcessName.personTypes(" Old ");
     window.cmdOK.personClicks();
     EXPECT_EQ(test.host.boxes.at(0).title, "Overwrite Comparison Process");
-    EXPECT_EQ(lastBox(),
-              "Comparison process with name Old already exists.\r\n\r\nDo you want to overwrite it?");
+    EXPECT_EQ(lastBox(), "Comparison process with name Old already exists.\r\n\r\nDo you want to overwrite it?");
     EXPECT_FALSE(window.closed());
     EXPECT_EQ(files::readWholeFile(path("qrel_comps.ini")), before);
     window.chkAutoClose.personSets(true);
@@ -102,8 +108,8 @@ TEST_F(SavingWindows, ANameIsTestedBeforeItIsSaved) {
 
 // Every name that is taken is found again by just that name.
 TEST_F(SavingWindows, ANameThatIsTakenComesBackAsItWas) {
-  const std::vector<std::string> names = {"; no comment", "\"quoted\"", "a=b", "é € ‰", "'", "\xC2\xA0x", "#1 \\ /",
-                                          std::string(300, 'n')};
+  const std::vector<std::string> names = {"; no comment", "\"quoted\"",         "a=b", "é € ‰", "'", "\xC2\xA0x",
+                                          "#1 \\ /",      std::string(300, 'n')};
   for (const std::string& each : names)
     showSaving({}, [&](frmSaveComparison& window) {
       window.txtProcessName.personTypes(each);
