@@ -22,6 +22,8 @@
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
 #include "platform/store/folders.h"
+#include "process/frmSaveCompRun.h"
+#include "process/frmSaveComparison.h"
 #include "ui/startUp.h"
 
 namespace {
@@ -122,6 +124,14 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   album.begin(QStringLiteral("ignore"), {});
   window.mlngPopupPanel = 0;
   window.MenuPopUpIgnoreColumns();
+  album.begin(QStringLiteral("save"), {{QStringLiteral("frmSaveComparison"), QStringLiteral("cmdOK")}});
+  qrel::tSavedProcess process;
+  process.strTable1 = "Customers";
+  bool saved = false;
+  std::string name;
+  qrel::frmSaveComparison(program).ShowUp(process, saved, name);
+  album.begin(QStringLiteral("run"), {});
+  qrel::frmSaveCompRun(program).ShowUp();
   album.begin(QStringLiteral("error"), {});
   qrel::ShowErrorReport(program, -2147217900, "Incorrect syntax near 'FORM'.", "mdlData", "GetAdoRS",
                         "SELECT * FORM Orders");

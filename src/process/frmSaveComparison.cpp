@@ -52,13 +52,14 @@ void frmSaveComparison::ShowUp(tSavedProcess process, bool& blnSaved, std::strin
   saved_ = false;
   FillSavedProcessList(program_, lstServers, names_);
   txtProcessName.setText(defaultName(program_, process_.strTable1));
-  txtProcessName.setFocus(true);
   reopen();
   program_.host.showModal(*this);
   if (!saved_) return;
   blnSaved = true;
   strSavedName = process_.strName;
 }
+
+void frmSaveComparison::activate() { txtProcessName.setFocus(true); }
 
 void frmSaveComparison::ok() {
   const std::string strName(trimBlanks(txtProcessName.text()));

@@ -27,6 +27,8 @@ class frmSaveComparison : public Form {
   // is True and strSavedName its name; otherwise both stay as they are.
   void ShowUp(tSavedProcess process, bool& blnSaved, std::string& strSavedName);
 
+  void activate() override;
+
  private:
   void ok();
   bool accepts(const std::string& strName);

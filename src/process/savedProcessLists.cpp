@@ -1,6 +1,7 @@
 #include "process/savedProcessLists.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <utility>
 
 #include "app/Program.h"
@@ -35,6 +36,11 @@ std::string takeLine(std::string_view& rest) {
   return line;
 }
 
+// What writers of this list left that were killed.
+void removeLeftovers(const std::string& strPath) {
+  for (const std::filesystem::path& each : files::temporaryFiles(strPath)) files::removeFile(each);
+}
+
 }  // namespace
 
 std::string ProcessListPath(std::int32_t lngId, const std::string& strFolder, bool blnSource) {
@@ -46,6 +52,7 @@ std::string ProcessListPath(std::int32_t lngId, const std::string& strFolder, bo
 void WriteProcessList(const std::vector<std::string>& arr, std::int32_t lngId, const std::string& strFolder,
                       std::int32_t lngCount, bool blnSource) {
   const std::string strPath = ProcessListPath(lngId, strFolder, blnSource);
+  removeLeftovers(strPath);
   if (lngCount < 1) {
     files::removeFile(strPath);
     return;

@@ -16,7 +16,8 @@ class Program;
 // "qrel_007_src.txt" or "qrel_007_tgt.txt" in the folder, which ends in a separator.
 std::string ProcessListPath(std::int32_t lngId, const std::string& strFolder, bool blnSource);
 
-// Writes the list's file whole, or removes it for a count below 1. Raises RuntimeError.
+// Writes the list's file whole, or removes it for a count below 1, and removes what killed writers of it left: one
+// writer at a time. Raises RuntimeError.
 void WriteProcessList(const std::vector<std::string>& arr, std::int32_t lngId, const std::string& strFolder,
                       std::int32_t lngCount, bool blnSource);
 // Empty when there is no file; one that can't be read raises RuntimeError.

@@ -238,6 +238,12 @@ TEST_F(BinderKindsTest, CheckListsTicksColumnsAndSelection) {
   choose(window, "chlRows", "c", Qt::ControlModifier);
   EXPECT_TRUE(form.chlRows.isSelected(0) && !form.chlRows.isSelected(1) && form.chlRows.isSelected(2));
   EXPECT_GE(events(), 2);
+  int clickedTwice = -1;
+  form.chlRows.onDoubleClick = [&] { clickedTwice = form.chlRows.firstSelected(); };
+  const QPoint place = view.visualRect(view.model()->index(1, 0)).center();
+  QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, view.viewport()->mapTo(&window, place));
+  EXPECT_EQ(clickedTwice, 1) << "the row is selected by then";
+  EXPECT_GE(events(), 1);
   // Other rows of the same number: nothing of the rows before is left to be seen or selected.
   form.chlRows.clear();
   for (const char* row : {"x", "y", "z"}) form.chlRows.add(row);

@@ -16,6 +16,8 @@
 #include "db/frmFilterBySchema.h"
 #include "desktop/formWindow.h"
 #include "desktop/text.h"
+#include "process/frmSaveCompRun.h"
+#include "process/frmSaveComparison.h"
 #include "report/frmExport.h"
 #include "report/frmReport.h"
 #include "tests/desktop/boundForm.h"
@@ -48,6 +50,8 @@ TEST(FormsTest, EveryFormFitsItsModel) {
   others.push_back(std::make_unique<frmCompareDataOptions>(program));
   others.push_back(std::make_unique<frmCompareStatus>(program));
   others.push_back(std::make_unique<frmCompareData>(program));
+  others.push_back(std::make_unique<frmSaveComparison>(program));
+  others.push_back(std::make_unique<frmSaveCompRun>(program));
 
   std::vector<Form*> forms{&main};
   for (const auto& each : others) forms.push_back(each.get());

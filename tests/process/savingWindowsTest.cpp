@@ -1,27 +1,16 @@
 // The windows that save a process and choose one, through a person's hands.
 #include <cerrno>
-#include <utility>
 
 #include "platform/fileFaults.h"
 #include "platform/files.h"
 #include "process/frmSaveCompRun.h"
-#include "process/frmSaveComparison.h"
-#include "tests/support.h"
+#include "tests/process/savedProcesses.h"
 
 namespace qrel {
 namespace {
 
-class SavingWindows : public ::testing::Test {
+class SavingWindows : public SavedProcesses {
  protected:
-  SavingWindows() {
-    program.main.gstrDataPath = test.folder.path().string() + "/";
-    program.main.gstrCompsIni = path("qrel_comps.ini");
-  }
-  std::string path(const std::string& file) const { return (test.folder.path() / file).string(); }
-  std::string lastBox() {
-    const auto shown = std::exchange(test.host.boxes, {});
-    return shown.size() == 1 ? shown[0].text : std::to_string(shown.size()) + " boxes";
-  }
   void store(const std::string& called, std::int32_t count = 0) {
     tSavedProcess process;
     process.strName = called;
@@ -40,8 +29,6 @@ class SavingWindows : public ::testing::Test {
     return frmSaveCompRun(program).ShowUp();
   }
 
-  TestProgram test;
-  Program& program = test.program;
   bool saved = false;
   std::string name = "before";
 };

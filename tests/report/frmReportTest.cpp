@@ -9,7 +9,7 @@
 #include "platform/files.h"
 #include "process/modSavedProcess.h"
 #include "report/modCopyToFile.h"
-#include "tests/process/savingPerson.h"
+#include "tests/process/savedProcesses.h"
 #include "tests/support.h"
 
 namespace qrel {

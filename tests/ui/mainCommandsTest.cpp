@@ -11,7 +11,7 @@
 #include "compare/structure/modMarkDifferences.h"
 #include "process/modSavedProcess.h"
 #include "report/frmReport.h"
-#include "tests/process/savingPerson.h"
+#include "tests/process/savedProcesses.h"
 #include "tests/ui/mainWindow.h"
 #include "ui/frmCompareAndPrint.h"
 

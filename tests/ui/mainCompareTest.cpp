@@ -7,7 +7,7 @@
 #include "platform/files.h"
 #include "process/modSavedProcess.h"
 #include "report/frmReport.h"
-#include "tests/process/savingPerson.h"
+#include "tests/process/savedProcesses.h"
 #include "tests/ui/mainWindow.h"
 
 namespace qrel {

@@ -7,7 +7,7 @@
 #include "report/frmExport.h"
 #include "tests/compare/data/twoTables.h"
 #include "tests/db/scriptedServer.h"
-#include "tests/process/savingPerson.h"
+#include "tests/process/savedProcesses.h"
 
 namespace qrel {
 namespace {
