@@ -3,6 +3,7 @@
 
 #include "app/trap.h"
 #include "compare/data/frmCompareDataOptions.h"
+#include "compare/data/frmCompareDataValidation.h"
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"
@@ -170,8 +171,7 @@ void frmCompareDataOptions::handToValidation(std::size_t side) {
     fields.arrFields[i] = cmbPK[side + 2 * i].text();
     fields.arrColDefs[i] = GetColumnString(fields.arrFields[i], fields.lngSide);
   }
-  const auto& steps = program_.state<KeyValidationSteps>();
-  if (steps.ShowUp) steps.ShowUp(fields);
+  frmCompareDataValidation(program_).ShowUp(fields);
 }
 
 }  // namespace qrel
