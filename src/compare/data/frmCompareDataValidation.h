@@ -27,7 +27,8 @@ struct KeyValidation {
 };
 
 enum class KeyValidationEnd : std::uint8_t {
-  NotDone,  // stopped, or something couldn't be read
+  NotDone,  // stopped, or something couldn't be read or asked
+  NoData,   // the table is empty
   Valid,
   Nulls,
   Duplicates,
