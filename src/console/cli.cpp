@@ -147,9 +147,13 @@ void addData(CLI::App& app, CommandLine& line) {
   CLI::App* data = app.add_subcommand("data", "Compare the records of tables, by position or by key");
   data->add_option("SOURCE", line.data.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
   data->add_option("TARGET", line.data.target)->required();
-  data->add_option("--table", line.data.tables, "the table; several are compared in turn")
-      ->required()
-      ->allow_extra_args(false);
+  CLI::Option* table = data->add_option("--table", line.data.tables, "the table; several are compared in turn")
+                           ->allow_extra_args(false);
+  CLI::Option* tables =
+      data->add_option("--tables", line.data.selected, "these tables in one report, with commas between");
+  CLI::Option* all = data->add_flag("--all", line.data.all, "all tables in one report");
+  data->add_option("--report", line.data.report, "write that report to this file too");
+  data->add_flag("--validate", line.data.validate, "don't compare: does the key tell the records of each side apart?");
   data->add_option("--target-table", line.data.targetTable, "the Target's table when its name is another");
   data->add_option("--key", line.data.keys[0], "compare by key: up to three columns with commas between");
   data->add_option("--target-key", line.data.keys[1], "the Target's key columns when their names are others");
@@ -166,7 +170,25 @@ void addData(CLI::App& app, CommandLine& line) {
   csv->excludes(html);
   addSave(data, line.data.save);
   data->footer("Without key, order and offset each table is compared as was last chosen for it in the window.");
-  data->callback([&line] { line.command = [&line](Console& console) { return runData(console, line.data); }; });
+  for (CLI::Option* many : {tables, all})
+    for (CLI::Option* other : data->get_options())
+      for (const char* ofOne : {"table", "target-table", "key", "target-key", "sort", "target-sort", "offset",
+                                "target-offset", "validate", "csv", "html"})
+        if (other->check_lname(ofOne)) many->excludes(other);
+  tables->excludes(all);
+  data->callback([&line, table] {
+    const DataArguments& given = line.data;
+    const bool many = given.all || !given.selected.empty();
+    if (!many && table->count() == 0) throw CLI::RequiredError("--table, --tables or --all");
+    if (!many && !given.report.empty()) throw CLI::RequiresError("--report", "--tables or --all");
+    if (given.save.given() && given.validate) throw CLI::ExcludesError("--save", "--validate");
+    // A process keeps the told form alone.
+    if (given.save.given() && given.rfc4180) throw CLI::ExcludesError("--save", "--rfc4180");
+    if (given.validate && given.keys[0].empty()) throw CLI::RequiresError("--validate", "--key");
+    line.command = [&given, many](Console& console) {
+      return given.validate ? runValidate(console, given) : many ? runDataAll(console, given) : runData(console, given);
+    };
+  });
 }
 
 void describe(CLI::App& app, CommandLine& line) {

@@ -55,6 +55,10 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments);
 struct DataArguments {
   std::string source, target;
   std::vector<std::string> tables;
+  std::string selected;           // or several in one report, with commas between
+  bool all = false;               // or all in one report
+  std::string report;             // file of that report
+  bool validate = false;          // test the keys of a single table instead
   std::string targetTable;        // of a single table; empty: the same name
   std::string keys[2];            // column names with commas between, of Source and Target; a pair with no Target's
   std::string sorts[2];           // uses the Source's
@@ -67,7 +71,12 @@ struct DataArguments {
     return !keys[0].empty() || !keys[1].empty() || !sorts[0].empty() || !sorts[1].empty() || offsets[0] || offsets[1];
   }
 };
+// Table by table, each with what differs.
 ExitCode runData(Console& console, const DataArguments& arguments);
+// Many tables, one report.
+ExitCode runDataAll(Console& console, const DataArguments& arguments);
+// Whether the key tells the records of each side apart.
+ExitCode runValidate(Console& console, const DataArguments& arguments);
 
 struct RunArguments {
   std::string process;     // name or id

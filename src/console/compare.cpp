@@ -100,7 +100,7 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
     process.strEncObjTypes = ObjectTypeFlags(type);
     process.strTable1 = Workspace::selectedText(workspace.pvlSqlObj[0]);
     process.strTable2 = Workspace::selectedText(workspace.pvlSqlObj[1]);
-    saveProcess(console, arguments.save, sides, std::move(process));
+    saveProcess(console, arguments.save, {&sides[0], &sides[1]}, std::move(process));
   }
   return steps.different ? ExitCode::Different : ExitCode::Identical;
 }

@@ -1,25 +1,12 @@
 // The comparison of whole databases.
-#include <algorithm>
-#include <ostream>
-
-#include "compare/structure/modCompareAll.h"
+#include "console/bulkRun.h"
 #include "console/commands.h"
 #include "console/panel.h"
-#include "console/verdict.h"
-#include "platform/error.h"
 #include "platform/text.h"
-#include "platform/visibleText.h"
-#include "report/modCopyToFile.h"
 
 namespace qrel {
 
 namespace {
-
-// The window of a run without a person: it has the controls and nothing to show them.
-class RunWindow : public Form {
- public:
-  RunWindow() : Form("frmCompareAll") {}
-};
 
 // Checks the boxes of "tables,views" or "all".
 void checkTypes(Program& program, CompareAllControls& controls, const std::string& types) {
@@ -33,23 +20,6 @@ void checkTypes(Program& program, CompareAllControls& controls, const std::strin
     if (type == objConstraints) program.settings.AnalyzeConstraints = true;
     controls.chkObjType[static_cast<std::size_t>(CompareAllIndex(type))].setChecked(true);
   }
-}
-
-// What happens while the run yields: Ctrl+C stops it, a terminal shows where it is.
-void watchRun(Console& console, CompareAllControls& controls) {
-  console.host.onDoEvents = [&console, &controls] {
-    if (stopRequested()) console.program.state<modCompareAllState>().gblnCancelCompare = true;
-    if (console.progress)
-      console.err << '\r' << controls.lblTime.text() << ' ' << visibleText(controls.lblCurProcName.text()) << "\033[K"
-                  << std::flush;
-  };
-}
-
-ExitCode verdict(Console& console, bool complete) {
-  const modCompareAllState& state = console.program.state<modCompareAllState>();
-  if (!tellIncomplete(console) || !complete)
-    return state.lngTypesRead > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
-  return state.lngDifferent + state.lngSourceOnly + state.lngTargetOnly > 0 ? ExitCode::Different : ExitCode::Identical;
 }
 
 // The process that this run is. Throws CommandFailure for one that no kind of process stands for.
@@ -79,48 +49,28 @@ tSavedProcess processOf(const CompareArguments& arguments) {
 
 ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
   Program& program = console.program;
-  RunWindow window;
-  CompareAllControls controls(window);
-  checkTypes(program, controls, arguments.types);
+  BulkRun run(console);
+  checkTypes(program, run.controls(), arguments.types);
   checkSave(console, arguments.save, arguments.source, arguments.target);
   tSavedProcess process = arguments.save.given() ? processOf(arguments) : tSavedProcess();
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
-  const ReadWatch reads(program);
-  const std::size_t reports = console.host.errorReports();
   Workspace workspace;
   for (const int side : {0, 1}) {
     openPanel(console, workspace, sides[side], side);
     filterSchemas(console, sides[side], side, arguments.schemas[side]);
   }
-
-  CompareAllInput input;
-  input.arrDatabases = {sides[0].database, sides[1].database};
-  input.blnDetails = arguments.details;
-  input.shownName = visibleText;
-  input.blnSelective = !arguments.only.empty();
-  input.selection.arrSelectedSource = input.selection.arrSelectedTarget = arguments.only;
-  input.selection.lngSelectedSource = input.selection.lngSelectedTarget = static_cast<long>(arguments.only.size());
-  watchRun(console, controls);
+  run.input.blnDetails = arguments.details;
+  run.select(arguments.only, arguments.only);
   std::string flags;
-  const bool finished = CompareAll_Structure(program, controls, flags, input);
-  console.host.onDoEvents = nullptr;
-  if (console.progress) console.err << "\r\033[K";
-  if (!finished) {
-    if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
-    return ExitCode::CannotRead;
-  }
-  program.report.gstrReportText = visibleLines(program.report.gstrReportText);
-  console.out << replaceAll(program.report.gstrReportText, "\r\n", "\n") << '\n';
-  std::string path;
-  if (!arguments.report.empty() &&
-      !CopyToFile(program, program.report.gstrReportText, "Report", path, arguments.report))
-    return ExitCode::CannotRead;
-  if (arguments.save.given()) {
+  const ExitCode code = run.run({&sides[0], &sides[1]}, arguments.report,
+                                [&](CompareAllControls& controls, const CompareAllInput& input) {
+                                  return CompareAll_Structure(program, controls, flags, input);
+                                });
+  if (arguments.save.given() && code != ExitCode::CannotRead) {
     if (process.strEncObjTypes.empty()) process.strEncObjTypes = flags;
-    saveProcess(console, arguments.save, sides, std::move(process));
+    saveProcess(console, arguments.save, {&sides[0], &sides[1]}, std::move(process));
   }
-  const bool complete = !sides[0].incomplete && !sides[1].incomplete && !reads.failed();
-  return verdict(console, complete && console.host.errorReports() == reports);
+  return code;
 }
 
 }  // namespace qrel

@@ -7,8 +7,8 @@
 #include "console/commands.h"
 #include "console/differencesTable.h"
 #include "console/panel.h"
+#include "console/tableColumns.h"
 #include "db/mdlObjects.h"
-#include "db/mdlQueryCode.h"
 #include "db/modSchema.h"
 #include "db/readFailures.h"
 #include "platform/files.h"
@@ -19,8 +19,6 @@
 namespace qrel {
 
 namespace {
-
-constexpr std::size_t mostKeys = 3;
 
 // What happens while the run yields: Ctrl+C stops it, a terminal shows where it is.
 class Watch {
@@ -54,44 +52,6 @@ class Watch {
   std::int64_t told_ = 0;
 };
 
-// The names of the columns that take part.
-std::vector<std::string> columnsOf(Console& console, const tDataCompRequest& request, std::size_t side) {
-  Program& program = console.program;
-  std::string strText;
-  std::vector<tTableColumn> arrColumns;
-  std::vector<std::string> arrIgnored, names;
-  long lngUpper = -1;
-  long lngIgnored = 0;
-  if (!GetTableStructure(program, program.main.gtypSelServ[side], request.arrDbs[side], request.arrTables[side],
-                         strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored, request.arrObjIds[side], "",
-                         ignoredColsData))
-    throw CommandFailure{ExitCode::CannotRead, "The columns of table " + request.arrTables[side] + " can't be read."};
-  for (const tTableColumn& column : arrColumns) names.push_back(column.strName);
-  return names;
-}
-
-// "a,b" as the table's own names, the places behind them empty. Throws CommandFailure for a name that it doesn't have.
-std::array<std::string, 3> columnNames(Console& console, const tDataCompRequest& request, std::size_t side,
-                                       const std::string& list) {
-  std::array<std::string, 3> names;
-  if (list.empty()) return names;
-  const std::vector<std::string> columns = columnsOf(console, request, side);
-  const std::vector<std::string> words = splitAt(list, ',');
-  if (words.size() > mostKeys) throw CommandFailure{ExitCode::Usage, "\"" + list + "\" names more than three columns."};
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string word(trimBlanks(words[i]));
-    auto found = std::find(columns.begin(), columns.end(), word);
-    if (found == columns.end())
-      found = std::find_if(columns.begin(), columns.end(), [&](const auto& each) { return equalNoCase(each, word); });
-    if (found == columns.end())
-      throw CommandFailure{ExitCode::Usage,
-                           "There is no column \"" + word + "\" to compare by in table " + request.arrTables[side] +
-                               " of " + console.program.main.gtypSelServ[side].Name + "/" + request.arrDbs[side] + "."};
-    names[i] = *found;
-  }
-  return names;
-}
-
 // Keys, order and offsets from the command line, as they stand instead of the stored ones.
 tDataCompSettings givenSettings(Console& console, const DataArguments& arguments, const tDataCompRequest& request) {
   tDataCompSettings settings;
@@ -99,11 +59,8 @@ tDataCompSettings givenSettings(Console& console, const DataArguments& arguments
   settings.lngCompMethod = byKey ? compPrimaryKey : compRecordByRecord;
   settings.blnDefaultOrder = false;
   for (const std::size_t side : {0u, 1u}) {
-    const auto ofSide = [side](const std::string(&both)[2]) {
-      return both[side].empty() ? both[1 - side] : both[side];
-    };
-    const auto keys = columnNames(console, request, side, ofSide(arguments.keys));
-    const auto sorts = columnNames(console, request, side, ofSide(arguments.sorts));
+    const auto keys = columnNames(console, request, side, listOfSide(arguments.keys, side));
+    const auto sorts = columnNames(console, request, side, listOfSide(arguments.sorts, side));
     settings.arrSides[side] = {sorts[0], sorts[1], sorts[2], arguments.offsets[side].value_or(0),
                                keys[0],  keys[1],  keys[2]};
   }
@@ -179,7 +136,7 @@ void save(Console& console, const DataArguments& arguments, const Side (&sides)[
   process.strExportFilePath = absolutePath(arguments.html.empty() ? arguments.csv : arguments.html);
   process.lngExportType = !arguments.html.empty() ? exportHtml : !arguments.csv.empty() ? exportCsv : exportNone;
   process.blnCSVWrapInQuot = arguments.quote;
-  saveProcess(console, arguments.save, sides, std::move(process));
+  saveProcess(console, arguments.save, {&sides[0], &sides[1]}, std::move(process));
 }
 
 // Compares one pair and prints what came out.

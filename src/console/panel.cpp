@@ -77,8 +77,6 @@ void requireObjects(Console& console, Workspace& workspace, const Side& side, in
                                                    side.server.Name + "/" + side.database + " can't be read."};
 }
 
-namespace {
-
 std::vector<std::size_t> rowsNamed(const CheckList& list, const std::string& name) {
   std::vector<std::size_t> exact, noCase, bare;
   for (std::size_t row = 0; row < list.count(); ++row) {
@@ -90,8 +88,6 @@ std::vector<std::size_t> rowsNamed(const CheckList& list, const std::string& nam
   }
   return !exact.empty() ? exact : !noCase.empty() ? noCase : bare;
 }
-
-}  // namespace
 
 void selectObject(Console& console, Workspace& workspace, const Side& side, int index, const std::string& name) {
   CheckList& list = workspace.pvlSqlObj[at(index)];

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "app/Workspace.h"
 #include "console/console.h"
@@ -18,6 +19,8 @@ void filterSchemas(Console& console, const Side& side, int index, const std::str
 bool listObjects(Console& console, Workspace& workspace, const Side& side, int index, long type);
 // The same for a command that has nothing to do without the list: throws CommandFailure.
 void requireObjects(Console& console, Workspace& workspace, const Side& side, int index, long type);
+// The rows of that name as listed; failing that of one without regard to case, failing that without its schema.
+std::vector<std::size_t> rowsNamed(const CheckList& list, const std::string& name);
 // Selects an object by its name as listed; failing that by a name without regard to case, also without its schema.
 // Throws CommandFailure when there is none or several.
 void selectObject(Console& console, Workspace& workspace, const Side& side, int index, const std::string& name);

@@ -55,14 +55,15 @@ void checkSave(Console& console, const SaveArguments& arguments, const std::stri
                            "Comparison process with name " + name + " already exists: --replace overwrites it."};
 }
 
-void saveProcess(Console& console, const SaveArguments& arguments, const Side (&sides)[2], tSavedProcess process) {
+void saveProcess(Console& console, const SaveArguments& arguments, const std::array<const Side*, 2>& sides,
+                 tSavedProcess process) {
   process.strName = arguments.name;
   process.blnPrint = arguments.print;
   process.blnAutoClose = arguments.autoClose;
-  process.strServer1 = sides[0].server.Name;
-  process.strDb1 = sides[0].database;
-  process.strServer2 = sides[1].server.Name;
-  process.strDb2 = sides[1].database;
+  process.strServer1 = sides[0]->server.Name;
+  process.strDb1 = sides[0]->database;
+  process.strServer2 = sides[1]->server.Name;
+  process.strDb2 = sides[1]->database;
   if (!SaveComparisonProcess(console.program, process))
     throw CommandFailure{ExitCode::CannotRead, "Comparison process not saved."};
   console.changed = true;

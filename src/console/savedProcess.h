@@ -1,6 +1,7 @@
 // Saved processes on the console: finding one, and saving what a command has compared.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,8 @@ struct SaveArguments {
 // is compared.
 void checkSave(Console& console, const SaveArguments& arguments, const std::string& source, const std::string& target);
 // Fills in servers, databases and what the arguments say, and saves. Throws CommandFailure when that fails.
-void saveProcess(Console& console, const SaveArguments& arguments, const Side (&sides)[2], tSavedProcess process);
+void saveProcess(Console& console, const SaveArguments& arguments, const std::array<const Side*, 2>& sides,
+                 tSavedProcess process);
 // As it is stored: from any folder.
 std::string absolutePath(const std::string& file);
 

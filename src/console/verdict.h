@@ -5,7 +5,7 @@
 
 namespace qrel {
 
-// Names on `err` what the last structure run has no verdict on, or less of one than was asked for. False when there is
+// Names on `err` what the last run over whole databases has no verdict on, or less of one than was asked for. False when there is
 // such an object.
 bool tellIncomplete(Console& console);
 

@@ -154,7 +154,7 @@ std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, co
     rs.reset();
     const ErrorInfo info = describeError(error);
     noteFailure(program, server.Name, strDb, info);
-    if (!program.mdlData.gblnNoConnErrMsg)
+    if (!program.mdlData.gblnNoConnErrMsg && info.number != errorNumber::cancelled)
       program.host.messageBox("Server connection failed.\r\n\r\nRun time error: " + std::to_string(info.number) +
                                   "\r\n" + info.description + "\r\n\r\nCommand failed: \r\n\r\n" + strSql.shown(),
                               Icon::Warning);
@@ -301,7 +301,7 @@ bool NullExistsInColumn(Program& program, const tServer& server, const std::stri
   return trap(program, "mdlData", "NullExistsInColumn", false, [&] {
     RecordsetPtr rs;
     SqlText strSql = "IF EXISTS (SELECT TOP (1) ";
-    strSql << inBrackets(strColumn) << " FROM " << inBrackets(strTable) << " WHERE " << inBrackets(strColumn)
+    strSql << inBrackets(strColumn) << " FROM " << asName(strTable) << " WHERE " << inBrackets(strColumn)
            << "  IS NULL) SELECT 1 ELSE SELECT 0";
     if (GetAdoRS(program, server, adCmdText, strSql, rs, strDb) == -1 || !hasRecords(rs)) return false;
     const Field field = rs->Fields(0);

@@ -40,7 +40,8 @@ struct AdoExtras {
 std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const SqlText& strSql, RecordsetPtr& rs,
                       const std::string& strDb, AdoExtras* extras = nullptr);
 
-// The same on an open connection, 0 or -1; a failure shows a warning with the command unless gblnNoConnErrMsg is set.
+// The same on an open connection, 0 or -1; a failure shows a warning with the command unless gblnNoConnErrMsg is set or
+// the command was stopped.
 std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, const tServer& server, int commandType,
                            const SqlText& strSql, RecordsetPtr& rs);
 
@@ -68,7 +69,8 @@ std::string GetServerVersion(Program& program, const tServer& server);
 // The major version: the number before the first point, 0 for an empty text.
 std::int32_t GetVersionNumber(const std::string& strVersion);
 
-// True when a record of the table holds Null in that column. A failure is False.
+// True when a record of the table holds Null in that column. strTable comes bare or as GetExtendedObjectName gives it. A
+// failure is False, after its report.
 bool NullExistsInColumn(Program& program, const tServer& server, const std::string& strDb, const std::string& strTable,
                         const std::string& strColumn);
 

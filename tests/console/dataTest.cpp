@@ -103,7 +103,7 @@ TEST_F(DataCommand, TellsWhatIsWrong) {
            {{"--table", "Item", "--sort", "Id,Part,Price,Id"}, 2, "names more than three columns"},
            {{"--table", "Item", "--table", "Same", "--target-table", "Item2"}, 2, "one --table only"},
            {{"--table", "Item", "--offset", "0"}, 2, "--offset"},
-           {{}, 2, "--table is required"}}) {
+           {{}, 2, "--table, --tables or --all is required"}}) {
     EXPECT_EQ(data(each.arguments), each.code) << each.words;
     EXPECT_TRUE(told(each.words)) << err;
     EXPECT_EQ(out, "");

@@ -4,6 +4,7 @@
 #include "app/frmErrorReport.h"
 #include "compare/data/frmCompareData.h"
 #include "compare/data/frmCompareDataOptions.h"
+#include "compare/data/frmCompareDataValidation.h"
 #include "compare/data/frmCompareStatus.h"
 #include "compare/structure/frmColorSchema.h"
 #include "compare/structure/frmCompareAll.h"
@@ -49,6 +50,7 @@ TEST(FormsTest, EveryFormFitsItsModel) {
   others.push_back(std::make_unique<frmIgnoreColumnsView>(program));
   others.push_back(std::make_unique<frmCompareDataOptions>(program));
   others.push_back(std::make_unique<frmCompareStatus>(program));
+  others.push_back(std::make_unique<frmCompareDataValidation>(program));
   others.push_back(std::make_unique<frmCompareData>(program));
   others.push_back(std::make_unique<frmSaveComparison>(program));
   others.push_back(std::make_unique<frmSaveCompRun>(program));

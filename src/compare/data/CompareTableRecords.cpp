@@ -11,27 +11,12 @@
 #include "compare/data/dataValues.h"
 #include "compare/data/frmCompareData.h"
 #include "compare/data/frmCompareStatus.h"
+#include "compare/data/readScopes.h"
 #include "db/mdlData.h"
 
 namespace qrel {
 
 namespace {
-
-// Another cursor location for a while.
-class CursorScope {
- public:
-  CursorScope(Program& program, int location)
-      : location_(program.settings.glngCursorLocation), before_(program.settings.glngCursorLocation) {
-    location_ = location;
-  }
-  ~CursorScope() { location_ = before_; }
-  CursorScope(const CursorScope&) = delete;
-  CursorScope& operator=(const CursorScope&) = delete;
-
- private:
-  std::int32_t& location_;
-  std::int32_t before_;
-};
 
 class RecordComparison {
  public:

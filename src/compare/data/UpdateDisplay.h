@@ -19,8 +19,8 @@ class ElapsedTimeWindow {
 inline constexpr std::int32_t recordsPerYield = 64;
 
 // Shows that record lngRec of lngMinRecs is at work and lets the window system run, for the first, every
-// recordsPerYield-th, the last record and those behind it. An error is reported and the run goes on.
+// recordsPerYield-th, the last record and those behind it; blnAlways for any. An error is reported and the run goes on.
 void UpdateDisplay(Program& program, ElapsedTimeWindow& frmStatus, std::int32_t lngRec, std::int32_t lngMinRecs,
-                   Label& lblCurRec, ProgressBar& progress);
+                   Label& lblCurRec, ProgressBar& progress, bool blnAlways = false);
 
 }  // namespace qrel

@@ -3,6 +3,7 @@
 
 #include "app/trap.h"
 #include "compare/data/frmCompareDataOptions.h"
+#include "compare/data/frmCompareDataValidation.h"
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"
@@ -120,6 +121,7 @@ std::string frmCompareDataOptions::GetColumnString(const std::string& strColumn,
 
 void frmCompareDataOptions::ValidateFieldsSelection(long lngSide) {
   Host& host = program_.host;
+  program_.state<KeyValidationState>().lngEnd = KeyValidationEnd::NotDone;
   if (!optGen[compPrimaryKey].chosen()) {
     host.messageBox("You can validlate fields selection only when Primary Key/Index comparison method is used.");
     return;
@@ -149,6 +151,7 @@ void frmCompareDataOptions::ValidateFieldsSelection(long lngSide) {
 void frmCompareDataOptions::handToValidation(std::size_t side) {
   constexpr const char* title = "Validate Fields Selection";
   tServer& server = program_.main.gtypSelServ[side];
+  KeyValidationEnd& lngEnd = program_.state<KeyValidationState>().lngEnd;
   KeyValidation fields;
   fields.strServer = tables_.arrServers[side];
   fields.strDb = tables_.arrDbs[side];
@@ -163,6 +166,7 @@ void frmCompareDataOptions::handToValidation(std::size_t side) {
     return;
   }
   if (fields.lngRecs == 0) {
+    lngEnd = KeyValidationEnd::NoData;
     program_.host.messageBox("Table " + fields.strTable + " doesn't contain any data.", Icon::Information, title);
     return;
   }
@@ -170,8 +174,7 @@ void frmCompareDataOptions::handToValidation(std::size_t side) {
     fields.arrFields[i] = cmbPK[side + 2 * i].text();
     fields.arrColDefs[i] = GetColumnString(fields.arrFields[i], fields.lngSide);
   }
-  const auto& steps = program_.state<KeyValidationSteps>();
-  if (steps.ShowUp) steps.ShowUp(fields);
+  frmCompareDataValidation(program_).ShowUp(fields);
 }
 
 }  // namespace qrel

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,22 +19,6 @@ namespace qrel {
 struct DataCompTables {
   std::array<std::string, 2> arrServers, arrDbs, arrTables;
   std::array<long, 2> arrObjIds{};
-};
-
-// Key fields of one table that are to be tested for Nulls and duplicates.
-struct KeyValidation {
-  std::string strServer, strDb;
-  std::string strExtName;  // the table as it stands in SQL
-  std::string strTable;
-  long lngObjId = 0;
-  std::int32_t lngRecs = 0;              // records of the table, at least 1
-  std::array<std::string, 3> arrFields;  // noField where there is none
-  long lngSide = 0;
-  std::array<std::string, 3> arrColDefs;  // the columns' lines in the table's text; empty for noField
-};
-// Opens the window that tests them; set by the part that has it.
-struct KeyValidationSteps {
-  std::function<void(const KeyValidation& fields)> ShowUp;
 };
 
 class frmCompareDataOptions : public Form {
@@ -80,7 +63,8 @@ class frmCompareDataOptions : public Form {
   bool ValidateIgnoredColumns(long lngChecked1, long lngChecked2, long lngIgnored1, long lngIgnored2,
                               const std::vector<std::string>& astrIgnored1,
                               const std::vector<std::string>& astrIgnored2);
-  // Tests a side's key fields as far as the window can, and hands them to the window that reads the records.
+  // Tests a side's key fields as far as the window can, and hands them to frmCompareDataValidation, which reads the
+  // records.
   void ValidateFieldsSelection(long lngSide);
   // A column's line in its table's text, found without case; empty for any other text.
   std::string GetColumnString(const std::string& strColumn, long lngSide) const;

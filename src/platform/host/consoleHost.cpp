@@ -55,7 +55,7 @@ Answer answerOf(Buttons buttons, int defaultButton) {
 
 Answer ConsoleHost::messageBox(const std::string& text, Icon, const std::string& title, Buttons buttons,
                                int defaultButton) {
-  tell(title, text);
+  if (!tellBox || !tellBox(title, text)) tell(title, text);
   return answerOf(buttons, defaultButton);
 }
 

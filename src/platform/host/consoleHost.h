@@ -21,6 +21,8 @@ class ConsoleHost : public Host {
   Form* shown() const { return shown_; }
   // Windows with a message of their own (error reports) shown so far.
   std::size_t errorReports() const { return errorReports_; }
+  // Asked first how a message box is told; true: it has been.
+  std::function<bool(const std::string& title, const std::string& text)> tellBox;
   // Asked first how a modal window without an action is told; true: it has been.
   std::function<bool(Form&)> tellWindow;
   // Told of each modal window once it has been activated, before it is closed.

@@ -343,9 +343,7 @@ TEST_F(DataOptions, TheWindowCanBeSwitchedOffAtOnce) {
   EXPECT_EQ(boxes(), "");
 }
 
-TEST_F(DataOptions, KeyFieldsGoToTheirTestOnceThereIsSomethingToTest) {
-  std::vector<KeyValidation> calls;
-  program.state<KeyValidationSteps>().ShowUp = [&](const KeyValidation& fields) { calls.push_back(fields); };
+TEST_F(DataOptions, KeyFieldsAreTestedOnceThereIsSomethingToTest) {
   show([&](frmCompareDataOptions& form) {
     form.ValidateFieldsSelection(0);
     EXPECT_EQ(boxes(), "You can validlate fields selection only when Primary Key/Index comparison method is used.");
@@ -356,17 +354,16 @@ TEST_F(DataOptions, KeyFieldsGoToTheirTestOnceThereIsSomethingToTest) {
     pick(form.cmbPK[1], "More");
     form.cmdValidate[1].personClicks();
     EXPECT_EQ(boxes(), "Table u doesn't contain any data.");
-    test.load("S", "B", "INSERT INTO u (Id, name) VALUES (1, 'a')\n");
-    pick(form.cmbPK[3], "name");
+    pick(form.cmbPK[3], "More");
     form.cmdValidate[1].personClicks();
+    EXPECT_EQ(boxes(), "Field More is selected more than once - please make sure that the selected fields are unique.");
+    test.load("S", "B", "INSERT INTO u (Id, name, More) VALUES (1, 'a', 5), (2, 'a', 5)\n");
+    pick(form.cmbPK[3], "name");
+    test.host.windows.push_back([](Form&) {});
+    form.cmdValidate[1].personClicks();
+    EXPECT_EQ(test.host.shown.back(), "frmCompareDataValidation");
   });
-  EXPECT_EQ(boxes(), "");
-  ASSERT_EQ(calls.size(), 1u);
-  EXPECT_EQ(calls[0].strExtName, "[u]");
-  EXPECT_EQ(calls[0].lngRecs, 1);
-  EXPECT_EQ(calls[0].lngSide, 1);
-  EXPECT_EQ(calls[0].arrFields, (std::array<std::string, 3>{"More", "name", "No Field"}));
-  EXPECT_EQ(calls[0].arrColDefs, (std::array<std::string, 3>{"[More] [int] NULL", "[name] [varchar] (10) NULL", ""}));
+  EXPECT_EQ(boxes().substr(0, 64), "Selected fields (More, name) contain duplicate values (5,a) and ");
 }
 
 TEST_F(DataOptions, ATableThatCanNotBeReadIsToldAndTheWindowOpens) {
