@@ -128,8 +128,7 @@ std::string differencesNote(const tExportSource& source, std::int32_t lngLimitCo
 }
 
 void appendField(std::string& out, std::string_view text, const tCsvForm& form) {
-  const bool wrapped =
-      form.blnWrapInQuot || (form.rfc4180 && text.find_first_of(",\"\r\n") != std::string_view::npos);
+  const bool wrapped = form.blnWrapInQuot || (form.rfc4180 && text.find_first_of(",\"\r\n") != std::string_view::npos);
   if (wrapped) out += '"';
   if (form.rfc4180)
     out += replaceAll(text, "\"", "\"\"");

@@ -172,7 +172,8 @@ std::string frmExport::askForFile(const Format& format) {
   Host& host = program_.host;
   const PointerScope pointer(host, Pointer::Default);
   const FileDialog dialog{format.dialogTitle, format.filter,
-                    program_.main.gstrDataPath + GetDefaultExportFileName(host, format.extension), format.extension};
+                          program_.main.gstrDataPath + GetDefaultExportFileName(host, format.extension),
+                          format.extension};
   std::string strPath = host.saveFileDialog(dialog);
   if (strPath.empty()) {
     host.beep();
@@ -211,8 +212,7 @@ bool frmExport::takesRow(std::int32_t lngRow) {
 }
 
 void frmExport::offerToView(const Format& format, const std::string& strPath) {
-  const std::string strQuestion =
-      format.written + ("\r\n\r\n'" + strPath + "'\r\n\r\n") + format.viewQuestion;
+  const std::string strQuestion = format.written + ("\r\n\r\n'" + strPath + "'\r\n\r\n") + format.viewQuestion;
   if (program_.host.messageBox(strQuestion, Icon::Question, format.viewTitle, Buttons::YesNo) != Answer::Yes) return;
   constexpr int notLaunched = -1;
   if (!program_.host.openUrl(strPath))

@@ -28,9 +28,9 @@ struct tExportRequest {
 };
 
 struct tExportResult {
-  bool blnOK = false;         // written as a whole
-  std::string strPath;        // of the file; empty unless blnOK
-  std::int32_t lngType = 0;   // exportHtml or exportCsv, also of an export that failed; 0: none was begun
+  bool blnOK = false;        // written as a whole
+  std::string strPath;       // of the file; empty unless blnOK
+  std::int32_t lngType = 0;  // exportHtml or exportCsv, also of an export that failed; 0: none was begun
   bool blnWrapInQuot = false;
 };
 
@@ -39,8 +39,8 @@ class frmExport : public Form {
   explicit frmExport(Program& program);
 
   std::array<OptionButton, 2> optGen{{OptionButton("optGen(0)"), OptionButton("optGen(1)")}};  // HTML, CSV
-  Label lblGen0{"lblGen(0)"};  // words before lblGen1
-  Label lblGen1{"lblGen(1)"};  // "5 of 1,234"
+  Label lblGen0{"lblGen(0)"};                                                                  // words before lblGen1
+  Label lblGen1{"lblGen(1)"};                                                                  // "5 of 1,234"
   qrel::ProgressBar ProgressBar{"ProgressBar"};
   Button cmdOK{"cmdOK"};
   Button cmdCancel{"cmdCancel"};

@@ -87,7 +87,8 @@ class Export : public ::testing::Test {
 };
 
 TEST_F(Export, DifferencesAsHtml) {
-  fill(grid, {{"Row", " Name ", "Note"}, {"1", "  <b>A & B</b> ", "Null"}, {"1", "say \"x\"", "1,5\r\n2"}, {"2", "", ""}});
+  fill(grid,
+       {{"Row", " Name ", "Note"}, {"1", "  <b>A & B</b> ", "Null"}, {"1", "say \"x\"", "1,5\r\n2"}, {"2", "", ""}});
   grid.paint(1, 1, 0, 2, 0xFFFF00);
   grid.paint(2, 2, 0, 2, 0x80FFFF);
   grid.setTextColour(1, 1, red);
@@ -98,10 +99,26 @@ TEST_F(Export, DifferencesAsHtml) {
       "<p align='center'><b> Differences between data in tables 'a' and 'b'</b><p> Source Table: a<br> Target Table: "
       "b<p>",
       "<TABLE BGCOLOR = \"000000\" WIDTH = \"100%\">",
-      "<TR>", th("Row"), th("Name"), th("Note"), "</TR>",
-      "<TR>", td("CCCCC", "000000", "1"), td("00FFFF", "FF0000", "<b>A & B</b>"), td("00FFFF", "000000", "Null"), "</TR>",
-      "<TR>", td("CCCCC", "452301", "1"), td("FFFF80", "000000", "say \"x\""), td("FFFF80", "000000", "1,5\r\n2"), "</TR>",
-      "<TR>", td("CCCCC", "000000", "2"), td("FFFFFF", "000000", ""), td("FFFFFF", "000000", ""), "</TR>",
+      "<TR>",
+      th("Row"),
+      th("Name"),
+      th("Note"),
+      "</TR>",
+      "<TR>",
+      td("CCCCC", "000000", "1"),
+      td("00FFFF", "FF0000", "<b>A & B</b>"),
+      td("00FFFF", "000000", "Null"),
+      "</TR>",
+      "<TR>",
+      td("CCCCC", "452301", "1"),
+      td("FFFF80", "000000", "say \"x\""),
+      td("FFFF80", "000000", "1,5\r\n2"),
+      "</TR>",
+      "<TR>",
+      td("CCCCC", "000000", "2"),
+      td("FFFFFF", "000000", ""),
+      td("FFFFFF", "000000", ""),
+      "</TR>",
       "</TABLE></BODY></HTML>",
       "<p align='center'><b> In S: 1,000<br> In T: 2<br> Different: 3</b>"};
   tExportRequest request;
@@ -127,8 +144,8 @@ TEST_F(Export, ViewerAsHtmlHasRowsOfTwoColoursAndTheRecordsLoaded) {
     return lines({"<HTML><HEAD><TITLE>Data Differences </TITLE></HEAD>", "<BODY BGCOLOR = \"FFFFFF\">",
                   "<p align='center'><b> Viewer</b><p> Table: t<br> " + detail + "<p>",
                   "<TABLE BGCOLOR = \"000000\" WIDTH = \"100%\">", "<TR>", th("Row"), th("v"), "</TR>", "<TR>",
-                  td("CCCCC", "000000", "1"), td("FFFFFF", "000000", "a"), "</TR>", "<TR>",
-                  td("CCCCC", "000000", "2"), td("00FFFF", "FF0000", "b"), "</TR>", "</TABLE></BODY></HTML>"});
+                  td("CCCCC", "000000", "1"), td("FFFFFF", "000000", "a"), "</TR>", "<TR>", td("CCCCC", "000000", "2"),
+                  td("00FFFF", "FF0000", "b"), "</TR>", "</TABLE></BODY></HTML>"});
   };
   EXPECT_EQ(exported(exportFromDataView, exportHtml, request), expected(""));
   source.blnCurRecVisible = true;
@@ -147,18 +164,36 @@ TEST_F(Export, AnalyzerRowsOfImagesHaveNoValues) {
   report.paint(1, 3, 0, 3, 0xC0FFFF);
   report.setTextColour(2, 3, 0xFF0000);
   source.strCaption = "Data Analyzer     Table: t";
-  EXPECT_EQ(
-      exported(exportFromDataAnalyze, exportHtml),
-      lines({"<HTML><HEAD><TITLE>Data Differences  </TITLE></HEAD>", "<BODY BGCOLOR = \"FFFFFF\">",
-             "<p align='center'><b> Data Analyzer     Table: t</b><p> ", "<TABLE BGCOLOR = \"000000\" WIDTH = \"100%\">",
-             "<TR>", th("Column Name"), th("Data Type"), th("Unique Values"), th("Value 1"), "</TR>",
-             "<TR>", td("CCCCC", "000000", "pic"), td("FFFFFF", "000000", "image"), td("FFFFFF", "000000", ""),
-             td("FFFFFF", "000000", ""), "</TR>",
-             "<TR>", td("CCCCC", "000000", "c"), td("FFFFFF", "000000", "images"), td("FFFFFF", "000000", "7"),
-             td("FFFFFF", "0000FF", "image"), "</TR>",
-             "<TR>", td("CCCCC", "000000", "d"), td("FFFFFF", "000000", "Image"), td("FFFFFF", "000000", "1"),
-             td("FFFFFF", "000000", "z"), "</TR>",
-             "</TABLE></BODY></HTML>"}))
+  EXPECT_EQ(exported(exportFromDataAnalyze, exportHtml),
+            lines({"<HTML><HEAD><TITLE>Data Differences  </TITLE></HEAD>",
+                   "<BODY BGCOLOR = \"FFFFFF\">",
+                   "<p align='center'><b> Data Analyzer     Table: t</b><p> ",
+                   "<TABLE BGCOLOR = \"000000\" WIDTH = \"100%\">",
+                   "<TR>",
+                   th("Column Name"),
+                   th("Data Type"),
+                   th("Unique Values"),
+                   th("Value 1"),
+                   "</TR>",
+                   "<TR>",
+                   td("CCCCC", "000000", "pic"),
+                   td("FFFFFF", "000000", "image"),
+                   td("FFFFFF", "000000", ""),
+                   td("FFFFFF", "000000", ""),
+                   "</TR>",
+                   "<TR>",
+                   td("CCCCC", "000000", "c"),
+                   td("FFFFFF", "000000", "images"),
+                   td("FFFFFF", "000000", "7"),
+                   td("FFFFFF", "0000FF", "image"),
+                   "</TR>",
+                   "<TR>",
+                   td("CCCCC", "000000", "d"),
+                   td("FFFFFF", "000000", "Image"),
+                   td("FFFFFF", "000000", "1"),
+                   td("FFFFFF", "000000", "z"),
+                   "</TR>",
+                   "</TABLE></BODY></HTML>"}))
       << "what isn't written needs no byte order mark either";
 
   test.program.main.gblnCloseAfterRun = true;  // asks to look at the file all the same
@@ -212,8 +247,10 @@ TEST_F(Export, CancelledAtRowFiveHasFourRows) {
   };
   fill(report, {{"a", "b"}, {"1", "x"}, {"2", "x"}, {"3", "x"}, {"4", "x"}, {"5", "x"}, {"6", "x"}});
   const std::string row4 = lines({td("CCCCC", "000000", "4"), td("FFFFFF", "000000", "x"), "</TR>"});
-  for (const Case& each : {Case{exportFromCompareData, exportHtml, row4}, {exportFromDataView, exportCsv, "4,x\r\n"},
-                           {exportFromDataAnalyze, exportHtml, row4}, {exportFromDataAnalyze, exportCsv, "4,x\r\n"}}) {
+  for (const Case& each : {Case{exportFromCompareData, exportHtml, row4},
+                           {exportFromDataView, exportCsv, "4,x\r\n"},
+                           {exportFromDataAnalyze, exportHtml, row4},
+                           {exportFromDataAnalyze, exportCsv, "4,x\r\n"}}) {
     int yields = 0;
     test.host.boxes.clear();
     test.host.onDoEvents = [&, begun = false]() mutable {
@@ -247,8 +284,10 @@ TEST_F(Export, APersonChoosesFormatFileAndWrapping) {
     bool blnAuto, wrapBefore, wrapAfter;
     std::string dialog, text;
   };
-  const std::string csv = "Save Excel - (C)omma (S)eparated (V)alues Export File|Export Files (*.csv)|*.csv|csv|20260102.csv";
-  const std::string html = "Save (H)yper (T)est (M)arkup (L)anguage Export File|Export Files (*.htm)|*.htm|htm|20260102.htm";
+  const std::string csv =
+      "Save Excel - (C)omma (S)eparated (V)alues Export File|Export Files (*.csv)|*.csv|csv|20260102.csv";
+  const std::string html =
+      "Save (H)yper (T)est (M)arkup (L)anguage Export File|Export Files (*.htm)|*.htm|htm|20260102.htm";
   for (const Case& each :
        {Case{exportFromDataView, 1, Answer::Yes, false, false, true, csv, "\"Row\",\"v\"\r\n\"1\",\"x\"\r\n"},
         {exportFromCompareData, 1, Answer::No, false, true, false, csv, "Row,v\r\n1,x\r\n"},
@@ -278,11 +317,12 @@ TEST_F(Export, APersonChoosesFormatFileAndWrapping) {
     EXPECT_EQ(written("mine").substr(0, each.text.size()), each.text);
     EXPECT_EQ(test.host.opened, std::vector<std::string>{path("mine")});
     if (each.option == 1) {
-      EXPECT_EQ(box(0),
-                "Comma Delimited File: Data which has commas in it is split into separate pieces in comma separated "
-                "values file.\r\n\r\nTo prevent that, the program can wrap up data into quotation marks.\r\n\r\nIf your "
-                "data doesn't have commas, adding quotation marks is not needed.\r\n\r\nDo you want to wrap up data in "
-                "quotation marks?");
+      EXPECT_EQ(
+          box(0),
+          "Comma Delimited File: Data which has commas in it is split into separate pieces in comma separated "
+          "values file.\r\n\r\nTo prevent that, the program can wrap up data into quotation marks.\r\n\r\nIf your "
+          "data doesn't have commas, adding quotation marks is not needed.\r\n\r\nDo you want to wrap up data in "
+          "quotation marks?");
       EXPECT_EQ(test.host.boxes[0].defaultButton, 2);
       EXPECT_EQ(box(1), "Comma Delimited File Generated: Data was successfully exported to file\r\n\r\n'" +
                             path("mine") + "'\r\n\r\nDo you want to view that file now?");
