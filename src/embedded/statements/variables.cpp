@@ -41,22 +41,9 @@ void setStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   reader.next();
   if (reader.peek().kind != TokenKind::Variable) return setOption(run);
-  const std::string name(reader.next().raw);
-  std::string operation;
-  const Token& sign = reader.next();
-  if (sign.kind != TokenKind::Symbol || sign.raw.back() != '=') run.notUnderstood("'=' is expected");
-  if (reader.peek().is("CURSOR")) run.notUnderstood("cursors in variables aren't kept");
-  operation = sign.raw.substr(0, sign.raw.size() - 1);
-  const std::size_t begin = reader.position();
-  std::string sql = run.translator().expression();
-  if (!operation.empty()) {
-    const std::string text =
-        name + " " + operation + " (" + std::string(reader.sourceBetween(begin, reader.position())) + ")";
-    const auto tokens = lex(text);
-    TokenReader glued(text, tokens);
-    sql = Translator(run.context(), glued).expression();
-  }
-  if (run.act()) run.assign(name, run.evaluate(sql));
+  const Token& variable = reader.next();
+  const std::string sql = run.translator().newValue(variable);
+  if (run.act()) run.assign(std::string(variable.raw), run.evaluate(sql));
 }
 
 }  // namespace qrel::tsql
