@@ -14,7 +14,7 @@
 #endif
 
 #include "embedded/instance/databaseFiles.h"
-#include "embedded/run/session.h"
+#include "embedded/session/session.h"
 #include "platform/error.h"
 #include "platform/text.h"
 

@@ -170,5 +170,18 @@ TEST(EmbeddedProvider, ALockedFileIsToldInWords) {
   EXPECT_NE(error.description.find("is in use by another program"), std::string::npos) << error.description;
 }
 
+TEST(EmbeddedProvider, UseWithinExecEndsWithIt) {
+  EmbeddedServer server;
+  for (const char* name : {"other", "third"}) server.servers.createDatabase("S", name);
+  server.load("CREATE TABLE a (n int)\nINSERT a VALUES (1)");
+  server.load("CREATE TABLE b (n int)\nINSERT b VALUES (2)", "other");
+  EXPECT_EQ(server.line("EXEC ('USE other') SELECT DB_NAME() + (SELECT 'a' FROM a)"), "shopa");
+  EXPECT_EQ(server.line("EXEC ('USE other EXEC (''USE third'') SELECT n FROM b')"), "2");
+  const char* const recursion =
+      "DECLARE @s nvarchar(99) SET @s = N'USE other USE third EXEC sp_executesql @s, N''@s nvarchar(99)'', @s' "
+      "EXEC sp_executesql @s, N'@s nvarchar(99)', @s";
+  EXPECT_NE(server.error(recursion).description.find("nesting level exceeded"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace qrel

@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "embedded/run/session.h"
+#include "embedded/session/session.h"
 #include "tests/embedded/embeddedServer.h"
 #include "tests/embedded/folderState.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "embedded/language/words.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -11,13 +12,6 @@ namespace qrel::tsql {
 namespace {
 
 constexpr const char* readsOnly = ": a connection for queries reads and changes nothing.";
-
-// Statements that change no database. Those that end in a refusal anyway are among them: it says more.
-constexpr std::array readingWords = std::to_array<std::string_view>({
-    "SELECT",   "WITH",    "DECLARE",    "SET",     "PRINT",  "RAISERROR", "THROW", "RETURN", "BREAK",
-    "CONTINUE", "WAITFOR", "EXEC",       "EXECUTE", "USE",    "GOTO",      "OPEN",  "FETCH",  "CLOSE",
-    "END",      "ELSE",    "DEALLOCATE", "BEGIN",   "COMMIT", "ROLLBACK",  "SAVE",
-});
 
 constexpr std::array readingProcedures =
     std::to_array<std::string_view>({"sp_executesql", "sp_help", "sp_helptext", "sp_spaceused", "sp_lock"});
@@ -36,7 +30,9 @@ void requireStatement(Rights rights, const TokenReader& reader, const std::strin
   if (rights == Rights::Write || first.kind != TokenKind::Word) return;
   const std::string word = upperCase(first.raw);
   const Token& second = reader.peek(1);
-  if (contains(readingWords, word) && !(word == "SET" && second.is("IDENTITY_INSERT"))) return;
+  const bool reads = std::any_of(statementWords.begin(), statementWords.end(),
+                                 [&](const StatementWord& each) { return each.reads && first.is(each.word); });
+  if (reads && !(word == "SET" && second.is("IDENTITY_INSERT"))) return;
   const bool ofKind = word == "CREATE" || word == "ALTER" || word == "DROP" || word == "BACKUP" || word == "SET";
   refuseAction(ofKind && second.kind == TokenKind::Word ? word + " " + upperCase(second.raw) : word, database);
 }

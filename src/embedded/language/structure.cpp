@@ -97,6 +97,13 @@ const Structure::Label* Structure::label(std::string_view lowerName) const {
   return found == labels_.end() ? nullptr : &*found;
 }
 
+bool Structure::isModuleAt(std::size_t at) const {
+  const std::vector<Token>& tokens = *tokens_;
+  const auto token = [&](std::size_t ahead) -> const Token& { return tokens[std::min(at + ahead, tokens.size() - 1)]; };
+  if (token(0).is("ALTER")) return isModuleWord(token(1));
+  return token(0).is("CREATE") && isModuleWord(token(token(1).is("OR") ? 3 : 1));
+}
+
 int Structure::nestingOf(std::size_t begin, std::size_t end) const {
   int deepest = 0;
   int open = 0;

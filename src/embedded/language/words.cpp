@@ -16,14 +16,9 @@ bool isOneOf(const Token& token, const std::array<std::string_view, count>& word
 }  // namespace
 
 bool startsStatement(const Token& token) {
-  static constexpr std::array<std::string_view, 46> words{
-      "SELECT",  "INSERT",     "UPDATE",      "DELETE", "CREATE",   "ALTER",   "DROP",     "EXEC",
-      "EXECUTE", "IF",         "WHILE",       "BEGIN",  "END",      "ELSE",    "DECLARE",  "SET",
-      "PRINT",   "RAISERROR",  "THROW",       "RETURN", "GOTO",     "USE",     "GRANT",    "DENY",
-      "REVOKE",  "MERGE",      "TRUNCATE",    "COMMIT", "ROLLBACK", "SAVE",    "BULK",     "CHECKPOINT",
-      "BACKUP",  "RESTORE",    "DBCC",        "KILL",   "WAITFOR",  "BREAK",   "CONTINUE", "OPEN",
-      "CLOSE",   "DEALLOCATE", "RECONFIGURE", "FETCH",  "REVERT",   "SHUTDOWN"};
-  return isOneOf(token, words);
+  return token.kind == TokenKind::Word &&
+         std::any_of(statementWords.begin(), statementWords.end(),
+                     [&](const auto& each) { return each.anywhere && token.is(each.word); });
 }
 
 bool isModuleWord(const Token& token) {

@@ -9,7 +9,7 @@
 #include <unordered_map>
 
 #include "embedded/load/workCopy.h"
-#include "embedded/run/session.h"
+#include "embedded/session/session.h"
 #include "platform/error.h"
 #include "platform/files.h"
 #include "platform/text.h"

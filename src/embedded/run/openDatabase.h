@@ -21,6 +21,9 @@ class OpenDatabase {
   OpenDatabase(const std::filesystem::path& file, const ServerFacts& facts, int serverMajor, sqlite::OpenMode mode,
                const sqlite::KeptFile* kept = nullptr);
 
+  // The SQLite schema under which another database of the server is open on this handle, attached when it isn't yet.
+  std::string attach(const std::string& name);
+
   ServerFacts facts;
   sqlite::Database database;
   Catalogue catalogue;

@@ -14,7 +14,4 @@ std::string storageName(std::string_view schema, std::string_view name);
 std::string quoteColumn(std::string_view name);
 std::string shownColumn(std::string_view stored);
 
-// Stands in a T-SQL text for the number of a table's row; no column can be called so.
-inline constexpr std::string_view rowNumberName = "\x01row";
-
 }  // namespace qrel::tsql

@@ -330,16 +330,14 @@ Expression Translation::columnReference() {
   out.column = true;
   const std::string table = parts.size() > 1 ? parts[parts.size() - 2] : "";
   const std::string schema = parts.size() > 2 ? parts[parts.size() - 3] : "";
-  const bool rowNumber = out.name == rowNumberName;
   const auto written = [&](const std::string& of, const std::string& column) {
-    return (of.empty() ? "" : quoteName(of) + ".") + (rowNumber ? "_rowid_" : quoteColumn(column));
+    return (of.empty() ? "" : quoteName(of) + ".") + quoteColumn(column);
   };
   out.sql = written(table, out.name);
   bool complete = scope_ != nullptr;
   for (const Scope* scope = scope_; scope; scope = scope->outer) {
     for (const Source& source : scope->sources) {
-      if (!table.empty() && compareCollated(source.exposed, table) != 0) continue;
-      if (!schema.empty() && !source.schema.empty() && compareCollated(source.schema, schema) != 0) continue;
+      if (!source.isCalled(schema, table)) continue;
       const std::string of = table.empty() ? "" : source.alias;
       if (!table.empty()) out.sql = written(of, out.name);
       complete = complete && source.columns.complete;
@@ -410,9 +408,14 @@ Expression Translation::parenthesized() {
   reader_.expectSymbol("(");
   Expression out = expression();
   reader_.expectSymbol(")");
-  out.isCase = false;
-  if (!out.column && !std::exchange(out.enclosed, true)) out.sql = "(" + out.sql + ")";
-  return out;
+  return enclosed(std::move(out));
+}
+
+// In brackets, unless it is already; a column needs none.
+Expression Translation::enclosed(Expression expression) {
+  expression.isCase = false;
+  if (!expression.column && !std::exchange(expression.enclosed, true)) expression.sql = "(" + expression.sql + ")";
+  return expression;
 }
 
 // Conditions ----------------------------------------------------------------------------------------------------------

@@ -12,19 +12,6 @@ namespace qrel::tsql {
 
 namespace {
 
-// Puts another scope in force and brings the one before back.
-class ScopeGuard {
- public:
-  ScopeGuard(Scope*& current, Scope* next) : current_(current), before_(std::exchange(current, next)) {}
-  ~ScopeGuard() { current_ = before_; }
-  ScopeGuard(const ScopeGuard&) = delete;
-  ScopeGuard& operator=(const ScopeGuard&) = delete;
-
- private:
-  Scope*& current_;
-  Scope* before_;
-};
-
 constexpr std::size_t queriesAtOnce = 300;
 
 bool endsSelectList(const Token& token) {
@@ -47,6 +34,11 @@ void closeLimit(Query& query, std::string& limit) {
 }
 
 }  // namespace
+
+bool Source::isCalled(std::string_view bySchema, std::string_view name) const {
+  if (!name.empty() && compareCollated(exposed, name) != 0) return false;
+  return bySchema.empty() || schema.empty() || compareCollated(schema, bySchema) == 0;
+}
 
 const OutputColumn* Columns::find(std::string_view name) const {
   for (const OutputColumn& column : list)
@@ -388,9 +380,8 @@ std::string Translation::orderItem(const Columns& columns, bool compound) {
 
 // FROM ----------------------------------------------------------------------------------------------------------------
 
+// The list of tables with joins, without the word FROM; they become sources of the scope.
 std::string Translation::fromList() {
-  Scope own;
-  const ScopeGuard guard(scope_, scope_ ? scope_ : &own);
   std::string sql = joined();
   while (reader_.acceptSymbol(",")) sql += ", " + joined();
   return sql;
@@ -486,6 +477,7 @@ Translation::Table Translation::namedTable() {
     if (reader_.peek().isSymbol("(")) refuse("a function in FROM can't be translated");
   }
   Table table = resolve(name, token);
+  table.source.table = name;
   skipHints();
   const std::string alias = readAlias();
   if (!alias.empty()) {
@@ -527,14 +519,7 @@ Translation::Table Translation::resolve(const ObjectName& name, const Token& tok
                 quoteName(storageName(name.schema.empty() ? "dbo" : name.schema, name.name));
     return table;
   }
-  if (const auto info = catalogue.table(name.schema, name.name)) {
-    table.sql = quoteName(info->storage);
-    table.source.schema = info->schema;
-    table.source.columns.complete = true;
-    for (const auto& column : info->columns)
-      table.source.columns.list.push_back({column.name, column.type.dataType, true, TextWidth::ofType(column.type)});
-    return table;
-  }
+  if (const auto info = catalogue.table(name.schema, name.name)) return stored(*info, name);
   if (catalogue.find(name.schema, name.name))
     throw NotUnderstood{"'" + name.name + "' is no table: it can't be queried", token.line};
   std::string written = name.database.empty() ? "" : name.database + ".";
@@ -542,12 +527,14 @@ Translation::Table Translation::resolve(const ObjectName& name, const Token& tok
   throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + written + name.name + "'.", "42S02");
 }
 
-std::string Translation::tableName() {
-  const Token& token = reader_.peek();
-  const ObjectName name = readObjectName(reader_);
-  std::string sql = resolve(name, token).sql;
-  skipHints();
-  return sql;
+Translation::Table Translation::stored(const TableInfo& info, const ObjectName& name) {
+  Table table;
+  table.sql = quoteName(info.storage);
+  table.source.exposed = name.name;
+  table.source.schema = info.schema;
+  for (const auto& column : info.columns)
+    table.source.columns.list.push_back({column.name, column.type.dataType, true, TextWidth::ofType(column.type)});
+  return table;
 }
 
 std::vector<std::string> Translation::columnNames() {

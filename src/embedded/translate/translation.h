@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "embedded/translate/textWidth.h"
@@ -42,12 +43,28 @@ struct Source {
   std::string schema;   // of the table, empty for derived tables and those with an alias
   std::string exposed;  // alias or table name
   std::string alias;    // as SQLite knows it
+  ObjectName table{};   // as written; empty for derived tables
   Columns columns;
+  // Whether a name of two parts, the first of which may be empty, means it.
+  bool isCalled(std::string_view bySchema, std::string_view name) const;
 };
 
 struct Scope {
   std::vector<Source> sources;
   Scope* outer = nullptr;
+};
+
+// Puts another scope in force and brings the one before back.
+class ScopeGuard {
+ public:
+  ScopeGuard(Scope*& current, Scope* next) : current_(current), before_(std::exchange(current, next)) {}
+  ~ScopeGuard() { current_ = before_; }
+  ScopeGuard(const ScopeGuard&) = delete;
+  ScopeGuard& operator=(const ScopeGuard&) = delete;
+
+ private:
+  Scope*& current_;
+  Scope* before_;
 };
 
 struct Query {
@@ -63,8 +80,8 @@ class Translation {
   bool atSelect() const;
   Expression expression();
   std::string condition();
-  std::string tableName();
-  std::string fromList();
+  RowChange rowChange(bool update);
+  Expression newValue(const Token& variable);
 
  private:
   struct SelectItem {
@@ -82,7 +99,7 @@ class Translation {
     Source source;
   };
 
-  // translateSelect.cpp
+  // select.cpp
   Query compoundQuery(std::vector<std::string>* assigned);
   // Queries joined by one kind of words, INTERSECT or UNION and EXCEPT.
   Query intersection(std::vector<std::string>* assigned, std::string& limit, bool& compound);
@@ -101,12 +118,14 @@ class Translation {
   std::string orderItem(const Columns& columns, bool compound);
   void readLimit(std::string& limit);
   void refuseForClause();
+  std::string fromList();
   std::string joined();
   std::string joinTail(std::string left);
   std::string joinKind();
   std::string tablePrimary();
   Table namedTable();
   Table resolve(const ObjectName& name, const Token& token);
+  static Table stored(const TableInfo& info, const ObjectName& name);
   std::string derivedTable();
   std::string valuesRows(Columns& columns);
   std::vector<std::string> columnNames();
@@ -114,7 +133,15 @@ class Translation {
   std::string readAlias();
   std::string addSource(Source source);
 
-  // translateExpression.cpp
+  // rowChange.cpp
+  std::string target(const ObjectName& name);
+  std::string changedRow(ObjectName& table) const;
+  std::string newValues(std::vector<std::string>& columns);
+  std::string_view assignmentOperator();
+  Expression operated(Expression left, std::string_view operation);
+  void refuseOutput() const;
+
+  // expression.cpp
   Expression additive();
   Expression multiplicative();
   Expression unary();
@@ -125,6 +152,7 @@ class Translation {
   Expression columnReference();
   Expression caseExpression();
   Expression parenthesized();
+  static Expression enclosed(Expression expression);
   std::string orCondition();
   std::string andCondition();
   std::string notCondition();
@@ -136,7 +164,7 @@ class Translation {
   bool parenthesesHoldCondition() const;
   bool parenthesesHoldQuery() const;
 
-  // translateFunctions.cpp
+  // functions.cpp
   Expression functionCall();
   bool atBareFunction() const;
   Expression bareFunction();

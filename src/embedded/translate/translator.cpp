@@ -17,9 +17,13 @@ std::string Translator::expression() { return Translation(context_, reader_).exp
 
 std::string Translator::condition() { return Translation(context_, reader_).condition(); }
 
-std::string Translator::tableName() { return Translation(context_, reader_).tableName(); }
+RowChange Translator::update() { return Translation(context_, reader_).rowChange(true); }
 
-std::string Translator::fromList() { return Translation(context_, reader_).fromList(); }
+RowChange Translator::deletion() { return Translation(context_, reader_).rowChange(false); }
+
+std::string Translator::newValue(const Token& variable) {
+  return Translation(context_, reader_).newValue(variable).sql;
+}
 
 namespace {
 

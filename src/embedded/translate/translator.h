@@ -26,6 +26,13 @@ struct TranslateContext {
   const std::map<std::string, TypeRef>* variables = nullptr;
 };
 
+// What UPDATE and DELETE change.
+struct RowChange {
+  ObjectName table;                  // the target as written, or the table that FROM has under this name
+  std::vector<std::string> columns;  // that SET names, without their table
+  std::string rows;  // a query: a row's number and, behind it, the columns' values. A row may come twice.
+};
+
 // Reads exactly one query or expression at the reader, by grammar, and leaves the reader behind it: the text that
 // follows belongs to the next statement even without a semicolon. What can't be translated raises NotUnderstood;
 // an unknown table raises DataError 0x80040E37 "Invalid object name 'x'.".
@@ -43,10 +50,11 @@ class Translator {
   std::string expression();
   // A condition as in WHERE and IF.
   std::string condition();
-  // A table in FROM, UPDATE, DELETE or INSERT position; reads its name.
-  std::string tableName();
-  // FROM's list of tables with joins, without the word FROM.
-  std::string fromList();
+  // UPDATE and DELETE from their target on. That it is no table is left to who carries them out.
+  RowChange update();
+  RowChange deletion();
+  // What SET makes of the variable in front of the reader: "= 5", "+= 5".
+  std::string newValue(const Token& variable);
 
  private:
   const TranslateContext& context_;

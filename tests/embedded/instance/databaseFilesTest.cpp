@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "embedded/run/session.h"
+#include "embedded/session/session.h"
 #include "tests/embedded/loading.h"
 #include "tests/support.h"
 

@@ -1,0 +1,23 @@
+#include "embedded/run/sessionState.h"
+
+#include <utility>
+
+namespace qrel::tsql {
+
+SessionState::SessionState(std::shared_ptr<OpenDatabase> database)
+    : open(std::move(database)), rights(open->database.readOnly() ? Rights::Read : Rights::Write) {}
+
+void SessionState::moveTo(std::shared_ptr<OpenDatabase> other) {
+  commitAll();
+  open = std::move(other);
+  memory = {};  // plans and identities are the other database's; whoever runs a text holds on to that one
+}
+
+void SessionState::commitAll() {
+  if (memory.transactions == 0) return;
+  memory.transactions = 0;
+  if (sqlite3_get_autocommit(open->database.get()) != 0) return;  // what was interrupted has been taken back
+  open->database.execute("release q_transaction");
+}
+
+}  // namespace qrel::tsql

@@ -1,0 +1,22 @@
+// What a row holds in columns that no statement gives a value, and why a row can't be kept.
+#pragma once
+
+#include "embedded/run/statementRun.h"
+
+namespace qrel::tsql {
+
+bool isVersionColumn(const TableInfo::Column& column);
+
+// Where the value of a column comes from that a row isn't given; `defaultOf` gives it, a literal in its stored form.
+InsertPlan::Column defaultFor(StatementRun& run, const TableInfo::Column& column);
+Value defaultOf(StatementRun& run, const InsertPlan::Column& source);
+// The next number of an identity column, the next stamp of a timestamp column.
+Value generated(StatementRun& run, const TableInfo& table, const TableInfo::Column& column);
+
+// `statement`: INSERT or UPDATE.
+[[noreturn]] void refuseNull(const StatementRun& run, const TableInfo& table, const TableInfo::Column& column,
+                             std::string_view statement);
+// Raises `error`, in the server's words when it is that of a key that a row breaks.
+[[noreturn]] void refuseDuplicate(StatementRun& run, const TableInfo& table, const DataError& error);
+
+}  // namespace qrel::tsql

@@ -1,0 +1,73 @@
+#include "embedded/statements/create.h"
+
+#include <array>
+
+#include "embedded/statements/databases.h"
+#include "embedded/statements/modules.h"
+#include "embedded/statements/noEffect.h"
+#include "embedded/statements/objects.h"
+#include "embedded/statements/tables.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+bool isWithoutEffect(const Token& token) {
+  static constexpr std::array<std::string_view, 16> words{
+      "USER",       "LOGIN",     "ROLE",   "STATISTICS", "CERTIFICATE", "CREDENTIAL", "MASTER",   "AUTHORIZATION",
+      "ASYMMETRIC", "SYMMETRIC", "SERVER", "ENDPOINT",   "APPLICATION", "EVENT",      "DATABASE", "FULLTEXT"};
+  for (const std::string_view word : words)
+    if (token.is(word)) return true;
+  return false;
+}
+
+}  // namespace
+
+void createStatement(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  if (run.text.structure.isModuleAt(reader.position())) return moduleStatement(run);
+  reader.next();
+  const Token& word = reader.peek();
+  if (reader.acceptWord("TABLE")) {
+    createTable(run);
+  } else if (word.is("UNIQUE") || word.is("CLUSTERED") || word.is("NONCLUSTERED") || word.is("INDEX")) {
+    createIndex(run);
+  } else if (reader.acceptWord("SCHEMA")) {
+    createSchema(run);
+  } else if (reader.acceptWord("TYPE")) {
+    createType(run);
+  } else if (reader.acceptWord("SEQUENCE")) {
+    createSequence(run);
+  } else if (reader.acceptWord("SYNONYM")) {
+    createSynonym(run);
+  } else if (word.is("DATABASE") && reader.peek(1).isIdentifier() && !reader.peek(1).is("AUDIT")) {
+    createDatabase(run);
+  } else if (isWithoutEffect(word) && !word.is("FULLTEXT")) {
+    skipWithoutEffect(run);
+  } else {
+    run.notUnderstood("CREATE " + upperCase(word.raw) + " isn't kept");
+  }
+}
+
+void alterStatement(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  if (run.text.structure.isModuleAt(reader.position())) return moduleStatement(run);
+  reader.next();
+  const Token& word = reader.peek();
+  if (reader.acceptWord("TABLE")) {
+    alterTable(run);
+  } else if (isWithoutEffect(word) || word.is("INDEX")) {
+    const std::size_t start = reader.position();
+    skipWithoutEffect(run);
+    for (std::size_t i = start; word.is("INDEX") && i < reader.position(); ++i) {
+      if (!run.text.tokens[i].is("DISABLE")) continue;
+      run.wasRead = true;
+      run.notUnderstood("indexes aren't disabled");
+    }
+  } else {
+    run.notUnderstood("ALTER " + upperCase(word.raw) + " isn't carried out");
+  }
+}
+
+}  // namespace qrel::tsql

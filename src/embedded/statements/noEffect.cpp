@@ -1,0 +1,35 @@
+#include "embedded/statements/noEffect.h"
+
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+void skipWithoutEffect(StatementRun& run) {
+  run.reader.moveTo(run.plainEnd());
+  run.withoutEffect();
+  run.act();
+}
+
+void switchTrigger(StatementRun& run) {
+  if (!run.reader.peek(1).is("TRIGGER")) run.notUnderstood("unknown statement");
+  skipWithoutEffect(run);
+}
+
+// What only looks or tidies up has no effect here.
+void dbccStatement(StatementRun& run) {
+  if (run.reader.peek(1).is("CHECKIDENT")) {
+    for (std::size_t i = run.start; i < run.plainEnd(); ++i)
+      if (run.text.tokens[i].is("RESEED")) run.notUnderstood("DBCC CHECKIDENT with RESEED isn't carried out");
+  }
+  skipWithoutEffect(run);
+}
+
+void strayEnd(StatementRun& run) {
+  run.reader.next();
+  run.wasRead = true;  // the word alone: what follows is read as it is written
+  run.notUnderstood("END without its beginning");
+}
+
+void notCarriedOut(StatementRun& run) { run.notUnderstood(upperCase(run.reader.peek().raw) + " isn't carried out"); }
+
+}  // namespace qrel::tsql

@@ -1,0 +1,52 @@
+#include "embedded/statements/query.h"
+
+#include <algorithm>
+
+#include "embedded/run/rows.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+// Whether a query reads one of the variables that it sets, each of which it names as often as it sets them.
+bool readsAssigned(const std::vector<Token>& tokens, std::size_t begin, std::size_t end,
+                   const std::vector<std::string>& assigned) {
+  std::size_t named = 0;
+  for (std::size_t i = begin; i < end; ++i) {
+    if (tokens[i].kind != TokenKind::Variable) continue;
+    named += std::find(assigned.begin(), assigned.end(), lowerCase(tokens[i].raw)) != assigned.end() ? 1 : 0;
+  }
+  return named > assigned.size();
+}
+
+}  // namespace
+
+void selectStatement(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  const std::size_t begin = reader.position();
+  Translator query = run.translator();
+  if (!query.atSelect()) run.notUnderstood("a query is expected");
+  std::vector<std::string> assigned;
+  const std::string sql = query.select(&assigned);
+  if (!run.act()) return;
+  if (!assigned.empty()) {
+    if (run.memory.rowLimit) run.notUnderstood("SET ROWCOUNT is in force");
+    sqlite::Statement rows(run.database(), sql);
+    run.bind(rows);
+    std::vector<Value> last;
+    std::int64_t count = 0;
+    for (; rows.step(); ++count) {
+      if (count == 1 && readsAssigned(run.text.tokens, begin, reader.position(), assigned))
+        run.notUnderstood("a value gathered over several rows in a variable can't be had");
+      last.clear();
+      for (std::size_t i = 0; i < assigned.size(); ++i) last.push_back(sqlite::valueOf(rows, static_cast<int>(i)));
+    }
+    for (std::size_t i = 0; i < last.size(); ++i) run.assign(assigned[i], last[i]);
+    run.setGlobal("@@rowcount", count);
+  } else if (!run.listener && !run.answer.rows) {  // nobody reads the rows of a script's queries
+    run.answer.rows = queryRows(run.open, sql, run.session.variables, reader.sourceBetween(begin, reader.position()));
+  }
+}
+
+}  // namespace qrel::tsql

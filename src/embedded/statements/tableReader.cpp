@@ -1,0 +1,520 @@
+#include "embedded/statements/tableReader.h"
+
+#include <algorithm>
+#include <array>
+
+#include "embedded/catalogue/typeNames.h"
+#include "embedded/language/words.h"
+#include "embedded/translate/translator.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+template <std::size_t count>
+bool isOneOf(const Token& token, const std::array<std::string_view, count>& words) {
+  return token.kind == TokenKind::Word &&
+         std::any_of(words.begin(), words.end(), [&](std::string_view word) { return token.is(word); });
+}
+
+bool isBinaryOperator(const Token& token) {
+  static constexpr std::array<std::string_view, 8> operators{"+", "-", "*", "/", "%", "&", "|", "^"};
+  return token.kind == TokenKind::Symbol && std::find(operators.begin(), operators.end(), token.raw) != operators.end();
+}
+
+// An index option list "(...)" or the old form "FILLFACTOR = 80".
+void skipWithOptions(TokenReader& reader) {
+  if (reader.peek().isSymbol("(")) {
+    reader.skipParentheses();
+    return;
+  }
+  do {
+    reader.expectIdentifier();
+    if (reader.acceptSymbol("=")) reader.next();
+  } while (reader.acceptSymbol(","));
+}
+
+int rankOf(const TypeRef& type) {
+  static constexpr std::array<std::string_view, 10> order{"tinyint", "smallint", "int",     "bigint", "smallmoney",
+                                                          "money",   "numeric",  "decimal", "real",   "float"};
+  const auto found = std::find(order.begin(), order.end(), type.baseName);
+  return found == order.end() ? -1 : static_cast<int>(found - order.begin());
+}
+
+// NEXT VALUE FOR a sequence as the server keeps it; empty when the text is something else.
+std::string storedSequenceDefault(std::string_view text) {
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  while (reader.acceptSymbol("(")) {
+  }
+  if (!reader.acceptWord("NEXT") || !reader.acceptWord("VALUE") || !reader.acceptWord("FOR")) return "";
+  const ObjectName name = readObjectName(reader);
+  return "(NEXT VALUE FOR [" + (name.schema.empty() ? "dbo" : name.schema) + "].[" + name.name + "])";
+}
+
+TypeRef namedType(const std::string& text) {
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  return readType(reader, nullptr);
+}
+
+TypeRef numberType(std::string_view digits) {
+  const std::size_t point = digits.find('.');
+  if (digits.find_first_of("eE") != std::string_view::npos) return namedType("float");
+  if (point == std::string_view::npos) return namedType(digits.size() < 10 ? "int" : "bigint");
+  const std::size_t scale = digits.size() - point - 1;
+  return namedType("numeric(" + std::to_string(std::max<std::size_t>(point + scale, 1)) + "," + std::to_string(scale) +
+                   ")");
+}
+
+}  // namespace
+
+std::vector<std::string> DdlReader::nameList() {
+  std::vector<std::string> names;
+  reader_.expectSymbol("(");
+  do {
+    names.push_back(reader_.expectIdentifier());
+  } while (reader_.acceptSymbol(","));
+  reader_.expectSymbol(")");
+  return names;
+}
+
+// One operand of an expression: signs, then brackets, a literal, a name with or without arguments, CASE ... END.
+void DdlReader::operand() {
+  while (reader_.peek().isSymbol("-") || reader_.peek().isSymbol("+") || reader_.peek().isSymbol("~")) reader_.next();
+  const Token& first = reader_.peek();
+  if (first.isSymbol("(")) return reader_.skipParentheses();
+  if (first.is("CASE")) {
+    int depth = 0;
+    do {
+      const Token& token = reader_.next();
+      if (token.kind == TokenKind::End) throw NotUnderstood{"CASE without END", first.line};
+      if (token.is("CASE")) ++depth;
+      if (token.is("END")) --depth;
+    } while (depth > 0);
+    return;
+  }
+  if (first.kind == TokenKind::Symbol || first.kind == TokenKind::End)
+    throw NotUnderstood{"an expression is expected", first.line};
+  if (reader_.acceptWord("NEXT")) {
+    reader_.expectWord("VALUE");
+    reader_.expectWord("FOR");
+    readObjectName(reader_);
+    return;
+  }
+  const bool name = first.isIdentifier();
+  reader_.next();
+  if (!name) return;
+  while (reader_.acceptSymbol(".") || reader_.acceptSymbol("::")) reader_.next();
+  if (reader_.peek().isSymbol("(")) reader_.skipParentheses();
+}
+
+std::string_view DdlReader::expression() {
+  const std::size_t begin = reader_.position();
+  operand();
+  while (isBinaryOperator(reader_.peek()) || reader_.peek().is("COLLATE")) {
+    reader_.next();
+    operand();
+  }
+  return reader_.sourceBetween(begin, reader_.position());
+}
+
+void DdlReader::tableBody(TableDef& table) {
+  reader_.expectSymbol("(");
+  do {
+    if (reader_.peek().isSymbol(")")) break;  // a comma before the closing bracket is allowed
+    tableElement(table);
+  } while (reader_.acceptSymbol(","));
+  reader_.expectSymbol(")");
+  storageOptions();
+}
+
+void DdlReader::storageOptions() {
+  for (;;) {
+    if (reader_.acceptWord("ON")) {
+      reader_.next();
+      if (reader_.peek().isSymbol("(")) reader_.skipParentheses();
+    } else if (reader_.acceptWord("TEXTIMAGE_ON") || reader_.acceptWord("FILESTREAM_ON")) {
+      reader_.next();
+    } else if (reader_.peek().is("WITH") && reader_.peek(1).isSymbol("(")) {
+      reader_.next();
+      reader_.skipParentheses();
+    } else {
+      return;
+    }
+  }
+}
+
+void DdlReader::tableElement(TableDef& table) {
+  static constexpr std::array<std::string_view, 6> constraintWords{"CONSTRAINT", "PRIMARY", "UNIQUE",
+                                                                   "FOREIGN",    "CHECK",   "DEFAULT"};
+  const Token& first = reader_.peek();
+  if (isOneOf(first, constraintWords)) return constraint(table, nullptr);
+  if (first.is("INDEX")) return inlineIndex(table, nullptr);
+  if (first.is("PERIOD") && reader_.peek(1).is("FOR")) {
+    reader_.next();
+    reader_.next();
+    reader_.expectIdentifier();
+    reader_.skipParentheses();
+    return;
+  }
+  table.columns.push_back(column(table));
+  // The server lets a table constraint follow its column without a comma; column() has read it then.
+}
+
+ColumnDef DdlReader::column(TableDef& table) {
+  ColumnDef column;
+  column.name = reader_.expectIdentifier();
+  if (reader_.acceptWord("AS")) {
+    computedColumn(table, column);
+    return column;
+  }
+  const Token& next = reader_.peek();
+  if (equalNoCase(column.name, "timestamp") && !next.isIdentifier()) {
+    column.type = namedType("timestamp");
+  } else {
+    column.type = readType(reader_, &catalogue_);
+  }
+  column.nullable = column.type.aliasNullable.value_or(true);
+  bool nullWritten = false;
+  for (;;) {
+    if (reader_.peek().is("NULL")) {
+      reader_.next();
+      column.nullable = nullWritten = true;
+    } else if (reader_.peek().is("NOT") && reader_.peek(1).is("NULL")) {
+      reader_.next();
+      reader_.next();
+      column.nullable = false;
+    } else if (!columnOption(table, column)) {
+      break;
+    }
+  }
+  if (column.identity || (column.type.baseName == "timestamp" && !nullWritten)) column.nullable = false;
+  if (nullWritten) nullWritten_.push_back(column.name);
+  return column;
+}
+
+void DdlReader::checkPrimaryKey(const TableDef& table) const {
+  for (const IndexDef& index : table.indexes) {
+    if (index.kind != KeyKind::PrimaryKey) continue;
+    for (const std::string& name : index.columns)
+      for (const std::string& column : nullWritten_)
+        if (compareCollated(name, column) == 0)
+          refuse("Cannot define PRIMARY KEY constraint on nullable column in table '" + table.name + "'.");
+  }
+}
+
+bool DdlReader::columnOption(TableDef& table, ColumnDef& column) {
+  static constexpr std::array<std::string_view, 7> constraintWords{"CONSTRAINT", "PRIMARY", "UNIQUE",    "FOREIGN",
+                                                                   "CHECK",      "DEFAULT", "REFERENCES"};
+  static constexpr std::array<std::string_view, 4> bareWords{"SPARSE", "FILESTREAM", "HIDDEN", "PERSISTED"};
+  const Token& token = reader_.peek();
+  if (isOneOf(token, constraintWords)) {
+    constraint(table, &column);
+  } else if (token.is("IDENTITY")) {
+    identity(column);
+  } else if (token.is("ROWGUIDCOL")) {
+    reader_.next();
+    column.rowGuid = true;
+  } else if (token.is("COLLATE")) {
+    reader_.next();
+    reader_.expectIdentifier();
+  } else if (isOneOf(token, bareWords)) {
+    reader_.next();
+  } else if (token.is("NOT") && reader_.peek(1).is("FOR")) {
+    reader_.next();
+    reader_.next();
+    reader_.expectWord("REPLICATION");
+  } else if ((token.is("MASKED") || token.is("ENCRYPTED")) && reader_.peek(1).is("WITH")) {
+    reader_.next();
+    reader_.next();
+    reader_.skipParentheses();
+  } else if (token.is("GENERATED")) {
+    while (!reader_.peek().is("START") && !reader_.peek().is("END")) {
+      if (reader_.next().kind != TokenKind::Word) throw NotUnderstood{"GENERATED ALWAYS AS ...", token.line};
+    }
+    reader_.next();
+  } else if (token.is("INDEX")) {
+    inlineIndex(table, &column);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void DdlReader::identity(ColumnDef& column) {
+  reader_.expectWord("IDENTITY");
+  column.identity = true;
+  if (!reader_.acceptSymbol("(")) return;
+  const auto number = [&] {
+    std::string text;
+    while (reader_.peek().isSymbol("-") || reader_.peek().isSymbol("+")) text += reader_.next().raw;
+    if (reader_.peek().kind != TokenKind::Number) throw NotUnderstood{"IDENTITY without a number", reader_.peek().line};
+    return text + std::string(reader_.next().raw);
+  };
+  column.identitySeed = number();
+  reader_.expectSymbol(",");
+  column.identityIncrement = number();
+  reader_.expectSymbol(")");
+}
+
+void DdlReader::computedColumn(TableDef& table, ColumnDef& column) {
+  const std::string text(expression());
+  column.computedText = storedExpression(text, catalogue_.serverMajor());
+  column.type = inferType(text, table);
+  for (;;) {
+    if (reader_.peek().is("NOT") && reader_.peek(1).is("NULL")) {
+      reader_.next();
+      reader_.next();
+      column.nullable = false;
+    } else if (!columnOption(table, column)) {
+      return;
+    }
+  }
+}
+
+void DdlReader::constraint(TableDef& table, ColumnDef* column) {
+  std::string name;
+  if (reader_.acceptWord("CONSTRAINT")) name = reader_.expectIdentifier();
+  const Token& kind = reader_.peek();
+  if (kind.is("PRIMARY")) {
+    reader_.next();
+    reader_.expectWord("KEY");
+    keyConstraint(table, name, true, column);
+  } else if (kind.is("UNIQUE")) {
+    reader_.next();
+    keyConstraint(table, name, false, column);
+  } else if (kind.is("FOREIGN") || (column && kind.is("REFERENCES"))) {
+    foreignKey(table, name, column);
+  } else if (kind.is("CHECK")) {
+    check(table, name, column);
+  } else if (kind.is("DEFAULT")) {
+    defaultValue(name, column);
+  } else if (column && (kind.is("NULL") || kind.is("NOT"))) {
+    return;  // a named NOT NULL: the caller reads it
+  } else {
+    throw NotUnderstood{"unknown constraint before '" + std::string(kind.raw.substr(0, 40)) + "'", kind.line};
+  }
+}
+
+void DdlReader::clusteredWords(IndexDef& index) {
+  for (;;) {
+    if (reader_.acceptWord("UNIQUE")) {
+      index.unique = true;
+    } else if (reader_.acceptWord("CLUSTERED")) {
+      index.clustered = true;
+    } else if (reader_.acceptWord("NONCLUSTERED")) {
+      index.clustered = false;
+    } else if (!reader_.acceptWord("HASH")) {
+      return;
+    }
+  }
+}
+
+void DdlReader::keyColumns(IndexDef& index) {
+  reader_.expectSymbol("(");
+  do {
+    index.columns.push_back(reader_.expectIdentifier());
+    index.descending.push_back(reader_.acceptWord("DESC"));
+    if (!index.descending.back()) reader_.acceptWord("ASC");
+  } while (reader_.acceptSymbol(","));
+  reader_.expectSymbol(")");
+}
+
+void DdlReader::keyConstraint(TableDef& table, const std::string& name, bool primary, const ColumnDef* column) {
+  IndexDef index;
+  index.name = name;
+  index.kind = primary ? KeyKind::PrimaryKey : KeyKind::Unique;
+  index.clustered = primary;
+  index.unique = true;
+  clusteredWords(index);
+  if (!column || reader_.peek().isSymbol("(")) {
+    keyColumns(index);
+  } else {
+    index.columns = {column->name};
+    index.descending = {false};
+  }
+  indexTail(index);
+  table.indexes.push_back(std::move(index));
+}
+
+void DdlReader::foreignKey(TableDef& table, const std::string& name, const ColumnDef* column) {
+  ForeignKeyDef key;
+  key.name = name;
+  if (column) key.columns = {column->name};
+  if (reader_.acceptWord("FOREIGN")) {
+    reader_.expectWord("KEY");
+    if (!column || reader_.peek().isSymbol("(")) key.columns = nameList();
+  }
+  reader_.expectWord("REFERENCES");
+  key.referenced = readObjectName(reader_);
+  if (reader_.peek().isSymbol("(")) key.referencedColumns = nameList();
+  for (;;) {
+    if (reader_.peek().is("ON") && (reader_.peek(1).is("DELETE") || reader_.peek(1).is("UPDATE"))) {
+      reader_.next();
+      reader_.next();
+      if (!reader_.acceptWord("CASCADE")) {
+        reader_.next();  // NO ACTION, SET NULL, SET DEFAULT
+        reader_.next();
+      }
+    } else if (reader_.peek().is("NOT") && reader_.peek(1).is("FOR")) {
+      reader_.next();
+      reader_.next();
+      reader_.expectWord("REPLICATION");
+    } else {
+      break;
+    }
+  }
+  table.foreignKeys.push_back(std::move(key));
+}
+
+void DdlReader::check(TableDef& table, const std::string& name, const ColumnDef* column) {
+  reader_.expectWord("CHECK");
+  if (reader_.acceptWord("NOT")) {
+    reader_.expectWord("FOR");
+    reader_.expectWord("REPLICATION");
+  }
+  const std::size_t begin = reader_.position();
+  reader_.skipParentheses();
+  CheckDef def;
+  def.name = name;
+  if (column) def.column = column->name;
+  def.text = storedExpression(reader_.sourceBetween(begin, reader_.position()), catalogue_.serverMajor());
+  table.checks.push_back(std::move(def));
+}
+
+void DdlReader::defaultValue(const std::string& name, ColumnDef* column) {
+  reader_.expectWord("DEFAULT");
+  const std::string_view written = expression();
+  std::string text = storedSequenceDefault(written);
+  if (text.empty()) text = storedExpression(written, catalogue_.serverMajor());
+  std::string target;
+  if (reader_.acceptWord("FOR")) target = reader_.expectIdentifier();
+  if (reader_.peek().is("WITH") && reader_.peek(1).is("VALUES")) {
+    reader_.next();
+    reader_.next();
+    withValues = true;
+  }
+  if (!target.empty()) {
+    defaultsFor.push_back({name, std::move(text), std::move(target)});
+  } else if (column) {
+    column->defaultName = name;
+    column->defaultText = std::move(text);
+  } else {
+    throw NotUnderstood{"DEFAULT without its column", reader_.peek().line};
+  }
+}
+
+void DdlReader::inlineIndex(TableDef& table, const ColumnDef* column) {
+  reader_.expectWord("INDEX");
+  IndexDef index;
+  index.name = reader_.expectIdentifier();
+  clusteredWords(index);
+  if (reader_.peek().is("COLUMNSTORE")) throw NotUnderstood{"columnstore indexes aren't kept", reader_.peek().line};
+  if (!column || reader_.peek().isSymbol("(")) {
+    keyColumns(index);
+  } else {
+    index.columns = {column->name};
+    index.descending = {false};
+  }
+  indexTail(index);
+  table.indexes.push_back(std::move(index));
+}
+
+void DdlReader::indexTail(IndexDef& index) {
+  for (;;) {
+    const Token& token = reader_.peek();
+    if (token.is("INCLUDE")) {
+      reader_.next();
+      index.included = nameList();
+    } else if (token.is("WHERE")) {
+      reader_.next();
+      const std::size_t begin = reader_.position();
+      for (;;) {
+        const Token& part = reader_.peek();
+        if (part.isSymbol("(")) {
+          reader_.skipParentheses();
+          continue;
+        }
+        if (part.kind == TokenKind::End || part.isSymbol(";") || part.isSymbol(",") || part.isSymbol(")") ||
+            part.is("WITH") || part.is("ON") || startsStatement(part))
+          break;
+        reader_.next();
+      }
+      index.filter = storedExpression(reader_.sourceBetween(begin, reader_.position()), catalogue_.serverMajor());
+    } else if (token.is("WITH") && !reader_.peek(1).is("VALUES") && !reader_.peek(1).is("CHECK") &&
+               !reader_.peek(1).is("NOCHECK")) {
+      reader_.next();
+      skipWithOptions(reader_);
+    } else if (token.is("ON") && !reader_.peek(1).is("DELETE") && !reader_.peek(1).is("UPDATE")) {
+      reader_.next();
+      reader_.next();
+      if (reader_.peek().isSymbol("(")) reader_.skipParentheses();
+    } else if (token.is("FILESTREAM_ON")) {
+      reader_.next();
+      reader_.next();
+    } else {
+      return;
+    }
+  }
+}
+
+IndexDef DdlReader::createIndex(ObjectName& table) {
+  IndexDef index;
+  clusteredWords(index);
+  if (!reader_.peek().is("INDEX")) throw NotUnderstood{"this kind of index isn't kept", reader_.peek().line};
+  reader_.next();
+  index.name = reader_.expectIdentifier();
+  reader_.expectWord("ON");
+  table = readObjectName(reader_);
+  keyColumns(index);
+  indexTail(index);
+  return index;
+}
+
+// A type for a computed column: that of a CAST or CONVERT, of a column, of arithmetic on such; else nvarchar(4000).
+TypeRef DdlReader::inferType(std::string_view text, const TableDef& table) const {
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  const TypeRef unknown = namedType("nvarchar(4000)");
+  std::optional<TypeRef> best;
+  const auto take = [&](const TypeRef& type) {
+    if (!best || rankOf(type) > rankOf(*best)) best = type;
+  };
+  bool several = false;
+  while (!reader.atEnd()) {
+    const Token& token = reader.next();
+    const bool call = token.isIdentifier() && reader.peek().isSymbol("(");
+    if (call && (token.is("CAST") || token.is("TRY_CAST"))) {
+      const std::size_t begin = reader.position();
+      reader.skipParentheses();
+      std::size_t as = reader.position();
+      while (as > begin && !tokens[as].is("AS")) --as;
+      TokenReader type(text, tokens);
+      type.moveTo(as + 1);
+      take(readType(type, &catalogue_));
+    } else if (call && (token.is("CONVERT") || token.is("TRY_CONVERT"))) {
+      TokenReader type(text, tokens);
+      type.moveTo(reader.position() + 1);
+      take(readType(type, &catalogue_));
+      reader.skipParentheses();
+    } else if (token.kind == TokenKind::Number) {
+      take(numberType(token.raw));
+    } else if (token.isIdentifier() && !call) {
+      const auto column = std::find_if(table.columns.begin(), table.columns.end(), [&](const ColumnDef& each) {
+        return compareCollated(each.name, token.name()) == 0;
+      });
+      if (column == table.columns.end()) return unknown;
+      take(column->type);
+    } else if (isBinaryOperator(token)) {
+      several = true;
+    } else if (!token.isSymbol("(") && !token.isSymbol(")")) {
+      return unknown;
+    }
+  }
+  if (!best) return unknown;
+  return several && rankOf(*best) < 0 && best->dataType != DataType::Text ? unknown : *best;
+}
+
+}  // namespace qrel::tsql

@@ -1,0 +1,231 @@
+#include "embedded/statements/tables.h"
+
+#include <algorithm>
+
+#include "embedded/change/parts.h"
+#include "embedded/sqlite/quoting.h"
+#include "embedded/statements/columnValues.h"
+#include "embedded/statements/tableReader.h"
+#include "platform/text.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+// Gives the rows that are there the values of new columns: counted ones, and defaults where Null isn't allowed or
+// WITH VALUES asks for them.
+void fillColumns(StatementRun& run, const ObjectName& name, const std::vector<ColumnDef>& columns, bool withValues) {
+  const auto table = run.requireTable(name);
+  std::vector<std::int64_t> rows;
+  {
+    sqlite::Statement query(run.database(), "select _rowid_ from " + quoteName(table->storage) + " order by _rowid_");
+    while (query.step()) rows.push_back(query.integer(0));
+  }
+  if (rows.empty()) return;
+  for (const ColumnDef& def : columns) {
+    const auto* column = table->find(def.name);
+    const bool counted = def.identity || def.type.baseName == "timestamp";
+    const bool filled = !def.defaultText.empty() && (!def.nullable || withValues);
+    if (!counted && !filled) continue;
+    const InsertPlan::Column source = defaultFor(run, *column);
+    sqlite::Statement update(run.database(), "update " + quoteName(table->storage) + " set " +
+                                                 quoteColumn(column->name) + " = ?1 where _rowid_ = ?2");
+    for (const std::int64_t row : rows) {
+      run.checkStop();
+      update.bind(1, counted ? generated(run, *table, *column) : defaultOf(run, source)).bind(2, row).run();
+    }
+  }
+}
+
+void alterTableAdd(StatementRun& run, const ObjectName& name) {
+  TokenReader& reader = run.reader;
+  reader.expectWord("ADD");
+  const auto before = run.catalogue().table(name.schema, name.name);
+  TableDef table;  // with the columns that are there: computed ones take their types from them
+  if (before) {
+    for (const auto& column : before->columns) {
+      ColumnDef& def = table.columns.emplace_back();
+      def.name = column.name;
+      def.type = column.type;
+    }
+  }
+  const auto existing = static_cast<std::ptrdiff_t>(table.columns.size());
+  DdlReader ddl(reader, run.catalogue());
+  do {
+    ddl.tableElement(table);
+  } while (reader.acceptSymbol(","));
+  if (!run.act()) return;
+  std::vector<ColumnDef> columns(table.columns.begin() + existing, table.columns.end());
+  run.atomically([&] {
+    if (!columns.empty()) {
+      for (const IndexDef& index : table.indexes) {
+        for (ColumnDef& column : columns) {
+          const bool inKey = std::any_of(index.columns.begin(), index.columns.end(), [&](const std::string& key) {
+            return compareCollated(key, column.name) == 0;
+          });
+          if (index.kind == KeyKind::PrimaryKey && inKey) column.nullable = false;
+        }
+      }
+      run.changes().addColumns(name, columns);
+      fillColumns(run, name, columns, ddl.withValues);
+    }
+    for (const IndexDef& index : table.indexes) run.changes().addIndex(name, index);
+    for (const ForeignKeyDef& key : table.foreignKeys) run.changes().addForeignKey(name, key);
+    for (const CheckDef& check : table.checks) run.changes().addCheck(name, check);
+    for (const auto& each : ddl.defaultsFor) run.changes().addDefault(name, each.column, each.name, each.text);
+  });
+  run.schemaChanged();
+  run.made(!columns.empty() ? "column" : "constraint");
+}
+
+void alterTableDrop(StatementRun& run, const ObjectName& name) {
+  TokenReader& reader = run.reader;
+  reader.expectWord("DROP");
+  struct Part {
+    bool column = false, ifExists = false;
+    std::string name;
+  };
+  std::vector<Part> parts;
+  bool column = false;
+  do {
+    if (reader.acceptWord("COLUMN")) {
+      column = true;
+    } else if (reader.acceptWord("CONSTRAINT")) {
+      column = false;
+    } else if (parts.empty() && reader.peek().is("PERIOD")) {
+      run.notUnderstood("periods aren't kept");
+    }
+    Part part;
+    part.column = column;
+    if (reader.acceptWord("IF")) {
+      reader.expectWord("EXISTS");
+      part.ifExists = true;
+    }
+    part.name = reader.expectIdentifier();
+    if (reader.peek().is("WITH") && reader.peek(1).isSymbol("(")) {
+      reader.next();
+      reader.skipParentheses();
+    }
+    parts.push_back(std::move(part));
+  } while (reader.acceptSymbol(","));
+  if (!run.act()) return;
+  run.atomically([&] {
+    for (const Part& part : parts) {
+      const auto table = run.catalogue().table(name.schema, name.name);
+      if (part.ifExists && table) {
+        const auto object = run.catalogue().find(table->schema, part.name);
+        if (part.column ? table->find(part.name) == nullptr : !object || object->parent != table->id) continue;
+      }
+      if (part.column) {
+        run.changes().dropColumn(name, part.name);
+      } else {
+        run.changes().dropConstraint(name, part.name);
+      }
+    }
+  });
+  run.schemaChanged();
+}
+
+void alterTableColumn(StatementRun& run, const ObjectName& name) {
+  TokenReader& reader = run.reader;
+  reader.expectWord("ALTER");
+  reader.expectWord("COLUMN");
+  if ((reader.peek(1).is("ADD") || reader.peek(1).is("DROP")) && !reader.peek(2).isSymbol("(")) {
+    reader.next();  // ADD or DROP of ROWGUIDCOL, PERSISTED, SPARSE, ...
+    reader.next();
+    reader.next();
+    if (reader.acceptWord("WITH")) reader.skipParentheses();
+    run.act();
+    return;
+  }
+  TableDef extra;
+  ColumnDef column = DdlReader(reader, run.catalogue()).column(extra);
+  if (reader.acceptWord("WITH")) reader.skipParentheses();
+  if (!run.act()) return;
+  run.atomically([&] { run.changes().alterColumn(name, column); });
+  run.schemaChanged();
+}
+
+}  // namespace
+
+void createTable(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  const ObjectName name = run.localName(readObjectName(reader));
+  TableDef table;
+  table.schema = name.schema.empty() ? "dbo" : name.schema;
+  table.name = name.name;
+  DdlReader ddl(reader, run.catalogue());
+  if (reader.peek().is("AS")) run.notUnderstood("CREATE TABLE AS isn't kept");
+  ddl.tableBody(table);
+  if (!run.act()) return;
+  ddl.checkPrimaryKey(table);
+  run.atomically([&] { run.changes().createTable(table); });
+  run.schemaChanged();
+  run.made("table");
+}
+
+void createIndex(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  DdlReader ddl(reader, run.catalogue());
+  ObjectName table;
+  const IndexDef index = ddl.createIndex(table);
+  table = run.localName(table);
+  if (!run.act()) return;
+  run.atomically([&] { run.changes().addIndex(table, index); });
+  run.schemaChanged();
+  run.made("index");
+}
+
+void alterTable(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  const ObjectName name = run.localName(readObjectName(reader));
+  if (reader.peek().is("WITH") && (reader.peek(1).is("CHECK") || reader.peek(1).is("NOCHECK"))) {
+    reader.next();
+    reader.next();
+  }
+  const Token& word = reader.peek();
+  if (word.is("ADD")) {
+    alterTableAdd(run, name);
+  } else if (word.is("DROP")) {
+    alterTableDrop(run, name);
+  } else if (word.is("ALTER") && reader.peek(1).is("COLUMN")) {
+    alterTableColumn(run, name);
+  } else if (word.is("CHECK") || word.is("NOCHECK") || word.is("ENABLE") || word.is("DISABLE")) {
+    reader.next();  // CONSTRAINT or TRIGGER, and names
+    if (!reader.acceptWord("CONSTRAINT")) reader.expectWord("TRIGGER");
+    do {
+      reader.expectIdentifier();
+    } while (reader.acceptSymbol(","));
+    run.withoutEffect();
+    run.act();
+  } else if (word.is("SET") || word.is("REBUILD") || word.is("SWITCH")) {
+    if (word.is("SWITCH")) run.notUnderstood("partitions aren't kept");
+    reader.next();
+    if (reader.peek().isSymbol("(")) reader.skipParentheses();
+    if (reader.acceptWord("WITH")) reader.skipParentheses();
+    run.withoutEffect();
+    run.act();
+  } else {
+    run.notUnderstood("unknown form of ALTER TABLE");
+  }
+}
+
+void truncateStatement(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  reader.next();
+  reader.expectWord("TABLE");
+  const ObjectName name = run.localName(readObjectName(reader));
+  if (reader.peek().is("WITH") && reader.peek(1).isSymbol("(")) run.notUnderstood("partitions aren't kept");
+  if (!run.act()) return;
+  const auto table = run.requireTable(name);
+  auto& references = run.database().cached("select 1 from cat_references where rkeyid = ?1 and fkeyid <> ?1");
+  const bool referenced = references.bind(1, table->id).step();
+  references.reset();
+  if (referenced) {
+    refuse("Cannot truncate table '" + table->name + "' because it is being referenced by a FOREIGN KEY constraint.");
+  }
+  run.database().execute("delete from " + quoteName(table->storage));
+  run.memory.identities.erase(table->id);
+}
+
+}  // namespace qrel::tsql

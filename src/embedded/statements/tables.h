@@ -1,0 +1,14 @@
+// CREATE TABLE, ALTER TABLE, CREATE INDEX, TRUNCATE TABLE.
+#pragma once
+
+#include "embedded/run/statementRun.h"
+
+namespace qrel::tsql {
+
+// CREATE's and ALTER's reader stands behind the word TABLE, CREATE INDEX's behind CREATE.
+void createTable(StatementRun& run);
+void createIndex(StatementRun& run);
+void alterTable(StatementRun& run);
+void truncateStatement(StatementRun& run);
+
+}  // namespace qrel::tsql
