@@ -1,7 +1,6 @@
 #include "process/savedProcessLists.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <utility>
 
 #include "app/Program.h"
@@ -38,7 +37,7 @@ std::string takeLine(std::string_view& rest) {
 
 // What writers of this list left that were killed.
 void removeLeftovers(const std::string& strPath) {
-  for (const std::filesystem::path& each : files::temporaryFiles(strPath)) files::removeFile(each);
+  for (const auto& each : files::temporaryFiles(strPath)) files::removeFile(each);
 }
 
 }  // namespace

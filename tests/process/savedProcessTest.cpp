@@ -127,6 +127,23 @@ TEST_F(SavedProcess, OneThatIsSavedOverGetsAnotherIdAndItsOldListsStay) {
   EXPECT_TRUE(boxes().empty());
 }
 
+TEST_F(SavedProcess, ListsAreThoseOfTheSectionThatWasRead) {
+  ASSERT_TRUE(SaveComparisonProcess(program, selective("p", {"a"}, {"a"})));
+  // Another program saves over it twice as soon as its list is asked for, so that the id is the same again.
+  bool asked = false;
+  const files::FaultScope meanwhile([&](files::Operation, const fs::path& file) {
+    if (file.filename() != "qrel_001_src.txt" || std::exchange(asked, true)) return 0;
+    for (const char* name : {"b", "c"}) {
+      tSavedProcess process = selective("p", {name}, {name});
+      process.strDb1 = name;
+      EXPECT_TRUE(SaveComparisonProcess(program, process));
+    }
+    return 0;
+  });
+  const tSavedProcess read = GetSavedProcessDetails(program, "p");
+  EXPECT_EQ(std::to_string(read.lngId) + read.strDb1 + read.arrSource.at(0) + read.arrTarget.at(0), "1ccc");
+}
+
 TEST_F(SavedProcess, WhatIsReadIsTakenAsItStands) {
   const std::string cut(254, 'p');
   write(
