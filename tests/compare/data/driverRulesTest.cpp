@@ -346,7 +346,9 @@ TEST_F(DriverRules, AnExportBehindASaveIsRecordedOnce) {
     form.cmdSave.personClicks();
     EXPECT_EQ(exportAs("none"), "save ") << "nothing was written";
     EXPECT_EQ(exportAs("csv wrapped"), "record:Nightly:2w ") << "an export keeps the other clicks out";
+    EXPECT_TRUE(form.request().blnWrap) << "a process saved from now on has it";
     EXPECT_EQ(exportAs("csv"), "");
+    EXPECT_FALSE(form.request().blnWrap);
     name = "";
     form.cmdSave.personClicks();
     EXPECT_EQ(exportAs("html"), "save ") << "without a name there is no process to add to";
