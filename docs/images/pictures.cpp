@@ -113,7 +113,8 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   menu("selective", 231);
   menu("print", 250, {{"frmCompareAndPrint", "cmdCancel"}});
   program.settings.glngMaxRowsInDiffTable = 100;
-  menu("data", 310, {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}, {"frmCompareData", "cmdExport"}});
+  menu("data", 310,
+       {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}, {"frmCompareData", "cmdExport"}});
   menu("add", 501);
   menu("remove", 502);
   menu("ignored", 511);

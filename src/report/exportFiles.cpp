@@ -168,10 +168,8 @@ bool GridToHtml(const tExportSource& source, std::int32_t lngMode, std::int32_t 
     parts.ground = [](std::size_t row, std::size_t) { return row % 2 == 0 ? viewerEvenRows : white; };
   } else {
     parts.note = differencesNote(source, lngLimitCount, strLimitText);
-    parts.ground = [&grid](std::size_t row, std::size_t column) {
-      const std::uint32_t colour = grid.backColour(row, column);
-      return colour == Grid::noColour ? white : colour;
-    };
+    // What was never painted has no colour, whose digits are white's.
+    parts.ground = [&grid](std::size_t row, std::size_t column) { return grid.backColour(row, column); };
   }
   return writeHtml(parts, Table(grid), file, step);
 }

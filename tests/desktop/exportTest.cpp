@@ -3,6 +3,7 @@
 #include <QLabel>
 
 #include "platform/files.h"
+#include "process/modSavedProcess.h"
 #include "report/frmExport.h"
 #include "tests/desktop/desktopFixture.h"
 
@@ -18,10 +19,10 @@ class ExportWindowTest : public DesktopTest {
     grid.setText(1, 1, "a");
     source.VSFlexGrid1 = &grid;
   }
-  tExportResult show() {
+  tExportResult show(const tExportRequest& request = {}) {
     frmExport window(program);
     window.mlngMode = exportFromDataView;
-    return window.ShowUp(source, {});
+    return window.ShowUp(source, request);
   }
   std::string path(const char* name) const { return (folder.path() / name).string(); }
 
@@ -55,6 +56,12 @@ TEST_F(ExportWindowTest, ANameWithoutExtensionGetsOneAndWhatIsThereIsAskedFor) {
   const std::string ending = ".csv";
   EXPECT_EQ(offered.substr(offered.size() - ending.size()), ending);
   EXPECT_EQ(offered.find(path("")), 0U) << offered;
+}
+
+TEST_F(ExportWindowTest, AReplayNeedsNobody) {
+  program.main.gblnCloseAfterRun = true;
+  EXPECT_TRUE(show({path("out.csv"), exportCsv, 0, "", true, false}).blnOK);
+  EXPECT_EQ(files::readWholeFile(path("out.csv")), ",\r\n,a\r\n,\r\n");
 }
 
 TEST_F(ExportWindowTest, EscInTheMiddleOfAnExportStopsIt) {

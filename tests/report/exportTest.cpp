@@ -2,6 +2,7 @@
 #include "platform/error.h"
 #include "platform/fileFaults.h"
 #include "platform/files.h"
+#include "platform/text.h"
 #include "process/modSavedProcess.h"
 #include "report/frmExport.h"
 #include "tests/support.h"
@@ -12,17 +13,18 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint32_t red = 255;
-const std::string mark = "\xEF\xBB\xBF";
 
-std::string lines(const std::vector<std::string>& each) {
-  std::string text;
-  for (const std::string& line : each) text += line + "\r\n";
-  return text;
-}
-
-std::string th(const std::string& text) { return "<TD BGCOLOR = CCCCC><B>&nbsp " + text + " &nbsp</B></TD>"; }
-std::string td(const std::string& back, const std::string& fore, const std::string& text) {
-  return "<TD BGCOLOR = " + back + "><FONT COLOR = " + fore + ">&nbsp " + text + " &nbsp</TD>";
+// Lines as a file has them; "[back fore text]" is a cell.
+std::string lines(std::string text) {
+  for (std::size_t at = 0; (at = text.find("\n[", at)) != std::string::npos;) {
+    const std::size_t end = text.find("]\n", at);
+    const std::string cell = text.substr(at + 2, end - at - 2);
+    const std::string back = cell.substr(0, cell.find(' ')), rest = cell.substr(back.size() + 1);
+    const std::string fore = rest.substr(0, rest.find(' ')), value = rest.substr(fore.size() + 1);
+    text.replace(at + 1, end - at,
+                 "<TD BGCOLOR = " + back + "><FONT COLOR = " + fore + ">&nbsp " + value + " &nbsp</TD>");
+  }
+  return replaceAll(text, "\n", "\r\n");
 }
 
 void fill(Grid& table, const std::vector<std::vector<std::string>>& rows) {
@@ -73,10 +75,10 @@ class Export : public ::testing::Test {
     const auto& each = test.host.boxes.at(index);
     return each.title + ": " + each.text;
   }
-  void fillRows(int rows) {
+  static void fillRows(Grid& table, int rows) {
     std::vector<std::vector<std::string>> cells{{"Row", "v"}};
     for (int row = 1; row <= rows; ++row) cells.push_back({std::to_string(row), "x"});
-    fill(grid, cells);
+    fill(table, cells);
   }
 
   TestProgram test;
@@ -87,176 +89,156 @@ class Export : public ::testing::Test {
 };
 
 TEST_F(Export, DifferencesAsHtml) {
-  fill(grid,
-       {{"Row", " Name ", "Note"}, {"1", "  <b>A & B</b> ", "Null"}, {"1", "say \"x\"", "1,5\r\n2"}, {"2", "", ""}});
-  grid.paint(1, 1, 0, 2, 0xFFFF00);
-  grid.paint(2, 2, 0, 2, 0x80FFFF);
+  fill(grid, {{"Row", " Name "}, {"1", "  <b>A & B</b> "}, {"1", "say \"x\""}, {"2", ""}});
+  grid.paint(1, 1, 0, 1, 0xFFFF00);
+  grid.paint(2, 2, 0, 1, 0x80FFFF);
   grid.setTextColour(1, 1, red);
   grid.setTextColour(2, 0, 0x012345);
-  std::vector<std::string> expected{
-      "<HTML><HEAD><TITLE>Data Differences </TITLE></HEAD>",
-      "<BODY BGCOLOR = \"FFFFFF\">",
-      "<p align='center'><b> Differences between data in tables 'a' and 'b'</b><p> Source Table: a<br> Target Table: "
-      "b<p>",
-      "<TABLE BGCOLOR = \"000000\" WIDTH = \"100%\">",
-      "<TR>",
-      th("Row"),
-      th("Name"),
-      th("Note"),
-      "</TR>",
-      "<TR>",
-      td("CCCCC", "000000", "1"),
-      td("00FFFF", "FF0000", "<b>A & B</b>"),
-      td("00FFFF", "000000", "Null"),
-      "</TR>",
-      "<TR>",
-      td("CCCCC", "452301", "1"),
-      td("FFFF80", "000000", "say \"x\""),
-      td("FFFF80", "000000", "1,5\r\n2"),
-      "</TR>",
-      "<TR>",
-      td("CCCCC", "000000", "2"),
-      td("FFFFFF", "000000", ""),
-      td("FFFFFF", "000000", ""),
-      "</TR>",
-      "</TABLE></BODY></HTML>",
-      "<p align='center'><b> In S: 1,000<br> In T: 2<br> Different: 3</b>"};
+  const std::string expected = R"(<HTML><HEAD><TITLE>Data Differences </TITLE></HEAD>
+<BODY BGCOLOR = "FFFFFF">
+<p align='center'><b> Differences between data in tables 'a' and 'b'</b><p> Source Table: a<br> Target Table: b<p>
+<TABLE BGCOLOR = "000000" WIDTH = "100%">
+<TR>
+<TD BGCOLOR = CCCCC><B>&nbsp Row &nbsp</B></TD>
+<TD BGCOLOR = CCCCC><B>&nbsp Name &nbsp</B></TD>
+</TR>
+<TR>
+<TD BGCOLOR = CCCCC><FONT COLOR = 000000>&nbsp 1 &nbsp</TD>
+<TD BGCOLOR = 00FFFF><FONT COLOR = FF0000>&nbsp <b>A & B</b> &nbsp</TD>
+</TR>
+<TR>
+[CCCCC 452301 1]
+[FFFF80 000000 say "x"]
+</TR>
+<TR>
+[CCCCC 000000 2]
+[FFFFFF 000000 ]
+</TR>
+</TABLE></BODY></HTML>
+<p align='center'><b> In S: 1,000<br> In T: 2<br> Different: 3)";
   tExportRequest request;
   request.strLimitText = "Only 5 shown.";
-  EXPECT_EQ(exported(exportFromCompareData, exportHtml, request), lines(expected));
+  EXPECT_EQ(exported(exportFromCompareData, exportHtml, request), lines(expected + "</b>\n"));
   request.lngLimitCount = 1;
-  expected.back() = "<p align='center'><b> In S: 1,000<br> In T: 2<br> Different: 3<br> Only 5 shown.</b>";
-  EXPECT_EQ(exported(exportFromCompareData, exportHtml, request), lines(expected));
+  EXPECT_EQ(exported(exportFromCompareData, exportHtml, request), lines(expected + "<br> Only 5 shown.</b>\n"));
 }
 
 TEST_F(Export, ViewerAsHtmlHasRowsOfTwoColoursAndTheRecordsLoaded) {
-  fill(grid, {{"Row", "v"}, {"1", "a"}, {"2", "b"}});
+  fillRows(grid, 2);
   grid.paint(1, 2, 0, 1, 0x80FFFF);
   grid.setTextColour(2, 1, red);
-  source.strCaption = "Viewer";
-  source.lblTableName[0] = "Table: t";
   source.lblStats[0] = "Number of records: 2,000";
   source.lblCurRec = "1,235";
-  tExportRequest request;
-  request.lngLimitCount = 1;
-  request.strLimitText = "is not for this window";
-  const auto expected = [](const std::string& detail) {
-    return lines({"<HTML><HEAD><TITLE>Data Differences </TITLE></HEAD>", "<BODY BGCOLOR = \"FFFFFF\">",
-                  "<p align='center'><b> Viewer</b><p> Table: t<br> " + detail + "<p>",
-                  "<TABLE BGCOLOR = \"000000\" WIDTH = \"100%\">", "<TR>", th("Row"), th("v"), "</TR>", "<TR>",
-                  td("CCCCC", "000000", "1"), td("FFFFFF", "000000", "a"), "</TR>", "<TR>", td("CCCCC", "000000", "2"),
-                  td("00FFFF", "FF0000", "b"), "</TR>", "</TABLE></BODY></HTML>"});
-  };
-  EXPECT_EQ(exported(exportFromDataView, exportHtml, request), expected(""));
-  source.blnCurRecVisible = true;
-  EXPECT_EQ(exported(exportFromDataView, exportHtml, request),
-            expected("Number of records: 2,000<br> Number of records loaded: 1234"));
+  for (const bool visible : {false, true}) {
+    source.blnCurRecVisible = visible;
+    const std::string text = exported(exportFromDataView, exportHtml, {"", 0, 1, "is not for this window"});
+    const std::string detail =
+        visible ? "Number of records: 2,000<br> Number of records loaded: 1234<p>\n<TABLE" : "<p>\n<TABLE";
+    EXPECT_NE(text.find(lines("'b'</b><p> Source Table: a<br> " + detail)), std::string::npos) << text;
+    EXPECT_EQ(text.substr(text.find("</B></TD>\r\n</TR>") + 11), lines(R"(</TR>
+<TR>
+[CCCCC 000000 1]
+[FFFFFF 000000 x]
+</TR>
+<TR>
+[CCCCC 000000 2]
+[00FFFF FF0000 x]
+</TR>
+</TABLE></BODY></HTML>
+)"));
+  }
 }
 
 TEST_F(Export, AnalyzerRowsOfImagesHaveNoValues) {
-  for (const char* caption : {" Column Name", "Data Type", "Unique Values", "Value 1"}) report.addColumn(caption, 960);
-  const std::vector<std::vector<std::string>> records{
-      {"pic", "image", "2", "0x\xC3\x84"}, {"c", "images", " 7 ", "image"}, {"d", "Image", "1", "z"}};
-  for (const auto& record : records) {
-    const std::size_t row = report.addRecord();
-    for (std::size_t column = 0; column < record.size(); ++column) report.setText(row, column, record[column]);
-  }
-  report.paint(1, 3, 0, 3, 0xC0FFFF);
-  report.setTextColour(2, 3, 0xFF0000);
-  source.strCaption = "Data Analyzer     Table: t";
-  EXPECT_EQ(exported(exportFromDataAnalyze, exportHtml),
-            lines({"<HTML><HEAD><TITLE>Data Differences  </TITLE></HEAD>",
-                   "<BODY BGCOLOR = \"FFFFFF\">",
-                   "<p align='center'><b> Data Analyzer     Table: t</b><p> ",
-                   "<TABLE BGCOLOR = \"000000\" WIDTH = \"100%\">",
-                   "<TR>",
-                   th("Column Name"),
-                   th("Data Type"),
-                   th("Unique Values"),
-                   th("Value 1"),
-                   "</TR>",
-                   "<TR>",
-                   td("CCCCC", "000000", "pic"),
-                   td("FFFFFF", "000000", "image"),
-                   td("FFFFFF", "000000", ""),
-                   td("FFFFFF", "000000", ""),
-                   "</TR>",
-                   "<TR>",
-                   td("CCCCC", "000000", "c"),
-                   td("FFFFFF", "000000", "images"),
-                   td("FFFFFF", "000000", "7"),
-                   td("FFFFFF", "0000FF", "image"),
-                   "</TR>",
-                   "<TR>",
-                   td("CCCCC", "000000", "d"),
-                   td("FFFFFF", "000000", "Image"),
-                   td("FFFFFF", "000000", "1"),
-                   td("FFFFFF", "000000", "z"),
-                   "</TR>",
-                   "</TABLE></BODY></HTML>"}))
-      << "what isn't written needs no byte order mark either";
-
+  for (const char* caption : {" Column Name", "Data Type", "Value 1"}) report.addColumn(caption, 960);
+  const std::array<std::string, 3> records[]{{"pic", "image", "\xC3\x84"}, {"c", "Image", " 7 "}};
+  for (const auto& record : records)
+    for (std::size_t column = 0, row = report.addRecord(); column < 3; ++column)
+      report.setText(row, column, record[column]);
+  report.paint(1, 2, 0, 2, 0xC0FFFF);
+  report.setTextColour(2, 2, 0xFF0000);
+  EXPECT_EQ(exported(exportFromDataAnalyze, exportHtml), lines(R"(<HTML><HEAD><TITLE>Data Differences  </TITLE></HEAD>
+<BODY BGCOLOR = "FFFFFF">
+<p align='center'><b> Differences between data in tables 'a' and 'b'</b><p> )"
+                                                               R"(
+<TABLE BGCOLOR = "000000" WIDTH = "100%">
+<TR>
+<TD BGCOLOR = CCCCC><B>&nbsp Column Name &nbsp</B></TD>
+<TD BGCOLOR = CCCCC><B>&nbsp Data Type &nbsp</B></TD>
+<TD BGCOLOR = CCCCC><B>&nbsp Value 1 &nbsp</B></TD>
+</TR>
+<TR>
+[CCCCC 000000 pic]
+[FFFFFF 000000 image]
+[FFFFFF 000000 ]
+</TR>
+<TR>
+[CCCCC 000000 c]
+[FFFFFF 000000 Image]
+[FFFFFF 0000FF 7]
+</TR>
+</TABLE></BODY></HTML>
+)")) << "what isn't written needs no byte order mark either";
   test.program.main.gblnCloseAfterRun = true;  // asks to look at the file all the same
   EXPECT_EQ(exported(exportFromDataAnalyze, exportCsv),
-            lines({"Column Name,Data Type,Unique Values,Value 1", "pic,image,,", "c,images,7,image", "d,Image,1,z"}));
+            lines("Column Name,Data Type,Value 1\npic,image,\nc,Image,7\n"));
+  report.clear();
+  EXPECT_EQ(exported(exportFromDataAnalyze, exportCsv), lines("Column Name,Data Type,Value 1\n"));
 }
 
-TEST_F(Export, DifferencesAsCsv) {
-  fill(grid, {{"Row", " a\"b "}, {"1", "x, y"}, {"2", " say \"z\""}, {"3", ""}});
-  EXPECT_EQ(exported(exportFromCompareData, exportCsv), lines({"Row,a\"b", "1,x, y", "2,say \"z\"", "3,"}));
-  tExportRequest request;
-  request.blnWrapInQuot = true;
-  EXPECT_EQ(exported(exportFromDataView, exportCsv, request),
-            lines({"\"Row\",\"a\"b\"", "\"1\",\"x, y\"", "\"2\",\"say \"z\"\"", "\"3\",\"\""}));
-
-  const auto rfc4180 = [&](bool wrap) {
+TEST_F(Export, GridsAsCsv) {
+  fill(grid, {{"Row", " a\"b "}, {"1", "x, y"}, {"2", "two\nlines"}, {"3", " "}});
+  const auto csv = [&](const tCsvForm& form) {
     files::AtomicFile file(path("out"));
-    EXPECT_TRUE(GridToCSV(grid, {wrap, true}, file, [](std::int32_t) { return true; }));
+    EXPECT_TRUE(GridToCSV(grid, form, file, [](std::int32_t) { return true; }));
     file.finish();
     return written("out");
   };
-  grid.setText(3, 1, "two\nlines");
-  EXPECT_EQ(rfc4180(false), lines({"Row,\" a\"\"b \"", "1,\"x, y\"", "2,\" say \"\"z\"\"\"", "3,\"two\nlines\""}));
-  grid.setText(3, 1, " ");
-  EXPECT_EQ(rfc4180(false), lines({"Row,\" a\"\"b \"", "1,\"x, y\"", "2,\" say \"\"z\"\"\"", "3, "}));
-  EXPECT_EQ(rfc4180(true),
-            lines({"\"Row\",\" a\"\"b \"", "\"1\",\"x, y\"", "\"2\",\" say \"\"z\"\"\"", "\"3\",\" \""}));
+  EXPECT_EQ(csv({false, false}), "Row,a\"b\r\n1,x, y\r\n2,two\nlines\r\n3,\r\n");
+  EXPECT_EQ(csv({true, false}), "\"Row\",\"a\"b\"\r\n\"1\",\"x, y\"\r\n\"2\",\"two\nlines\"\r\n\"3\",\"\"\r\n");
+  EXPECT_EQ(csv({false, true}), "Row,\" a\"\"b \"\r\n1,\"x, y\"\r\n2,\"two\nlines\"\r\n3, \r\n");
+  EXPECT_EQ(csv({true, true}), "\"Row\",\" a\"\"b \"\r\n\"1\",\"x, y\"\r\n\"2\",\"two\nlines\"\r\n\"3\",\" \"\r\n");
 }
 
 TEST_F(Export, AMarkInFrontOfWhatIsNotAscii) {
-  fill(grid, {{"Row", "v"}, {"1", "\xC5\x82"}});
-  EXPECT_EQ(exported(exportFromCompareData, exportCsv), mark + lines({"Row,v", "1,\xC5\x82"}));
-  EXPECT_EQ(exported(exportFromCompareData, exportHtml).find(mark + "<HTML>"), 0U);
+  const std::string mark = "\xEF\xBB\xBF", letter = "\xC5\x82";
+  const auto beginsHtml = [&](const std::string& text, const tExportRequest& request = {}) {
+    EXPECT_EQ(exported(exportFromCompareData, exportHtml, request).substr(0, text.size()), text);
+  };
+  fill(grid, {{"Row", "v"}, {"1", letter}});
+  EXPECT_EQ(exported(exportFromCompareData, exportCsv), mark + "Row,v\r\n1," + letter + "\r\n");
+  beginsHtml(mark + "<HTML>");
   fill(grid, {{"Row", "v"}});
-  EXPECT_EQ(exported(exportFromCompareData, exportCsv), lines({"Row,v"})) << "a header alone";
-  EXPECT_EQ(exported(exportFromCompareData, exportHtml).find("<HTML>"), 0U);
-  source.lblTableName[1] = "\xC5\x82";
-  EXPECT_EQ(exported(exportFromCompareData, exportHtml).find(mark + "<HTML>"), 0U);
-  source.lblTableName[1] = "";
+  EXPECT_EQ(exported(exportFromCompareData, exportCsv), "Row,v\r\n");
+  beginsHtml("<HTML>");
   tExportRequest note;
+  note.strLimitText = letter;
+  beginsHtml("<HTML>", note);
   note.lngLimitCount = 1;
-  note.strLimitText = "\xC5\x82";
-  EXPECT_EQ(exported(exportFromCompareData, exportHtml, note).find(mark + "<HTML>"), 0U);
+  beginsHtml(mark + "<HTML>", note);
+  source.lblTableName[1] = letter;
+  beginsHtml(mark + "<HTML>");
 }
 
 TEST_F(Export, CancelledAtRowFiveHasFourRows) {
-  fillRows(1234);
+  fillRows(grid, 1234);
+  fillRows(report, 6);
   struct Case {
     std::int32_t mode, type;
     std::string end;
   };
-  fill(report, {{"a", "b"}, {"1", "x"}, {"2", "x"}, {"3", "x"}, {"4", "x"}, {"5", "x"}, {"6", "x"}});
-  const std::string row4 = lines({td("CCCCC", "000000", "4"), td("FFFFFF", "000000", "x"), "</TR>"});
+  const std::string row4 = lines("\n[CCCCC 000000 4]\n[FFFFFF 000000 x]\n</TR>\n");
   for (const Case& each : {Case{exportFromCompareData, exportHtml, row4},
                            {exportFromDataView, exportCsv, "4,x\r\n"},
                            {exportFromDataAnalyze, exportHtml, row4},
                            {exportFromDataAnalyze, exportCsv, "4,x\r\n"}}) {
     int yields = 0;
+    bool pressed = false;
     test.host.boxes.clear();
-    test.host.onDoEvents = [&, begun = false]() mutable {
+    test.host.onDoEvents = [&] {
       ++yields;
-      if (std::exchange(begun, shown->lblGen1.text().find("5 of ") == 0)) return;
-      if (!begun) return;
+      if (pressed || shown->lblGen1.text().find("5 of ") != 0) return;
+      pressed = true;
       EXPECT_EQ(shown->lblGen1.text(), each.mode == exportFromDataAnalyze ? "5 of 6" : "5 of 1,234");
       EXPECT_TRUE(shown->ProgressBar.visible() && !shown->optGen[0].visible() && !shown->cmdOK.enabled());
       EXPECT_EQ(test.host.pointer(), Pointer::Hourglass);
@@ -345,7 +327,7 @@ TEST_F(Export, WhatAReplayAsks) {
 }
 
 TEST_F(Export, ACancelledFileDialogWritesNothing) {
-  fillRows(1);
+  fillRows(grid, 1);
   for (const std::size_t option : {0U, 1U}) {
     test.host.files = {""};
     const tExportResult result = show(exportFromCompareData, {}, [&](frmExport& window) {
@@ -371,8 +353,8 @@ TEST_F(Export, AnUnknownSourceIsTold) {
 }
 
 TEST_F(Export, AFailureIsReportedWithItsRowAndLeavesTheOldFile) {
-  fillRows(3);
-  fill(report, {{"a"}, {"1"}, {"2"}});
+  fillRows(grid, 3);
+  fillRows(report, 2);
   test.folder.write("out", "old");
   struct Case {
     std::int32_t mode, type;
@@ -407,7 +389,7 @@ TEST_F(Export, AFailureIsReportedWithItsRowAndLeavesTheOldFile) {
 }
 
 TEST_F(Export, ClosingTheWindowCancels) {
-  fillRows(3);
+  fillRows(grid, 3);
   test.host.onDoEvents = [&] { EXPECT_TRUE(shown->closeRequested()); };
   EXPECT_FALSE(show(exportFromCompareData, {path("out"), exportCsv, 0, "", true, false}).blnOK);
   EXPECT_EQ(written("out"), "");
