@@ -67,13 +67,15 @@ TEST_F(DataAllCommand, SomeTablesAndWhatTheirReportIsWorth) {
     int code;
     const char* printed;
   };
-  for (const Case& each : std::vector<Case>{
-           {"Same", 0, "\n1 objects selected in Source database\n1 objects selected in Target database\n\n"
-                       "Data in all selected tables in both databases is identical.\n"},
-           {"same, ITEM", 1, "\tItem - 2 different record(s)\n"},
-           {"Gone,Same", 1, "\n2 objects selected in Source database\n1 objects selected in Target database\n\n"
-                            "List of tables which exist in Source database but not in Target database:\n\tGone\n"},
-           {"Fresh", 1, "exist in Target database but not in Source database:\n\tFresh\n"}}) {
+  for (const Case& each :
+       std::vector<Case>{{"Same", 0,
+                          "\n1 objects selected in Source database\n1 objects selected in Target database\n\n"
+                          "Data in all selected tables in both databases is identical.\n"},
+                         {"same, ITEM", 1, "\tItem - 2 different record(s)\n"},
+                         {"Gone,Same", 1,
+                          "\n2 objects selected in Source database\n1 objects selected in Target database\n\n"
+                          "List of tables which exist in Source database but not in Target database:\n\tGone\n"},
+                         {"Fresh", 1, "exist in Target database but not in Source database:\n\tFresh\n"}}) {
     EXPECT_EQ(data({"--tables", each.tables}), each.code) << each.tables << err;
     EXPECT_NE(out.find(each.printed), std::string::npos) << each.tables << '\n' << out;
   }
@@ -93,11 +95,19 @@ TEST_F(DataAllCommand, AKeyIsTestedOnBothSides) {
   for (const Case& each : std::vector<Case>{
            {{"--table", "item", "--key", "id"}, 1, valid, "Selected fields (Id) contain duplicate values (1) and", ""},
            {{"--table", "Same", "--key", "A"}, 0, valid, valid, ""},
-           {{"--table", "Same", "--target-table", "Fresh", "--key", "a"}, 0, valid, "Table Fresh doesn't contain any", ""},
+           {{"--table", "Same", "--target-table", "Fresh", "--key", "a"},
+            0,
+            valid,
+            "Table Fresh doesn't contain any",
+            ""},
            {{"--table", "Item", "--key", "Id,Tag"}, 3, "", "", "cannot determine if the fields are unique."},
            {{"--table", "Item", "--key", "Part"}, 3, "", "Field Part contains Nulls", "cannot determine if the fields"},
            {{"--table", "Item", "--key", "Nr"}, 2, "", "", "There is no column \"Nr\""},
-           {{"--table", "Same", "--table", "Item", "--key", "a"}, 2, "", "", "--validate goes with one --table only."}}) {
+           {{"--table", "Same", "--table", "Item", "--key", "a"},
+            2,
+            "",
+            "",
+            "--validate goes with one --table only."}}) {
     std::vector<std::string> arguments = each.arguments;
     arguments.push_back("--validate");
     EXPECT_EQ(data(arguments), each.code) << err;

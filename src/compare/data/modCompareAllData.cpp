@@ -25,10 +25,12 @@ class DataSection : public CompareAllObjects {
 
 // Whether the table has a text there. A failed read is told and noted by now, and gives none.
 bool DataSection::hasText(int side, const Item& item, long lngId) {
-  // A table whose id was found in this state of the database has columns, so its text is made only when some are ignored.
+  // A table whose id was found in this state of the database has columns, so its text is made only when some are
+  // ignored.
   const auto& lookUp = program_.state<IgnoredColumnsSource>().lookUp;
   const std::string& strDb = run_.database(side);
-  if (lngId > 0 && (!lookUp || lookUp(ignoredColsStruct, run_.server(side), strDb, item.strPrinted).empty())) return true;
+  if (lngId > 0 && (!lookUp || lookUp(ignoredColsStruct, run_.server(side), strDb, item.strPrinted).empty()))
+    return true;
   const ReadWatch reads(program_);
   try {
     long lngIgnored = 0;
