@@ -1,4 +1,5 @@
-// A run over whole databases without a person: its window, what happens while it yields, and what becomes of its report.
+// A run over whole databases without a person: its window, what happens while it yields, and what becomes of its
+// report.
 #pragma once
 
 #include <array>

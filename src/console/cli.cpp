@@ -147,8 +147,8 @@ void addData(CLI::App& app, CommandLine& line) {
   CLI::App* data = app.add_subcommand("data", "Compare the records of tables, by position or by key");
   data->add_option("SOURCE", line.data.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
   data->add_option("TARGET", line.data.target)->required();
-  CLI::Option* table = data->add_option("--table", line.data.tables, "the table; several are compared in turn")
-                           ->allow_extra_args(false);
+  CLI::Option* table =
+      data->add_option("--table", line.data.tables, "the table; several are compared in turn")->allow_extra_args(false);
   CLI::Option* tables =
       data->add_option("--tables", line.data.selected, "these tables in one report, with commas between");
   CLI::Option* all = data->add_flag("--all", line.data.all, "all tables in one report");

@@ -87,7 +87,8 @@ ExitCode runValidate(Console& console, const DataArguments& arguments) {
     openPanel(console, workspace, sides[side], side);
     requireObjects(console, workspace, sides[side], side, objTables);
     const std::string& target = arguments.targetTable;
-    selectObject(console, workspace, sides[side], side, side == 0 || target.empty() ? arguments.tables.front() : target);
+    selectObject(console, workspace, sides[side], side,
+                 side == 0 || target.empty() ? arguments.tables.front() : target);
   }
   const tDataCompRequest request = RequestOfSelection(workspace);
   std::array<std::array<std::string, 3>, 2> keys;
@@ -102,8 +103,8 @@ ExitCode runValidate(Console& console, const DataArguments& arguments) {
       ends.push_back(validateSide(console, form, request, side));
   });
   if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
-  if (!chosen) return ExitCode::Usage;
   if (reads.failed()) return ExitCode::CannotRead;
+  if (!chosen) return ExitCode::Usage;
   return sides[0].incomplete || sides[1].incomplete ? ExitCode::Incomplete : codeOf(ends);
 }
 

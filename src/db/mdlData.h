@@ -69,8 +69,8 @@ std::string GetServerVersion(Program& program, const tServer& server);
 // The major version: the number before the first point, 0 for an empty text.
 std::int32_t GetVersionNumber(const std::string& strVersion);
 
-// True when a record of the table holds Null in that column. strTable comes bare or as GetExtendedObjectName gives it. A
-// failure is False, after its report.
+// True when a record of the table holds Null in that column. strTable comes bare or as GetExtendedObjectName gives it.
+// A failure is False, after its report.
 bool NullExistsInColumn(Program& program, const tServer& server, const std::string& strDb, const std::string& strTable,
                         const std::string& strColumn);
 

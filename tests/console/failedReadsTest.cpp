@@ -177,6 +177,10 @@ TEST_F(FailedReads, NorAreRecords) {
   arguments.target = "S/B";
   arguments.tables = {"Parent"};
   failEach([&](Console& console) { return runData(console, arguments); });
+  arguments.keys[0] = "a";
+  failEach([&](Console& console) { return runValidate(console, arguments); });
+  arguments.all = true;
+  failEach([&](Console& console) { return runDataAll(console, arguments); });
 }
 
 // A name that would end its literal reaches no server and costs nobody else the verdict.
@@ -192,6 +196,8 @@ TEST_F(FailedReads, ANameWithAQuoteIsNotCompared) {
               "One table [Victim] has identical structure in both databases."))
       << out;
   EXPECT_TRUE(told("qrel: not compared: table O'Brien.\n")) << err;
+  EXPECT_EQ(run({"data", "S/A", "S/A", "--all"}), 4);
+  EXPECT_TRUE(printed("\tO'Brien\n\t(1 table)\nOne table [Victim] has identical data in both databases.")) << out;
   EXPECT_TRUE(told("qrel: not read: table O'Brien in S/A: Incorrect syntax near 'Brien'.\n")) << err;
   EXPECT_EQ(run({"compare", "S/A", "S/A", "--types", "procedures"}), 4);
   EXPECT_TRUE(printed("One procedure [good] has identical structure in both databases.")) << out;

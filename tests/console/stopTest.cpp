@@ -112,5 +112,19 @@ TEST_F(Stop, AReaderThatHasGoneIsNoFaultAndNothingIsSaid) {
   EXPECT_EQ(err(), "");
 }
 
+// A query for each record: nearly all of the time is spent between them.
+TEST_F(Stop, AKeyTestEndsAtOnce) {
+  std::string script = "CREATE TABLE t (a int NOT NULL)\nINSERT t VALUES (0)";
+  for (int i = 1; i < 8000; ++i) script += ",(" + std::to_string(i) + ")";
+  ASSERT_EQ(codeOf(start({"load", "S/D", folder.write("many.sql", script).string()})), 0) << err();
+  const pid_t test = start({"data", "S/D", "S/D", "--table", "t", "--key", "a", "--validate"});
+  std::this_thread::sleep_for(700ms);
+  const auto begin = std::chrono::steady_clock::now();
+  ::kill(test, SIGINT);
+  EXPECT_EQ(codeOf(test), 5) << err();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s) << "also on a machine with other work";
+  EXPECT_EQ(err(), "qrel: Operation cancelled by the user.\n");
+}
+
 }  // namespace
 }  // namespace qrel

@@ -63,7 +63,9 @@ TEST_F(MainCommands, TheBarHasWhatCanBeDone) {
       {"selective details", "--240 &Details\n---241 Compare Selected &Tables - Details\n"},
       {"details end",
        "---247 Compare Selected &Constraints - Details\n-250 Compare and Print All Tables\n300 &Data Comparisons\n"},
-      {"Data", "300 &Data Comparisons\n-310 Compare &Data in Single Pair of Tables\n500 &Tools\n"},
+      {"Data",
+       "300 &Data Comparisons\n-310 Compare &Data in Single Pair of Tables\n"
+       "-320 Compare Data in &Selected Tables\n-330 Compare Data in &All Tables\n500 &Tools\n"},
       {"Tools",
        "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-510 List All Ignored Columns - &Data Comparisons\n"
        "-511 List All Ignored Columns - &Structure Comparisons\n"}};

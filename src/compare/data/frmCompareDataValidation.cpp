@@ -40,9 +40,8 @@ bool ColumnIsIdentity(const std::string& strColDef) {
 
 frmCompareDataValidation::frmCompareDataValidation(Program& program) : Form(moduleName), program_(program) {
   caption = "Validate Fields Selection";
-  for (Control* control :
-       std::initializer_list<Control*>{&lblServer1, &lblDb1, &lblTable1, &lblRecsCount1, &lblCurRec, &lblTime,
-                                       &prbProgressBar, &cmdCancel, &cmdOK})
+  for (Control* control : std::initializer_list<Control*>{&lblServer1, &lblDb1, &lblTable1, &lblRecsCount1, &lblCurRec,
+                                                          &lblTime, &prbProgressBar, &cmdCancel, &cmdOK})
     add(*control);
   for (Label& label : lblInfo) add(label);
   for (Label& label : lblDebug) add(label);
@@ -129,9 +128,9 @@ void frmCompareDataValidation::ValidateFields() {
   }
   if (blnNullsFound) {
     lngEnd = KeyValidationEnd::Nulls;
-    host.messageBox(hint("Field " + strField +
-                         " contains Nulls and shouldn't be used for Primary Key/Index comparison method."),
-                    Icon::Warning);
+    host.messageBox(
+        hint("Field " + strField + " contains Nulls and shouldn't be used for Primary Key/Index comparison method."),
+        Icon::Warning);
     return;
   }
   lblInfo[0].setText(std::string(nullsLabel) + " Done");
@@ -149,9 +148,8 @@ void frmCompareDataValidation::ValidateFields() {
   lblInfo[1].setText(std::string(uniqueLabel) + " Done");
   prbProgressBar.setValue(100);
   lngEnd = KeyValidationEnd::Valid;
-  host.messageBox(
-      "Fields selection is valid - data stored in selected fields is unique and doesn't contain nulls.",
-      Icon::Information);
+  host.messageBox("Fields selection is valid - data stored in selected fields is unique and doesn't contain nulls.",
+                  Icon::Information);
 }
 
 std::string frmCompareDataValidation::tableForNulls() const {
@@ -213,7 +211,8 @@ bool frmCompareDataValidation::scan(std::string& strDuplicates, bool& blnDuplica
   // Between the records the connection is asked for their number, so they are fetched whole.
   const CursorScope cursor(program_, adUseClient);
   SqlText strSql = "SELECT ";
-  for (const Field& field : taken_) strSql << (&field == taken_.data() ? SqlText() : SqlText(", ")) << inBrackets(field.strName);
+  for (const Field& field : taken_)
+    strSql << (&field == taken_.data() ? SqlText() : SqlText(", ")) << inBrackets(field.strName);
   strSql << " FROM " << asName(fields_.strExtName);
   RecordsetPtr rs;
   const bool blnFetched = GetAdoRS_Conn(program_, connection, server_, adCmdText, strSql, rs) != -1;

@@ -20,9 +20,9 @@ struct KeyValidation {
   std::string strExtName;  // the table as it stands in SQL
   std::string strTable;    // as it is listed
   long lngObjId = 0;
-  std::int32_t lngRecs = 0;              // records of the table, at least 1
-  std::array<std::string, 3> arrFields;  // noField or empty where there is none
-  long lngSide = 0;                      // 0 Source, 1 Target
+  std::int32_t lngRecs = 0;               // records of the table, at least 1
+  std::array<std::string, 3> arrFields;   // noField or empty where there is none
+  long lngSide = 0;                       // 0 Source, 1 Target
   std::array<std::string, 3> arrColDefs;  // the columns' lines in the table's text; empty for noField
 };
 
@@ -44,9 +44,9 @@ class frmCompareDataValidation : public Form, public ElapsedTimeWindow {
 
   Label lblServer1{"lblServer1"}, lblDb1{"lblDb1"}, lblTable1{"lblTable1"}, lblRecsCount1{"lblRecsCount1"};
   Label lblCurRec{"lblCurRec"};
-  Label lblTime{"lblTime"};                                             // elapsed, hh:mm:ss
-  std::array<Label, 2> lblInfo = controlArray<Label, 2>("lblInfo");     // 0 Nulls, 1 unique values
-  std::array<Label, 3> lblDebug = controlArray<Label, 3>("lblDebug");   // the values at work
+  Label lblTime{"lblTime"};                                            // elapsed, hh:mm:ss
+  std::array<Label, 2> lblInfo = controlArray<Label, 2>("lblInfo");    // 0 Nulls, 1 unique values
+  std::array<Label, 3> lblDebug = controlArray<Label, 3>("lblDebug");  // the values at work
   ProgressBar prbProgressBar{"prbProgressBar"};
   Button cmdCancel{"cmdCancel"};
   Button cmdOK{"cmdOK"};  // takes Enter and does nothing

@@ -1,7 +1,5 @@
 #include "compare/data/modCompareAllData.h"
 
-#include <unordered_set>
-
 #include "app/trap.h"
 #include "compare/data/modCompareData.h"
 #include "compare/structure/CompareAllObjects.h"
@@ -23,17 +21,21 @@ class DataSection : public CompareAllObjects {
   bool lookForItem(const Item& item);
   bool hasText(int side, const Item& item, long lngId);
   void compareRecords(const Item& item, long lngTargetId, const ReadWatch& reads);
-
-  std::unordered_set<long> inSource_;  // ids of the Source tables whose text was had
 };
 
 // Whether the table has a text there. A failed read is told and noted by now, and gives none.
 bool DataSection::hasText(int side, const Item& item, long lngId) {
+  // A table whose id was found in this state of the database has columns, so its text is made only when some are
+  // ignored.
+  const auto& lookUp = program_.state<IgnoredColumnsSource>().lookUp;
+  const std::string& strDb = run_.database(side);
+  if (lngId > 0 && (!lookUp || lookUp(ignoredColsStruct, run_.server(side), strDb, item.strPrinted).empty()))
+    return true;
   const ReadWatch reads(program_);
   try {
     long lngIgnored = 0;
-    return !GetTableText(program_, run_.server(side), item.strName, run_.database(side), true, lngIgnored, lngId, "",
-                         false, "", item.strPrinted)
+    return !GetTableText(program_, run_.server(side), item.strName, strDb, true, lngIgnored, lngId, "", false, "",
+                         item.strPrinted)
                 .empty();
   } catch (const std::exception&) {
     if (!reads.failed()) throw;
@@ -48,11 +50,8 @@ bool DataSection::compareItem(const Item& item) {
   long lngTargetId = 0;
   bool blnProceed = false;
   if (!findNamesake(0, item.strName, item.lngId, lngTargetId, blnProceed) || !run_.pulse.goOn()) return false;
-  bool blnInTarget = false;
-  if (blnProceed) {
-    if (hasText(0, item, item.lngId)) inSource_.insert(item.lngId);
-    blnInTarget = hasText(1, item, lngTargetId);
-  }
+  // The Source's text decides nothing.
+  const bool blnInTarget = blnProceed && hasText(1, item, lngTargetId);
   if (!run_.pulse.goOn()) return false;
   if (blnInTarget)
     compareRecords(item, lngTargetId, reads);
@@ -97,8 +96,7 @@ bool DataSection::lookForItem(const Item& item) {
   long lngSourceId = 0;
   bool blnProceed = false;
   if (!findNamesake(1, item.strName, item.lngId, lngSourceId, blnProceed) || !run_.pulse.goOn()) return false;
-  // Of a run's one state of the database the text isn't asked for twice.
-  const bool blnInSource = blnProceed && (inSource_.contains(lngSourceId) || hasText(0, item, lngSourceId));
+  const bool blnInSource = blnProceed && hasText(0, item, lngSourceId);
   if (reads.failed())
     notCompared(item);
   else if (!blnInSource)
