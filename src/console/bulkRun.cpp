@@ -37,7 +37,8 @@ void BulkRun::watch() {
 
 ExitCode BulkRun::verdict(bool complete) const {
   const modCompareAllState& state = console_.program.state<modCompareAllState>();
-  if (!tellIncomplete(console_) || !complete) return state.lngTypesRead > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
+  if (!tellIncomplete(console_) || !complete)
+    return state.lngTypesRead > 0 ? ExitCode::Incomplete : ExitCode::CannotRead;
   return state.lngDifferent + state.lngSourceOnly + state.lngTargetOnly > 0 ? ExitCode::Different : ExitCode::Identical;
 }
 

@@ -168,12 +168,14 @@ void addData(CLI::App& app, CommandLine& line) {
   data->add_flag("--rfc4180", line.data.rfc4180, "CSV: quotation marks where they are needed, doubled within values")
       ->needs(csv);
   csv->excludes(html);
+  data->add_flag("--vertical", line.data.vertical, "print the differences with a line per value");
+  data->add_flag("--only-differing", line.data.onlyDiffering, "print only the columns that differ, and the key");
   addSave(data, line.data.save);
   data->footer("Without key, order and offset each table is compared as was last chosen for it in the window.");
   for (CLI::Option* many : {tables, all})
     for (CLI::Option* other : data->get_options())
       for (const char* ofOne : {"table", "target-table", "key", "target-key", "sort", "target-sort", "offset",
-                                "target-offset", "validate", "csv", "html"})
+                                "target-offset", "validate", "csv", "html", "vertical", "only-differing"})
         if (other->check_lname(ofOne)) many->excludes(other);
   tables->excludes(all);
   data->callback([&line, table] {

@@ -66,6 +66,8 @@ struct DataArguments {
   std::string html, csv;          // files that the differences are written to
   bool quote = false;             // of CSV: every value between quotation marks
   bool rfc4180 = false;           // of CSV: quotation marks where a value needs them, doubled within
+  bool vertical = false;          // the rows with a line per value
+  bool onlyDiffering = false;     // without columns that are the same
   SaveArguments save;
   bool given() const {  // any of keys, sorts and offsets
     return !keys[0].empty() || !keys[1].empty() || !sorts[0].empty() || !sorts[1].empty() || offsets[0] || offsets[1];

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "app/modStrings.h"
 #include "compare/data/frmCompareData.h"
 #include "compare/data/frmCompareStatus.h"
 #include "console/commands.h"
@@ -9,6 +10,7 @@
 #include "console/panel.h"
 #include "console/tableColumns.h"
 #include "db/mdlObjects.h"
+#include "db/mdlQueryCode.h"
 #include "db/modSchema.h"
 #include "db/readFailures.h"
 #include "platform/files.h"
@@ -19,6 +21,8 @@
 namespace qrel {
 
 namespace {
+
+constexpr std::ptrdiff_t mostKeyColumns = 3;
 
 // What happens while the run yields: Ctrl+C stops it, a terminal shows where it is.
 class Watch {
@@ -67,25 +71,41 @@ tDataCompSettings givenSettings(Console& console, const DataArguments& arguments
   return settings;
 }
 
-void printResult(Console& console, const tDataCompRequest& request, const tDataCompResult& result) {
+void printResult(Console& console, const DataArguments& arguments, const tDataCompRequest& request,
+                 const tDataCompResult& result) {
   std::ostream& out = console.out;
+  const frmCompareData* window = console.program.state<modCompareDataState>().differences.get();
+  if (result.strResult.empty() && window)
+    return printDifferencesWindow(out, *window, {console.colours, arguments.vertical, arguments.onlyDiffering, {}});
   for (const std::size_t side : {0u, 1u})
     out << (side == 0 ? "Source Table: " : "Target Table: ") << visibleText(request.arrTables[side])
         << " (Database: " << visibleText(request.arrDbs[side])
         << ", Server: " << visibleText(console.program.main.gtypSelServ[side].Name) << ")\n";
-  const auto line = [&](const std::string& text) { out << visibleLines(replaceAll(text, "\r\n", "\n")) << '\n'; };
-  const frmCompareData* window = console.program.state<modCompareDataState>().differences.get();
-  if (!result.strResult.empty() || !window) {
-    line(result.strResult);
+  out << visibleLines(replaceAll(result.strResult, "\r\n", "\n")) << '\n';
+}
+
+// A table that is compared by position though it has a primary key: perhaps nobody thought of it.
+void tellPrimaryKey(Console& console, const tDataCompRequest& request) {
+  if (request.lngCompMethod == compPrimaryKey) return;
+  Program& program = console.program;
+  const AskedScope asked(program);  // a hint that can't be had is missed by nobody
+  std::string schema;
+  const std::string table = GetLastWord(request.arrTables[0], schema, ".");
+  std::vector<tTableColumn> arrIndexes;
+  long lngCount = 0;
+  GetIndexes(program, program.main.gtypSelServ[0], table, request.arrDbs[0], true, "", true, arrIndexes, lngCount);
+  constexpr std::string_view opening = "PRIMARY KEY CLUSTERED ([";
+  for (const tTableColumn& index : arrIndexes) {
+    const std::size_t at = index.strDefinition.find(opening);
+    if (at == std::string::npos) continue;
+    std::string names = index.strDefinition.substr(at + opening.size());
+    names = replaceAll(names.substr(0, names.rfind("])")), "], [", ",");
+    if (std::count(names.begin(), names.end(), ',') >= mostKeyColumns) return;
+    console.err << "qrel: " << visibleText(request.arrTables[0])
+                << " was compared by position. It has a primary key: --key " << visibleText(names)
+                << " compares by it.\n";
     return;
   }
-  line(window->lblGen11.text());
-  line(DataCompCountsText(result));
-  for (const Label* label : {&window->lblGen0, &window->lblMaxRows})
-    if (label->visible()) line(label->text());
-  if (window->VSFlexGrid1.rowCount() < 2) return;
-  out << '\n';
-  printDifferences(out, window->VSFlexGrid1, console.colours);
 }
 
 // Writes the table of the differences where it was asked for. Identical data has none: a file of an earlier run would
@@ -166,8 +186,9 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const S
   if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
   const bool complete = state.lngEnd == DataCompEnd::Done;
   if (complete || result.lngDiffs > 0) {
-    printResult(console, request, result);
+    printResult(console, arguments, request, result);
     exportDifferences(console, arguments, result.blnIdentical);
+    if (!result.blnIdentical) tellPrimaryKey(console, request);
   } else
     console.err << "qrel: the data of " << visibleText(request.arrTables[0]) << " and "
                 << visibleText(request.arrTables[1]) << " couldn't be compared.\n";

@@ -16,6 +16,7 @@
 #include "platform/text.h"
 #include "platform/visibleText.h"
 #include "process/replayOutcome.h"
+#include "report/frmExport.h"
 #include "report/frmReport.h"
 #include "ui/frmMain.h"
 
@@ -75,7 +76,7 @@ void printWindow(Console& console, const Form& form) {
   if (const auto* report = dynamic_cast<const frmReport*>(&form))
     console.out << visibleLines(report->txtReport.text()) << '\n';
   if (const auto* table = dynamic_cast<const frmCompareData*>(&form))
-    if (table->VSFlexGrid1.rowCount() > 1) printDifferences(console.out, table->VSFlexGrid1, console.colours);
+    printDifferencesWindow(console.out, *table, {.colours = console.colours});
 }
 
 // What happens while the run yields: Ctrl+C stops whatever runs, a terminal shows where it is.
@@ -97,6 +98,7 @@ class RunWatch {
     if (stopRequested()) {
       program.state<modCompareAllState>().gblnCancelCompare = true;
       program.state<modCompareDataState>().gblnStopComparison = true;
+      program.state<frmExportState>().gblnCancelExport = true;
     }
     constexpr std::int64_t millisecondsBetween = 100;
     const std::int64_t now = console_.host.ticks();

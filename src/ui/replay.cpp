@@ -100,7 +100,12 @@ void Replay::RunProcess(const tSavedProcess& process) {
 }
 
 void Replay::run(const tSavedProcess& process) {
-  program_.state<ReplayOutcome>().blnStarted = true;
+  auto& outcome = program_.state<ReplayOutcome>();
+  outcome.blnStarted = true;
+  // A list that isn't the one that was saved was told in a box, and selects less or other objects than were meant.
+  if (process.lngSelCountSource != static_cast<std::int32_t>(process.arrSource.size()) ||
+      process.lngSelCountTarget != static_cast<std::int32_t>(process.arrTarget.size()))
+    outcome.blnIncomplete = true;
   if (!detailsComplete(process) || !selectServers(process)) return;
   workspace_.mblnBusy = true;
   window_.InitializeDisplay(false);

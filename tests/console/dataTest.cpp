@@ -114,5 +114,37 @@ TEST_F(DataCommand, TellsWhatIsWrong) {
   EXPECT_TRUE(told("the data of Item and Item couldn't be compared")) << err;
 }
 
+TEST_F(DataCommand, LongRowsAreShownByValueAndSameColumnsLeftOut) {
+  EXPECT_EQ(data({"--table", "Item", "--key", "Id", "--vertical"}), 1);
+  EXPECT_TRUE(printed("Row 2  Source\n  Id     2\n  Part   nut\n* Price  2.00\n\nRow 2  Target\n")) << out;
+  EXPECT_EQ(data({"--table", "Item", "--key", "Id", "--vertical", "--only-differing"}), 1);
+  EXPECT_TRUE(printed("Row 1  Source only\n  Id     1\n  Price  1.00\n\nRow 2  Source\n  Id     2\n* Price  2.00\n"))
+      << out;
+  EXPECT_EQ(data({"--table", "Item", "--key", "Id", "--only-differing"}), 1);
+  EXPECT_TRUE(printed("Row               Id  Price\n1    Source only  1   1.00\n2    Source       2   *2.00\n")) << out;
+}
+
+TEST_F(DataCommand, APrimaryKeyThatWasNotUsedIsNamed) {
+  ASSERT_EQ(run({"load", "S/K",
+                 folder
+                     .write("k.sql",
+                            "CREATE TABLE K (a int NOT NULL, [b b] int NOT NULL, c int, "
+                            "CONSTRAINT pkK PRIMARY KEY (a, [b b]))\n"
+                            "INSERT K VALUES (1, 2, 3)\n")
+                     .string()}),
+            0);
+  ASSERT_EQ(run({"load", "S/L",
+                 folder
+                     .write("l.sql",
+                            "CREATE TABLE K (a int, [b b] int, c int)\n"
+                            "INSERT K VALUES (1, 2, 4)\n")
+                     .string()}),
+            0);
+  EXPECT_EQ(run({"data", "S/K", "S/L", "--table", "K"}), 1);
+  EXPECT_TRUE(told("qrel: K was compared by position. It has a primary key: --key a,b b compares by it.\n")) << err;
+  EXPECT_EQ(run({"data", "S/K", "S/L", "--table", "K", "--key", "a,b b"}), 1);
+  EXPECT_EQ(err, "");
+}
+
 }  // namespace
 }  // namespace qrel

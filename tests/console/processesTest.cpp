@@ -109,6 +109,18 @@ TEST_F(ProcessCommands, TheStoredFileIsWrittenAndAnotherForOneRun) {
   EXPECT_EQ(run({"run", "r", "--export", file("no/r.txt")}), 4) << "the file can't be written";
 }
 
+TEST_F(ProcessCommands, AListThatIsNotTheOneSavedMakesTheVerdictIncomplete) {
+  ASSERT_EQ(run({"compare", "S/A", "S/B", "--types", "procedures", "--only", "GetA", "--save", "s"}), 1) << err;
+  const std::string list = file("qrel_001_src.txt");
+  ASSERT_EQ(files::readWholeFile(list), "GetA\r\n");
+  EXPECT_EQ(run({"run", "s"}), 1);
+  folder.write("qrel_001_src.txt", "GetA\r\nGetB\r\n");
+  EXPECT_EQ(run({"run", "s"}), 4);
+  std::filesystem::remove(list);
+  EXPECT_EQ(run({"run", "s"}), 4) << "nothing selected is identical, and says nothing";
+  EXPECT_TRUE(told("Inconsistent Data: ")) << err;
+}
+
 TEST_F(ProcessCommands, WhatIsGoneIsToldWithThree) {
   EXPECT_EQ(run({"run", "x"}), 3);
   EXPECT_TRUE(told("There is no saved process \"x\"")) << err;

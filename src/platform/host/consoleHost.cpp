@@ -94,7 +94,10 @@ void ConsoleHost::show(Form& form) {
 
 void ConsoleHost::print(const PrintJob& job) {
   const std::string stamp = replaceAll(timeText(now()), ":", "");  // no file name holds a colon everywhere
-  const std::filesystem::path file = std::filesystem::path(printFolder) / (job.title + ' ' + stamp + ".txt");
+  std::filesystem::path file;
+  for (int copy = 1; copy == 1 || files::exists(file); ++copy)  // several pages of one second each have a file
+    file = std::filesystem::path(printFolder) /
+           (job.title + ' ' + stamp + (copy > 1 ? " (" + std::to_string(copy) + ")" : "") + ".txt");
   files::writeAtomically(file, (job.header.empty() ? "" : job.header + "\r\n\r\n") +
                                    replaceAll(replaceAll(job.text, "\r\n", "\n"), "\n", "\r\n"));
   tell("", "printed to " + file.string());

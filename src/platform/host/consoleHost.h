@@ -44,7 +44,8 @@ class ConsoleHost : public Host {
   std::string saveFileDialog(const FileDialog&) override { return {}; }
   std::string openFileDialog(const FileDialog&) override { return {}; }
   void setClipboardText(const std::string&) override {}
-  // Writes the pages to a text file in printFolder, named after the job's title and the time.
+  // Writes the pages to a text file in printFolder, named after the job's title and the time, never over
+  // another.
   void print(const PrintJob& job) override;
   std::string printFolder;
   LocalTime now() const override;
