@@ -14,6 +14,7 @@
 
 #include "app/settings.h"
 #include "app/trap.h"
+#include "compare/data/frmCompareDataValidation.h"
 #include "compare/data/frmCompareStatus.h"
 #include "db/mdlObjects.h"
 #include "desktop/qtHost.h"
@@ -115,6 +116,8 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   program.settings.glngMaxRowsInDiffTable = 100;
   menu("data", 310,
        {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}, {"frmCompareData", "cmdExport"}});
+  menu("someData", 320, {{"frmListObjects", "cmdSelectAll"}});
+  menu("allData", 330, {{"frmCompareAllTables", ""}, {"frmCompareStatus", ""}});
   menu("add", 501);
   menu("remove", 502);
   menu("ignored", 511);
@@ -141,6 +144,17 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   status.ShowHideControls(1);
   qrel::FormWindow shown(status, &face, program.store);
   album.save(shown.widget(), QStringLiteral("status-frmCompareStatus"));
+  qrel::frmCompareDataValidation test(program);
+  qrel::FormWindow shownTest(test, &face, program.store);
+  test.lblServer1.setText("demo");
+  test.lblDb1.setText("ShopV1");
+  test.lblTable1.setText("Customers");
+  test.lblInfo[0].setText("Checking if selected fields contain nulls... Done");
+  test.lblInfo[1].setText("Checking if selected fields contain unique values...");
+  test.lblDebug[0].setText("17");
+  test.prbProgressBar.setVisible(true);
+  test.prbProgressBar.setValue(40);
+  album.save(shownTest.widget(), QStringLiteral("validate-frmCompareDataValidation"));
 }
 
 }  // namespace

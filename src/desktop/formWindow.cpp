@@ -129,7 +129,7 @@ void FormWindow::addKeys() {
 }
 
 void FormWindow::show(bool modal) {
-  if (modal) window_->setWindowModality(Qt::ApplicationModal);
+  if (modal && !form_.leavesOwnerOpen) window_->setWindowModality(Qt::ApplicationModal);
   restorePlace();
   window_->show();
   window_->raise();

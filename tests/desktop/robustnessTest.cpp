@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "compare/structure/frmColorSchema.h"
+#include "compare/structure/modCompareAll.h"
 #include "platform/error.h"
 #include "tests/desktop/desktopFixture.h"
 
@@ -114,6 +115,33 @@ TEST_F(RobustnessTest, ClosingTheMainWindowWhileRecordsAreCompared) {
   EXPECT_TRUE(stopped);
   EXPECT_EQ(boxText, "Operation cancelled by the user.");
   EXPECT_TRUE(startUp.mainWindow()->closed());
+}
+
+// The progress of a table stands before the window of the run, whose Cancel can be pressed all the same.
+TEST_F(RobustnessTest, CancelEndsARunOverTheDataOfManyTables) {
+  startWithTables(3, 40000);
+  for (const char* list : {"pvlSqlObj_0", "pvlSqlObj_1"}) choose(main(), list, "Table0");
+  const auto status = []() -> QWidget* {
+    for (QWidget* window : QApplication::topLevelWidgets())
+      if (window->objectName() == "frmCompareStatus" && window->isVisible() &&
+          find<QProgressBar>(*window, "ProgressBar").isVisible())
+        return window;
+    return nullptr;
+  };
+  bool cancelled = false;
+  during([&] { return status() != nullptr; },
+         [&] {
+           QWidget& run = *QApplication::activeModalWidget();
+           ASSERT_EQ(run.objectName(), "frmCompareAllTables");
+           click(main(), "cmdConnect");
+           click(run, "cmdCancel");
+           cancelled = program.state<modCompareAllState>().gblnCancelCompare;
+           click(*status(), "cmdStop");
+         });
+  startUp.mainWindow()->barCommands.personChooses(330);
+  EXPECT_TRUE(cancelled);
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "no report comes";
+  EXPECT_FALSE(busy());
 }
 
 TEST_F(RobustnessTest, EscAndTheCloseBoxLeaveEveryDialog) {

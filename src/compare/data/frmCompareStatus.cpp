@@ -29,6 +29,8 @@ void frmCompareStatus::ShowUp(const tDataCompRequest& request, tDataCompResult& 
   state_.gblnFillDiffTable = request.blnDisplayDiffs;
   state_.gblnMarkDiffCells = true;
   state_.lngEnd = DataCompEnd::NotRead;
+  // The window of a run over many tables has a Cancel of its own.
+  leavesOwnerOpen = request.blnSilent;
   request_ = request;
   result_ = {};
   startTicks_ = program_.host.ticks();

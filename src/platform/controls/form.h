@@ -18,6 +18,7 @@ class Form {
 
   const std::string name;  // "frmReport"
   std::string caption;
+  bool leavesOwnerOpen = false;  // shown modal, it lets a person go on using the modal window that it is shown from
 
   // The controls by name, in the order of registration; not owned.
   const std::vector<Control*>& controls() const { return controls_; }
