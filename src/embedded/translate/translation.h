@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "embedded/functions/registry.h"
 #include "embedded/translate/textWidth.h"
 #include "embedded/translate/translator.h"
 
@@ -166,6 +167,8 @@ class Translation {
 
   // functions.cpp
   Expression functionCall();
+  Expression call(const Function& function);
+  Expression callWithPart(const Function& function);
   bool atBareFunction() const;
   Expression bareFunction();
   Expression aggregate(const std::string& name);
