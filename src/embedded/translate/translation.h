@@ -159,8 +159,8 @@ class Translation {
   std::string notCondition();
   std::string predicate();
   std::string comparisonTail(const Expression& left);
-  std::string quantified(Expression left, std::string_view symbol);
-  std::string inList(Expression left);
+  std::string quantified(const Expression& left, std::string_view symbol);
+  std::string inList(const Expression& left);
   std::string like(const Expression& left);
   bool parenthesesHoldCondition() const;
   bool parenthesesHoldQuery() const;
