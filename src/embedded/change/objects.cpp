@@ -149,11 +149,13 @@ std::int64_t addObject(sqlite::Database& database, std::string_view name, std::i
 }
 
 void removeObject(sqlite::Database& database, std::int64_t id) {
+  // The keys' columns go before the keys, which tell whose they are.
+  constexpr const char* columnsOfKeys =
+      "delete from cat_referencekeys where constid in (select constid from cat_references where ?1 in (constid, "
+      "fkeyid))";
   for (const char* sql :
-       {"delete from cat_referencekeys where constid in (select constid from cat_references where ?1 in (constid, "
-        "fkeyid))",
-        "delete from cat_references where constid = ?1 or fkeyid = ?1", "delete from cat_comments where object_id = ?1",
-        "delete from cat_sequences where object_id = ?1",
+       {columnsOfKeys, "delete from cat_references where constid = ?1 or fkeyid = ?1",
+        "delete from cat_comments where object_id = ?1", "delete from cat_sequences where object_id = ?1",
         "delete from cat_permissions where class = 1 and major_id = ?1", "delete from cat_objects where id = ?1"}) {
     database.cached(sql).bind(1, id).run();
   }

@@ -346,34 +346,47 @@ void serverVersion(FunctionCall& call) {
 void loginName(FunctionCall& call) { call.result(std::string_view("sa")); }
 void allowed(FunctionCall& call) { call.result(std::int64_t{1}); }
 
+using enum Function::Trait;
+
+constexpr Function table[] = {
+    {"object_id", 1, 2, DataType::Integer, callFunction<objectId>},
+    {"object_name", 1, 2, DataType::Text, callFunction<objectName>},
+    {"object_schema_name", 1, 2, DataType::Text, callFunction<objectSchemaName>, 0, MadeWidth::Unknown, 9},
+    {"objectproperty", 2, 2, DataType::Integer, callFunction<objectProperty>},
+    {"objectpropertyex", 2, 2, DataType::Integer, callFunction<objectProperty>},
+    {"indexproperty", 3, 3, DataType::Integer, callFunction<indexProperty>},
+    // Pure: the same within one query, so that SQLite asks once and not for each row.
+    {"ident_seed", 1, 1, DataType::Empty, callFunction<identitySeed>, Pure},
+    {"ident_incr", 1, 1, DataType::Empty, callFunction<identityIncrement>, Pure},
+    {"ident_current", 1, 1, DataType::Empty, callFunction<identityCurrent>},
+    {"col_length", 2, 2, DataType::Integer, callFunction<columnLength>},
+    {"col_name", 2, 2, DataType::Text, callFunction<columnName>},
+    {"columnproperty", 3, 3, DataType::Integer, callFunction<columnProperty>},
+    {"type_id", 1, 1, DataType::Integer, callFunction<typeId>},
+    {"type_name", 1, 1, DataType::Text, callFunction<typeName>},
+    {"schema_name", 0, 1, DataType::Text, callFunction<schemaName>},
+    {"user_name", 0, 1, DataType::Text, callFunction<schemaName>},
+    {"schema_id", 0, 1, DataType::Integer, callFunction<schemaId>},
+    {"databases", 0, 0, DataType::Empty, callFunction<databaseList>, Inside},
+    {"db_name", 0, 1, DataType::Text, callFunction<databaseName>},
+    {"db_id", 0, 1, DataType::Integer, callFunction<databaseId>},
+    {"databasepropertyex", 2, 2, DataType::Text, callFunction<databaseProperty>},
+    {"serverproperty", 1, 1, DataType::Text, callFunction<serverProperty>},
+    {"servername", 0, 0, DataType::Empty, callFunction<serverName>, Inside},
+    {"host_name", 0, 0, DataType::Text, callFunction<serverName>},
+    {"version", 0, 0, DataType::Empty, callFunction<serverVersion>, Inside},
+    {"login", 0, 1, DataType::Empty, callFunction<loginName>, Inside},
+    {"app_name", 0, 0, DataType::Text, callFunction<loginName>},
+    {"original_login", 0, 0, DataType::Text, callFunction<loginName>},
+    {"suser_name", 0, 1, DataType::Text, callFunction<loginName>},
+    {"suser_sname", 0, 1, DataType::Text, callFunction<loginName>},
+    {"has_perms_by_name", 3, 5, DataType::Integer, callFunction<allowed>},
+    {"is_member", 1, 1, DataType::Integer, callFunction<allowed>},
+    {"is_srvrolemember", 1, 2, DataType::Integer, callFunction<allowed>},
+};
+
 }  // namespace
 
-void addCatalogueFunctions(FunctionSurroundings& to) {
-  addFunction<objectId>(to, "object_id", -1, false);
-  addFunction<objectName>(to, "object_name", -1, false);
-  addFunction<objectSchemaName>(to, "object_schema_name", -1, false);
-  addFunction<objectProperty>(to, "objectproperty", 2, false);
-  addFunction<indexProperty>(to, "indexproperty", 3, false);
-  // The same within one query: SQLite then asks once and not for each row.
-  addFunction<identitySeed>(to, "ident_seed", 1, true);
-  addFunction<identityIncrement>(to, "ident_incr", 1, true);
-  addFunction<identityCurrent>(to, "ident_current", 1, false);
-  addFunction<columnLength>(to, "col_length", 2, false);
-  addFunction<columnName>(to, "col_name", 2, false);
-  addFunction<columnProperty>(to, "columnproperty", 3, false);
-  addFunction<typeId>(to, "type_id", 1, false);
-  addFunction<typeName>(to, "type_name", 1, false);
-  addFunction<schemaName>(to, "schema_name", -1, false);
-  addFunction<schemaId>(to, "schema_id", -1, false);
-  addFunction<databaseList>(to, "databases", 0, false);
-  addFunction<databaseName>(to, "db_name", -1, false);
-  addFunction<databaseId>(to, "db_id", -1, false);
-  addFunction<databaseProperty>(to, "databasepropertyex", 2, false);
-  addFunction<serverProperty>(to, "serverproperty", 1, false);
-  addFunction<serverName>(to, "servername", 0, false);
-  addFunction<serverVersion>(to, "version", 0, false);
-  addFunction<loginName>(to, "login", -1, false);
-  addFunction<allowed>(to, "allowed", -1, false);
-}
+std::span<const Function> catalogueFunctions() { return table; }
 
 }  // namespace qrel::tsql

@@ -484,24 +484,32 @@ std::string dateText(std::string_view storedDate, int style) {
   return out;
 }
 
-void addDateFunctions(FunctionSurroundings& to) {
-  addFunction<presentTime<true, true>>(to, "getdate", 0, false);
-  addFunction<presentTime<false, true>>(to, "getutcdate", 0, false);
-  addFunction<presentTime<true, false>>(to, "sysdatetime", 0, false);
-  addFunction<presentTime<false, false>>(to, "sysutcdatetime", 0, false);
-  addFunction<presentOffset>(to, "sysdatetimeoffset", 0, false);
-  addFunction<dateAdd>(to, "dateadd", 3, true);
-  addFunction<datePlus>(to, "dateplus", 2, true);
-  addFunction<dateDiff>(to, "datediff", 3, true);
-  addFunction<datePart>(to, "datepart", 2, true);
-  addFunction<dateName>(to, "datename", 2, true);
-  addFunction<fixedPart<DatePart::Year>>(to, "year", 1, true);
-  addFunction<fixedPart<DatePart::Month>>(to, "month", 1, true);
-  addFunction<fixedPart<DatePart::Day>>(to, "day", 1, true);
-  addFunction<endOfMonth>(to, "eomonth", -1, true);
-  addFunction<dateFromParts>(to, "datefromparts", 3, true);
-  addFunction<isDate>(to, "isdate", 1, true);
-  addFunction<dateTextFunction>(to, "datetext", 2, true);
-}
+namespace {
+
+using enum Function::Trait;
+
+constexpr Function table[] = {
+    {"getdate", 0, 0, DataType::Date, callFunction<presentTime<true, true>>},
+    {"getutcdate", 0, 0, DataType::Date, callFunction<presentTime<false, true>>},
+    {"sysdatetime", 0, 0, DataType::Date, callFunction<presentTime<true, false>>},
+    {"sysutcdatetime", 0, 0, DataType::Date, callFunction<presentTime<false, false>>},
+    {"sysdatetimeoffset", 0, 0, DataType::Date, callFunction<presentOffset>},
+    {"dateadd", 3, 3, DataType::Date, callFunction<dateAdd>, Pure | PartFirst},
+    {"dateplus", 2, 2, DataType::Empty, callFunction<datePlus>, Pure | Inside},
+    {"datediff", 3, 3, DataType::Integer, callFunction<dateDiff>, Pure | PartFirst},
+    {"datepart", 2, 2, DataType::Integer, callFunction<datePart>, Pure | PartFirst},
+    {"datename", 2, 2, DataType::Text, callFunction<dateName>, Pure | PartFirst},
+    {"year", 1, 1, DataType::Integer, callFunction<fixedPart<DatePart::Year>>, Pure},
+    {"month", 1, 1, DataType::Integer, callFunction<fixedPart<DatePart::Month>>, Pure},
+    {"day", 1, 1, DataType::Integer, callFunction<fixedPart<DatePart::Day>>, Pure},
+    {"eomonth", 1, 2, DataType::Date, callFunction<endOfMonth>, Pure},
+    {"datefromparts", 3, 3, DataType::Date, callFunction<dateFromParts>, Pure},
+    {"isdate", 1, 1, DataType::Integer, callFunction<isDate>, Pure},
+    {"datetext", 2, 2, DataType::Empty, callFunction<dateTextFunction>, Pure | Inside},
+};
+
+}  // namespace
+
+std::span<const Function> dateFunctions() { return table; }
 
 }  // namespace qrel::tsql

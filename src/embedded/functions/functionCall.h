@@ -1,4 +1,4 @@
-// What the server's functions inside SQLite are written with: arguments, results, registration.
+// What the server's functions inside SQLite are written with: arguments and results.
 #pragma once
 
 #include <sqlite3.h>
@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "embedded/functions/functions.h"
+#include "embedded/functions/registry.h"
 #include "embedded/sqlite/sqlite.h"
 #include "platform/data/value.h"
 
@@ -82,20 +83,7 @@ void callFunction(sqlite3_context* context, int count, sqlite3_value** arguments
   }
 }
 
-// Names a function under "q_" and the given name. `arguments` -1: any number. Functions that depend on their arguments
-// alone are `pure`.
-template <void (*body)(FunctionCall&)>
-void addFunction(FunctionSurroundings& surroundings, const char* name, int arguments, bool pure) {
-  const int flags = SQLITE_UTF8 | (pure ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0);
-  const std::string registered = std::string("q_") + name;
-  const int code = sqlite3_create_function_v2(surroundings.database.get(), registered.c_str(), arguments, flags,
-                                              &surroundings, &callFunction<body>, nullptr, nullptr, nullptr);
-  if (code != SQLITE_OK) surroundings.database.fail(code, registered);
-}
-
-void addTextFunctions(FunctionSurroundings& surroundings);
-void addNumberFunctions(FunctionSurroundings& surroundings);
-void addDateFunctions(FunctionSurroundings& surroundings);
-void addCatalogueFunctions(FunctionSurroundings& surroundings);
+// SUM and AVG, which SQLite calls q_sum and q_avg; they have no row in the table, being read by a grammar of their own.
+void addAggregates(FunctionSurroundings& surroundings);
 
 }  // namespace qrel::tsql

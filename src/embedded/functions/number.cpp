@@ -430,31 +430,39 @@ void totalResult(sqlite3_context* context, bool average) {
 void sumResult(sqlite3_context* context) { totalResult(context, false); }
 void averageResult(sqlite3_context* context) { totalResult(context, true); }
 
+using enum Function::Trait;
+
+constexpr Function table[] = {
+    {"add", 2, 2, DataType::Empty, callFunction<operate<'a'>>, Pure | Inside},
+    {"divide", 2, 2, DataType::Empty, callFunction<operate<'/'>>, Pure | Inside},
+    {"modulo", 2, 2, DataType::Empty, callFunction<operate<'%'>>, Pure | Inside},
+    {"xor", 2, 2, DataType::Empty, callFunction<operate<'^'>>, Pure | Inside},
+    {"pack", 1, manyArguments, DataType::Empty, callFunction<pack>, Pure | Inside},
+    {"chain", 1, manyArguments, DataType::Empty, callFunction<chain>, Pure | Inside},
+    {"abs", 1, 1, DataType::Empty, callFunction<absolute>, Pure},
+    {"ceiling", 1, 1, DataType::Integer, callFunction<rounding<std::ceil>>, Pure},
+    {"floor", 1, 1, DataType::Integer, callFunction<rounding<std::floor>>, Pure},
+    {"sign", 1, 1, DataType::Integer, callFunction<sign>, Pure},
+    {"round", 2, 3, DataType::Empty, callFunction<round>, Pure},
+    {"power", 2, 2, DataType::Empty, callFunction<power>, Pure},
+    {"square", 1, 1, DataType::Double, callFunction<square>, Pure},
+    {"sqrt", 1, 1, DataType::Double, callFunction<real<std::sqrt>>, Pure},
+    {"exp", 1, 1, DataType::Double, callFunction<real<std::exp>>, Pure},
+    {"log", 1, 1, DataType::Double, callFunction<real<std::log>>, Pure},
+    {"log10", 1, 1, DataType::Double, callFunction<real<std::log10>>, Pure},
+    {"isnumeric", 1, 1, DataType::Integer, callFunction<isNumeric>, Pure},
+    {"convert", 5, 5, DataType::Empty, callFunction<convert>, Pure | Inside},
+    {"try_convert", 5, 5, DataType::Empty, callFunction<tryConvert>, Pure | Inside},
+    {"newid", 0, 0, DataType::Guid, callFunction<newId>},
+    {"newsequentialid", 0, 0, DataType::Guid, callFunction<newId>},
+    {"rand", 0, 1, DataType::Double, callFunction<random>},
+};
+
 }  // namespace
 
-void addNumberFunctions(FunctionSurroundings& to) {
-  addFunction<operate<'a'>>(to, "add", 2, true);
-  addFunction<operate<'/'>>(to, "divide", 2, true);
-  addFunction<operate<'%'>>(to, "modulo", 2, true);
-  addFunction<operate<'^'>>(to, "xor", 2, true);
-  addFunction<pack>(to, "pack", -1, true);
-  addFunction<chain>(to, "chain", -1, true);
-  addFunction<absolute>(to, "abs", 1, true);
-  addFunction<rounding<std::ceil>>(to, "ceiling", 1, true);
-  addFunction<rounding<std::floor>>(to, "floor", 1, true);
-  addFunction<sign>(to, "sign", 1, true);
-  addFunction<round>(to, "round", -1, true);
-  addFunction<power>(to, "power", 2, true);
-  addFunction<square>(to, "square", 1, true);
-  addFunction<real<std::sqrt>>(to, "sqrt", 1, true);
-  addFunction<real<std::exp>>(to, "exp", 1, true);
-  addFunction<real<std::log>>(to, "log", 1, true);
-  addFunction<real<std::log10>>(to, "log10", 1, true);
-  addFunction<isNumeric>(to, "isnumeric", 1, true);
-  addFunction<convert>(to, "convert", 5, true);
-  addFunction<tryConvert>(to, "try_convert", 5, true);
-  addFunction<newId>(to, "newid", 0, false);
-  addFunction<random>(to, "rand", -1, false);
+std::span<const Function> numberFunctions() { return table; }
+
+void addAggregates(FunctionSurroundings& to) {
   for (const auto& [name, result] : {std::pair{"q_sum", &sumResult}, {"q_avg", &averageResult}}) {
     const int code =
         sqlite3_create_function_v2(to.database.get(), name, 1, SQLITE_UTF8, &to, nullptr, addToTotal, result, nullptr);

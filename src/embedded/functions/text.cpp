@@ -335,37 +335,42 @@ void like(FunctionCall& call) {
       std::int64_t{matchesLike(call.text(1), call.text(0), call.count() > 2 ? call.text(2) : std::string_view())});
 }
 
+using enum Function::Trait;
+
+constexpr Function table[] = {
+    {"len", 1, 1, DataType::Integer, callFunction<len>, Pure},
+    {"datalength", 1, 1, DataType::Integer, callFunction<datalength>, Pure},
+    {"charindex", 2, 3, DataType::Integer, callFunction<charindex>, Pure},
+    {"patindex", 2, 2, DataType::Integer, callFunction<patindex>, Pure},
+    {"left", 2, 2, DataType::Text, callFunction<left>, Pure, MadeWidth::AsFirst},
+    {"right", 2, 2, DataType::Text, callFunction<right>, Pure, MadeWidth::AsFirst},
+    {"substring", 3, 3, DataType::Text, callFunction<substring>, Pure, MadeWidth::AsFirst},
+    {"upper", 1, 1, DataType::Text, callFunction<upper>, Pure, MadeWidth::AsFirst},
+    {"lower", 1, 1, DataType::Text, callFunction<lower>, Pure, MadeWidth::AsFirst},
+    {"ltrim", 1, 1, DataType::Text, callFunction<ltrim>, Pure, MadeWidth::AsFirst},
+    {"rtrim", 1, 1, DataType::Text, callFunction<rtrim>, Pure, MadeWidth::AsFirst},
+    {"trim", 1, 1, DataType::Text, callFunction<trim>, Pure, MadeWidth::AsFirst},
+    {"cut", 2, 2, DataType::Empty, callFunction<cut>, Pure | Inside},
+    {"within", 2, 2, DataType::Empty, callFunction<within>, Pure | Inside},
+    {"replicate", 2, 2, DataType::Text, callFunction<replicate>, Pure | Limited, MadeWidth::AsFirst},
+    {"space", 1, 1, DataType::Text, callFunction<space>, Pure | Limited, MadeWidth::AnyPlain},
+    {"reverse", 1, 1, DataType::Text, callFunction<reverse>, Pure, MadeWidth::AsFirst},
+    {"stuff", 4, 4, DataType::Text, callFunction<stuff>, Pure | Limited, MadeWidth::AsFirstOrLast},
+    {"replace", 3, 3, DataType::Text, callFunction<replace>, Pure | Limited, MadeWidth::AsAll},
+    {"concat", 2, manyArguments, DataType::Text, callFunction<concat>, Pure | Limited, MadeWidth::AsAll},
+    {"concat_ws", 2, manyArguments, DataType::Text, callFunction<concatWithSeparator>, Pure | Limited,
+     MadeWidth::AsAll},
+    {"unicode", 1, 1, DataType::Integer, callFunction<codeOf>, Pure},
+    {"ascii", 1, 1, DataType::Integer, callFunction<ascii>, Pure},
+    {"char", 1, 1, DataType::Text, callFunction<character>, Pure},
+    {"nchar", 1, 1, DataType::Text, callFunction<nationalCharacter>, Pure},
+    {"quotename", 1, 2, DataType::Text, callFunction<quotename>, Pure},
+    {"str", 1, 3, DataType::Text, callFunction<str>, Pure},
+    {"like", 2, 3, DataType::Empty, callFunction<like>, Pure | Inside},
+};
+
 }  // namespace
 
-void addTextFunctions(FunctionSurroundings& to) {
-  addFunction<len>(to, "len", 1, true);
-  addFunction<datalength>(to, "datalength", 1, true);
-  addFunction<charindex>(to, "charindex", -1, true);
-  addFunction<patindex>(to, "patindex", 2, true);
-  addFunction<left>(to, "left", 2, true);
-  addFunction<right>(to, "right", 2, true);
-  addFunction<substring>(to, "substring", 3, true);
-  addFunction<upper>(to, "upper", 1, true);
-  addFunction<lower>(to, "lower", 1, true);
-  addFunction<ltrim>(to, "ltrim", 1, true);
-  addFunction<rtrim>(to, "rtrim", 1, true);
-  addFunction<trim>(to, "trim", 1, true);
-  addFunction<cut>(to, "cut", 2, true);
-  addFunction<within>(to, "within", 2, true);
-  addFunction<replicate>(to, "replicate", 3, true);
-  addFunction<space>(to, "space", 2, true);
-  addFunction<reverse>(to, "reverse", 1, true);
-  addFunction<stuff>(to, "stuff", 5, true);
-  addFunction<replace>(to, "replace", 4, true);
-  addFunction<concat>(to, "concat", -1, true);
-  addFunction<concatWithSeparator>(to, "concat_ws", -1, true);
-  addFunction<codeOf>(to, "unicode", 1, true);
-  addFunction<ascii>(to, "ascii", 1, true);
-  addFunction<character>(to, "char", 1, true);
-  addFunction<nationalCharacter>(to, "nchar", 1, true);
-  addFunction<quotename>(to, "quotename", -1, true);
-  addFunction<str>(to, "str", -1, true);
-  addFunction<like>(to, "like", -1, true);
-}
+std::span<const Function> textFunctions() { return table; }
 
 }  // namespace qrel::tsql

@@ -97,6 +97,14 @@ const Structure::Label* Structure::label(std::string_view lowerName) const {
   return found == labels_.end() ? nullptr : &*found;
 }
 
+std::size_t Structure::catchBehind(std::size_t close) const {
+  const std::vector<Token>& tokens = *tokens_;
+  std::size_t opening = close + 2;  // END TRY
+  while (opening < tokens.size() && tokens[opening].isSymbol(";")) ++opening;
+  const bool whole = opensBlockAt(opening) && tokens[opening + 1].is("CATCH") && ends_[opening] != none;
+  return whole ? opening : none;
+}
+
 bool Structure::isModuleAt(std::size_t at) const {
   const std::vector<Token>& tokens = *tokens_;
   const auto token = [&](std::size_t ahead) -> const Token& { return tokens[std::min(at + ahead, tokens.size() - 1)]; };

@@ -28,6 +28,8 @@ class Structure {
   std::size_t endOf(std::size_t opening) const { return ends_[opening]; }
   bool opensBlockAt(std::size_t at) const;
   const Label* label(std::string_view lowerName) const;
+  // The BEGIN of the CATCH that follows the END of a TRY; none when there is none, or nothing closes it.
+  std::size_t catchBehind(std::size_t close) const;
   // Whether CREATE or ALTER of a procedure, view, function or trigger begins at a token.
   bool isModuleAt(std::size_t at) const;
   // How deep brackets, CASE and runs of signs and NOTs go between two tokens.

@@ -16,7 +16,7 @@ OpenDatabase::OpenDatabase(const std::filesystem::path& file, const ServerFacts&
 }
 
 std::string OpenDatabase::attach(const std::string& name) {
-  const std::string schema = "db_" + lowerCase(name);
+  std::string schema = "db_" + lowerCase(name);
   {
     sqlite::Statement list(database, "select 1 from pragma_database_list where name = ?1");
     if (list.bind(1, schema).step()) return schema;

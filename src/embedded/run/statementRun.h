@@ -66,7 +66,7 @@ class StatementRun {
   BatchListener* const listener;
   CommandResult& answer;  // of the whole batch
   TextRunner& texts;
-  // The database of this text: USE in a text that it runs goes for that one.
+  // The database that this text is at; a text that it runs may be at another one, by USE.
   std::shared_ptr<OpenDatabase> open;
   Catalogue& catalogue() const { return open->catalogue; }
   sqlite::Database& database() const { return open->database; }

@@ -65,12 +65,9 @@ void Interpreter::block() {
 // BEGIN TRY ... END TRY BEGIN CATCH ... END CATCH, with the END of the first at `close`.
 void Interpreter::tryBlock(std::size_t close) {
   const std::size_t start = blocks_.back();
-  std::size_t opening = close + 2;
-  while (opening < text_.tokens.size() && text_.tokens[opening].isSymbol(";")) ++opening;
-  const bool whole = text_.tokens[close + 1].is("TRY") && opening + 1 < text_.tokens.size() &&
-                     text_.structure.opensBlockAt(opening) && text_.tokens[opening + 1].is("CATCH") &&
-                     text_.structure.endOf(opening) != Structure::none;
-  if (!whole) return run_.leaveRest(Kind::Failed, "BEGIN TRY without BEGIN CATCH: the rest of the batch is left out.");
+  const std::size_t opening = text_.structure.catchBehind(close);
+  if (!text_.tokens[close + 1].is("TRY") || opening == Structure::none)
+    return run_.leaveRest(Kind::Failed, "BEGIN TRY without BEGIN CATCH: the rest of the batch is left out.");
   const std::size_t end = text_.structure.endOf(opening);
   {
     const Within inside(depths_.tries);

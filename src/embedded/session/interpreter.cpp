@@ -15,7 +15,7 @@ namespace qrel::tsql {
 namespace {
 
 // Batches longer than this are lexed piece by piece where they are rows of INSERTs.
-constexpr std::size_t pieceSize = 16 * 1024;
+constexpr std::size_t pieceSize = std::size_t{16} * 1024;
 constexpr std::size_t firstWordsLength = 60;
 // @@ERROR for errors that have no number of their own here.
 constexpr std::int64_t otherError = 50000;

@@ -64,11 +64,8 @@ void Interpreter::skipBlock() {
   const std::size_t start = reader_.position();
   std::size_t close = text_.structure.endOf(start);
   if (close != Structure::none && text_.tokens[start + 1].is("TRY")) {
-    std::size_t opening = close + 2;
-    while (opening < text_.tokens.size() && text_.tokens[opening].isSymbol(";")) ++opening;
-    const bool caught = text_.structure.opensBlockAt(opening) && text_.tokens[opening + 1].is("CATCH");
-    close = caught ? text_.structure.endOf(opening) : Structure::none;
-    if (close != Structure::none) ++close;
+    const std::size_t opening = text_.structure.catchBehind(close);
+    close = opening == Structure::none ? opening : text_.structure.endOf(opening) + 1;  // the word CATCH
   }
   if (close == Structure::none)
     return run_.leaveRest(Kind::Failed, "BEGIN without END: the rest of the batch is left out.");

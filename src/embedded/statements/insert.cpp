@@ -48,6 +48,9 @@ void readRow(StatementRun& run, InsertPlan& plan) {
       "the INSERT statement.");
 }
 
+// How many tokens of an INSERT are looked through for its VALUES; a longer one is read like one that is new.
+constexpr std::size_t longestKnownHead = 200;
+
 void countInserted(StatementRun& run, std::int64_t rows) {
   run.result.rows = rows;
   run.memory.inserted += rows;
@@ -76,7 +79,7 @@ void insertValues(StatementRun& run, InsertPlan& plan) {
     const std::size_t first = reader.position();
     readRow(run, plan);
     if (reader.peek().isSymbol(",")) {
-      reader.moveTo(first);
+      reader.moveTo(first);  // several rows: all or none, and that costs a savepoint
       if (run.running()) {
         run.atomically(rows);
       } else {
@@ -127,7 +130,7 @@ void insertStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   // A shape that was seen before needs no reading up to its VALUES.
   const std::size_t start = reader.position();
-  for (std::size_t i = 1; i < 200 && run.running(); ++i) {
+  for (std::size_t i = 1; i < longestKnownHead && run.running(); ++i) {
     const Token& token = reader.peek(i);
     if (token.isSymbol(";") || token.kind == TokenKind::End) break;
     if (!token.is("VALUES")) continue;

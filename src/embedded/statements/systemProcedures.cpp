@@ -56,7 +56,7 @@ bool isWithoutEffect(const std::string& name) {
 ObjectName nameFrom(const std::string& text) {
   const auto tokens = lex(text);
   TokenReader reader(text, tokens);
-  const ObjectName name = readObjectName(reader);
+  ObjectName name = readObjectName(reader);
   if (!reader.atEnd()) throw NotUnderstood{"'" + text + "' is no name", 1};
   return name;
 }

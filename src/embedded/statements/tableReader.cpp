@@ -260,9 +260,9 @@ void DdlReader::identity(ColumnDef& column) {
 }
 
 void DdlReader::computedColumn(TableDef& table, ColumnDef& column) {
-  const std::string text(expression());
-  column.computedText = storedExpression(text, catalogue_.serverMajor());
-  column.type = inferType(text, table);
+  const std::size_t begin = reader_.position();
+  column.computedText = storedExpression(expression(), catalogue_.serverMajor());
+  column.type = inferType(begin, reader_.position(), table);
   for (;;) {
     if (reader_.peek().is("NOT") && reader_.peek(1).is("NULL")) {
       reader_.next();
@@ -473,29 +473,31 @@ IndexDef DdlReader::createIndex(ObjectName& table) {
   return index;
 }
 
-// A type for a computed column: that of a CAST or CONVERT, of a column, of arithmetic on such; else nvarchar(4000).
-TypeRef DdlReader::inferType(std::string_view text, const TableDef& table) const {
-  const auto tokens = lex(text);
-  TokenReader reader(text, tokens);
-  const TypeRef unknown = namedType("nvarchar(4000)");
+// A type for a computed column, told by the tokens [begin, end) of its expression: that of a CAST or CONVERT, of a
+// column, of arithmetic on such; else nvarchar(4000).
+TypeRef DdlReader::inferType(std::size_t begin, std::size_t end, const TableDef& table) const {
+  TokenReader reader = reader_;
+  reader.moveTo(begin);
+  TypeRef unknown = namedType("nvarchar(4000)");
   std::optional<TypeRef> best;
   const auto take = [&](const TypeRef& type) {
     if (!best || rankOf(type) > rankOf(*best)) best = type;
   };
   bool several = false;
-  while (!reader.atEnd()) {
+  while (reader.position() < end) {
     const Token& token = reader.next();
     const bool call = token.isIdentifier() && reader.peek().isSymbol("(");
     if (call && (token.is("CAST") || token.is("TRY_CAST"))) {
-      const std::size_t begin = reader.position();
+      const std::size_t opening = reader.position();
       reader.skipParentheses();
+      TokenReader type = reader;  // behind the last AS within
       std::size_t as = reader.position();
-      while (as > begin && !tokens[as].is("AS")) --as;
-      TokenReader type(text, tokens);
+      do type.moveTo(--as);
+      while (as > opening && !type.peek().is("AS"));
       type.moveTo(as + 1);
       take(readType(type, &catalogue_));
     } else if (call && (token.is("CONVERT") || token.is("TRY_CONVERT"))) {
-      TokenReader type(text, tokens);
+      TokenReader type = reader;
       type.moveTo(reader.position() + 1);
       take(readType(type, &catalogue_));
       reader.skipParentheses();

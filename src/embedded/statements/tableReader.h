@@ -50,7 +50,7 @@ class DdlReader {
   void storageOptions();
   std::vector<std::string> nameList();
   void operand();
-  TypeRef inferType(std::string_view text, const TableDef& table) const;
+  TypeRef inferType(std::size_t begin, std::size_t end, const TableDef& table) const;
 
   TokenReader& reader_;
   const Catalogue& catalogue_;

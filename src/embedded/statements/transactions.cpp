@@ -7,14 +7,21 @@
 
 namespace qrel::tsql {
 
+namespace {
+
+// A transaction's name stands on the line of its statement: a word on the next one begins another.
+bool isTransactionName(const Token& token) {
+  return (token.isIdentifier() || token.kind == TokenKind::Variable) && !token.firstOnLine && !startsStatement(token);
+}
+
+}  // namespace
+
 void beginTransaction(StatementRun& run) {
   TokenReader& reader = run.reader;
   reader.next();
   reader.acceptWord("DISTRIBUTED");
   if (!reader.acceptWord("TRAN")) reader.expectWord("TRANSACTION");
-  const Token& name = reader.peek();
-  if ((name.isIdentifier() || name.kind == TokenKind::Variable) && !name.firstOnLine && !startsStatement(name))
-    reader.next();
+  if (isTransactionName(reader.peek())) reader.next();
   if (reader.peek().is("WITH") && reader.peek(1).is("MARK")) {
     reader.next();
     reader.next();
@@ -23,6 +30,7 @@ void beginTransaction(StatementRun& run) {
   if (!run.act()) return;
   ++run.memory.changes;
   if (run.memory.transactions++ == 0) {
+    // A savepoint and no BEGIN: a loop may have its own around it, and statements theirs within.
     run.database().execute("savepoint q_transaction");
     run.memory.insertedAtBegin = run.memory.inserted;
   }
@@ -33,10 +41,8 @@ void transactionStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   const Token& verb = reader.next();
   if (!reader.acceptWord("TRAN") && !reader.acceptWord("TRANSACTION")) reader.acceptWord("WORK");
-  const Token& next = reader.peek();
   std::string name;
-  if ((next.isIdentifier() || next.kind == TokenKind::Variable) && !next.firstOnLine && !startsStatement(next))
-    name = reader.next().name();
+  if (isTransactionName(reader.peek())) name = reader.next().name();
   if (reader.peek().is("WITH") && reader.peek(1).isSymbol("(")) {
     reader.next();
     reader.skipParentheses();
@@ -51,7 +57,7 @@ void transactionStatement(StatementRun& run) {
   }
   if (verb.is("ROLLBACK") && run.memory.saved.count(lowerCase(name)) != 0) {
     run.database().execute("rollback to " + saved);
-    run.schemaChanged();
+    run.schemaChanged();  // tables may have gone with it, and identity values
     return;
   }
   if (run.memory.transactions == 0) {

@@ -31,7 +31,7 @@ const TableInfo::Column& columnToChange(const TableInfo& table, const std::strin
 
 void applyUpdate(StatementRun& run, const TableInfo& table, const std::vector<const TableInfo::Column*>& columns,
                  const std::string& rowsSql) {
-  std::vector<std::pair<std::int64_t, std::vector<Value>>> rows;
+  std::vector<std::pair<std::int64_t, std::vector<Value>>> rows;  // all of them first: values are those from before
   {
     std::set<std::int64_t> seen;  // a row that several joined rows meet is changed once
     sqlite::Statement query(run.database(), rowsSql);

@@ -536,13 +536,13 @@ std::string Translation::comparisonTail(const Expression& left) {
   return compared(left, symbol, expression());
 }
 
-std::string Translation::quantified(Expression left, std::string_view symbol) {
+std::string Translation::quantified(const Expression& left, std::string_view symbol) {
   const bool all = reader_.next().is("all");
-  if ((symbol == "=" && !all) || (symbol == "<>" && all)) return (all ? "not (" : "(") + inList(std::move(left)) + ")";
+  if ((symbol == "=" && !all) || (symbol == "<>" && all)) return (all ? "not (" : "(") + inList(left) + ")";
   refuse("ANY and ALL go with = and <> only");
 }
 
-std::string Translation::inList(Expression left) {
+std::string Translation::inList(const Expression& left) {
   std::string sql = left.sql;
   if (!left.column && !isNumericKind(left.kind)) sql += collationFor(left.kind, left.kind);
   if (parenthesesHoldQuery()) return sql + " in (" + parenthesizedQuery().sql + ")";

@@ -11,141 +11,42 @@ namespace qrel::tsql {
 
 namespace {
 
-// A function of the server: `sqlite` is what it is called inside SQLite, empty for "q_" and its own name.
-struct Function {
-  std::string_view name;
-  int least;
-  int most;
-  DataType kind;
-  std::string_view sqlite;
-};
-
-constexpr int many = 200;
 constexpr DataType unknown = DataType::Empty;
 
-constexpr Function functions[] = {
-    {"abs", 1, 1, unknown, ""},
-    {"app_name", 0, 0, DataType::Text, "q_login"},
-    {"ascii", 1, 1, DataType::Integer, ""},
-    {"ceiling", 1, 1, DataType::Integer, ""},
-    {"char", 1, 1, DataType::Text, ""},
-    {"charindex", 2, 3, DataType::Integer, ""},
-    {"col_length", 2, 2, DataType::Integer, ""},
-    {"col_name", 2, 2, DataType::Text, ""},
-    {"columnproperty", 3, 3, DataType::Integer, ""},
-    {"concat", 2, many, DataType::Text, ""},
-    {"concat_ws", 2, many, DataType::Text, ""},
-    {"databasepropertyex", 2, 2, DataType::Text, ""},
-    {"datalength", 1, 1, DataType::Integer, ""},
-    {"datefromparts", 3, 3, DataType::Date, ""},
-    {"day", 1, 1, DataType::Integer, ""},
-    {"db_id", 0, 1, DataType::Integer, ""},
-    {"db_name", 0, 1, DataType::Text, ""},
-    {"eomonth", 1, 2, DataType::Date, ""},
-    {"exp", 1, 1, DataType::Double, ""},
-    {"floor", 1, 1, DataType::Integer, ""},
-    {"getdate", 0, 0, DataType::Date, ""},
-    {"getutcdate", 0, 0, DataType::Date, ""},
-    {"has_perms_by_name", 3, 5, DataType::Integer, "q_allowed"},
-    {"host_name", 0, 0, DataType::Text, "q_servername"},
-    {"ident_current", 1, 1, unknown, ""},
-    {"ident_incr", 1, 1, unknown, ""},
-    {"ident_seed", 1, 1, unknown, ""},
-    {"indexproperty", 3, 3, DataType::Integer, ""},
-    {"is_member", 1, 1, DataType::Integer, "q_allowed"},
-    {"is_srvrolemember", 1, 2, DataType::Integer, "q_allowed"},
-    {"isdate", 1, 1, DataType::Integer, ""},
-    {"isnumeric", 1, 1, DataType::Integer, ""},
-    {"left", 2, 2, DataType::Text, ""},
-    {"len", 1, 1, DataType::Integer, ""},
-    {"log", 1, 1, DataType::Double, ""},
-    {"log10", 1, 1, DataType::Double, ""},
-    {"lower", 1, 1, DataType::Text, ""},
-    {"ltrim", 1, 1, DataType::Text, ""},
-    {"month", 1, 1, DataType::Integer, ""},
-    {"nchar", 1, 1, DataType::Text, ""},
-    {"newid", 0, 0, DataType::Guid, ""},
-    {"newsequentialid", 0, 0, DataType::Guid, "q_newid"},
-    {"object_id", 1, 2, DataType::Integer, ""},
-    {"object_name", 1, 2, DataType::Text, ""},
-    {"object_schema_name", 1, 2, DataType::Text, ""},
-    {"objectproperty", 2, 2, DataType::Integer, ""},
-    {"objectpropertyex", 2, 2, DataType::Integer, "q_objectproperty"},
-    {"original_login", 0, 0, DataType::Text, "q_login"},
-    {"patindex", 2, 2, DataType::Integer, ""},
-    {"power", 2, 2, unknown, ""},
-    {"quotename", 1, 2, DataType::Text, ""},
-    {"rand", 0, 1, DataType::Double, ""},
-    {"replace", 3, 3, DataType::Text, ""},
-    {"replicate", 2, 2, DataType::Text, ""},
-    {"reverse", 1, 1, DataType::Text, ""},
-    {"right", 2, 2, DataType::Text, ""},
-    {"round", 2, 3, unknown, ""},
-    {"rtrim", 1, 1, DataType::Text, ""},
-    {"schema_id", 0, 1, DataType::Integer, ""},
-    {"schema_name", 0, 1, DataType::Text, ""},
-    {"serverproperty", 1, 1, DataType::Text, ""},
-    {"sign", 1, 1, DataType::Integer, ""},
-    {"space", 1, 1, DataType::Text, ""},
-    {"sqrt", 1, 1, DataType::Double, ""},
-    {"square", 1, 1, DataType::Double, ""},
-    {"str", 1, 3, DataType::Text, ""},
-    {"stuff", 4, 4, DataType::Text, ""},
-    {"substring", 3, 3, DataType::Text, ""},
-    {"suser_name", 0, 1, DataType::Text, "q_login"},
-    {"suser_sname", 0, 1, DataType::Text, "q_login"},
-    {"sysdatetime", 0, 0, DataType::Date, ""},
-    {"sysdatetimeoffset", 0, 0, DataType::Date, ""},
-    {"sysutcdatetime", 0, 0, DataType::Date, ""},
-    {"trim", 1, 1, DataType::Text, ""},
-    {"type_id", 1, 1, DataType::Integer, ""},
-    {"type_name", 1, 1, DataType::Text, ""},
-    {"unicode", 1, 1, DataType::Integer, ""},
-    {"upper", 1, 1, DataType::Text, ""},
-    {"user_name", 0, 1, DataType::Text, "q_schema_name"},
-    {"year", 1, 1, DataType::Integer, ""},
-};
-
-const Function* findFunction(std::string_view lowerName) {
-  const auto* found = std::find_if(std::begin(functions), std::end(functions),
-                                   [&](const Function& each) { return each.name == lowerName; });
-  return found == std::end(functions) ? nullptr : found;
-}
-
+// Those that SQLite has, and q_sum and q_avg.
 constexpr std::array<std::string_view, 10> aggregates = {"count", "count_big", "sum",  "avg",        "min",
                                                          "max",   "stdev",     "rank", "string_agg", "row_number"};
 constexpr std::array<std::string_view, 7> windowOnly = {"dense_rank",  "ntile",      "lag",         "lead",
                                                         "first_value", "last_value", "percent_rank"};
-constexpr std::array<std::string_view, 4> datePartFunctions = {"dateadd", "datediff", "datepart", "datename"};
 
 template <typename List>
 bool contains(const List& list, std::string_view name) {
   return std::find(list.begin(), list.end(), name) != list.end();
 }
 
-}  // namespace
-
-namespace {
-
-constexpr std::array<std::string_view, 6> growing = {"concat", "concat_ws", "replace", "replicate", "space", "stuff"};
-
 // The width of what a function makes of its arguments.
-TextWidth widthOf(std::string_view name, const std::vector<Expression>& given) {
-  using Kind = TextWidth::Kind;
-  constexpr std::array<std::string_view, 10> likeFirst = {"left",  "lower", "ltrim",     "replicate", "reverse",
-                                                          "right", "rtrim", "substring", "trim",      "upper"};
-  if (given.empty()) return {};
-  if (contains(likeFirst, name)) return given[0].width;
-  if (name == "space") return {Kind::Plain, 0};
-  if (!contains(growing, name)) return {};
+TextWidth widthOf(MadeWidth made, const std::vector<Expression>& given) {
   // What is no text becomes a short one.
-  const auto widthAsText = [](const Expression& each) {
-    return each.kind == DataType::Text || each.kind == DataType::Empty ? each.width : TextWidth{Kind::Plain, 40};
+  const auto asText = [](const Expression& each) {
+    return each.kind == DataType::Text || each.kind == DataType::Empty ? each.width
+                                                                       : TextWidth{TextWidth::Kind::Plain, 40};
   };
-  TextWidth width = widthAsText(given[0]);
-  if (name == "stuff") return either(width, widthAsText(given[3]));
-  for (std::size_t i = 1; i < given.size(); ++i) width = joined(width, widthAsText(given[i]));
-  return width;
+  switch (made) {
+    case MadeWidth::AsFirst:
+      return given.front().width;
+    case MadeWidth::AsFirstOrLast:
+      return either(asText(given.front()), asText(given.back()));
+    case MadeWidth::AsAll: {
+      TextWidth width = asText(given.front());
+      for (std::size_t i = 1; i < given.size(); ++i) width = joined(width, asText(given[i]));
+      return width;
+    }
+    case MadeWidth::AnyPlain:
+      return {TextWidth::Kind::Plain, 0};
+    case MadeWidth::Unknown:
+      break;
+  }
+  return {};
 }
 
 }  // namespace
@@ -154,7 +55,7 @@ bool isBuiltInFunction(std::string_view lowerName) {
   static constexpr std::array<std::string_view, 10> special = {
       "cast", "convert", "try_cast", "try_convert", "isnull", "coalesce", "nullif", "iif", "checksum", "hashbytes"};
   return findFunction(lowerName) || contains(aggregates, lowerName) || contains(windowOnly, lowerName) ||
-         contains(datePartFunctions, lowerName) || contains(special, lowerName);
+         contains(special, lowerName);
 }
 
 bool Translation::atBareFunction() const {
@@ -192,27 +93,42 @@ Expression Translation::functionCall() {
   Expression special = specialFunction(name, found);
   if (found) return special;
   const Function* function = findFunction(name);
-  const bool tooNew = name == "object_schema_name" && context_.catalogue && context_.catalogue->serverMajor() < 9;
-  if (tooNew)
-    throw DataError(errorNumber::badSql, "'OBJECT_SCHEMA_NAME' is not a recognized built-in function name.", "42000");
   if (!function) throw NotUnderstood{"unknown function " + name, line};
+  if (context_.catalogue && context_.catalogue->serverMajor() < function->since)
+    throw DataError(errorNumber::badSql, "'" + upperCase(name) + "' is not a recognized built-in function name.",
+                    "42000");
+  return function->is(Function::PartFirst) ? callWithPart(*function) : call(*function);
+}
+
+Expression Translation::call(const Function& function) {
+  const std::string name(function.name);
   const std::vector<Expression> given = arguments();
   const int count = static_cast<int>(given.size());
-  if (count < function->least || count > function->most)
+  if (count < function.least || count > function.most)
     throw DataError(errorNumber::badSql,
-                    "The " + name + " function requires " + std::to_string(function->least) + " argument(s).", "42000");
+                    "The " + name + " function requires " + std::to_string(function.least) + " argument(s).", "42000");
   Expression out;
-  out.width = widthOf(name, given);
-  out.sql = (function->sqlite.empty() ? "q_" + name : std::string(function->sqlite)) + "(";
-  // These are told where to stop, since what they make may be long.
-  if (contains(growing, name)) {
-    out.sql += std::to_string(out.width.limit()) + (given.empty() ? "" : ", ");
+  out.sql = "q_" + name + "(";
+  out.width = widthOf(function.width, given);
+  if (function.is(Function::Limited)) {
+    out.sql += std::to_string(out.width.limit()) + ", ";
     out.width = out.width.full();
   }
   for (std::size_t i = 0; i < given.size(); ++i) out.sql += (i ? ", " : "") + given[i].sql;
   out.sql += ")";
-  out.kind = function->kind;
+  out.kind = function.kind;
   if (out.kind == unknown && !given.empty() && isNumericKind(given[0].kind)) out.kind = given[0].kind;
+  return out;
+}
+
+Expression Translation::callWithPart(const Function& function) {
+  reader_.expectSymbol("(");
+  Expression out;
+  out.sql = "q_" + std::string(function.name) + "(" + quoteText(reader_.next().name());
+  while (reader_.acceptSymbol(",")) out.sql += ", " + expression().sql;
+  reader_.expectSymbol(")");
+  out.sql += ")";
+  out.kind = function.kind;
   return out;
 }
 
@@ -222,16 +138,6 @@ Expression Translation::specialFunction(const std::string& name, bool& found) {
   if (name == "cast" || name == "try_cast") return cast(true, name[0] == 't');
   if (name == "convert" || name == "try_convert") return cast(false, name[0] == 't');
   Expression out;
-  if (contains(datePartFunctions, name)) {
-    reader_.expectSymbol("(");
-    const Token& part = reader_.next();
-    out.sql = "q_" + name + "(" + quoteText(part.name());
-    while (reader_.acceptSymbol(",")) out.sql += ", " + expression().sql;
-    reader_.expectSymbol(")");
-    out.sql += ")";
-    out.kind = name == "dateadd" ? DataType::Date : name == "datename" ? DataType::Text : DataType::Integer;
-    return out;
-  }
   if (name == "iif") {
     reader_.expectSymbol("(");
     out.sql = "case when " + condition();

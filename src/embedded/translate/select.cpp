@@ -422,7 +422,7 @@ std::string Translation::joinTail(std::string left) {
     // "a JOIN b JOIN c ON ... ON ...": the inner join closes first.
     if (!reader_.peek().is("on")) right = "(" + joinTail(std::move(right)) + ")";
     reader_.expectWord("on");
-    left += " " + kind + " " + right + " on " + condition();
+    left.append(" ").append(kind).append(" ").append(right).append(" on ").append(condition());
     if (reader_.peek().is("on")) break;
   }
   return left;

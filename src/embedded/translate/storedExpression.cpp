@@ -120,12 +120,10 @@ class Normalizer {
     int depth = 0;
     std::size_t i = from;
     for (; i < last_; ++i) {
-      if (at(i).isSymbol("("))
-        ++depth;
-      else if (at(i).isSymbol(")") && --depth < 0)
-        break;
-      else if (depth == 0 && (at(i).isSymbol(",") || (!word.empty() && at(i).is(word))))
-        break;
+      const bool ends = at(i).isSymbol(",") || (!word.empty() && at(i).is(word));
+      if (depth == 0 && (ends || at(i).isSymbol(")"))) break;
+      if (at(i).isSymbol("(")) ++depth;
+      if (at(i).isSymbol(")")) --depth;
     }
     return i;
   }

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "embedded/functions/registry.h"
 #include "embedded/translate/textWidth.h"
 #include "embedded/translate/translator.h"
 
@@ -158,14 +159,16 @@ class Translation {
   std::string notCondition();
   std::string predicate();
   std::string comparisonTail(const Expression& left);
-  std::string quantified(Expression left, std::string_view symbol);
-  std::string inList(Expression left);
+  std::string quantified(const Expression& left, std::string_view symbol);
+  std::string inList(const Expression& left);
   std::string like(const Expression& left);
   bool parenthesesHoldCondition() const;
   bool parenthesesHoldQuery() const;
 
   // functions.cpp
   Expression functionCall();
+  Expression call(const Function& function);
+  Expression callWithPart(const Function& function);
   bool atBareFunction() const;
   Expression bareFunction();
   Expression aggregate(const std::string& name);

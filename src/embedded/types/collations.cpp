@@ -28,7 +28,8 @@ int compareDecimal(void*, int sizeA, const void* a, int sizeB, const void* b) {
 std::optional<std::int64_t> dateKey(std::string_view text) {
   const auto moment = readDate(text);
   if (!moment) return {};
-  return moment->day * unitsPerDay + moment->units - moment->offsetMinutes.value_or(0) * 60 * unitsPerSecond;
+  return moment->day * unitsPerDay + moment->units -
+         std::int64_t{moment->offsetMinutes.value_or(0)} * 60 * unitsPerSecond;
 }
 
 int compareDate(void*, int sizeA, const void* a, int sizeB, const void* b) {

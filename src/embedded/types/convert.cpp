@@ -174,12 +174,13 @@ std::optional<Moment> momentFromBytes(const TypeRef& type, std::string_view byte
     moment.units = bigEndian(bytes.substr(2)) * 60 * unitsPerSecond;
   } else if (type.xtype == xtype::Date && bytes.size() == 3) {
     moment.day = static_cast<std::int64_t>(littleEndian(bytes));
-  } else if ((type.xtype == xtype::Time || type.xtype == xtype::DateTime2) && bytes.size() >= 4 && bytes[0] >= 0 &&
-             bytes[0] <= 7) {
+  } else if ((type.xtype == xtype::Time || type.xtype == xtype::DateTime2) && bytes.size() >= 4 &&
+             static_cast<unsigned char>(bytes[0]) <= 7) {
     const std::size_t dayBytes = type.xtype == xtype::DateTime2 ? 3 : 0;
     if (bytes.size() < dayBytes + 4 || bytes.size() > dayBytes + 6) return {};
     moment.units = static_cast<std::int64_t>(littleEndian(bytes.substr(1, bytes.size() - 1 - dayBytes)));
-    for (int digits = bytes[0]; digits < 7 && moment.units < unitsPerDay; ++digits) moment.units *= 10;
+    for (int digits = static_cast<unsigned char>(bytes[0]); digits < 7 && moment.units < unitsPerDay; ++digits)
+      moment.units *= 10;
     if (dayBytes) moment.day = static_cast<std::int64_t>(littleEndian(bytes.substr(bytes.size() - 3)));
   } else {
     return {};
