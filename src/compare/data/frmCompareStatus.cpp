@@ -3,33 +3,13 @@
 #include "app/modStrings.h"
 #include "app/trap.h"
 #include "compare/data/CompareTableRecords.h"
+#include "compare/data/StopScope.h"
 #include "compare/structure/modCompareAll.h"
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"
 
 namespace qrel {
-
-namespace {
-
-// While it lives, commands and fetches let the window system run and end when the comparison is stopped.
-class StopScope {
- public:
-  explicit StopScope(Program& program) : program_(program) {
-    program.data.stopAsked = [&program, &state = program.state<modCompareDataState>()] {
-      program.host.doEvents();
-      return state.gblnStopComparison;
-    };
-  }
-  ~StopScope() { program_.data.stopAsked = nullptr; }
-  StopScope(const StopScope&) = delete;
-  StopScope& operator=(const StopScope&) = delete;
-
- private:
-  Program& program_;
-};
-
-}  // namespace
 
 frmCompareStatus::frmCompareStatus(Program& program)
     : Form("frmCompareStatus"), program_(program), state_(program.state<modCompareDataState>()) {
@@ -73,7 +53,7 @@ void frmCompareStatus::activate() {
   state_.gblnStopComparison = false;
   running_ = true;
   {
-    const StopScope stopping(program_);
+    const StopScope stopping(program_, [this] { return state_.gblnStopComparison; });
     trap(program_, "frmCompareStatus", "Form_Activate", [&] { run(); });
   }
   running_ = false;
