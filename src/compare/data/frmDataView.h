@@ -42,7 +42,8 @@ class frmDataView : public Form {
 
   // What an export of the table takes; it must not outlive the window.
   tExportSource exportSource() const;
-  bool blnStop() const { return stop_; }
+  // Of the table, once ShowUp was called; -1: couldn't be counted.
+  std::int32_t lngRecs() const { return table_.lngRecs; }
 
  private:
   void setTexts();
