@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/shellSort.h"
 #include "app/trap.h"
 #include "platform/data/recordset.h"
 #include "platform/text.h"
@@ -91,17 +92,7 @@ void ConcatenateArrays_TwoStr(std::vector<TwoStr>& arrA, const std::vector<TwoSt
 
 void ShellSortArray_TwoStr_ByLongEl(Host& host, std::vector<TwoStr>& arrItems, bool blnDescending) {
   trapWithBox(host, "ShellSortArray_TwoStr_ByLongEl", 0, [&] {
-    const int upper = toInt16(static_cast<std::int64_t>(arrItems.size()) - 1);
-    const auto exchange = [&](int i, int gap) {
-      const auto at = static_cast<std::size_t>(i);
-      TwoStr& left = arrItems[at];
-      TwoStr& right = arrItems[at + static_cast<std::size_t>(gap)];
-      if (blnDescending ? left.lngType < right.lngType : left.lngType > right.lngType) std::swap(left, right);
-    };
-    for (int gap = (upper + 1) / 2; gap >= 1; gap /= 2) {
-      for (int i = 0; i <= upper - gap; ++i) exchange(i, gap);
-      for (int i = upper - gap; i >= 0; --i) exchange(i, gap);
-    }
+    ShellSort(arrItems, blnDescending, [](const TwoStr& item) { return item.lngType; });
     return 0;
   });
 }

@@ -20,6 +20,7 @@ struct CommandLine {
   AddServerArguments addServer;
   CompareArguments compare;
   DataArguments data;
+  TableArguments table;
   RunArguments run;
   bool json = false;
   std::string name, side, type, object;
@@ -116,6 +117,17 @@ void addSave(CLI::App* command, SaveArguments& save) {
   command->add_flag("--auto-close", save.autoClose, "the window closes when it has run the process");
 }
 
+// Where a table is written to; `what` says what stands in it.
+template <class Arguments>
+void addExport(CLI::App* command, Arguments& arguments, const std::string& what) {
+  CLI::Option* csv = command->add_option("--csv", arguments.csv, "write " + what + " as comma separated values");
+  CLI::Option* html = command->add_option("--html", arguments.html, "write " + what + " as an HTML table");
+  command->add_flag("--quote", arguments.quote, "CSV: every value between quotation marks")->needs(csv);
+  command->add_flag("--rfc4180", arguments.rfc4180, "CSV: quotation marks where they are needed, doubled within values")
+      ->needs(csv);
+  csv->excludes(html);
+}
+
 void addCompare(CLI::App& app, CommandLine& line) {
   CLI::App* compare = app.add_subcommand("compare", "Compare two databases, or one object of each");
   compare->add_option("SOURCE", line.compare.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
@@ -162,12 +174,7 @@ void addData(CLI::App& app, CommandLine& line) {
   data->add_option("--offset", line.data.offsets[0], "the first record to compare, from 1 on")
       ->check(CLI::Range(1, 32767));
   data->add_option("--target-offset", line.data.offsets[1], "the same for Target")->check(CLI::Range(1, 32767));
-  CLI::Option* csv = data->add_option("--csv", line.data.csv, "write the differences as comma separated values");
-  CLI::Option* html = data->add_option("--html", line.data.html, "write the differences as an HTML table");
-  data->add_flag("--quote", line.data.quote, "CSV: every value between quotation marks")->needs(csv);
-  data->add_flag("--rfc4180", line.data.rfc4180, "CSV: quotation marks where they are needed, doubled within values")
-      ->needs(csv);
-  csv->excludes(html);
+  addExport(data, line.data, "the differences");
   data->add_flag("--vertical", line.data.vertical, "print the differences with a line per value");
   data->add_flag("--only-differing", line.data.onlyDiffering, "print only the columns that differ, and the key");
   addSave(data, line.data.save);
@@ -193,6 +200,24 @@ void addData(CLI::App& app, CommandLine& line) {
   });
 }
 
+void addTableTools(CLI::App& app, CommandLine& line) {
+  const auto add = [&](const char* name, const char* what, const char* rows,
+                       ExitCode (*run)(Console&, const TableArguments&)) {
+    CLI::App* command = app.add_subcommand(name, what);
+    command->add_option("SIDE", line.table.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
+    command->add_option("--table", line.table.table)->required();
+    command->add_option("--rows", line.table.rows, rows)->check(CLI::PositiveNumber);
+    addExport(command, line.table, "the table");
+    command->callback(
+        [&line, run] { line.command = [&line, run](Console& console) { return run(console, line.table); }; });
+    return command;
+  };
+  add("view", "Print the records of a table", "the first records only", runView);
+  CLI::App* analyze = add("analyze", "Count the values of each column of a table",
+                          "analyze so many records, those that the server gives", runAnalyze);
+  analyze->add_flag("--least", line.table.least, "the ten least frequent values instead of the most frequent ones");
+}
+
 void describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("qrel ") + programVersion);
@@ -204,6 +229,7 @@ void describe(CLI::App& app, CommandLine& line) {
   addLists(app, line);
   addCompare(app, line);
   addData(app, line);
+  addTableTools(app, line);
   addProcesses(app, line);
 }
 

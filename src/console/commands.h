@@ -2,6 +2,7 @@
 // CommandFailure, RuntimeError or DataError, which the caller tells on stderr.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -79,6 +80,17 @@ ExitCode runData(Console& console, const DataArguments& arguments);
 ExitCode runDataAll(Console& console, const DataArguments& arguments);
 // Whether the key tells the records of each side apart.
 ExitCode runValidate(Console& console, const DataArguments& arguments);
+
+struct TableArguments {
+  std::string side, table;
+  std::optional<std::int32_t> rows;  // at most so many records
+  bool least = false;                // the least frequent values
+  std::string html, csv;             // files that what is shown is written to
+  bool quote = false;                // of CSV, as above
+  bool rfc4180 = false;
+};
+ExitCode runAnalyze(Console& console, const TableArguments& arguments);
+ExitCode runView(Console& console, const TableArguments& arguments);
 
 struct RunArguments {
   std::string process;     // name or id

@@ -97,6 +97,11 @@ void InitializeMenus_Tools(CommandTable& commands) {
   commands.push_back({500, "", "&Tools", Guard::none, nullptr});
   commands.push_back({501, path, "&Add Server", Guard::CheckMdac, [](frmMain& window) { window.MenuAddServer(); }});
   commands.push_back({502, path, "&Remove Server", Guard::none, [](frmMain& window) { window.MenuRemoveServer(); }});
+  commands.push_back({503, path, "Data Analyzer", Guard::none, nullptr, "", true});
+  commands.push_back({504, path + "/Data Analyzer", "Analyze Data in Source Table", Guard::none,
+                      [](frmMain& window) { window.MenuToolsDataAnalyzerTable(0); }});
+  commands.push_back({505, path + "/Data Analyzer", "Analyze Data in Target Table", Guard::none,
+                      [](frmMain& window) { window.MenuToolsDataAnalyzerTable(1); }});
   commands.push_back({510, path, "List All Ignored Columns - &Data Comparisons", Guard::none,
                       [](frmMain& window) { window.MenuListIgnoredColumns(1); }, "", true});
   commands.push_back({511, path, "List All Ignored Columns - &Structure Comparisons", Guard::none,
@@ -132,6 +137,8 @@ void addKeys(CommandTable& commands) {
   add("Alt+Y", [](frmMain& window) { window.cmdCopyClip[1].personClicks(); });
   add("Alt+P", [](frmMain& window) { window.cmdCopyToFile[0].personClicks(); });
   add("Alt+I", [](frmMain& window) { window.cmdCopyToFile[1].personClicks(); });
+  add("Alt+V", [](frmMain& window) { window.cmdViewData[0].personClicks(); });
+  add("Alt+W", [](frmMain& window) { window.cmdViewData[1].personClicks(); });
 }
 
 std::string captionWithoutMarks(const std::string& caption) { return replaceAll(caption, "&", ""); }

@@ -37,6 +37,8 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
       optType(typeButtons()),
       cmdCopyClip(buttonPair("cmdCopyClip")),
       cmdCopyToFile(buttonPair("cmdCopyToFile")),
+      cmdViewData(buttonPair("cmdViewData")),
+      cmdAnalyzeData(buttonPair("cmdAnalyzeData")),
       srtFiltering(buttonPair("srtFiltering")),
       cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
       cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
@@ -71,6 +73,8 @@ void frmMain::registerControls() {
   addPair(workspace.txtTXProc);
   addPair(cmdCopyClip);
   addPair(cmdCopyToFile);
+  addPair(cmdViewData);
+  addPair(cmdAnalyzeData);
   addPair(srtFiltering);
   addPair(cmdFilterBySchema);
   addPair(cmdFilterByOwner);
@@ -104,6 +108,7 @@ void frmMain::setUpControls() {
   for (std::size_t side = 0; side < 2; ++side) {
     cmdCopyClip[side].setToolTip(strCopy + "clipboard (Alt + " + (side == 0 ? "O)" : "Y)"));
     cmdCopyToFile[side].setToolTip(strCopy + "file (Alt + " + (side == 0 ? "P)" : "I)"));
+    cmdViewData[side].setToolTip(std::string("View data stored in selected table (Alt + ") + (side == 0 ? "V)" : "W)"));
     srtFiltering[side].setVisible(false);
     for (Button* button : {&cmdFilterByOwner[side], &cmdNonExistent[side]}) {
       button->setVisible(false);
@@ -137,6 +142,8 @@ void frmMain::wireEvents() {
     };
     cmdCopyClip[side].onClick = [this, Index] { cmdCopyClip_Click(Index); };
     cmdCopyToFile[side].onClick = [this, Index] { cmdCopyToFile_Click(Index); };
+    cmdViewData[side].onClick = [this, Index] { cmdViewData_Click(Index); };
+    cmdAnalyzeData[side].onClick = [this, Index] { cmdAnalyzeData_Click(Index); };
     srtFiltering[side].onClick = [this, Index] { srtFiltering_Click(Index); };
     cmdFilterBySchema[side].onClick = [this, Index] { cmdFilterBySchema_Click(Index); };
     cmdFilterByOwner[side].onClick = [this, Index] { cmdFilterByOwner_Click(Index); };

@@ -54,6 +54,8 @@ class frmMain : public Form {
   Button cmdCompData{"cmdCompData"};
   std::array<Button, 2> cmdCopyClip;
   std::array<Button, 2> cmdCopyToFile;
+  std::array<Button, 2> cmdViewData;
+  std::array<Button, 2> cmdAnalyzeData;
   std::array<Button, 2> srtFiltering;  // visible while its panel is filtered; a click removes the filters
   std::array<Button, 2> cmdFilterBySchema;
   std::array<Button, 2> cmdFilterByOwner;  // never visible
@@ -162,6 +164,12 @@ class frmMain : public Form {
   void cmdCopyToFile_Click(int Index);
   // Prints it under strPrefix and the object's description. An empty pane is told unless blnSilent is set.
   void PrintStructure(int Index, bool blnSilent, const std::string& strPrefix);
+
+  // The records of the table that is selected on a side (mainData.cpp). The buttons do nothing while the window is
+  // busy, and keep it busy.
+  void cmdViewData_Click(int Index);
+  void cmdAnalyzeData_Click(int Index);
+  void MenuToolsDataAnalyzerTable(int Index);
 
   // Printing (mainPrint.cpp): the pane of the open context menu, both panes, and every pair of tables that differs.
   void MenuPopUpPrint();

@@ -47,7 +47,7 @@ void frmMain::wireTips() {
   for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
                                                           &cmdCompData, &chkScrollTogether})
     showTip(*control);
-  for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &srtFiltering, &cmdFilterBySchema})
+  for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &srtFiltering, &cmdFilterBySchema})
     for (Button& button : *buttons) showTip(button);
 }
 

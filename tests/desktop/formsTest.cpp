@@ -6,6 +6,8 @@
 #include "compare/data/frmCompareDataOptions.h"
 #include "compare/data/frmCompareDataValidation.h"
 #include "compare/data/frmCompareStatus.h"
+#include "compare/data/frmDataAnalyze.h"
+#include "compare/data/frmDataView.h"
 #include "compare/structure/frmColorSchema.h"
 #include "compare/structure/frmCompareAll.h"
 #include "compare/structure/frmCompareAllTables.h"
@@ -54,6 +56,8 @@ TEST(FormsTest, EveryFormFitsItsModel) {
   others.push_back(std::make_unique<frmCompareData>(program));
   others.push_back(std::make_unique<frmSaveComparison>(program));
   others.push_back(std::make_unique<frmSaveCompRun>(program));
+  others.push_back(std::make_unique<frmDataAnalyze>(program));
+  others.push_back(std::make_unique<frmDataView>(program));
 
   std::vector<Form*> forms{&main};
   for (const auto& each : others) forms.push_back(each.get());

@@ -2,6 +2,7 @@
 #include "app/modStrings.h"
 #include "compare/data/frmCompareData.h"
 #include "compare/data/frmCompareStatus.h"
+#include "compare/data/oneTable.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -20,12 +21,8 @@ std::string errorText(const char* procedure, const ErrorInfo& error) {
 }  // namespace
 
 void frmCompareData::AddRecordToGrid(Recordset& rs, std::uint32_t lngColor, std::int32_t lngRow) {
-  const auto row = static_cast<std::size_t>(lngRow);
-  VSFlexGrid1.setRowCount(row + 1);
-  VSFlexGrid1.setText(row, 0, std::to_string(lngRow));
-  for (std::size_t field = 0; field < rs.FieldCount(); ++field)
-    VSFlexGrid1.setText(row, field + 1, GetFieldValueOrNull(rs.Fields(field).cell));
-  VSFlexGrid1.paint(row, row, 0, rs.FieldCount(), lngColor);
+  VSFlexGrid1.setRowCount(static_cast<std::size_t>(lngRow) + 1);
+  WriteRecordToGrid(VSFlexGrid1, rs, lngColor, lngRow);
 }
 
 void frmCompareData::AddRecordToGrid_MarkDiff(Recordset& rs1, Recordset& rs2, std::uint32_t lngColor1,
@@ -37,11 +34,11 @@ void frmCompareData::AddRecordToGrid_MarkDiff(Recordset& rs1, Recordset& rs2, st
     VSFlexGrid1.setText(row + 1, 0, std::to_string(lngDiffNo));
     const std::size_t columns2 = rs2.FieldCount();
     for (std::size_t field = 0; field < rs1.FieldCount(); ++field) {
-      std::string strVal1 = GetFieldValueOrNull(rs1.Fields(field).cell);
-      std::string strVal2 = field < columns2 ? GetFieldValueOrNull(rs2.Fields(field).cell) : "";
+      const std::string strVal1 = GetFieldValueOrNull(rs1.Fields(field).cell);
+      const std::string strVal2 = field < columns2 ? GetFieldValueOrNull(rs2.Fields(field).cell) : "";
       const std::uint32_t colour = strVal1 == strVal2 ? black : red;
-      VSFlexGrid1.setText(row, field + 1, std::move(strVal1));
-      VSFlexGrid1.setText(row + 1, field + 1, std::move(strVal2));
+      VSFlexGrid1.setText(row, field + 1, strVal1);
+      VSFlexGrid1.setText(row + 1, field + 1, strVal2);
       VSFlexGrid1.setTextColour(row, field + 1, colour);
       VSFlexGrid1.setTextColour(row + 1, field + 1, colour);
     }

@@ -6,6 +6,7 @@
 #include "app/modArrays.h"
 #include "app/modStrings.h"
 #include "app/trap.h"
+#include "compare/data/oneTable.h"
 #include "compare/structure/modIgnoreColumns.h"
 #include "db/mdlQueryCode.h"
 #include "platform/controls/menu.h"
@@ -19,8 +20,6 @@ namespace {
 
 constexpr long menuSortColumns = 1;
 constexpr int rightButton = 2;
-constexpr int labelColumnWidth = 540;  // twips
-constexpr int columnWidth = 1440;
 
 struct Swatch {
   std::uint32_t colour;
@@ -88,33 +87,22 @@ void frmCompareData::LoadData(const Workspace& frmOwner) {
       dbs[side] = Workspace::selectedText(frmOwner.pvlDb[side]);
       tables[side] = Workspace::selectedText(list);
       objectIds_[side] = Workspace::selectedId(list);
-      lblTableName[side].setText((side == 0 ? "Source Table: " : "Target Table: ") + tables[side] +
-                                 " (Database: " + dbs[side] + ", Server: " + server + ")");
+      lblTableName[side].setText((side == 0 ? "Source Table: " : "Target Table: ") +
+                                 LongTableName(tables[side], dbs[side], server));
       dottedNames_[side] = GetFullObjectName(server, dbs[side], tables[side]);
     }
+    program_.state<GridRefreshState>().glngGridRefreshMode = 0;
     caption = "Differences between data in tables '" + tables[0] + "' and '" + tables[1] + "'";
 
     std::string strText;
     std::vector<tTableColumn> arrColumns;
-    std::vector<std::string> arrIgnored, arrNames;
+    std::vector<std::string> arrIgnored;
     long lngUpper = -1;
     long lngIgnored = 0;
     GetTableStructure(program_, program_.main.gtypSelServ[0], dbs[0], tables[0], strText, arrColumns, lngUpper, true,
                       lngIgnored, arrIgnored, objectIds_[0], "", ignoredColsData);
-    for (const tTableColumn& column : arrColumns) arrNames.push_back(column.strName);
-    setColumnHeaders(arrNames);
+    SetGridColumnHeaders(VSFlexGrid1, arrColumns);
   });
-}
-
-void frmCompareData::setColumnHeaders(const std::vector<std::string>& names) {
-  VSFlexGrid1.setRowCount(1);
-  VSFlexGrid1.setColumnCount(names.size() + 1);
-  VSFlexGrid1.setColumnWidth(0, labelColumnWidth);
-  VSFlexGrid1.setText(0, 0, "Row");
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    VSFlexGrid1.setText(0, i + 1, names[i]);
-    VSFlexGrid1.setColumnWidth(i + 1, columnWidth);
-  }
 }
 
 void frmCompareData::ShowUp(const tDataCompRequest& request, std::int32_t lngIgnored, const std::string& strIgnored) {
@@ -164,7 +152,7 @@ void frmCompareData::popUpMenu() {
 void frmCompareData::mnuPopUpSortColumns_Click() {
   const std::size_t count = VSFlexGrid1.columnCount();
   std::vector<std::string> names;
-  for (std::size_t column = 0; column < count; ++column) names.push_back(VSFlexGrid1.text(0, column));
+  for (std::size_t column = 0; column < count; ++column) names.emplace_back(VSFlexGrid1.text(0, column));
   if (count > 0) QuickSortStringArray(program_.host, names, 0, static_cast<long>(count) - 1);
   VSFlexGrid1.setRedraw(false);
   for (std::size_t place = 0; place < count; ++place)

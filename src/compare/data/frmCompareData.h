@@ -78,7 +78,6 @@ class frmCompareData : public Form {
   struct Listing;
 
   void setTexts();
-  void setColumnHeaders(const std::vector<std::string>& names);
   void addListedRecord(Listing& listing, Recordset& rs, std::int32_t lngRec);
   void listRecords(Listing& listing, frmCompareStatus& frmStatus, ProgressBar& progress, Label& lblCurRec,
                    Recordset& rs, std::int32_t lngStartRec, std::int32_t lngEndRec);

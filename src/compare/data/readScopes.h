@@ -2,29 +2,36 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <utility>
 
 #include "app/Program.h"
+#include "platform/error.h"
 
 namespace qrel {
 
 // While it lives, commands and fetches let the window system run and end when `stopped` says so.
 class StopScope {
  public:
-  StopScope(Program& program, std::function<bool()> stopped) : program_(program) {
-    program.data.stopAsked = [&program, asked = std::move(stopped)] {
-      program.host.doEvents();
-      return asked();
+  StopScope(Program& program, std::function<bool()> stopped)
+      : stopAsked_(program.data.stopAsked), before_(std::move(stopAsked_)) {
+    stopAsked_ = [&host = program.host, stopped = std::move(stopped)] {
+      host.doEvents();
+      return stopped();
     };
   }
-  ~StopScope() { program_.data.stopAsked = nullptr; }
+  ~StopScope() { stopAsked_ = std::move(before_); }
   StopScope(const StopScope&) = delete;
   StopScope& operator=(const StopScope&) = delete;
 
  private:
-  Program& program_;
+  std::function<bool()>& stopAsked_;
+  std::function<bool()> before_;
 };
+
+// Whether that is how a fetch ended: no failure that anybody must be told of.
+inline bool IsCancelled(const std::exception& error) { return describeError(error).number == errorNumber::cancelled; }
 
 // Another cursor location for a while.
 class CursorScope {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <stdexcept>
+#include <string>
 
 #include "platform/error.h"
 
@@ -11,9 +12,15 @@ namespace qrel {
 namespace {
 
 constexpr std::int32_t noSuchCell = 381;
-constexpr int usualWidth = 960;  // twips
+constexpr std::uint32_t black = 0;
 
 }  // namespace
+
+void Grid::Column::resize(std::size_t rows) {
+  texts.resize(rows);
+  if (!textColours.empty()) textColours.resize(rows, black);
+  if (!backColours.empty()) backColours.resize(rows, ofRow);
+}
 
 void Grid::contentChanged() {
   if (redraw_) changed();
@@ -25,89 +32,142 @@ void Grid::setRedraw(bool on) {
 }
 
 void Grid::setRowCount(std::size_t count) {
+  const std::size_t before = rowCount_;
   try {
-    rows_.resize(count);
-  } catch (const std::bad_alloc&) {
-    throw RuntimeError(outOfRows, "The table can't have " + std::to_string(count) + " rows.");
-  } catch (const std::length_error&) {
+    if (count < before)
+      for (const Column& column : columns_) drop(column, count);
+    resizeRows(count);
+  } catch (const std::exception& error) {
+    if (!dynamic_cast<const std::bad_alloc*>(&error) && !dynamic_cast<const std::length_error*>(&error)) throw;
+    resizeRows(before);
     throw RuntimeError(outOfRows, "The table can't have " + std::to_string(count) + " rows.");
   }
+  rowCount_ = count;
+  tidyTexts();
   topRow_ = std::min(topRow_, count == 0 ? 0 : count - 1);
   contentChanged();
 }
 
+void Grid::resizeRows(std::size_t count) {
+  for (Column& column : columns_) column.resize(count);
+  if (!rowColours_.empty()) rowColours_.resize(count, noColour);
+}
+
 void Grid::setColumnCount(std::size_t count) {
-  widths_.resize(count, usualWidth);
-  for (Row& row : rows_)
-    if (row.size() > count) row.resize(count);
+  for (std::size_t column = count; column < columns_.size(); ++column) drop(columns_[column], 0);
+  const std::size_t before = columns_.size();
+  columns_.resize(count);
+  for (std::size_t column = before; column < count; ++column) {
+    columns_[column].resize(rowCount_);
+    // The rows were painted without it.
+    if (!rowColours_.empty()) columns_[column].backColours.assign(rowCount_, noColour);
+  }
+  tidyTexts();
   contentChanged();
 }
 
 void Grid::check(std::size_t row, std::size_t column) const {
-  if (row >= rows_.size() || column >= widths_.size())
+  if (row >= rowCount_ || column >= columns_.size())
     throw RuntimeError(
         noSuchCell, "The table has no row " + std::to_string(row) + " with a column " + std::to_string(column) + ".");
 }
 
-const Grid::Cell& Grid::cell(std::size_t row, std::size_t column) const {
-  static const Cell empty;
+std::string_view Grid::text(std::size_t row, std::size_t column) const {
   check(row, column);
-  return column < rows_[row].size() ? rows_[row][column] : empty;
+  const char* text = columns_[column].texts[row];
+  return text ? TextBlocks::textAt(text) : std::string_view();
 }
 
-Grid::Cell& Grid::cellToSet(std::size_t row, std::size_t column) {
+void Grid::setText(std::size_t row, std::size_t column, std::string_view text) {
   check(row, column);
-  Row& cells = rows_[row];
-  if (column >= cells.size()) {
-    if (cells.empty()) cells.reserve(widths_.size());
-    cells.resize(column + 1);
-  }
-  return cells[column];
-}
-
-const std::string& Grid::text(std::size_t row, std::size_t column) const { return cell(row, column).text; }
-
-void Grid::setText(std::size_t row, std::size_t column, std::string text) {
-  cellToSet(row, column).text = std::move(text);
+  const char*& cell = columns_[column].texts[row];
+  const char* before = cell;
+  cell = text.empty() ? nullptr : texts_.keep(text);
+  drop(before);
+  tidyTexts();
   contentChanged();
 }
 
-std::uint32_t Grid::textColour(std::size_t row, std::size_t column) const { return cell(row, column).textColour; }
+void Grid::drop(const char* text) {
+  if (text) dropped_ += TextBlocks::textAt(text).size() + 1;
+}
+
+void Grid::drop(const Column& column, std::size_t fromRow) {
+  for (std::size_t row = fromRow; row < column.texts.size(); ++row) drop(column.texts[row]);
+}
+
+// A table that is filled again and again would grow without end.
+void Grid::tidyTexts() {
+  constexpr std::size_t bearable = std::size_t{1} << 20;
+  if (dropped_ < bearable || dropped_ < texts_.memoryUsed() / 2) return;
+  TextBlocks kept;
+  for (Column& column : columns_)
+    for (const char*& text : column.texts)
+      if (text) text = kept.keep(TextBlocks::textAt(text));
+  texts_ = std::move(kept);
+  dropped_ = 0;
+}
+
+std::uint32_t Grid::textColour(std::size_t row, std::size_t column) const {
+  check(row, column);
+  const auto& colours = columns_[column].textColours;
+  return colours.empty() ? black : colours[row];
+}
 
 void Grid::setTextColour(std::size_t row, std::size_t column, std::uint32_t colour) {
-  cellToSet(row, column).textColour = colour;
+  check(row, column);
+  auto& colours = columns_[column].textColours;
+  if (colours.empty()) {
+    if (colour == black) return;
+    colours.assign(rowCount_, black);
+  }
+  colours[row] = colour;
   contentChanged();
 }
 
-std::uint32_t Grid::backColour(std::size_t row, std::size_t column) const { return cell(row, column).backColour; }
+std::uint32_t Grid::backColour(std::size_t row, std::size_t column) const {
+  check(row, column);
+  const auto& colours = columns_[column].backColours;
+  if (!colours.empty() && colours[row] != ofRow) return colours[row];
+  return rowColours_.empty() ? noColour : rowColours_[row];
+}
 
 void Grid::paint(std::size_t firstRow, std::size_t lastRow, std::size_t firstColumn, std::size_t lastColumn,
                  std::uint32_t colour) {
-  for (std::size_t row = firstRow; row <= lastRow && row < rows_.size(); ++row)
-    for (std::size_t column = firstColumn; column <= lastColumn && column < widths_.size(); ++column)
-      cellToSet(row, column).backColour = colour;
+  const bool wholeRows = firstColumn == 0 && lastColumn + 1 >= columns_.size();
+  for (std::size_t row = firstRow; row <= lastRow && row < rowCount_; ++row) {
+    if (wholeRows) {
+      paintRow(row, colour);
+      continue;
+    }
+    for (std::size_t column = firstColumn; column <= lastColumn && column < columns_.size(); ++column) {
+      auto& colours = columns_[column].backColours;
+      if (colours.empty()) colours.assign(rowCount_, ofRow);
+      colours[row] = colour;
+    }
+  }
   contentChanged();
 }
 
+void Grid::paintRow(std::size_t row, std::uint32_t colour) {
+  if (rowColours_.empty()) rowColours_.assign(rowCount_, noColour);
+  rowColours_[row] = colour;
+  for (Column& column : columns_)
+    if (!column.backColours.empty()) column.backColours[row] = ofRow;
+}
+
 void Grid::setColumnWidth(std::size_t column, int twips) {
-  widths_.at(column) = twips;
+  columns_.at(column).width = twips;
   contentChanged();
 }
 
 void Grid::moveColumn(std::size_t from, std::size_t to) {
-  if (from >= widths_.size() || to >= widths_.size() || from == to) return;
-  const auto move = [from, to](auto& list) {
-    const auto at = [&list](std::size_t index) { return list.begin() + static_cast<std::ptrdiff_t>(index); };
-    if (from < to)
-      std::rotate(at(from), at(from + 1), at(to + 1));
-    else
-      std::rotate(at(to), at(from), at(from + 1));
-  };
-  move(widths_);
-  for (Row& row : rows_) {
-    row.resize(widths_.size());
-    move(row);
-  }
+  if (from >= columns_.size() || to >= columns_.size() || from == to) return;
+  const auto at = [this](std::size_t index) { return columns_.begin() + static_cast<std::ptrdiff_t>(index); };
+  if (from < to)
+    std::rotate(at(from), at(from + 1), at(to + 1));
+  else
+    std::rotate(at(to), at(from), at(from + 1));
   contentChanged();
 }
 

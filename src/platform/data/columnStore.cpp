@@ -1,21 +1,9 @@
 #include "platform/data/columnStore.h"
 
-#include <algorithm>
-#include <cstring>
-#include <limits>
 #include <string>
-
-#include "platform/error.h"
 
 namespace qrel {
 namespace {
-
-constexpr std::size_t firstBlockSize = std::size_t{4} << 10;
-constexpr std::size_t largestBlockSize = std::size_t{32} << 20;
-
-// In front of each text stands its length: one byte, or for the longer ones this byte and the length as a Length.
-constexpr unsigned char longText = 255;
-using Length = std::uint32_t;
 
 bool holdsText(DataType type) {
   return type != DataType::Integer && type != DataType::Boolean && type != DataType::Double && type != DataType::Empty;
@@ -76,7 +64,7 @@ void ColumnStore::appendText(std::size_t column, DataType type, std::string_view
 }
 
 void ColumnStore::pushText(Column& column, std::string_view bytes) {
-  if (!column.latest || textAt(column.latest) != bytes) column.latest = keep(bytes);
+  if (!column.latest || TextBlocks::textAt(column.latest) != bytes) column.latest = texts_.keep(bytes);
   column.slots.push_back(Slot{.text = column.latest});
 }
 
@@ -93,7 +81,7 @@ Cell ColumnStore::cellOf(const Column& column, std::size_t row) {
   cell.null = false;
   const Slot& slot = column.slots[row];
   if (holdsText(column.type)) {
-    cell.text = textAt(slot.text);
+    cell.text = TextBlocks::textAt(slot.text);
   } else if (column.type == DataType::Double) {
     cell.real = slot.real;
   } else {
@@ -110,50 +98,10 @@ void ColumnStore::becomeText(Column& column) {
     if (cell.null) continue;
     text.clear();
     qrel::appendText(text, cell);
-    column.slots[row].text = keep(text);
+    column.slots[row].text = texts_.keep(text);
   }
   column.latest = nullptr;
   column.type = DataType::Text;
-}
-
-const char* ColumnStore::keep(std::string_view bytes) {
-  if (bytes.size() > std::numeric_limits<Length>::max()) {
-    throw RuntimeError(errorNumber::outOfMemory, "Out of memory: a value is longer than 4 GB.");
-  }
-  const bool isLong = bytes.size() >= longText;
-  Block& block = blockWith(1 + (isLong ? sizeof(Length) : 0) + bytes.size());
-  const char* place = block.data() + block.size();
-  if (isLong) {
-    const auto length = static_cast<Length>(bytes.size());
-    const auto* lengthBytes = reinterpret_cast<const char*>(&length);
-    block.push_back(static_cast<char>(longText));
-    block.insert(block.end(), lengthBytes, lengthBytes + sizeof length);
-  } else {
-    block.push_back(static_cast<char>(bytes.size()));
-  }
-  block.insert(block.end(), bytes.begin(), bytes.end());
-  return place;
-}
-
-// The current block, or the next one that has the room; a block's bytes never move.
-ColumnStore::Block& ColumnStore::blockWith(std::size_t room) {
-  while (currentBlock_ < blocks_.size()) {
-    Block& block = blocks_[currentBlock_];
-    if (block.capacity() - block.size() >= room) return block;
-    ++currentBlock_;
-  }
-  const std::size_t twice = blocks_.empty() ? 0 : 2 * blocks_.back().capacity();
-  const std::size_t next = std::clamp(twice, firstBlockSize, largestBlockSize);
-  blocks_.emplace_back().reserve(std::max(next, room));
-  return blocks_.back();
-}
-
-std::string_view ColumnStore::textAt(const char* kept) {
-  const auto first = static_cast<unsigned char>(*kept);
-  if (first < longText) return {kept + 1, first};
-  Length length = 0;
-  std::memcpy(&length, kept + 1, sizeof length);
-  return {kept + 1 + sizeof length, length};
 }
 
 void ColumnStore::clear() {
@@ -163,14 +111,12 @@ void ColumnStore::clear() {
     column.nulls.clear();
     column.latest = nullptr;
   }
-  for (Block& block : blocks_) block.clear();
-  currentBlock_ = 0;
+  texts_.clear();
 }
 
 std::size_t ColumnStore::memoryUsed() const {
-  std::size_t bytes = 0;
+  std::size_t bytes = texts_.memoryUsed();
   for (const Column& column : columns_) bytes += column.slots.capacity() * sizeof(Slot) + column.nulls.capacity() / 8;
-  for (const Block& block : blocks_) bytes += block.capacity();
   return bytes;
 }
 

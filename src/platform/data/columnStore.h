@@ -10,6 +10,7 @@
 #include "platform/data/largePages.h"
 #include "platform/data/provider.h"
 #include "platform/data/value.h"
+#include "platform/textBlocks.h"
 
 namespace qrel {
 
@@ -87,18 +88,13 @@ class ColumnStore {
     std::vector<bool> nulls;       // no longer than up to the last Null
     const char* latest = nullptr;  // the last text: the next row often has the same
   };
-  using Block = std::vector<char, LargePages<char>>;
 
   void becomeText(Column& column);
   void pushText(Column& column, std::string_view bytes);
-  const char* keep(std::string_view bytes);
-  Block& blockWith(std::size_t room);
-  static std::string_view textAt(const char* kept);
   static Cell cellOf(const Column& column, std::size_t row);
 
   std::vector<Column> columns_;
-  std::vector<Block> blocks_;
-  std::size_t currentBlock_ = 0;  // blocks before it are full
+  TextBlocks texts_;
 };
 
 }  // namespace qrel

@@ -164,10 +164,13 @@ TEST_F(DataDriver, TheDifferencesWindow) {
     EXPECT_EQ(form.lblColorDesc[3].text(), "Records present in Target Table but not in Source Table");
     EXPECT_EQ(form.lblColor[3].backColour, 0xC0E0FFU);
     const auto header = [&] {
-      return form.VSFlexGrid1.text(0, 0) + "," + form.VSFlexGrid1.text(0, 1) + "," + form.VSFlexGrid1.text(0, 2);
+      std::string names;
+      for (std::size_t column = 0; column < 3; ++column)
+        names.append(column > 0 ? "," : "").append(form.VSFlexGrid1.text(0, column));
+      return names;
     };
     EXPECT_EQ(header(), "Row,b,A");
-    const std::string row = form.VSFlexGrid1.text(1, 1);
+    const std::string row(form.VSFlexGrid1.text(1, 1));
     test.host.menuChoices = {1};
     form.VSFlexGrid1.onMouseUp(2);
     EXPECT_EQ(test.host.menus.back().front().caption, "Sort Columns");
