@@ -15,16 +15,13 @@ constexpr std::size_t mostKeys = 3;
 // The names of the columns that take part.
 std::vector<std::string> columnsOf(Console& console, const tDataCompRequest& request, std::size_t side) {
   Program& program = console.program;
-  std::string strText;
-  std::vector<tTableColumn> arrColumns;
-  std::vector<std::string> arrIgnored, names;
-  long lngUpper = -1;
-  long lngIgnored = 0;
-  if (!GetTableStructure(program, program.main.gtypSelServ[side], request.arrDbs[side], request.arrTables[side],
-                         strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored, request.arrObjIds[side], "",
-                         ignoredColsData))
+  tTableStructure table;
+  if (!GetTableStructure(program, program.main.gtypSelServ[side],
+                         {request.arrDbs[side], request.arrTables[side], request.arrObjIds[side], ignoredColsData},
+                         table))
     throw CommandFailure{ExitCode::CannotRead, "The columns of table " + request.arrTables[side] + " can't be read."};
-  for (const tTableColumn& column : arrColumns) names.push_back(column.strName);
+  std::vector<std::string> names;
+  for (const tTableColumn& column : table.arrColumns) names.push_back(column.strName);
   return names;
 }
 

@@ -8,21 +8,17 @@
 
 namespace qrel {
 
-std::string GetTableText(Program& program, tServer& server, const std::string& strTable, const std::string& strDb,
-                         bool blnIgnoreCols, long& lngIgnored, long lngId, const std::string& strLineSuffix,
-                         bool blnClusteredOnly, const std::string& strIndexSuffix, const std::string& strListed) {
-  std::string strText;
-  std::vector<tTableColumn> arrColumns;
-  std::vector<std::string> arrIgnored;
-  long lngUpper = -1;
-  GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
-                    arrIgnored, lngId, strLineSuffix, ignoredColsStruct, strListed);
-  if (!blnClusteredOnly && program.settings.IgnoreIndexes) return strText;
+std::string GetTableText(Program& program, tServer& server, const tTableQuery& query, long* lngIgnored,
+                         bool blnClusteredOnly, const std::string& strIndexSuffix) {
+  tTableStructure table;
+  GetTableStructure(program, server, query, table);
+  if (lngIgnored) *lngIgnored = static_cast<long>(table.arrIgnored.size());
+  if (!blnClusteredOnly && program.settings.IgnoreIndexes) return table.strText;
   std::vector<tTableColumn> arrIndexes;
   long lngCount = 0;
-  const std::string strIdx =
-      GetIndexes(program, server, strTable, strDb, blnClusteredOnly, strIndexSuffix, false, arrIndexes, lngCount);
-  return strIdx.empty() ? strText : strText + "\r\n\r\n" + strIdx;
+  const std::string strIdx = GetIndexes(program, server, query.strTable, query.strDb, blnClusteredOnly, strIndexSuffix,
+                                        false, arrIndexes, lngCount);
+  return strIdx.empty() ? table.strText : table.strText + "\r\n\r\n" + strIdx;
 }
 
 namespace {
@@ -105,68 +101,56 @@ tTableColumn readColumn(Program& program, const tServer& server, const std::stri
   return column;
 }
 
-[[noreturn]] void raiseStructureError(const tServer& server, const std::string& strDb, const std::string& strTable,
-                                      const ErrorInfo& info) {
-  throw RuntimeError(info.number, "Error occured while attempting to get the structure of table\r\n\r\n'" + strTable +
-                                      "'\r\n\r\nin SQL Server database\r\n\r\n'" + server.Name + "." + strDb +
-                                      "'\r\n\r\nError " + std::to_string(info.number) + " (" + info.description + ").");
+[[noreturn]] void raiseStructureError(const tServer& server, const tTableQuery& query, const ErrorInfo& info) {
+  throw RuntimeError(info.number, "Error occured while attempting to get the structure of table\r\n\r\n'" +
+                                      query.strTable + "'\r\n\r\nin SQL Server database\r\n\r\n'" + server.Name + "." +
+                                      query.strDb + "'\r\n\r\nError " + std::to_string(info.number) + " (" +
+                                      info.description + ").");
 }
 
-void readColumns(Program& program, const tServer& server, const std::string& strDb, Recordset& rs,
-                 const std::vector<std::string>& arrIgnored, const std::string& strLineSuffix, std::string& strText,
-                 std::vector<tTableColumn>& arrColumns) {
+void readColumns(Program& program, const tServer& server, const tTableQuery& query, Recordset& rs,
+                 tTableStructure& table) {
   for (; !rs.Eof(); rs.MoveNext()) {
     const std::string strColumn = rs.Fields("column").Text();
     const auto isColumn = [strLower = lowerCase(strColumn)](const std::string& strIgnored) {
       return lowerCase(strIgnored) == strLower;
     };
-    if (std::any_of(arrIgnored.begin(), arrIgnored.end(), isColumn)) continue;
-    arrColumns.push_back(readColumn(program, server, strDb, rs));
-    strText += arrColumns.back().strLine + strLineSuffix + "\r\n";
+    if (std::any_of(table.arrIgnored.begin(), table.arrIgnored.end(), isColumn)) continue;
+    table.arrColumns.push_back(readColumn(program, server, query.strDb, rs));
+    table.strText += table.arrColumns.back().strLine + query.strLineSuffix + "\r\n";
   }
 }
 
 }  // namespace
 
-void ReadTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
-                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                        const std::string& strLineSuffix, IgnoredList enmList, const std::string& strListed) {
-  lngUpper = -1;
-  lngIgnored = 0;
-  strText.clear();
-  arrColumns.clear();
-  arrIgnored.clear();
+void ReadTableStructure(Program& program, tServer& server, const tTableQuery& query, tTableStructure& table) {
+  table = {};
   if (server.VersionNum == 0) server.VersionNum = GetVersionNumber(server.Version);
   const auto& source = program.state<IgnoredColumnsSource>();
-  if (blnIgnoreCols && source.lookUp)
-    arrIgnored = source.lookUp(enmList, server, strDb, strListed.empty() ? strTable : strListed);
-  lngIgnored = static_cast<long>(arrIgnored.size());
+  if (query.enmIgnored && source.lookUp)
+    table.arrIgnored = source.lookUp(*query.enmIgnored, server, query.strDb,
+                                     query.strListed.empty() ? query.strTable : query.strListed);
   RecordsetPtr rs;
   AdoExtras extras;
   std::int32_t result = -1;
   {
     const QuietScope quiet(program);
-    result = GetAdoRS(program, server, adCmdText, columnsQuery(strTable, lngId), rs, strDb, &extras);
+    result = GetAdoRS(program, server, adCmdText, columnsQuery(query.strTable, query.lngId), rs, query.strDb, &extras);
   }
-  if (result == -1) raiseStructureError(server, strDb, strTable, {extras.errNumber, extras.errDescription});
+  if (result == -1) raiseStructureError(server, query, {extras.errNumber, extras.errDescription});
   try {
-    readColumns(program, server, strDb, *rs, arrIgnored, strLineSuffix, strText, arrColumns);
+    readColumns(program, server, query, *rs, table);
   } catch (const std::exception& error) {
-    raiseStructureError(server, strDb, strTable, describeError(error));
+    raiseStructureError(server, query, describeError(error));
   }
   rs->Close();
-  lngUpper = static_cast<long>(arrColumns.size()) - 1;
+  std::string& strText = table.strText;
   if (!strText.empty()) strText = trimBlanks(std::string_view(strText).substr(0, strText.size() - 2));
 }
 
-bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                       std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
-                       long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                       const std::string& strLineSuffix, IgnoredList enmList, const std::string& strListed) {
+bool GetTableStructure(Program& program, tServer& server, const tTableQuery& query, tTableStructure& table) {
   return trap(program, "mdlQueryCode", "GetTableStructure", false, [&] {
-    ReadTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, blnIgnoreCols, lngIgnored,
-                       arrIgnored, lngId, strLineSuffix, enmList, strListed);
+    ReadTableStructure(program, server, query, table);
     return true;
   });
 }
@@ -254,15 +238,10 @@ std::string GetIndexes(Program& program, const tServer& server, const std::strin
   return walk.result;
 }
 
-long GetColumnsCount(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                     std::vector<std::string>& arrIgnored, long lngId, IgnoredList enmList) {
-  std::string strText;
-  std::vector<tTableColumn> arrColumns;
-  long lngUpper = -1;
-  long lngIgnored = 0;
-  GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored,
-                    lngId, "", enmList);
-  return lngUpper + 1;
+long GetColumnsCount(Program& program, tServer& server, const tTableQuery& query) {
+  tTableStructure table;
+  GetTableStructure(program, server, query, table);
+  return static_cast<long>(table.arrColumns.size());
 }
 
 std::string GetDefaultValue(Program& program, const tServer& server, const std::string& strDb, long lngTableId,

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,29 +37,33 @@ struct IgnoredColumnsSource {
       lookUp;  // of a table as it is listed, perhaps with its schema
 };
 
+// Which table's columns are asked for.
+struct tTableQuery {
+  std::string strDb;
+  std::string strTable;
+  long lngId = 0;                           // 0: the table by its name
+  std::optional<IgnoredList> enmIgnored{};  // the list whose columns are left out; none: all columns
+  std::string strListed{};                  // the name to look them up under; empty: strTable
+  std::string strLineSuffix{};              // behind each column's line
+};
+
+// A table's columns: as a text of a line each, in their order, and the ignored ones that were left out.
+struct tTableStructure {
+  std::string strText;
+  std::vector<tTableColumn> arrColumns;
+  std::vector<std::string> arrIgnored;
+};
+
 // The whole text: the columns and, unless IgnoreIndexes is set or only the clustered one is wanted, the indexes behind
-// an empty line. lngIgnored receives the number of ignored columns (0 without blnIgnoreCols). lngId 0: the table by
-// name. strListed: the name to look its ignored columns up under; empty: strTable.
-std::string GetTableText(Program& program, tServer& server, const std::string& strTable, const std::string& strDb,
-                         bool blnIgnoreCols, long& lngIgnored, long lngId, const std::string& strLineSuffix,
-                         bool blnClusteredOnly, const std::string& strIndexSuffix, const std::string& strListed = {});
+// an empty line. lngIgnored, if it is asked for, receives the number of ignored columns.
+std::string GetTableText(Program& program, tServer& server, const tTableQuery& query, long* lngIgnored = nullptr,
+                         bool blnClusteredOnly = false, const std::string& strIndexSuffix = {});
 
-// The columns: text and array (from 0; lngUpper is its highest index, -1 for none). An unknown table gives an empty
-// text and True; False comes after an error report, with what was read by then. With blnIgnoreCols the columns of the
-// table's list enmList are left out; strListed as above.
-bool GetTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                       std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
-                       long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                       const std::string& strLineSuffix, IgnoredList enmList = ignoredColsStruct,
-                       const std::string& strListed = {});
+// An unknown table gives an empty text and True; False comes after an error report, with what was read by then.
+bool GetTableStructure(Program& program, tServer& server, const tTableQuery& query, tTableStructure& table);
 
-// The same for callers that tell a failure themselves: it raises RuntimeError, with what was read by then in the
-// arguments.
-void ReadTableStructure(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                        std::string& strText, std::vector<tTableColumn>& arrColumns, long& lngUpper, bool blnIgnoreCols,
-                        long& lngIgnored, std::vector<std::string>& arrIgnored, long lngId,
-                        const std::string& strLineSuffix, IgnoredList enmList = ignoredColsStruct,
-                        const std::string& strListed = {});
+// The same for callers that tell a failure themselves: it raises RuntimeError, with what was read by then in `table`.
+void ReadTableStructure(Program& program, tServer& server, const tTableQuery& query, tTableStructure& table);
 
 // The index lines, each with a line end; empty for a table without indexes, and for one without any child object such
 // as a constraint. With blnFillArray lngCount receives the number of indexes and arrIndexes an entry for each: its
@@ -68,8 +73,7 @@ std::string GetIndexes(Program& program, const tServer& server, const std::strin
                        std::vector<tTableColumn>& arrIndexes, long& lngCount);
 
 // Number of columns that aren't ignored.
-long GetColumnsCount(Program& program, tServer& server, const std::string& strDb, const std::string& strTable,
-                     std::vector<std::string>& arrIgnored, long lngId, IgnoredList enmList = ignoredColsStruct);
+long GetColumnsCount(Program& program, tServer& server, const tTableQuery& query);
 
 // A column's default as the server keeps it, in its brackets; empty when there is none.
 std::string GetDefaultValue(Program& program, const tServer& server, const std::string& strDb, long lngTableId,

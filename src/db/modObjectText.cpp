@@ -90,10 +90,8 @@ std::string GetTextOfObject(Program& program, tServer& server, const std::string
     case objViews:
     case objTriggers:
       return GetObjectText(program, server, strObjName, strDb, type);
-    case objTables: {
-      long lngIgnored = 0;
-      return GetTableText(program, server, strObjName, strDb, false, lngIgnored, lngId, "", false, "");
-    }
+    case objTables:
+      return GetTableText(program, server, {strDb, strObjName, lngId});
     case objRelationships:
       return GetRelationshipText(program, server, strObjName, strDb);
     case objConstraints:

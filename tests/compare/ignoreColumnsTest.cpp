@@ -103,24 +103,19 @@ TEST_F(IgnoredColumns, TheTextIsReadWithoutTheColumnsOfItsOwnList) {
   tServer& server = program.main.gtypSelServ[0];
   const struct {
     const char* database;
-    bool ignore;
-    IgnoredList list;
+    std::optional<IgnoredList> list;
     const char* text;
-    long ignored;
-  } cases[] = {{"A", true, ignoredColsStruct, "[a] [int] NULL\r\n[c] [int] NULL", 2},
-               {"A", true, ignoredColsData, "[b] [int] NULL\r\n[c] [int] NULL", 1},
-               {"A", true, ignoredColsDataAnalysis, "[a] [int] NULL\r\n[b] [int] NULL\r\n[c] [int] NULL", 0},
-               {"A", false, ignoredColsStruct, "[a] [int] NULL\r\n[b] [int] NULL\r\n[c] [int] NULL", 0},
-               {"B", true, ignoredColsStruct, "[a] [int] NULL\r\n[b] [int] NULL\r\n[c] [int] NULL", 0}};
+    std::size_t ignored;
+  } cases[] = {{"A", ignoredColsStruct, "[a] [int] NULL\r\n[c] [int] NULL", 2},
+               {"A", ignoredColsData, "[b] [int] NULL\r\n[c] [int] NULL", 1},
+               {"A", ignoredColsDataAnalysis, "[a] [int] NULL\r\n[b] [int] NULL\r\n[c] [int] NULL", 0},
+               {"A", std::nullopt, "[a] [int] NULL\r\n[b] [int] NULL\r\n[c] [int] NULL", 0},
+               {"B", ignoredColsStruct, "[a] [int] NULL\r\n[b] [int] NULL\r\n[c] [int] NULL", 0}};
   for (const auto& each : cases) {
-    std::string strText;
-    std::vector<tTableColumn> arrColumns;
-    Names arrIgnored;
-    long lngUpper = 0, lngIgnored = 0;
-    EXPECT_TRUE(GetTableStructure(program, server, each.database, "t", strText, arrColumns, lngUpper, each.ignore,
-                                  lngIgnored, arrIgnored, 0, "", each.list));
-    EXPECT_EQ(strText, each.text);
-    EXPECT_EQ(lngIgnored, each.ignored) << each.text;
+    tTableStructure table;
+    EXPECT_TRUE(GetTableStructure(program, server, {each.database, "t", 0, each.list}, table));
+    EXPECT_EQ(table.strText, each.text);
+    EXPECT_EQ(table.arrIgnored.size(), each.ignored) << each.text;
   }
 }
 

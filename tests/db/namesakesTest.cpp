@@ -59,8 +59,7 @@ TEST_F(Namesakes, ComeInTheOrderOfTheirIds) {
   EXPECT_EQ(GetObjectText(test.program, server, "P", "Db", objProcedures),
             "CREATE PROCEDURE zeta.P AS SELECT 'z'\nCREATE PROCEDURE dbo.P AS SELECT 'd'\n"
             "CREATE PROCEDURE alpha.P AS SELECT 'a'");
-  long ignored = 0;
-  EXPECT_EQ(GetTableText(test.program, server, "T", "Db", false, ignored, 0, "", true, "").substr(0, 38),
+  EXPECT_EQ(GetTableText(test.program, server, {"Db", "T"}, nullptr, true).substr(0, 38),
             "[z] [int] NOT NULL\r\n[a] [int] NOT NULL");
   EXPECT_EQ(GetRelationshipText(test.program, server, "FK_C", "Db"),
             "TABLE C\r\nCONSTRAINT [FK_C]\r\nFOREIGN KEY [x]\r\nREFERENCES [T] [z]");

@@ -61,15 +61,12 @@ class ColumnLine : public ::testing::Test {
                  "cdefault", "table_id", "col_id"},
                 {{"c", nullable, prec, scale, datatype, seed, "3", isId, cdefault, "77", colId}});
     tServer server = TestProgram::server("S", version);
-    std::string text;
-    std::vector<tTableColumn> columns;
-    std::vector<std::string> ignored;
-    long upper = -1, count = 0;
-    EXPECT_TRUE(GetTableStructure(test.program, server, "Db", "t", text, columns, upper, false, count, ignored, 0, ""));
-    EXPECT_EQ(upper, 0);
-    if (columns.empty()) return {};
-    EXPECT_EQ(text, columns[0].strLine);
-    return columns[0];
+    tTableStructure table;
+    EXPECT_TRUE(GetTableStructure(test.program, server, {"Db", "t"}, table));
+    EXPECT_EQ(table.arrColumns.size(), 1U);
+    if (table.arrColumns.empty()) return {};
+    EXPECT_EQ(table.strText, table.arrColumns[0].strLine);
+    return table.arrColumns[0];
   }
 
   ScriptedServer test;

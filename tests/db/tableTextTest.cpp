@@ -31,8 +31,7 @@ CREATE UNIQUE INDEX UX_t_guid ON t (guid DESC)
 )";
 
 std::string tableText(TestProgram& test, tServer server, const std::string& table, long id = 0) {
-  long ignored = 0;
-  return GetTableText(test.program, server, table, "Db", false, ignored, id, "", false, "");
+  return GetTableText(test.program, server, {"Db", table, id});
 }
 
 TEST(TableText, IsRightToTheBlank) {

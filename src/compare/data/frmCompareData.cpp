@@ -94,14 +94,10 @@ void frmCompareData::LoadData(const Workspace& frmOwner) {
     program_.state<GridRefreshState>().glngGridRefreshMode = 0;
     caption = "Differences between data in tables '" + tables[0] + "' and '" + tables[1] + "'";
 
-    std::string strText;
-    std::vector<tTableColumn> arrColumns;
-    std::vector<std::string> arrIgnored;
-    long lngUpper = -1;
-    long lngIgnored = 0;
-    GetTableStructure(program_, program_.main.gtypSelServ[0], dbs[0], tables[0], strText, arrColumns, lngUpper, true,
-                      lngIgnored, arrIgnored, objectIds_[0], "", ignoredColsData);
-    SetGridColumnHeaders(VSFlexGrid1, arrColumns);
+    tTableStructure table;
+    GetTableStructure(program_, program_.main.gtypSelServ[0], {dbs[0], tables[0], objectIds_[0], ignoredColsData},
+                      table);
+    SetGridColumnHeaders(VSFlexGrid1, table.arrColumns);
   });
 }
 

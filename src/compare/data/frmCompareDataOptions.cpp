@@ -168,20 +168,17 @@ void frmCompareDataOptions::load() {
 }
 
 void frmCompareDataOptions::readStructure(std::size_t side) {
-  std::string strText;
-  std::vector<std::string> arrIgnored;
-  long lngUpper = -1;
-  long lngIgnored = 0;
+  tTableStructure table;
   try {
-    ReadTableStructure(program_, program_.main.gtypSelServ[side], tables_.arrDbs[side], tables_.arrTables[side],
-                       strText, arrColumns_[side], lngUpper, false, lngIgnored, arrIgnored, tables_.arrObjIds[side],
-                       "");
+    ReadTableStructure(program_, program_.main.gtypSelServ[side],
+                       {tables_.arrDbs[side], tables_.arrTables[side], tables_.arrObjIds[side]}, table);
   } catch (const std::exception& error) {
     const ErrorInfo info = describeError(error);
     program_.host.messageBox("Error occured while attempting to load structure of table.\r\n\r\nError " +
                                  std::to_string(info.number) + " (" + info.description + ").",
                              Icon::Warning);
   }
+  arrColumns_[side] = std::move(table.arrColumns);  // after a failure: what was read by then
 }
 
 void frmCompareDataOptions::fillLists() {

@@ -134,8 +134,8 @@ void frmDataAnalyze::activate() {
 void frmDataAnalyze::SetUpColumnsLabels() {
   trap(program_, moduleName, "SetUpColumnsLabels", [&] {
     std::vector<std::string> arrIgnored;
-    lblGen2.setText(FormatThousands(GetColumnsCount(program_, table_.server, table_.strDb, table_.strTable, arrIgnored,
-                                                    table_.lngObjId, ignoredColsDataAnalysis)));
+    lblGen2.setText(FormatThousands(GetColumnsCount(
+        program_, table_.server, {table_.strDb, table_.strTable, table_.lngObjId, ignoredColsDataAnalysis})));
     const std::string strFullName = GetFullObjectName(table_.server.Name, table_.strDb, table_.strTable);
     lblGen9.setText(FormatThousands(GetIgnoredColumns(program_, ignoredColsDataAnalysis, strFullName, arrIgnored)));
   });
@@ -169,19 +169,17 @@ void frmDataAnalyze::LoadData() {
 }
 
 void frmDataAnalyze::analyzeColumns() {
-  std::string strText;
-  std::vector<tTableColumn> arrColumns;
-  std::vector<std::string> arrIgnored;
-  long lngLast = -1;
-  long lngIgnored = 0;
-  if (!GetTableStructure(program_, table_.server, table_.strDb, table_.strTable, strText, arrColumns, lngLast, true,
-                         lngIgnored, arrIgnored, table_.lngObjId, "", ignoredColsDataAnalysis))
+  tTableStructure table;
+  if (!GetTableStructure(program_, table_.server,
+                         {table_.strDb, table_.strTable, table_.lngObjId, ignoredColsDataAnalysis}, table))
     return;
   ValidateRecordsToAnalyze();
   for (ProgressBar* bar : {&prbColumns, &prbRows}) bar->setValue(0);
   rpcReport.clear();
+  const std::vector<tTableColumn>& arrColumns = table.arrColumns;
+  const auto lngLast = static_cast<double>(arrColumns.size()) - 1;
   for (std::size_t column = 0; column < arrColumns.size(); ++column) {
-    const double percent = lngLast > 0 ? static_cast<double>(column) / static_cast<double>(lngLast) * 100 : 100;
+    const double percent = lngLast > 0 ? static_cast<double>(column) / lngLast * 100 : 100;
     if (!analyzeOne(arrColumns[column], percent)) return;
   }
   if (cmdExit.enabled())

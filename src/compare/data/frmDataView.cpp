@@ -109,15 +109,9 @@ void frmDataView::LoadData() {
 }
 
 void frmDataView::readRecords() {
-  std::string strText;
-  std::vector<tTableColumn> arrColumns;
-  std::vector<std::string> arrIgnored;
-  long lngUpper = -1;
-  long lngIgnored = 0;
-  if (!GetTableStructure(program_, table_.server, table_.strDb, table_.strTable, strText, arrColumns, lngUpper, false,
-                         lngIgnored, arrIgnored, table_.lngObjId, ""))
-    return;
-  SetGridColumnHeaders(VSFlexGrid1, arrColumns);
+  tTableStructure table;
+  if (!GetTableStructure(program_, table_.server, {table_.strDb, table_.strTable, table_.lngObjId}, table)) return;
+  SetGridColumnHeaders(VSFlexGrid1, table.arrColumns);
   const StopScope stopping(program_, [this] { return endAsked(); });
   RecordsetPtr rs;
   GetAdoRS(program_, table_.server, adCmdText, SqlText("SELECT * FROM ") << asName(table_.strExtName), rs,

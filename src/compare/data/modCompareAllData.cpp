@@ -33,9 +33,7 @@ bool DataSection::hasText(int side, const Item& item, long lngId) {
     return true;
   const ReadWatch reads(program_);
   try {
-    long lngIgnored = 0;
-    return !GetTableText(program_, run_.server(side), item.strName, strDb, true, lngIgnored, lngId, "", false, "",
-                         item.strPrinted)
+    return !GetTableText(program_, run_.server(side), {strDb, item.strName, lngId, ignoredColsStruct, item.strPrinted})
                 .empty();
   } catch (const std::exception&) {
     if (!reads.failed()) throw;

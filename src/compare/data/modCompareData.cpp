@@ -50,15 +50,10 @@ SqlText BuildSqlSelectStringWithColumns(Program& program, tServer& server, const
                                         SqlText& strSelectPart, long lngObjId, const std::string& strListed) {
   strSelectPart = {};
   return trap(program, "mdlMisc", "BuildSqlSelectStringWithColumns", SqlText(), [&] {
-    std::string strText;
     SqlText strList;
-    std::vector<tTableColumn> arrColumns;
-    std::vector<std::string> arrIgnored;
-    long lngUpper = -1;
-    long lngIgnored = 0;
-    if (GetTableStructure(program, server, strDb, strTable, strText, arrColumns, lngUpper, true, lngIgnored, arrIgnored,
-                          lngObjId, "", ignoredColsData, strListed))
-      for (const tTableColumn& column : arrColumns) {
+    tTableStructure table;
+    if (GetTableStructure(program, server, {strDb, strTable, lngObjId, ignoredColsData, strListed}, table))
+      for (const tTableColumn& column : table.arrColumns) {
         if (!strList.empty()) strList << ",";
         strList << inBrackets(column.strName);
       }

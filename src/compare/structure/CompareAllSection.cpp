@@ -69,8 +69,8 @@ void CompareAllSection::fetchTexts(const Item& item, Pair& pair) {
 std::string CompareAllSection::fetchText(int side, const Item& item, long lngId, long& lngIgnored) {
   switch (type_) {
     case objTables:
-      return GetTableText(program_, run_.server(side), item.strName, run_.database(side), true, lngIgnored, lngId, "",
-                          false, "", item.strPrinted);
+      return GetTableText(program_, run_.server(side),
+                          {run_.database(side), item.strName, lngId, ignoredColsStruct, item.strPrinted}, &lngIgnored);
     case objRelationships:
       return GetRelationshipText(program_, run_.server(side), item.strName, run_.database(side));
     case objConstraints:

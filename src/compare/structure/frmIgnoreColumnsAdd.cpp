@@ -61,15 +61,11 @@ void frmIgnoreColumnsAdd::setTexts() {
 }
 
 void frmIgnoreColumnsAdd::loadColumns() {
-  std::string strText;
-  std::vector<tTableColumn> arrColumns;
-  std::vector<std::string> arrIgnored;
-  long lngUpper = -1;
-  long lngIgnored = 0;
-  GetTableStructure(program_, program_.main.gtypSelServ.at(static_cast<std::size_t>(side_)), database_, table_, strText,
-                    arrColumns, lngUpper, false, lngIgnored, arrIgnored, tableId_, "");
+  tTableStructure table;
+  GetTableStructure(program_, program_.main.gtypSelServ.at(static_cast<std::size_t>(side_)),
+                    {database_, table_, tableId_}, table);
   pvlSqlObj0.clear();
-  for (const tTableColumn& column : arrColumns) pvlSqlObj0.add(column.strName);
+  for (const tTableColumn& column : table.arrColumns) pvlSqlObj0.add(column.strName);
   ListBox_DeselectIgnored(pvlSqlObj0, IgnoredColumnsOfTable(program_, menmMode_, server_, database_, table_));
 }
 

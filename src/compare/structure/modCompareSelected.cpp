@@ -76,9 +76,8 @@ void leaveOutIgnoredColumns(Program& program, Pair& pair) {
     if (pair.arrObjects[side].empty() ||
         lookUp(ignoredColsStruct, server, pair.arrDatabases[side], pair.arrObjects[side]).empty())
       continue;
-    long lngIgnored = 0;
-    pair.arrTexts[side] = GetTableText(program, server, pair.arrObjects[side], pair.arrDatabases[side], true,
-                                       lngIgnored, pair.arrIds[side], "", false, "");
+    pair.arrTexts[side] = GetTableText(
+        program, server, {pair.arrDatabases[side], pair.arrObjects[side], pair.arrIds[side], ignoredColsStruct});
     pair.blnColumnsIgnored = true;
   }
 }
