@@ -25,6 +25,20 @@ Cursor& cursorOf(StatementRun& run, const std::string& name) {
   refuse("A cursor with the name '" + name + "' does not exist.");
 }
 
+// The row that FETCH goes to: -1 in front of the first, their number behind the last.
+std::int64_t placeOf(const Cursor& cursor, std::string_view direction, std::int64_t number) {
+  const auto size = static_cast<std::int64_t>(cursor.rows->size());
+  number = std::clamp(number, -size - 1, size + 1);  // further is nowhere else, and can't be added
+  std::int64_t at = cursor.at;
+  if (direction == "NEXT") ++at;
+  if (direction == "PRIOR") --at;
+  if (direction == "FIRST") at = 0;
+  if (direction == "LAST") at = size - 1;
+  if (direction == "ABSOLUTE") at = number > 0 ? number - 1 : number < 0 ? size + number : -1;
+  if (direction == "RELATIVE") at += number;
+  return std::clamp<std::int64_t>(at, -1, size);
+}
+
 }  // namespace
 
 // DECLARE name [INSENSITIVE] [SCROLL] CURSOR [options] FOR query [FOR READ ONLY | UPDATE [OF columns]], from the name
@@ -116,19 +130,11 @@ void fetchCursor(StatementRun& run) {
   if (!cursor.rows) refuse("Cursor is not open.");
   if (direction != "NEXT" && !cursor.scroll)
     refuse("fetch: The fetch type " + direction + " cannot be used with forward only cursors.");
-  const auto size = static_cast<std::int64_t>(cursor.rows->size());
   const std::int64_t number = count.empty() ? 0 : run.evaluate(count).integer;
-  std::int64_t at = cursor.at;
-  if (direction == "NEXT") at = std::min(at + 1, size);
-  if (direction == "PRIOR") at = std::max<std::int64_t>(at - 1, -1);
-  if (direction == "FIRST") at = 0;
-  if (direction == "LAST") at = size - 1;
-  if (direction == "ABSOLUTE") at = number > 0 ? number - 1 : number < 0 ? size + number : -1;
-  if (direction == "RELATIVE") at += number;
-  at = std::clamp<std::int64_t>(at, -1, size);
+  const std::int64_t at = placeOf(cursor, direction, number);
   if (at != cursor.at) ++run.memory.changes;
   cursor.at = at;
-  const bool there = at >= 0 && at < size;
+  const bool there = at >= 0 && at < static_cast<std::int64_t>(cursor.rows->size());
   run.setGlobal("@@fetch_status", there ? 0 : -1);
   if (!there || into.empty()) return;
   const std::vector<Value>& row = (*cursor.rows)[static_cast<std::size_t>(at)];

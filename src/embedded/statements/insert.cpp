@@ -1,5 +1,9 @@
 #include "embedded/statements/insert.h"
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "embedded/language/refusal.h"
 #include "embedded/statements/columnValues.h"
 #include "embedded/statements/insertPlan.h"
@@ -124,21 +128,46 @@ void insertQuery(StatementRun& run, InsertPlan& plan) {
   countInserted(run, static_cast<std::int64_t>(rows.size()));
 }
 
-}  // namespace
-
-void insertStatement(StatementRun& run) {
+// A shape that was seen before needs no reading up to its VALUES. False: it is new, and nothing has been read.
+bool insertOfKnownShape(StatementRun& run) {
   TokenReader& reader = run.reader;
-  // A shape that was seen before needs no reading up to its VALUES.
   const std::size_t start = reader.position();
   for (std::size_t i = 1; i < longestKnownHead && run.running(); ++i) {
     const Token& token = reader.peek(i);
-    if (token.isSymbol(";") || token.kind == TokenKind::End) break;
+    if (token.isSymbol(";") || token.kind == TokenKind::End) return false;
     if (!token.is("VALUES")) continue;
     const auto kept = run.memory.plans.find(reader.sourceBetween(start, start + i));
-    if (kept == run.memory.plans.end()) break;
+    if (kept == run.memory.plans.end()) return false;
     reader.moveTo(start + i);
-    return insertValues(run, kept->second);
+    insertValues(run, kept->second);
+    return true;
   }
+  return false;
+}
+
+// The columns behind the table's name; nothing where none are listed. A bracket may also begin a query.
+std::optional<std::vector<std::string>> listedColumns(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  const std::size_t bracket = reader.position();
+  if (!reader.acceptSymbol("(")) return std::nullopt;
+  if (run.translator().atSelect() || reader.peek().isSymbol("(")) {
+    reader.moveTo(bracket);
+    return std::nullopt;
+  }
+  std::vector<std::string> columns;
+  do {
+    columns.push_back(readObjectName(reader).name);  // the table's name may stand in front
+  } while (reader.acceptSymbol(","));
+  reader.expectSymbol(")");
+  return columns;
+}
+
+}  // namespace
+
+void insertStatement(StatementRun& run) {
+  if (insertOfKnownShape(run)) return;
+  TokenReader& reader = run.reader;
+  const std::size_t start = reader.position();
   reader.next();
   reader.acceptWord("INTO");
   if (reader.peek().is("TOP")) run.notUnderstood("INSERT TOP");
@@ -148,21 +177,7 @@ void insertStatement(StatementRun& run) {
     reader.next();
     reader.skipParentheses();
   }
-  std::vector<std::string> columns;
-  const std::size_t afterBracket = reader.position() + 1;
-  bool listed = reader.peek().isSymbol("(");
-  if (listed) {
-    reader.next();
-    listed = !run.translator().atSelect() && !reader.peek().isSymbol("(");
-    reader.moveTo(listed ? afterBracket : afterBracket - 1);
-  }
-  if (listed) {
-    do {
-      ObjectName column = readObjectName(reader);  // the table's name may stand in front
-      columns.push_back(std::move(column.name));
-    } while (reader.acceptSymbol(","));
-    reader.expectSymbol(")");
-  }
+  const std::optional<std::vector<std::string>> columns = listedColumns(run);
   if (reader.peek().is("OUTPUT")) run.notUnderstood("OUTPUT isn't carried out");
   if (reader.peek().is("EXEC") || reader.peek().is("EXECUTE")) run.notUnderstood("INSERT of a procedure's rows");
   const bool values = reader.peek().is("VALUES");
@@ -176,14 +191,11 @@ void insertStatement(StatementRun& run) {
     return;
   }
   const std::vector<std::string> nothing;
-  const std::vector<std::string>* list = listed ? &columns : defaults ? &nothing : nullptr;
-  const std::size_t end = reader.position();
-  if (!values) {
-    // The same text in front of VALUES may mean other columns, so these plans aren't kept.
-    InsertPlan plan = makePlan(run, run.requireTable(run.localName(name)), list);
-    return defaults ? insertValues(run, plan) : insertQuery(run, plan);
-  }
-  insertValues(run, planFor(run, start, end, name, list));
+  const std::vector<std::string>* list = columns ? &*columns : defaults ? &nothing : nullptr;
+  if (values) return insertValues(run, planFor(run, start, reader.position(), name, list));
+  // The same text in front of a query or DEFAULT VALUES may mean other columns, so these plans aren't kept.
+  InsertPlan plan = makePlan(run, run.requireTable(run.localName(name)), list);
+  return defaults ? insertValues(run, plan) : insertQuery(run, plan);
 }
 
 }  // namespace qrel::tsql

@@ -1,20 +1,19 @@
 #include "embedded/statements/permissions.h"
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "embedded/language/refusal.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
 
-// GRANT, DENY, REVOKE permission, ... [ON object] TO|FROM principal, ...
-void permissionStatement(StatementRun& run) {
+namespace {
+
+// "SELECT, CREATE TABLE, EXEC", each in capitals.
+std::vector<std::string> readPermissions(StatementRun& run) {
   TokenReader& reader = run.reader;
-  const Token& verb = reader.next();
-  char state = verb.is("GRANT") ? 'G' : verb.is("DENY") ? 'D' : 'R';
-  if (state == 'R' && reader.acceptWord("GRANT")) {
-    reader.expectWord("OPTION");
-    reader.expectWord("FOR");
-    state = 'G';  // the permission itself stays
-  }
   std::vector<std::string> permissions;
   do {
     std::string words;
@@ -27,17 +26,45 @@ void permissionStatement(StatementRun& run) {
     if (reader.peek().isSymbol("(")) run.notUnderstood("permissions on columns aren't kept");
     permissions.push_back(std::move(words));
   } while (reader.acceptSymbol(","));
-  std::optional<ObjectName> object;
-  if (reader.acceptWord("ON")) {
-    if (reader.peek(1).isSymbol("::")) {
-      if (!reader.peek().is("OBJECT"))
-        run.notUnderstood("permissions on a " + lowerCase(reader.peek().raw) + " aren't kept");
-      reader.next();
-      reader.next();
-    }
-    object = run.localName(readObjectName(reader));
-    if (reader.peek().isSymbol("(")) run.notUnderstood("permissions on columns aren't kept");
+  return permissions;
+}
+
+// "ON object"; nothing where the permission is one on the database.
+std::optional<ObjectName> readSecured(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  if (!reader.acceptWord("ON")) return std::nullopt;
+  if (reader.peek(1).isSymbol("::")) {
+    if (!reader.peek().is("OBJECT"))
+      run.notUnderstood("permissions on a " + lowerCase(reader.peek().raw) + " aren't kept");
+    reader.next();
+    reader.next();
   }
+  ObjectName object = run.localName(readObjectName(reader));
+  if (reader.peek().isSymbol("(")) run.notUnderstood("permissions on columns aren't kept");
+  return object;
+}
+
+// What ALL means for an object of its kind.
+std::vector<std::string> allPermissions(const StatementRun& run, const ObjectName& object) {
+  const auto found = run.catalogue().find(object.schema, object.name);
+  if (found && (found->xtype == "P" || found->xtype == "FN")) return {"EXECUTE"};
+  return {"SELECT", "INSERT", "UPDATE", "DELETE", "REFERENCES"};
+}
+
+}  // namespace
+
+// GRANT, DENY, REVOKE permission, ... [ON object] TO|FROM principal, ...
+void permissionStatement(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  const Token& verb = reader.next();
+  char state = verb.is("GRANT") ? 'G' : verb.is("DENY") ? 'D' : 'R';
+  if (state == 'R' && reader.acceptWord("GRANT")) {
+    reader.expectWord("OPTION");
+    reader.expectWord("FOR");
+    state = 'G';  // the permission itself stays
+  }
+  std::vector<std::string> permissions = readPermissions(run);
+  const std::optional<ObjectName> object = readSecured(run);
   if (!reader.acceptWord("TO")) reader.expectWord("FROM");
   std::vector<std::string> grantees;
   do {
@@ -52,10 +79,7 @@ void permissionStatement(StatementRun& run) {
   if (!run.act()) return;
   if (permissions.size() == 1 && (permissions[0] == "ALL" || permissions[0] == "ALL PRIVILEGES")) {
     if (!object) refuse("ALL needs an object.");
-    const auto found = run.catalogue().find(object->schema, object->name);
-    const bool runs = found && (found->xtype == "P" || found->xtype == "FN");
-    permissions = runs ? std::vector<std::string>{"EXECUTE"}
-                       : std::vector<std::string>{"SELECT", "INSERT", "UPDATE", "DELETE", "REFERENCES"};
+    permissions = allPermissions(run, *object);
   }
   run.atomically([&] {
     for (const std::string& grantee : grantees)

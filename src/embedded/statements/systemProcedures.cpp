@@ -13,46 +13,6 @@ namespace qrel::tsql {
 
 namespace {
 
-// System procedures that change nothing which is kept here.
-bool isWithoutEffect(const std::string& name) {
-  static constexpr std::array<std::string_view, 35> names{"sp_dboption",
-                                                          "sp_configure",
-                                                          "sp_tableoption",
-                                                          "sp_settriggerorder",
-                                                          "sp_recompile",
-                                                          "sp_refreshview",
-                                                          "sp_refreshsqlmodule",
-                                                          "sp_updatestats",
-                                                          "sp_addextendedproperty",
-                                                          "sp_updateextendedproperty",
-                                                          "sp_dropextendedproperty",
-                                                          "sp_addmessage",
-                                                          "sp_dropmessage",
-                                                          "sp_adduser",
-                                                          "sp_dropuser",
-                                                          "sp_addlogin",
-                                                          "sp_droplogin",
-                                                          "sp_grantdbaccess",
-                                                          "sp_revokedbaccess",
-                                                          "sp_grantlogin",
-                                                          "sp_addrole",
-                                                          "sp_droprole",
-                                                          "sp_addrolemember",
-                                                          "sp_droprolemember",
-                                                          "sp_addsrvrolemember",
-                                                          "sp_change_users_login",
-                                                          "sp_changedbowner",
-                                                          "sp_fulltext_database",
-                                                          "sp_help",
-                                                          "sp_helptext",
-                                                          "sp_dbcmptlevel",
-                                                          "sp_createstats",
-                                                          "sp_autostats",
-                                                          "sp_spaceused",
-                                                          "sp_lock"};
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 ObjectName nameFrom(const std::string& text) {
   const auto tokens = lex(text);
   TokenReader reader(text, tokens);
@@ -62,9 +22,8 @@ ObjectName nameFrom(const std::string& text) {
 }
 
 // An argument by name or position (0-based); a Null value when it is missing.
-template <class Arguments>
-Value argumentOf(const Arguments& arguments, std::size_t position, std::string_view name) {
-  for (const auto& argument : arguments)
+Value argumentOf(const std::vector<Argument>& arguments, std::size_t position, std::string_view name) {
+  for (const Argument& argument : arguments)
     if (argument.name == name) return argument.value;
   return position < arguments.size() && arguments[position].name.empty() ? arguments[position].value : Value();
 }
@@ -119,7 +78,7 @@ void forEachTable(StatementRun& run, const std::vector<Argument>& arguments, std
     if (run.flow == Flow::Normal) execText(run, replaceAll(arguments[0].value.text, "?", name), line);
 }
 
-void addType(StatementRun& run, const std::vector<Argument>& arguments) {
+void addType(StatementRun& run, const std::vector<Argument>& arguments, std::size_t) {
   const Value name = argumentOf(arguments, 0, "@typename");
   const Value base = argumentOf(arguments, 1, "@phystype");
   const std::string nullable = upperCase(argumentOf(arguments, 2, "@nulltype").text);
@@ -133,7 +92,7 @@ void addType(StatementRun& run, const std::vector<Argument>& arguments) {
 
 // 'schema.table.column', 'new', 'COLUMN' | 'INDEX' | 'OBJECT'; without the kind an object is meant, or a column when
 // there is no such object.
-void renameObject(StatementRun& run, const std::vector<Argument>& arguments) {
+void renameObject(StatementRun& run, const std::vector<Argument>& arguments, std::size_t) {
   const Value old = argumentOf(arguments, 0, "@objname");
   const Value fresh = argumentOf(arguments, 1, "@newname");
   const std::string kind = upperCase(argumentOf(arguments, 2, "@objtype").text);
@@ -153,7 +112,7 @@ void renameObject(StatementRun& run, const std::vector<Argument>& arguments) {
 }
 
 // sp_attach_db 'name', 'file': a database file of an embedded server is copied into this server's folder.
-void attachDatabase(StatementRun& run, const std::vector<Argument>& arguments) {
+void attachDatabase(StatementRun& run, const std::vector<Argument>& arguments, std::size_t) {
   namespace fs = std::filesystem;
   const std::string name = argumentOf(arguments, 0, "@dbname").text;
   Value file = argumentOf(arguments, 1, "@filename1");
@@ -176,6 +135,65 @@ void attachDatabase(StatementRun& run, const std::vector<Argument>& arguments) {
   refuse("Unable to open the physical file \"" + file.text + "\". The file can't be read or copied.");
 }
 
+void dropType(StatementRun& run, const std::vector<Argument>& arguments, std::size_t) {
+  if (arguments.empty()) refuse("Procedure 'sp_droptype' expects parameter '@typename', which was not supplied.");
+  run.changes().dropType(nameFrom(arguments[0].value.text));
+}
+
+struct Procedure {
+  std::string_view name;
+  void (*function)(StatementRun& run, const std::vector<Argument>& arguments, std::size_t line);
+};
+
+constexpr std::array procedures = std::to_array<Procedure>({
+    {"sp_executesql", executeSql},
+    {"sp_msforeachtable", forEachTable},
+    {"sp_addtype", addType},
+    {"sp_droptype", dropType},
+    {"sp_rename", renameObject},
+    {"sp_attach_db", attachDatabase},
+    {"sp_attach_single_file_db", attachDatabase},
+});
+
+// Those that change nothing which is kept here.
+constexpr std::array withoutEffect = std::to_array<std::string_view>({
+    "sp_dboption",
+    "sp_configure",
+    "sp_tableoption",
+    "sp_settriggerorder",
+    "sp_recompile",
+    "sp_refreshview",
+    "sp_refreshsqlmodule",
+    "sp_updatestats",
+    "sp_addextendedproperty",
+    "sp_updateextendedproperty",
+    "sp_dropextendedproperty",
+    "sp_addmessage",
+    "sp_dropmessage",
+    "sp_adduser",
+    "sp_dropuser",
+    "sp_addlogin",
+    "sp_droplogin",
+    "sp_grantdbaccess",
+    "sp_revokedbaccess",
+    "sp_grantlogin",
+    "sp_addrole",
+    "sp_droprole",
+    "sp_addrolemember",
+    "sp_droprolemember",
+    "sp_addsrvrolemember",
+    "sp_change_users_login",
+    "sp_changedbowner",
+    "sp_fulltext_database",
+    "sp_help",
+    "sp_helptext",
+    "sp_dbcmptlevel",
+    "sp_createstats",
+    "sp_autostats",
+    "sp_spaceused",
+    "sp_lock",
+});
+
 }  // namespace
 
 void runProcedure(StatementRun& run, const ObjectName& procedure, const std::vector<Argument>& arguments,
@@ -185,18 +203,10 @@ void runProcedure(StatementRun& run, const ObjectName& procedure, const std::vec
   const bool system =
       procedure.schema.empty() || equalNoCase(procedure.schema, "dbo") || equalNoCase(procedure.schema, "sys");
   if (!system) throw NotUnderstood{"the procedure " + procedure.schema + "." + procedure.name + " isn't run", 1};
-  if (isWithoutEffect(name)) return run.withoutEffect();
+  if (std::find(withoutEffect.begin(), withoutEffect.end(), name) != withoutEffect.end()) return run.withoutEffect();
   if (name.starts_with("sp_")) run.localName(procedure);  // another database's isn't run here
-  if (name == "sp_executesql") return executeSql(run, arguments, line);
-  if (name == "sp_addtype") return addType(run, arguments);
-  if (name == "sp_rename") return renameObject(run, arguments);
-  if (name == "sp_msforeachtable") return forEachTable(run, arguments, line);
-  if (name == "sp_attach_db" || name == "sp_attach_single_file_db") return attachDatabase(run, arguments);
-  if (name == "sp_droptype") {
-    if (arguments.empty()) refuse("Procedure 'sp_droptype' expects parameter '@typename', which was not supplied.");
-    run.changes().dropType(nameFrom(arguments[0].value.text));
-    return;
-  }
+  for (const Procedure& each : procedures)
+    if (name == each.name) return each.function(run, arguments, line);
   throw NotUnderstood{"the procedure " + procedure.name + " isn't run", 1};
 }
 

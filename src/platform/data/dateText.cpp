@@ -124,7 +124,8 @@ std::optional<std::int64_t> scanOffset(Scanner& scanner) {
       !scanner.takeNumber(2, 2, minute) || hour > 14 || minute > 59) {
     return std::nullopt;
   }
-  return (sign == '-' ? -1 : 1) * (hour * 60 + minute) * 60 * ticksPerSecond;
+  const std::int64_t minutes = hour * 60 + minute;
+  return (sign == '-' ? -minutes : minutes) * 60 * ticksPerSecond;
 }
 
 }  // namespace

@@ -101,7 +101,7 @@ std::optional<std::int64_t> wholeNumber(std::string_view plain) {
 }
 
 void appendShortest(std::string& out, double number) {
-  std::array<char, 32> buffer;
+  std::array<char, 32> buffer{};
   const auto [end, error] =
       std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific);
   std::string_view text(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
