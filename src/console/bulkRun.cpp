@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "compare/data/modCompareData.h"
+#include "console/progressWatch.h"
 #include "console/stopWatch.h"
 #include "console/verdict.h"
 #include "platform/text.h"
@@ -22,19 +23,6 @@ void BulkRun::select(std::vector<std::string> source, std::vector<std::string> t
   selection.arrSelectedTarget = std::move(target);
 }
 
-// What happens while the run yields: Ctrl+C stops it, a terminal shows where it is.
-void BulkRun::watch() {
-  console_.host.onDoEvents = [this] {
-    if (stopRequested()) {
-      console_.program.state<modCompareAllState>().gblnCancelCompare = true;
-      console_.program.state<modCompareDataState>().gblnStopComparison = true;  // the table at work
-    }
-    if (console_.progress)
-      console_.err << '\r' << controls_.lblTime.text() << ' ' << visibleText(controls_.lblCurProcName.text())
-                   << "\033[K" << std::flush;
-  };
-}
-
 ExitCode BulkRun::verdict(bool complete) const {
   const modCompareAllState& state = console_.program.state<modCompareAllState>();
   if (!tellIncomplete(console_) || !complete)
@@ -47,10 +35,18 @@ ExitCode BulkRun::run(const std::array<const Side*, 2>& sides, const std::string
   Program& program = console_.program;
   input.arrDatabases = {sides[0]->database, sides[1]->database};
   input.shownName = visibleText;
-  watch();
-  const bool finished = compare(controls_, input);
-  console_.host.onDoEvents = nullptr;
-  console_.clearProgress();
+  bool finished = false;
+  {
+    const ProgressWatch watch(
+        console_,
+        [&program](bool stopped) {
+          if (!stopped) return;
+          program.state<modCompareAllState>().gblnCancelCompare = true;
+          program.state<modCompareDataState>().gblnStopComparison = true;  // the table at work
+        },
+        [this] { return controls_.lblTime.text() + ' ' + controls_.lblCurProcName.text(); });
+    finished = compare(controls_, input);
+  }
   if (!finished) {
     if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
     return ExitCode::CannotRead;

@@ -35,7 +35,6 @@ class BulkRun {
     Window() : Form("frmCompareAll") {}
   };
 
-  void watch();
   ExitCode verdict(bool complete) const;
 
   Console& console_;

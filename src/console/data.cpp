@@ -8,6 +8,7 @@
 #include "console/commands.h"
 #include "console/differencesTable.h"
 #include "console/panel.h"
+#include "console/progressWatch.h"
 #include "console/tableColumns.h"
 #include "db/mdlObjects.h"
 #include "db/mdlQueryCode.h"
@@ -23,38 +24,6 @@ namespace qrel {
 namespace {
 
 constexpr std::ptrdiff_t mostKeyColumns = 3;
-
-// What happens while the run yields: Ctrl+C stops it, a terminal shows where it is.
-class Watch {
- public:
-  explicit Watch(Console& console) : console_(console) {
-    console_.host.onDoEvents = [this] { look(); };
-  }
-  ~Watch() {
-    console_.host.onDoEvents = nullptr;
-    if (console_.progress) console_.err << "\r\033[K" << std::flush;
-  }
-  Watch(const Watch&) = delete;
-  Watch& operator=(const Watch&) = delete;
-
- private:
-  void look() {
-    if (stopRequested()) console_.program.state<modCompareDataState>().gblnStopComparison = true;
-    constexpr std::int64_t millisecondsBetween = 100;
-    const std::int64_t now = console_.host.ticks();
-    if (!console_.progress || now - told_ < millisecondsBetween) return;
-    const auto* status = dynamic_cast<const frmCompareStatus*>(console_.host.shown());
-    if (!status) return;
-    told_ = now;
-    console_.err << '\r'
-                 << (status->lblStatus.visible() ? status->lblStatus.text()
-                                                 : status->lblTime.text() + " record " + status->lblCurRec.text())
-                 << "\033[K" << std::flush;
-  }
-
-  Console& console_;
-  std::int64_t told_ = 0;
-};
 
 // Keys, order and offsets from the command line, as they stand instead of the stored ones.
 tDataCompSettings givenSettings(Console& console, const DataArguments& arguments, const tDataCompRequest& request) {
@@ -180,7 +149,15 @@ ExitCode compareTables(Console& console, const DataArguments& arguments, const S
   }
   tDataCompResult result;
   {
-    const Watch watch(console);
+    const ProgressWatch watch(
+        console,
+        [&state](bool stopped) {
+          if (stopped) state.gblnStopComparison = true;
+        },
+        [&console] {
+          const auto* status = dynamic_cast<const frmCompareStatus*>(console.host.shown());
+          return status ? whereIn(*status) : "";
+        });
     RunDataComparison(program, request, result);
   }
   if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};

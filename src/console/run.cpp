@@ -11,6 +11,7 @@
 #include "compare/structure/modCompareAll.h"
 #include "console/commands.h"
 #include "console/differencesTable.h"
+#include "console/progressWatch.h"
 #include "console/savedProcess.h"
 #include "console/verdict.h"
 #include "platform/text.h"
@@ -79,42 +80,20 @@ void printWindow(Console& console, const Form& form) {
     printDifferencesWindow(console.out, *table, {.colours = console.colours});
 }
 
-// What happens while the run yields: Ctrl+C stops whatever runs, a terminal shows where it is.
-class RunWatch {
- public:
-  explicit RunWatch(Console& console) : console_(console) {
-    console_.host.onDoEvents = [this] { look(); };
-  }
-  ~RunWatch() {
-    console_.host.onDoEvents = nullptr;
-    console_.clearProgress();
-  }
-  RunWatch(const RunWatch&) = delete;
-  RunWatch& operator=(const RunWatch&) = delete;
+// Whatever runs, stops.
+void stopAll(Program& program) {
+  program.state<modCompareAllState>().gblnCancelCompare = true;
+  program.state<modCompareDataState>().gblnStopComparison = true;
+  program.state<frmExportState>().gblnCancelExport = true;
+}
 
- private:
-  void look() {
-    Program& program = console_.program;
-    if (stopRequested()) {
-      program.state<modCompareAllState>().gblnCancelCompare = true;
-      program.state<modCompareDataState>().gblnStopComparison = true;
-      program.state<frmExportState>().gblnCancelExport = true;
-    }
-    constexpr std::int64_t millisecondsBetween = 100;
-    const std::int64_t now = console_.host.ticks();
-    if (!console_.progress || now - told_ < millisecondsBetween) return;
-    told_ = now;
-    if (const auto* bulk = dynamic_cast<const CompareAllWindow*>(console_.host.shown()))
-      console_.err << '\r' << bulk->parts.lblTime.text() << ' ' << visibleText(bulk->parts.lblCurProcName.text())
-                   << "\033[K" << std::flush;
-    if (const auto* status = dynamic_cast<const frmCompareStatus*>(console_.host.shown()))
-      console_.err << '\r' << status->lblTime.text() << " record " << status->lblCurRec.text() << "\033[K"
-                   << std::flush;
-  }
-
-  Console& console_;
-  std::int64_t told_ = 0;
-};
+// By the window that is open.
+std::string whereIn(const Form* shown) {
+  if (const auto* bulk = dynamic_cast<const CompareAllWindow*>(shown))
+    return bulk->parts.lblTime.text() + ' ' + bulk->parts.lblCurProcName.text();
+  if (const auto* status = dynamic_cast<const frmCompareStatus*>(shown)) return whereIn(*status);
+  return {};
+}
 
 const char* words(ExitCode code) {
   switch (code) {
@@ -155,7 +134,12 @@ ExitCode runProcess(Console& console, const RunArguments& arguments) {
   // What was connected to when the window was closed has no part in this.
   program.store.setOverride(settingKey(*findSetting("AutoConnect")), "AutoConnect", 0);
 
-  const RunWatch watch(console);
+  const ProgressWatch watch(
+      console,
+      [&program](bool stopped) {
+        if (stopped) stopAll(program);
+      },
+      [&console] { return whereIn(console.host.shown()); });
   console.host.onWindow = [&console](Form& form) { printWindow(console, form); };
   frmMain window(program);
   console.host.show(window);
