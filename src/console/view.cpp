@@ -32,7 +32,7 @@ ExitCode runView(Console& console, const TableArguments& arguments) {
   run.act = [](Form&) {};
   run.where = [&] { return window.lblTime.text() + " record " + window.lblCurRec.text(); };
   run.look = [&](bool stopped) {
-    if (stopped || window.lblCurRec.text() == behindLast) window.cmdStop.personClicks();
+    if (stopped || (arguments.rows && window.lblCurRec.text() == behindLast)) window.cmdStop.personClicks();
   };
   run.print = [&] {
     Grid& grid = window.VSFlexGrid1;
