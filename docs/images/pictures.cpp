@@ -64,6 +64,7 @@ class Album : public QObject {
       answer(*window, name);
       looks_ = 0;
     } else if (name == QStringLiteral("box") || answers_.count(name) == 0 || ++looks_ > mostLooks) {
+      if (looks_ > mostLooks) save(*window, step_ + '-' + name + QStringLiteral("-after"));
       window->close();
     }
     busy_ = false;
@@ -118,6 +119,9 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
        {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}, {"frmCompareData", "cmdExport"}});
   menu("someData", 320, {{"frmListObjects", "cmdSelectAll"}});
   menu("allData", 330, {{"frmCompareAllTables", ""}, {"frmCompareStatus", ""}});
+  menu("analyze", 504, {{"frmDataAnalyze", "cmdStart"}});
+  album.begin(QStringLiteral("view"), {});
+  window.cmdViewData[0].personClicks();
   menu("add", 501);
   menu("remove", 502);
   menu("ignored", 511);

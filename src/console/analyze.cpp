@@ -2,6 +2,7 @@
 #include <ostream>
 
 #include "compare/data/frmDataAnalyze.h"
+#include "console/exportTable.h"
 #include "console/oneTable.h"
 #include "platform/visibleText.h"
 
@@ -48,9 +49,9 @@ ExitCode runAnalyze(Console& console, const TableArguments& arguments) {
     const tExportSource source = window.exportSource();
     printReport(console.out, window.rpcReport);
     exportTable(
-        arguments, [&](auto& file, const auto& step) { return RepControlToHtml(source, file, step); },
+        arguments.shown, [&](auto& file, const auto& step) { return RepControlToHtml(source, file, step); },
         [&](auto& file, const auto& step) {
-          return RepControlToCSV(window.rpcReport, {arguments.quote, arguments.rfc4180}, file, step);
+          return RepControlToCSV(window.rpcReport, csvForm(arguments.shown), file, step);
         });
   };
   return runTable(console, table, run);

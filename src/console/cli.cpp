@@ -118,8 +118,7 @@ void addSave(CLI::App* command, SaveArguments& save) {
 }
 
 // Where a table is written to; `what` says what stands in it.
-template <class Arguments>
-void addExport(CLI::App* command, Arguments& arguments, const std::string& what) {
+void addExport(CLI::App* command, ExportArguments& arguments, const std::string& what) {
   CLI::Option* csv = command->add_option("--csv", arguments.csv, "write " + what + " as comma separated values");
   CLI::Option* html = command->add_option("--html", arguments.html, "write " + what + " as an HTML table");
   command->add_flag("--quote", arguments.quote, "CSV: every value between quotation marks")->needs(csv);
@@ -174,7 +173,7 @@ void addData(CLI::App& app, CommandLine& line) {
   data->add_option("--offset", line.data.offsets[0], "the first record to compare, from 1 on")
       ->check(CLI::Range(1, 32767));
   data->add_option("--target-offset", line.data.offsets[1], "the same for Target")->check(CLI::Range(1, 32767));
-  addExport(data, line.data, "the differences");
+  addExport(data, line.data.differences, "the differences");
   data->add_flag("--vertical", line.data.vertical, "print the differences with a line per value");
   data->add_flag("--only-differing", line.data.onlyDiffering, "print only the columns that differ, and the key");
   addSave(data, line.data.save);
@@ -192,7 +191,7 @@ void addData(CLI::App& app, CommandLine& line) {
     if (!many && !given.report.empty()) throw CLI::RequiresError("--report", "--tables or --all");
     if (given.save.given() && given.validate) throw CLI::ExcludesError("--save", "--validate");
     // A process keeps the told form alone.
-    if (given.save.given() && given.rfc4180) throw CLI::ExcludesError("--save", "--rfc4180");
+    if (given.save.given() && given.differences.rfc4180) throw CLI::ExcludesError("--save", "--rfc4180");
     if (given.validate && given.keys[0].empty()) throw CLI::RequiresError("--validate", "--key");
     line.command = [&given, many](Console& console) {
       return given.validate ? runValidate(console, given) : many ? runDataAll(console, given) : runData(console, given);
@@ -207,7 +206,7 @@ void addTableTools(CLI::App& app, CommandLine& line) {
     command->add_option("SIDE", line.table.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
     command->add_option("--table", line.table.table)->required();
     command->add_option("--rows", line.table.rows, rows)->check(CLI::PositiveNumber);
-    addExport(command, line.table, "the table");
+    addExport(command, line.table.shown, "the table");
     command->callback(
         [&line, run] { line.command = [&line, run](Console& console) { return run(console, line.table); }; });
     return command;

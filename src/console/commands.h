@@ -53,6 +53,14 @@ struct CompareArguments {
 ExitCode runComparePair(Console& console, const CompareArguments& arguments);
 ExitCode runCompareAll(Console& console, const CompareArguments& arguments);
 
+// Where a table is written to besides the output.
+struct ExportArguments {
+  std::string html, csv;  // files; at most one of them
+  bool quote = false;     // of CSV: every value between quotation marks
+  bool rfc4180 = false;   // of CSV: quotation marks where a value needs them, doubled within
+  const std::string& path() const { return html.empty() ? csv : html; }
+};
+
 struct DataArguments {
   std::string source, target;
   std::vector<std::string> tables;
@@ -64,9 +72,7 @@ struct DataArguments {
   std::string keys[2];            // column names with commas between, of Source and Target; a pair with no Target's
   std::string sorts[2];           // uses the Source's
   std::optional<int> offsets[2];  // 1-based first record
-  std::string html, csv;          // files that the differences are written to
-  bool quote = false;             // of CSV: every value between quotation marks
-  bool rfc4180 = false;           // of CSV: quotation marks where a value needs them, doubled within
+  ExportArguments differences;    // what the differences are written to
   bool vertical = false;          // the rows with a line per value
   bool onlyDiffering = false;     // without columns that are the same
   SaveArguments save;
@@ -85,9 +91,7 @@ struct TableArguments {
   std::string side, table;
   std::optional<std::int32_t> rows;  // at most so many records
   bool least = false;                // the least frequent values
-  std::string html, csv;             // files that what is shown is written to
-  bool quote = false;                // of CSV, as above
-  bool rfc4180 = false;
+  ExportArguments shown;             // what is shown is written to it
 };
 ExitCode runAnalyze(Console& console, const TableArguments& arguments);
 ExitCode runView(Console& console, const TableArguments& arguments);

@@ -7,6 +7,7 @@
 #include "compare/data/frmCompareStatus.h"
 #include "console/commands.h"
 #include "console/differencesTable.h"
+#include "console/exportTable.h"
 #include "console/panel.h"
 #include "console/progressWatch.h"
 #include "console/tableColumns.h"
@@ -14,10 +15,8 @@
 #include "db/mdlQueryCode.h"
 #include "db/modSchema.h"
 #include "db/readFailures.h"
-#include "platform/files.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
-#include "report/exportFiles.h"
 
 namespace qrel {
 
@@ -80,22 +79,18 @@ void tellPrimaryKey(Console& console, const tDataCompRequest& request) {
 // Writes the table of the differences where it was asked for. Identical data has none: a file of an earlier run would
 // stay as it is, which is said.
 void exportDifferences(Console& console, const DataArguments& arguments, bool blnIdentical) {
-  const std::string& path = arguments.html.empty() ? arguments.csv : arguments.html;
-  if (path.empty()) return;
+  const ExportArguments& given = arguments.differences;
   const frmCompareData* window = console.program.state<modCompareDataState>().differences.get();
-  if (blnIdentical || !window) {
-    console.err << "qrel: " << visibleText(path) << " was not written: there are no differences.\n";
-    return;
-  }
+  if (!given.path().empty() && (blnIdentical || !window))
+    console.err << "qrel: " << visibleText(given.path()) << " was not written: there are no differences.\n";
+  if (blnIdentical || !window) return;
   const tExportSource source = window->exportSource();
-  const auto step = [](std::int32_t) { return !stopRequested(); };
-  files::AtomicFile file(path);
-  const bool whole =
-      !arguments.html.empty()
-          ? GridToHtml(source, exportFromCompareData, window->lngIgnored(), window->strIgnored(), file, step)
-          : GridToCSV(*source.VSFlexGrid1, {arguments.quote, arguments.rfc4180}, file, step);
-  if (!whole) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
-  file.finish();
+  exportTable(
+      given,
+      [&](auto& file, const auto& step) {
+        return GridToHtml(source, exportFromCompareData, window->lngIgnored(), window->strIgnored(), file, step);
+      },
+      [&](auto& file, const auto& step) { return GridToCSV(*source.VSFlexGrid1, csvForm(given), file, step); });
 }
 
 // Throws CommandFailure for a table that would be read under another name than its own.
@@ -122,9 +117,10 @@ void save(Console& console, const DataArguments& arguments, const Side (&sides)[
   process.strTable2 = request.arrTables[1];
   process.lngObjId1 = static_cast<std::int32_t>(request.arrObjIds[0]);
   process.lngObjId2 = static_cast<std::int32_t>(request.arrObjIds[1]);
-  process.strExportFilePath = absolutePath(arguments.html.empty() ? arguments.csv : arguments.html);
-  process.lngExportType = !arguments.html.empty() ? exportHtml : !arguments.csv.empty() ? exportCsv : exportNone;
-  process.blnCSVWrapInQuot = arguments.quote;
+  const ExportArguments& written = arguments.differences;
+  process.strExportFilePath = absolutePath(written.path());
+  process.lngExportType = !written.html.empty() ? exportHtml : !written.csv.empty() ? exportCsv : exportNone;
+  process.blnCSVWrapInQuot = written.quote;
   saveProcess(console, arguments.save, {&sides[0], &sides[1]}, std::move(process));
 }
 
@@ -190,7 +186,7 @@ ExitCode together(const std::vector<ExitCode>& codes) {
 ExitCode runData(Console& console, const DataArguments& arguments) {
   if (!arguments.targetTable.empty() && arguments.tables.size() > 1)
     throw CommandFailure{ExitCode::Usage, "--target-table goes with one --table only."};
-  if (arguments.tables.size() > 1 && (arguments.save.given() || !arguments.html.empty() || !arguments.csv.empty()))
+  if (arguments.tables.size() > 1 && (arguments.save.given() || !arguments.differences.path().empty()))
     throw CommandFailure{ExitCode::Usage, "--save, --html and --csv go with one --table only."};
   checkSave(console, arguments.save, arguments.source, arguments.target);
   const Side sides[] = {console.resolveSide(arguments.source), console.resolveSide(arguments.target)};

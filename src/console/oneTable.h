@@ -6,7 +6,6 @@
 #include <string>
 
 #include "console/commands.h"
-#include "report/exportFiles.h"
 
 namespace qrel {
 
@@ -33,10 +32,5 @@ struct TableRun {
 // Throws CommandFailure when a signal stopped it and where the table can't be read. An empty table prints nothing: that
 // is told.
 ExitCode runTable(Console& console, const ChosenTable& table, const TableRun& run);
-
-// Writes the file that was asked for, if any, with the writer of its kind; a writer returns false when a step ended it.
-// Throws CommandFailure for a stop.
-using TableWriter = std::function<bool(files::AtomicFile& file, const ExportStep& step)>;
-void exportTable(const TableArguments& arguments, const TableWriter& html, const TableWriter& csv);
 
 }  // namespace qrel

@@ -3,6 +3,7 @@
 
 #include "app/modStrings.h"
 #include "compare/data/frmDataView.h"
+#include "console/exportTable.h"
 #include "console/oneTable.h"
 #include "platform/visibleText.h"
 
@@ -32,7 +33,7 @@ ExitCode runView(Console& console, const TableArguments& arguments) {
   run.act = [](Form&) {};
   run.where = [&] { return window.lblTime.text() + " record " + window.lblCurRec.text(); };
   run.look = [&](bool stopped) {
-    if (stopped || window.lblCurRec.text() == behindLast) window.cmdStop.personClicks();
+    if (stopped || (arguments.rows && window.lblCurRec.text() == behindLast)) window.cmdStop.personClicks();
   };
   run.print = [&] {
     Grid& grid = window.VSFlexGrid1;
@@ -40,14 +41,12 @@ ExitCode runView(Console& console, const TableArguments& arguments) {
     std::size_t rows = grid.rowCount();
     while (rows > 1 && grid.text(rows - 1, 0).empty()) --rows;
     grid.setRowCount(rows);
-    if (arguments.html.empty() && arguments.csv.empty()) printRecords(console.out, grid);
+    if (arguments.shown.path().empty()) printRecords(console.out, grid);
     const tExportSource source = window.exportSource();
     exportTable(
-        arguments,
+        arguments.shown,
         [&](auto& file, const auto& step) { return GridToHtml(source, exportFromDataView, 0, "", file, step); },
-        [&](auto& file, const auto& step) {
-          return GridToCSV(grid, {arguments.quote, arguments.rfc4180}, file, step);
-        });
+        [&](auto& file, const auto& step) { return GridToCSV(grid, csvForm(arguments.shown), file, step); });
   };
   return runTable(console, table, run);
 }

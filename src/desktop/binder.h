@@ -18,7 +18,7 @@
 //   ComboBox                QComboBox; QListWidget for a plain list
 //   CheckList               QTreeView or QTableView (not the ...Widget classes)
 //   TextPane                QPlainTextEdit; the binder makes its own class of it
-//   Grid, ReportControl     QTableView
+//   Grid, ReportControl     QTableView; a ReportControl prints itself through it
 //   ProgressBar             QProgressBar
 //   Tabs                    QTabWidget (its pages hold the controls) or QTabBar
 //   Tree                    QTreeView

@@ -27,16 +27,16 @@
 #include <utility>
 
 #include "desktop/binder.h"
+#include "desktop/gridHandling.h"
 #include "desktop/menus.h"
 #include "desktop/models.h"
 #include "desktop/paneEdit.h"
+#include "desktop/tablePrinting.h"
 #include "desktop/text.h"
 
 namespace qrel {
 
 namespace {
-
-constexpr int twipsPerPixel = 15;
 
 // A text that the model never set leaves the form's alone.
 template <class Widget>
@@ -282,11 +282,11 @@ Binder::Show Binder::bindGrid(Grid& grid, QWidget& widget) {
   view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + 6);
   view->verticalHeader()->hide();
   view->setWordWrap(false);
-  return [&grid, view, model, shownTop = std::size_t{0}]() mutable {
+  auto* handling = new GridHandling(*view, grid);
+  if (auto* report = dynamic_cast<ReportControl*>(&grid)) connectPrinting(*report, *view);
+  return [&grid, view, model, handling, shownTop = std::size_t{0}]() mutable {
     model->refresh();
-    for (int column = 0; column < model->columnCount(); ++column)
-      if (const int twips = grid.columnWidth(static_cast<std::size_t>(column)); twips > 0)
-        view->setColumnWidth(column, twips / twipsPerPixel);
+    handling->shown();
     if (std::exchange(shownTop, grid.topRow()) == grid.topRow() || grid.topRow() == 0) return;
     view->doItemsLayout();  // new rows can't be scrolled to before
     view->scrollTo(model->index(static_cast<int>(grid.topRow()) - 1, 0), QAbstractItemView::PositionAtTop);

@@ -96,6 +96,13 @@ void GridModel::refresh() {
     if (columns > 0) emit headerDataChanged(Qt::Horizontal, 0, columns - 1);
     return;
   }
+  if (columns == shownColumns_ && rows > shownRows_) {
+    // Selection and place stay.
+    beginInsertRows({}, shownRows_, rows - 1);
+    shownRows_ = rows;
+    endInsertRows();
+    return;
+  }
   beginResetModel();
   shownRows_ = rows;
   shownColumns_ = columns;

@@ -4,6 +4,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPrinter>
+#include <QPrinterInfo>
 
 #include "desktop/text.h"
 #include "platform/error.h"
@@ -32,13 +33,26 @@ QStringList linesOnPaper(const std::string& text, qsizetype widest) {
   return lines;
 }
 
+bool choosePrinter(QPrinter& printer, const std::function<std::string()>& askForFile) {
+  if (!QPrinterInfo::defaultPrinter().isNull()) return true;
+  const std::string file = askForFile();
+  if (file.empty()) return false;
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  printer.setOutputFileName(toQt(file));
+  return true;
+}
+
+void beginPrinting(QPainter& painter, QPrinter& printer, const QString& title) {
+  printer.setDocName(title);
+  if (painter.begin(&printer)) return;
+  const std::string file = fromQt(printer.outputFileName());
+  throw RuntimeError(482, "Printer error: " + fromQt(title) + " can't be printed" +
+                              (file.empty() ? std::string(".") : " to " + file + "."));
+}
+
 void printPages(QPrinter& printer, const PrintJob& job) {
-  printer.setDocName(toQt(job.title));
   QPainter painter;
-  if (!painter.begin(&printer))
-    throw RuntimeError(482, "Printer error: " + job.title + " can't be printed" +
-                                (printer.outputFileName().isEmpty() ? std::string(".")
-                                                                    : " to " + fromQt(printer.outputFileName()) + "."));
+  beginPrinting(painter, printer, toQt(job.title));
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
   font.setPointSizeF(pointSize);
   painter.setFont(font);

@@ -2,13 +2,21 @@
 #pragma once
 
 #include <QStringList>
+#include <functional>
 #include <string>
 
+class QPainter;
 class QPrinter;
 
 namespace qrel {
 
 struct PrintJob;
+
+// Makes ready to print on the default printer or, where there is none, into the PDF file that `askForFile` names; false
+// when it names none.
+bool choosePrinter(QPrinter& printer, const std::function<std::string()>& askForFile);
+// Begins a document of that title. Raises RuntimeError when the printer can't be started.
+void beginPrinting(QPainter& painter, QPrinter& printer, const QString& title);
 
 // Prints the job's text with its header on each page and "Page: x of y" at the foot if it asks for that. Lines that are
 // too long are broken. Raises RuntimeError when the printer can't be started.

@@ -10,7 +10,6 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPrinter>
-#include <QPrinterInfo>
 #include <QPushButton>
 #include <QScreen>
 #include <QUrl>
@@ -215,13 +214,8 @@ void QtHost::setClipboardText(const std::string& text) { QApplication::clipboard
 
 void QtHost::print(const PrintJob& job) {
   QPrinter printer;
-  if (QPrinterInfo::defaultPrinter().isNull()) {
-    const std::string file = saveFileDialog({"Print to a PDF file", "PDF (*.pdf)", job.title + ".pdf"});
-    if (file.empty()) return;
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(qrel::toQt(file));
-  }
-  printPages(printer, job);
+  const auto askForFile = [&] { return saveFileDialog({"Print to a PDF file", "PDF (*.pdf)", job.title + ".pdf"}); };
+  if (choosePrinter(printer, askForFile)) printPages(printer, job);
 }
 
 bool QtHost::shiftHeld() const { return QApplication::keyboardModifiers().testFlag(Qt::ShiftModifier); }
