@@ -220,7 +220,19 @@ void PaneEdit::resizeEvent(QResizeEvent* event) {
 void PaneEdit::keyPressEvent(QKeyEvent* event) {
   if (event->matches(QKeySequence::Find)) return openSearch();
   if (event->key() == Qt::Key_F3) return searchNext();
+  if (pane_->onLineChosen && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
+    return chooseLine(textCursor().blockNumber());
   QPlainTextEdit::keyPressEvent(event);
+}
+
+void PaneEdit::mouseDoubleClickEvent(QMouseEvent* event) {
+  QPlainTextEdit::mouseDoubleClickEvent(event);
+  if (pane_->onLineChosen && event->button() == Qt::LeftButton)
+    chooseLine(cursorForPosition(event->position().toPoint()).blockNumber());
+}
+
+void PaneEdit::chooseLine(int line) {
+  inHandler_([this, line] { pane_->onLineChosen(static_cast<std::size_t>(line)); });
 }
 
 // The window has its own use for Enter and Esc.

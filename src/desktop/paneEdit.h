@@ -25,6 +25,7 @@ class PaneEdit : public QPlainTextEdit {
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
@@ -41,6 +42,7 @@ class PaneEdit : public QPlainTextEdit {
   void paintNumbers(const QRect& area);
   void fitNumberArea();
   void tellSelection();
+  void chooseLine(int line);
   void openSearch();
   void searchNext();
   int toPosition(std::size_t offset) const;  // of the model's byte offset in the document

@@ -81,6 +81,10 @@ void frmReport::showModal(bool blnCanSave) {
 }
 
 void frmReport::load() {
+  if (lineChosen)
+    txtReport.onLineChosen = [this](std::size_t line) {
+      trapAlone(program_, mblnBusy, moduleName, "txtReport_DblClick", [&] { lineChosen(txtReport.lineText(line)); });
+    };
   InitializeTXTextControl(program_, txtReport);
   txtReport.setText(program_.report.gstrReportText);
 }

@@ -44,6 +44,9 @@ class frmReport : public Form {
   Button cmdSave{"cmdSave"};
   Button cmdExit{"cmdExit"};
 
+  // A person chose a line of the report (a double click, Enter); set before ShowUp where there is something to do.
+  std::function<void(const std::string& strLine)> lineChosen;
+
   // Shows the report text and waits until the window is closed. With blnAuto the first activation writes it to the
   // export path and prints it, and closes the window when the program is to close after the run.
   void ShowUp(tReportInput input);

@@ -108,6 +108,8 @@ class frmMain : public Form {
   void cmbOwners_Click(int Index);
   void cmbType_Click();
   void optType_Click(int Index);
+  // Lists the objects of a type, if it isn't the active one already; the busy flag stays as it is.
+  void ShowObjectType(long type);
   // Reloads the object lists of the panels in the bit set `panels` (1 Source, 2 Target). The type comes from cmbType
   // (enmSource 10) or is that of optType(lngOptIndex) (enmSource 20). Nothing happens while the window is busy.
   void ObjectTypeChanged(long enmSource, long lngOptIndex, int panels);
@@ -155,6 +157,8 @@ class frmMain : public Form {
   // Runs a saved process again; below 1 the person chooses it (replay.h).
   void RunSavedProcess(std::int32_t lngId);
   void RunProcess(const tSavedProcess& process);
+  // The records of the two tables of that name, which are selected first; nothing where a side doesn't list it.
+  void CompareDataOfTable(const std::string& strTable);
   // The records of the tables that a person selects, and of all tables, in the databases of the panels.
   void MenuDataCompSelective();
   void DataCompareAll();
@@ -207,8 +211,6 @@ class frmMain : public Form {
 
 // Selects the row with exactly that text and raises the list's event. False, and no change, without such a row.
 bool SelectRowByText(CheckList& list, const std::string& strText);
-// The same for the combo of object types, by the type's code.
-bool SelectObjectType(ComboBox& cmbType, long type);
 // The type of optType(lngOptIndex): 0 tables, 1 procedures, ... The last one, 6, gives 70, which is no type.
 long OptionType(long lngOptIndex);
 

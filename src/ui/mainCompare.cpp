@@ -5,6 +5,7 @@
 #include "app/mdlMain.h"
 #include "app/trap.h"
 #include "compare/data/dataCompareCommands.h"
+#include "compare/data/modCompareAllData.h"
 #include "compare/data/modCompareData.h"
 #include "compare/structure/frmColorSchema.h"
 #include "db/mdlQueryCode.h"
@@ -82,7 +83,13 @@ void MainCompare::ShowReport(const CompareAllReportCall& call) {
   input.lngSelCountTarget = static_cast<std::int32_t>(call.selection.lngSelectedTarget);
   input.arrSource = call.selection.arrSelectedSource;
   input.arrTarget = call.selection.arrSelectedTarget;
-  frmReport(program_).ShowUp(std::move(input));
+  frmReport report(program_);
+  if (call.lngCompType == compData)
+    report.lineChosen = [this](const std::string& strLine) {
+      if (const std::string strTable = TableOfReportLine(strLine); !strTable.empty())
+        window_.CompareDataOfTable(strTable);
+    };
+  report.ShowUp(std::move(input));
 }
 
 void frmMain::cmdCompare_Click() {

@@ -1,7 +1,10 @@
-// The main window's tools over the records of one table: the data viewer and the Data Analyzer.
+// The main window's tools over the records of one table: the data viewer, the Data Analyzer, and the comparison of a
+// table that a report names.
 #include "app/trap.h"
 #include "compare/data/frmDataAnalyze.h"
 #include "compare/data/frmDataView.h"
+#include "compare/data/modCompareData.h"
+#include "db/mdlObjects.h"
 #include "ui/flagScope.h"
 #include "ui/frmMain.h"
 
@@ -34,6 +37,18 @@ void frmMain::MenuToolsDataAnalyzerTable(int Index) {
     CheckedObject table;
     if (CanViewAnalyzeData(actionAnalyze, Index, table))
       frmDataAnalyze(program_).ShowUp(table.strExtended, table.strTable, table.strDb, Index, table.lngId);
+  });
+}
+
+void frmMain::CompareDataOfTable(const std::string& strTable) {
+  trap(program_, "frmMain", "CompareDataOfTable", [&] {
+    ShowObjectType(objTables);
+    for (CheckList& list : workspace.pvlSqlObj)
+      if (!SelectRowByText(list, strTable)) return;
+    auto& state = program_.state<modCompareDataState>();
+    state.mainWindow = &workspace;
+    tDataCompResult result;
+    PerformDataComparison(program_, RequestOfSelection(workspace), state.blnShowOptionsOnce, result);
   });
 }
 

@@ -1,4 +1,6 @@
 // The main window's panels: connecting, and what each choice reloads.
+#include <utility>
+
 #include "app/mdlMain.h"
 #include "app/trace.h"
 #include "app/trap.h"
@@ -46,13 +48,17 @@ long OptionType(long lngOptIndex) {
   }
 }
 
-bool SelectObjectType(ComboBox& cmbType, long type) {
-  for (std::size_t row = 0; row < cmbType.count(); ++row) {
-    if (cmbType.itemData(row) != type) continue;
-    cmbType.select(static_cast<int>(row));
-    return true;
-  }
-  return false;
+void frmMain::ShowObjectType(long type) {
+  ComboBox& cmbType = workspace.cmbType;
+  if (type == workspace.objectType()) return;
+  // The lists are reloaded by the combo's own event, which does nothing while the window is busy.
+  const bool busyBefore = std::exchange(workspace.mblnBusy, false);
+  for (std::size_t row = 0; row < cmbType.count(); ++row)
+    if (cmbType.itemData(row) == type) {
+      cmbType.select(static_cast<int>(row));
+      break;
+    }
+  workspace.mblnBusy = busyBefore;
 }
 
 bool SelectRowByText(CheckList& list, const std::string& strText) {

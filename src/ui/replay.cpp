@@ -239,13 +239,7 @@ void Replay::RunSavedProcess_Data_Selective(const tSavedProcess& process) {
 
 void Replay::CompareObjectPairByName(std::int32_t lngTypeIndex, const std::string& strName1,
                                      const std::string& strName2) {
-  const long type = OptionType(lngTypeIndex);
-  if (type != workspace_.objectType()) {
-    const bool busyBefore = workspace_.mblnBusy;
-    workspace_.mblnBusy = false;
-    SelectObjectType(workspace_.cmbType, type);
-    workspace_.mblnBusy = busyBefore;
-  }
+  window_.ShowObjectType(OptionType(lngTypeIndex));
   if (!selectObjects("object", strName1, strName2)) return;
   CompareSelProcs(program_, workspace_, compare_, false, "", "");
 }

@@ -250,6 +250,21 @@ TEST_F(Replaying, TheProgramClosesWhenTheProcessAsksForIt) {
   EXPECT_EQ(ReplayExitCode(outcome()), 1);
 }
 
+TEST_F(Replaying, ATableOfABulkReportOpensItsOwnComparison) {
+  chooseType(objProcedures);
+  for (int i = 0; i < 3; ++i) host.windows.push_back(progress);
+  std::string rows;
+  host.windows.push_back([&](Form& shown) {
+    TextPane& report = dynamic_cast<frmReport&>(shown).txtReport;
+    host.windows.push_back(progress);
+    host.windows.push_back([&](Form& table) { rows = resultIn(table); });
+    for (std::size_t line = 0; line < report.lineCount(); ++line) report.onLineChosen(line);
+  });
+  form.CommandBars_Execute(330);
+  EXPECT_NE(rows.find("|2|cup1|1|2|cup2"), std::string::npos) << rows;
+  EXPECT_EQ(work.objectType(), objTables);
+}
+
 TEST_F(Replaying, ChoosingNoneAndAnUnknownIdDoNothing) {
   form.RunSavedProcess(7);
   EXPECT_EQ(lastBox(), "There are no saved processes to run.");

@@ -9,6 +9,8 @@ namespace qrel {
 
 namespace {
 
+constexpr std::string_view differentRecords = " different record(s)";
+
 // The data of the tables: a table is in both databases when its text can be had on the other side.
 class DataSection : public CompareAllObjects {
  public:
@@ -76,7 +78,7 @@ void DataSection::compareRecords(const Item& item, long lngTargetId, const ReadW
   PerformDataComparison(program_, request, blnShowOptionsOnce, result);
   const bool blnComplete = !reads.failed() && (lngEnd == DataCompEnd::Done || result.blnStopped);
   if (!result.blnIdentical)
-    run_.report.addDifferent(item.strPrinted + " - " + std::to_string(result.lngDiffs) + " different record(s)");
+    run_.report.addDifferent(item.strPrinted + " - " + std::to_string(result.lngDiffs) + std::string(differentRecords));
   else if (blnComplete)
     run_.report.addIdentical(item.strPrinted);
   if (!blnComplete) notCompared(item, reads.failed() ? "" : "an error ended it on the way");
@@ -124,6 +126,13 @@ bool CompareAll_Data(Program& program, CompareAllControls& frmOwner, const Compa
   CompareAllRun run(program, frmOwner, input);
   const CompareAllRunEnd end(run);
   return trap(program, "modCompareAll", "CompareAll_Data", false, [&] { return compareAll(run); });
+}
+
+std::string TableOfReportLine(std::string_view strLine) {
+  if (!strLine.starts_with('\t') || !strLine.ends_with(differentRecords)) return {};
+  strLine = strLine.substr(1, strLine.size() - 1 - differentRecords.size());
+  const std::size_t end = strLine.rfind(" - ");
+  return end == std::string_view::npos ? "" : std::string(strLine.substr(0, end));
 }
 
 }  // namespace qrel

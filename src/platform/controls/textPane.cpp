@@ -82,4 +82,11 @@ void TextPane::clearBackgrounds() {
   changed();
 }
 
+std::string TextPane::lineText(std::size_t line) const {
+  const long start = lineOffset(line);
+  if (start < 0) return {};
+  const std::size_t from = static_cast<std::size_t>(start);
+  return text_.substr(from, text_.find('\n', from) - from);
+}
+
 }  // namespace qrel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,6 +51,11 @@ class TextPane : public Control {
   void setTopLine(std::size_t line);
   void personScrolls(std::size_t line);
   std::function<void()> onScroll;
+
+  // A person double-clicks a line, or presses Enter with the caret in it; only where lines can be chosen.
+  std::function<void(std::size_t line)> onLineChosen;
+  // Without its line end; empty when there is no such line.
+  std::string lineText(std::size_t line) const;
 
   // Page measures in twips, font size in points.
   int pageWidth = 0;
