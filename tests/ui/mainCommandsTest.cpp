@@ -67,7 +67,8 @@ TEST_F(MainCommands, TheBarHasWhatCanBeDone) {
        "300 &Data Comparisons\n-310 Compare &Data in Single Pair of Tables\n"
        "-320 Compare Data in &Selected Tables\n-330 Compare Data in &All Tables\n500 &Tools\n"},
       {"Tools",
-       "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-510 List All Ignored Columns - &Data Comparisons\n"
+       "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-503 Data Analyzer\n--504 Analyze Data in Source Table\n"
+       "--505 Analyze Data in Target Table\n-510 List All Ignored Columns - &Data Comparisons\n"
        "-511 List All Ignored Columns - &Structure Comparisons\n"}};
   for (const auto& [name, part] : parts) EXPECT_TRUE(has(menus, part)) << name << " in\n" << menus;
   EXPECT_EQ(form.barCommands.menus()[0].items[0].toolTip, "Connect to the server (F5)");
