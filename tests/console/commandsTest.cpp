@@ -2,30 +2,14 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "tests/console/runQrel.h"
+#include "tests/console/consoleTest.h"
 #include "tests/embedded/folderState.h"
 #include "tests/support.h"
 
 namespace qrel {
 namespace {
 
-class Commands : public ::testing::Test {
- protected:
-  void SetUp() override { setenv("QREL_HOME", folder.path().c_str(), 1); }
-  void TearDown() override { unsetenv("QREL_HOME"); }
-
-  int run(const std::vector<std::string>& arguments) {
-    const QrelRun result = runQrel(arguments);
-    out = result.out;
-    err = result.err;
-    return result.code;
-  }
-  std::string file(const std::string& name, const std::string& content) { return folder.write(name, content).string(); }
-  bool told(const std::string& text) const { return err.find(text) != std::string::npos; }
-
-  TemporaryFolder folder;
-  std::string out, err;
-};
+using Commands = ConsoleTest;
 
 TEST_F(Commands, LoadListAndPrint) {
   const std::string script =

@@ -3,7 +3,7 @@
 
 #include "platform/files.h"
 #include "platform/text.h"
-#include "tests/console/runQrel.h"
+#include "tests/console/consoleTest.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -25,25 +25,16 @@ INSERT Same VALUES (1)
 CREATE TABLE Fresh (a int)
 )";
 
-class DataAllCommand : public ::testing::Test {
+class DataAllCommand : public ConsoleTest {
  protected:
   void SetUp() override {
-    setenv("QREL_HOME", folder.path().c_str(), 1);
-    ASSERT_EQ(runQrel({"load", "S/A", folder.write("a.sql", source).string()}).code, 0);
-    ASSERT_EQ(runQrel({"load", "S/B", folder.write("b.sql", target).string()}).code, 0);
+    load("S/A", source);
+    load("S/B", target);
   }
-  void TearDown() override { unsetenv("QREL_HOME"); }
-
   int data(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"data", "S/A", "S/B"});
-    const QrelRun result = runQrel(arguments);
-    out = result.out;
-    err = result.err;
-    return result.code;
+    return run(arguments);
   }
-
-  TemporaryFolder folder;
-  std::string out, err;
 };
 
 TEST_F(DataAllCommand, OneReportOverAllTables) {

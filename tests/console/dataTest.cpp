@@ -1,7 +1,7 @@
 // Records of tables compared from the command line: by what is given, by what is stored, and with what can go wrong.
 #include <cstdlib>
 
-#include "tests/console/runQrel.h"
+#include "tests/console/consoleTest.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -23,30 +23,16 @@ CREATE TABLE Item2 (Nr int, Name nvarchar(10), Price decimal(9,2))
 INSERT Item2 VALUES (3, N'pin', 3), (2, N'nut', 2), (1, N'bolt', 1)
 )";
 
-class DataCommand : public ::testing::Test {
+class DataCommand : public ConsoleTest {
  protected:
   void SetUp() override {
-    setenv("QREL_HOME", folder.path().c_str(), 1);
-    ASSERT_EQ(run({"load", "S/A", folder.write("a.sql", source).string()}), 0) << err;
-    ASSERT_EQ(run({"load", "S/B", folder.write("b.sql", target).string()}), 0) << err;
-  }
-  void TearDown() override { unsetenv("QREL_HOME"); }
-
-  int run(const std::vector<std::string>& arguments) {
-    const QrelRun result = runQrel(arguments);
-    out = result.out;
-    err = result.err;
-    return result.code;
+    load("S/A", source);
+    load("S/B", target);
   }
   int data(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"data", "S/A", "S/B"});
     return run(arguments);
   }
-  bool printed(const std::string& text) const { return out.find(text) != std::string::npos; }
-  bool told(const std::string& text) const { return err.find(text) != std::string::npos; }
-
-  TemporaryFolder folder;
-  std::string out, err;
 };
 
 TEST_F(DataCommand, PairsByKeyOrByPosition) {

@@ -5,7 +5,7 @@
 #include "db/readFailures.h"
 #include "platform/error.h"
 #include "platform/text.h"
-#include "tests/console/runQrel.h"
+#include "tests/console/consoleTest.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -68,21 +68,8 @@ class FaultyProvider : public Provider {
   Fault& fault_;
 };
 
-class FailedReads : public ::testing::Test {
+class FailedReads : public ConsoleTest {
  protected:
-  void SetUp() override { setenv("QREL_HOME", folder.path().c_str(), 1); }
-  void TearDown() override { unsetenv("QREL_HOME"); }
-
-  int run(const std::vector<std::string>& arguments) {
-    const QrelRun result = runQrel(arguments);
-    out = result.out;
-    err = result.err;
-    return result.code;
-  }
-  std::string file(const std::string& name, const std::string& content) { return folder.write(name, content).string(); }
-  bool told(const std::string& text) const { return err.find(text) != std::string::npos; }
-  bool printed(const std::string& text) const { return out.find(text) != std::string::npos; }
-
   // Runs a command whose n-th read fails; the exit code.
   template <class Command>
   int withFault(int n, Fault& fault, Command&& command) {
@@ -129,9 +116,6 @@ class FailedReads : public ::testing::Test {
     EXPECT_GT(n, 20) << "so many reads there are at least";
     EXPECT_LT(unaffected, runs / 2) << "only what was read ahead can fail unseen";
   }
-
-  TemporaryFolder folder;
-  std::string out, err;
 };
 
 constexpr const char* objects = R"(

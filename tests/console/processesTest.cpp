@@ -4,7 +4,7 @@
 #include <regex>
 
 #include "platform/files.h"
-#include "tests/console/runQrel.h"
+#include "tests/console/consoleTest.h"
 #include "tests/support.h"
 
 namespace qrel {
@@ -23,27 +23,12 @@ GO
 CREATE PROCEDURE GetA AS SELECT 2
 )";
 
-class ProcessCommands : public ::testing::Test {
+class ProcessCommands : public ConsoleTest {
  protected:
   void SetUp() override {
-    setenv("QREL_HOME", folder.path().c_str(), 1);
-    ASSERT_EQ(run({"load", "S/A", folder.write("a.sql", source).string()}), 0) << err;
-    ASSERT_EQ(run({"load", "S/B", folder.write("b.sql", target).string()}), 0) << err;
+    load("S/A", source);
+    load("S/B", target);
   }
-  void TearDown() override { unsetenv("QREL_HOME"); }
-
-  int run(const std::vector<std::string>& arguments) {
-    const QrelRun result = runQrel(arguments);
-    out = result.out;
-    err = result.err;
-    return result.code;
-  }
-  bool printed(const std::string& text) const { return out.find(text) != std::string::npos; }
-  bool told(const std::string& text) const { return err.find(text) != std::string::npos; }
-  std::string file(const std::string& name) const { return (folder.path() / name).string(); }
-
-  TemporaryFolder folder;
-  std::string out, err;
 };
 
 // A report as it is printed, without the line that every run writes anew.
@@ -88,30 +73,30 @@ TEST_F(ProcessCommands, ARunPrintsWhatTheComparisonPrinted) {
 }
 
 TEST_F(ProcessCommands, TheStoredFileIsWrittenAndAnotherForOneRun) {
-  ASSERT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--save", "d", "--csv", file("d.csv")}), 1)
+  ASSERT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--save", "d", "--csv", path("d.csv")}), 1)
       << err;
   const std::string csv = "Row,Id,Part\r\n1,2,5\" <b>, \"x\"\r\n1,2,nut\r\n";
-  EXPECT_EQ(files::readWholeFile(file("d.csv")), csv);
-  std::filesystem::remove(file("d.csv"));
+  EXPECT_EQ(files::readWholeFile(path("d.csv")), csv);
+  std::filesystem::remove(path("d.csv"));
   EXPECT_EQ(run({"run", "1"}), 1) << err;
-  EXPECT_EQ(files::readWholeFile(file("d.csv")), csv);
-  EXPECT_EQ(run({"run", "d", "--export", file("once.htm")}), 1) << err;
-  EXPECT_NE(files::readWholeFile(file("once.htm")).find("&nbsp 5\" <b>, \"x\" &nbsp"), std::string::npos);
+  EXPECT_EQ(files::readWholeFile(path("d.csv")), csv);
+  EXPECT_EQ(run({"run", "d", "--export", path("once.htm")}), 1) << err;
+  EXPECT_NE(files::readWholeFile(path("once.htm")).find("&nbsp 5\" <b>, \"x\" &nbsp"), std::string::npos);
   EXPECT_EQ(run({"run", "d", "--format", "report"}), 2);
-  EXPECT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--csv", file("q.csv"), "--rfc4180"}), 1)
+  EXPECT_EQ(run({"data", "S/A", "S/B", "--table", "Item", "--key", "Id", "--csv", path("q.csv"), "--rfc4180"}), 1)
       << err;
-  EXPECT_EQ(files::readWholeFile(file("q.csv")), "Row,Id,Part\r\n1,2,\"5\"\" <b>, \"\"x\"\"\"\r\n1,2,nut\r\n");
+  EXPECT_EQ(files::readWholeFile(path("q.csv")), "Row,Id,Part\r\n1,2,\"5\"\" <b>, \"\"x\"\"\"\r\n1,2,nut\r\n");
 
-  ASSERT_EQ(run({"compare", "S/A", "S/B", "--types", "tables", "--save", "r", "--report", file("r.txt")}), 0) << err;
-  std::filesystem::remove(file("r.txt"));
+  ASSERT_EQ(run({"compare", "S/A", "S/B", "--types", "tables", "--save", "r", "--report", path("r.txt")}), 0) << err;
+  std::filesystem::remove(path("r.txt"));
   EXPECT_EQ(run({"run", "R"}), 0) << err;
-  EXPECT_NE(files::readWholeFile(file("r.txt")).find("identical"), std::string::npos);
-  EXPECT_EQ(run({"run", "r", "--export", file("no/r.txt")}), 4) << "the file can't be written";
+  EXPECT_NE(files::readWholeFile(path("r.txt")).find("identical"), std::string::npos);
+  EXPECT_EQ(run({"run", "r", "--export", path("no/r.txt")}), 4) << "the file can't be written";
 }
 
 TEST_F(ProcessCommands, AListThatIsNotTheOneSavedMakesTheVerdictIncomplete) {
   ASSERT_EQ(run({"compare", "S/A", "S/B", "--types", "procedures", "--only", "GetA", "--save", "s"}), 1) << err;
-  const std::string list = file("qrel_001_src.txt");
+  const std::string list = path("qrel_001_src.txt");
   ASSERT_EQ(files::readWholeFile(list), "GetA\r\n");
   EXPECT_EQ(run({"run", "s"}), 1);
   folder.write("qrel_001_src.txt", "GetA\r\nGetB\r\n");
@@ -125,7 +110,7 @@ TEST_F(ProcessCommands, WhatIsGoneIsToldWithThree) {
   EXPECT_EQ(run({"run", "x"}), 3);
   EXPECT_TRUE(told("There is no saved process \"x\"")) << err;
   ASSERT_EQ(run({"compare", "S/A", "S/B", "--type", "procedures", "--object", "GetA", "--save", "p"}), 1);
-  const std::string ini = file("qrel_comps.ini");
+  const std::string ini = path("qrel_comps.ini");
   const std::string stored = files::readWholeFile(ini);
   const auto changed = [&](const std::string& from, const std::string& to) {
     std::string text = stored;
@@ -156,7 +141,7 @@ TEST_F(ProcessCommands, ShowRemoveReplaceAndRefusals) {
   EXPECT_EQ(run({"processes", "show", "n\"1"}), 3);
   EXPECT_EQ(run({"compare", "S/A", "S/B", "--save", "a[b"}), 2);
   EXPECT_TRUE(told("Square brackets")) << err;
-  EXPECT_EQ(run({"compare", "S/A", file("b.sql"), "--save", "t"}), 2) << "a temporary database is gone tomorrow";
+  EXPECT_EQ(run({"compare", "S/A", path("b.sql"), "--save", "t"}), 2) << "a temporary database is gone tomorrow";
   EXPECT_EQ(run({"compare", "S/A", "S/B", "--details", "--save", "t"}), 2) << "no kind of process is that";
   EXPECT_EQ(run({"processes"}), 0);
   EXPECT_EQ(out, "") << "what was refused saved nothing";

@@ -8,7 +8,7 @@
 
 #include "platform/fileFaults.h"
 #include "platform/files.h"
-#include "tests/console/runQrel.h"
+#include "tests/console/consoleTest.h"
 #include "tests/platform/temporaryFolder.h"
 
 namespace qrel {
@@ -16,18 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class ConsoleSettings : public ::testing::Test {
+class ConsoleSettings : public ConsoleTest {
  protected:
-  ConsoleSettings() { setenv("QREL_HOME", folder.path().c_str(), 1); }
-  ~ConsoleSettings() override { unsetenv("QREL_HOME"); }
-
-  void load(const std::string& server) {
-    const std::string script = folder.write("s.sql", "CREATE TABLE t (a int)").string();
-    ASSERT_EQ(runQrel({"load", server + "/D", script}).code, 0);
-  }
+  void load(const std::string& server) { ConsoleTest::load(server + "/D", "CREATE TABLE t (a int)"); }
   static std::string listed() { return runQrel({"servers"}).out; }
 
-  TemporaryFolder folder;
   fs::path file = folder.path() / "settings.txt";
 };
 
