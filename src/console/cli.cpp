@@ -1,4 +1,3 @@
-#include <unistd.h>
 #include <CLI/CLI.hpp>
 
 #include <functional>
@@ -6,6 +5,7 @@
 
 #include "console/commands.h"
 #include "platform/error.h"
+#include "platform/system.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
 
@@ -253,8 +253,8 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
   try {
     Console console(findFolders(programFile), out, err);
     const StopWatch watch(console.servers.unfinished());
-    console.colours = &out == &std::cout && isatty(STDOUT_FILENO) != 0;
-    console.progress = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
+    console.colours = &out == &std::cout && system::isTerminal(system::Stream::Output);
+    console.progress = &err == &std::cerr && system::isTerminal(system::Stream::Errors);
     const auto heldState = console.data.holdState();  // what a command prints is of one state of each database
     console.start(line.sets);
     const FailuresList listed(console);

@@ -9,13 +9,10 @@
 #include <optional>
 #include <utility>
 
-#ifndef _WIN32
-#include <sys/stat.h>
-#endif
-
 #include "embedded/instance/databaseFiles.h"
 #include "embedded/session/session.h"
 #include "platform/error.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -27,37 +24,21 @@ namespace fs = std::filesystem;
 constexpr std::size_t mostIdle = 12;
 constexpr std::string_view localPrefix = "(localdb)\\";
 
-// What tells one file from another that took its place under the same name. A file that is open keeps its number, so
-// the number alone is enough where there is one; a file that isn't open is another one when `written` differs, too.
+// What tells one file from another that took its place under the same name. For a file that is open `id` alone is
+// enough: no other one gets it meanwhile. A file that isn't open is another one when `written` differs, too.
 struct FileIdentity {
-  std::uint64_t device = 0;
-  std::uint64_t number = 0;
-  std::int64_t written = 0;  // in the file system's own steps
+  system::FileId id;
+  system::FileTime written;
   bool usable = false;
 
-  bool sameFile(const FileIdentity& other) const {
-    return usable && other.usable && device == other.device && number == other.number;
-  }
+  bool sameFile(const FileIdentity& other) const { return usable && other.usable && id == other.id; }
   bool operator==(const FileIdentity&) const = default;
 };
 
 FileIdentity identityOf(const fs::path& file) {
-  FileIdentity identity;
-#ifdef _WIN32
-  std::error_code error;
-  const auto written = fs::last_write_time(file, error);
-  identity.number = error ? 0 : static_cast<std::uint64_t>(written.time_since_epoch().count());
-  identity.usable = !error && fs::file_size(file, error) > 0;
-#else
-  struct stat status {};
-  if (::stat(file.c_str(), &status) == 0) {
-    identity.device = status.st_dev;
-    identity.number = status.st_ino;
-    identity.written = status.st_mtim.tv_sec * 1'000'000'000LL + status.st_mtim.tv_nsec;
-    identity.usable = S_ISREG(status.st_mode) && status.st_size > 0;
-  }
-#endif
-  return identity;
+  system::FileFacts facts;
+  if (system::look(file, facts) != 0) return {};
+  return {facts.id, facts.written, facts.kind == system::Kind::File && facts.size > 0};
 }
 
 int majorVersion(const std::string& productVersion) {

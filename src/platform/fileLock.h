@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <functional>
 
+#include "platform/system.h"
+
 namespace qrel {
 
 // Whoever holds the lock has the file `path` open and locked; it is made for the purpose and removed when the lock is
@@ -30,12 +32,12 @@ class FileLock {
   Outcome lock(std::chrono::milliseconds timeOut, const std::function<bool()>& stopAsked = {});
 
   void unlock();
-  bool locked() const { return descriptor_ >= 0; }
+  bool locked() const { return file_.isOpen(); }
   const std::filesystem::path& path() const { return path_; }
 
  private:
   std::filesystem::path path_;
-  int descriptor_ = -1;
+  system::OpenFile file_;
 };
 
 }  // namespace qrel

@@ -1,9 +1,5 @@
 #include "platform/files.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <optional>
@@ -14,7 +10,7 @@
 
 #include "platform/error.h"
 #include "platform/fileFaults.h"
-#include "platform/fileReplacement.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel::files {
@@ -22,13 +18,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+bool needsSpace(system::Error error) { return system::isDiskFull(error) || error == EFBIG; }
+
 // What a person can do about a failure.
-std::string_view adviceFor(int error, bool writing) {
+std::string_view adviceFor(system::Error error, bool writing) {
+  if (needsSpace(error)) return "Free some space there and try again.";
   switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return "Free some space there and try again.";
     case EACCES:
     case EPERM:
     case EROFS:
@@ -45,53 +40,37 @@ std::string_view adviceFor(int error, bool writing) {
   }
 }
 
-[[noreturn]] void fail(int error, const fs::path& path, bool writing) {
-  const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
+[[noreturn]] void fail(system::Error error, const fs::path& path, bool writing) {
   std::string text = "'" + path.string() + (writing ? "' cannot be written: " : "' cannot be read: ");
   text.append(std::generic_category().message(error)).append(". ").append(adviceFor(error, writing));
-  throw RuntimeError(full ? errorNumber::diskFull : errorNumber::pathAccess, std::move(text));
+  throw RuntimeError(needsSpace(error) ? errorNumber::diskFull : errorNumber::pathAccess, std::move(text));
 }
 
-// An open file that is closed at the end of its scope. `shown` is the path of its error messages.
+// An open file whose failures are told. `shown` is the path of its error messages.
 class OpenFile {
  public:
-  OpenFile(const fs::path& path, int flags, mode_t mode, fs::path shown)
-      : shown_(std::move(shown)), writing_((flags & O_ACCMODE) != O_RDONLY) {
+  OpenFile(const fs::path& path, system::Open how, fs::path shown, Access access = Access::Usual)
+      : shown_(std::move(shown)), writing_(how != system::Open::Read) {
     ask(Operation::Open);
-    do {
-      descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, mode);
-    } while (descriptor_ < 0 && errno == EINTR);
-    if (descriptor_ < 0) fail(errno, shown_, writing_);
+    check(file_.open(path, how, access));
   }
-  ~OpenFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
 
   void write(std::string_view bytes) {
-    while (!bytes.empty()) {
-      ask(Operation::Write);
-      const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
-      if (written < 0 && errno == EINTR) continue;
-      if (written <= 0) fail(written == 0 ? EIO : errno, shown_, true);
-      bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
+    if (bytes.empty()) return;
+    ask(Operation::Write);
+    check(file_.write(bytes));
   }
   // Appends what the file holds.
   void read(std::string& out, std::uintmax_t mostBytes) {
-    struct stat facts {};
-    if (::fstat(descriptor_, &facts) == 0 && facts.st_size > 0 &&
-        static_cast<std::uintmax_t>(facts.st_size) < mostBytes)
-      out.reserve(static_cast<std::size_t>(facts.st_size) + 1);
+    system::FileFacts facts;
+    if (file_.facts(facts) == 0 && facts.size > 0 && facts.size < mostBytes) out.reserve(facts.size + 1);
     char buffer[1 << 16];
     while (true) {
       ask(Operation::Read);
-      const ssize_t count = ::read(descriptor_, buffer, sizeof buffer);
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) fail(errno, shown_, false);
+      std::size_t count = 0;
+      check(file_.read(buffer, sizeof buffer, count));
       if (count == 0) return;
-      out.append(buffer, static_cast<std::size_t>(count));
+      out.append(buffer, count);
       if (out.size() > mostBytes)
         throw RuntimeError(errorNumber::pathAccess,
                            "'" + shown_.string() + "' cannot be read: it holds more than " +
@@ -99,25 +78,24 @@ class OpenFile {
                                " MB, which no file of its kind does. Move it away and try again.");
     }
   }
-  void takeAfter(const struct stat& before) {
-    if (const int error = files::takeAfter(descriptor_, before)) fail(error, shown_, true);
-  }
+  void takeRights(const system::FileRights& before) { check(file_.takeRights(before)); }
   // Flushes to the disk and closes.
   void finish() {
     ask(Operation::Flush);
-    if (const int error = flush(descriptor_)) fail(error, shown_, true);
+    check(file_.flush());
     ask(Operation::Close);
-    if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) fail(errno, shown_, true);
+    check(file_.close());
   }
 
  private:
-  void ask(Operation operation) const {
-    if (const int error = injectedFault(operation, shown_)) fail(error, shown_, writing_);
+  void ask(Operation operation) const { check(injectedFault(operation, shown_)); }
+  void check(system::Error error) const {
+    if (error != 0) fail(error, shown_, writing_);
   }
 
   fs::path shown_;
   bool writing_;
-  int descriptor_ = -1;
+  system::OpenFile file_;
 };
 
 // Removes the temporary file unless it has taken its place.
@@ -125,15 +103,15 @@ class TemporaryFile {
  public:
   explicit TemporaryFile(fs::path path) : path_(std::move(path)) {}
   ~TemporaryFile() {
-    if (!path_.empty()) ::unlink(path_.c_str());
+    if (!path_.empty()) system::removeFile(path_);
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
   const fs::path& path() const { return path_; }
   void replace(const fs::path& target, const fs::path& shown) {
-    if (const int error = injectedFault(Operation::Rename, shown)) fail(error, shown, true);
-    if (const int error = renameInto(path_, target)) fail(error, shown, true);
+    if (const system::Error error = injectedFault(Operation::Rename, shown)) fail(error, shown, true);
+    if (const system::Error error = system::replaceFile(path_, target)) fail(error, shown, true);
     path_.clear();
   }
 
@@ -147,8 +125,8 @@ bool isTaken(const fs::path& path) {
 }
 
 void flushFolderOf(const fs::path& target, const fs::path& shown) {
-  if (const int error = injectedFault(Operation::Flush, shown)) fail(error, shown, true);
-  if (const int error = flushFolder(folderOf(target))) fail(error, shown, true);
+  if (const system::Error error = injectedFault(Operation::Flush, shown)) fail(error, shown, true);
+  if (const system::Error error = system::flushFolder(folderOf(target))) fail(error, shown, true);
 }
 
 // How names of temporary files for this one begin. File names end at 255 bytes.
@@ -157,13 +135,13 @@ constexpr std::string_view temporaryEnding = ".tmp";
 constexpr std::size_t temporaryDigits = 8;
 
 // The file that will be replaced, which must be one that may be written; false when there is none.
-bool lookAtReplaced(const fs::path& target, const fs::path& shown, struct stat& facts) {
-  if (::stat(target.c_str(), &facts) != 0) {
-    if (errno != ENOENT) fail(errno, shown, true);
+bool lookAtReplaced(const fs::path& target, const fs::path& shown, system::FileFacts& facts) {
+  if (const system::Error error = system::look(target, facts); error != 0) {
+    if (error != ENOENT) fail(error, shown, true);
     return false;
   }
-  if (S_ISDIR(facts.st_mode)) fail(EISDIR, shown, true);
-  if (isReadOnly(target, facts))
+  if (facts.kind == system::Kind::Folder) fail(EISDIR, shown, true);
+  if (system::isReadOnly(target, facts.rights))
     throw RuntimeError(errorNumber::pathAccess,
                        "'" + shown.string() + "' cannot be written: it is read-only. Make it writable and try again.");
   return true;
@@ -177,14 +155,14 @@ bool exists(const fs::path& path) {
 }
 
 std::string readWholeFile(const fs::path& path, std::uintmax_t mostBytes) {
-  struct stat facts {};
-  if (::stat(path.c_str(), &facts) != 0 && errno == ENOENT) {
-    throw RuntimeError(fileNotFound, "File not found: " + path.string());
-  }
+  system::FileFacts facts;
+  if (system::look(path, facts) == ENOENT) throw RuntimeError(fileNotFound, "File not found: " + path.string());
   std::string bytes;
-  OpenFile(path, O_RDONLY, 0, path).read(bytes, mostBytes);
+  OpenFile(path, system::Open::Read, path).read(bytes, mostBytes);
   return bytes;
 }
+
+fs::path folderOf(const fs::path& file) { return file.has_parent_path() ? file.parent_path() : fs::path("."); }
 
 fs::path linkTarget(const fs::path& path) {
   constexpr int mostLinks = 40;
@@ -199,9 +177,7 @@ fs::path linkTarget(const fs::path& path) {
   return target;
 }
 
-void appendLine(const fs::path& path, std::string_view line) {
-  OpenFile(path, O_WRONLY | O_CREAT | O_APPEND, 0666, path).write(line);
-}
+void appendLine(const fs::path& path, std::string_view line) { OpenFile(path, system::Open::Append, path).write(line); }
 
 struct AtomicFile::Parts {
   fs::path shown;
@@ -213,17 +189,17 @@ struct AtomicFile::Parts {
 AtomicFile::AtomicFile(const fs::path& path, Access access) : parts_(std::make_unique<Parts>()) {
   parts_->shown = path;
   parts_->target = linkTarget(path);
-  struct stat before {};
+  system::FileFacts before;
   const bool replaces = lookAtReplaced(parts_->target, path, before);
-  if (replaces && !S_ISREG(before.st_mode)) {
-    parts_->file.emplace(parts_->target, O_WRONLY, 0, path);
+  if (replaces && before.kind != system::Kind::File) {
+    parts_->file.emplace(parts_->target, system::Open::Write, path);
     return;
   }
   // The place of a file is taken with its permissions, which may be narrower than those of a new one.
-  const mode_t mode = replaces || access == Access::OwnerOnly ? 0600 : 0666;
+  const Access first = replaces ? Access::OwnerOnly : access;
   const TemporaryFile& temporary = parts_->temporary.emplace(temporaryName(parts_->target));
-  parts_->file.emplace(temporary.path(), O_WRONLY | O_CREAT | O_EXCL, mode, path);
-  if (replaces) parts_->file->takeAfter(before);
+  parts_->file.emplace(temporary.path(), system::Open::MakeNew, path, first);
+  if (replaces) parts_->file->takeRights(before.rights);
 }
 
 AtomicFile::~AtomicFile() = default;
@@ -258,9 +234,19 @@ void writeAtomically(const fs::path& path, std::string_view bytes, Access access
   file.finish();
 }
 
+system::Error putInPlace(const fs::path& from, const fs::path& target) {
+  system::OpenFile file;
+  if (const system::Error error = file.open(from, system::Open::Read)) return error;
+  system::Error error = file.flush();
+  file.close();
+  if (error == 0) error = system::replaceFile(from, target);
+  if (error == 0) system::flushFolder(folderOf(target));
+  return error;
+}
+
 void removeFile(const fs::path& path) {
-  if (const int error = injectedFault(Operation::Remove, path)) fail(error, path, true);
-  if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail(errno, path, true);
+  if (const system::Error error = injectedFault(Operation::Remove, path)) fail(error, path, true);
+  if (const system::Error error = system::removeFile(path); error != 0 && error != ENOENT) fail(error, path, true);
 }
 
 void removeFilesEndingWith(const fs::path& folder, std::string_view ending) {
@@ -278,11 +264,10 @@ void removeFilesEndingWith(const fs::path& folder, std::string_view ending) {
 void makeFolder(const fs::path& path, Access access) {
   std::error_code ignored;
   if (path.empty() || fs::is_directory(path, ignored)) return;
-  makeFolder(path.parent_path(), access);
-  const mode_t mode = access == Access::OwnerOnly ? 0700 : 0777;
-  if (const int error = injectedFault(Operation::MakeFolder, path)) fail(error, path, true);
-  if (::mkdir(path.c_str(), mode) == 0) return;
-  const int failure = errno;
+  files::makeFolder(path.parent_path(), access);
+  if (const system::Error error = injectedFault(Operation::MakeFolder, path)) fail(error, path, true);
+  const system::Error failure = system::makeFolder(path, access);
+  if (failure == 0) return;
   // EEXIST may be a file or a link to nowhere.
   if (failure != EEXIST || !fs::is_directory(path, ignored)) fail(failure == EEXIST ? ENOTDIR : failure, path, true);
 }

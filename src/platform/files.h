@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/system.h"
+
 namespace qrel::files {
 
 // Failures raise RuntimeError with a sentence that names the path, the reason and what to do: 53 for a file to read
@@ -19,16 +21,16 @@ bool exists(const std::filesystem::path& path);
 // A file of more than `mostBytes` is refused as none that the program can have written.
 std::string readWholeFile(const std::filesystem::path& path, std::uintmax_t mostBytes = UINTMAX_MAX);
 
+// The folder that a file lies in; "." for a bare name.
+std::filesystem::path folderOf(const std::filesystem::path& file);
+
 // What a path that is a link leads to in the end, whether it is there or not; any other path as it is.
 std::filesystem::path linkTarget(const std::filesystem::path& path);
 
 // Opens the file, making it when it isn't there, appends the text as it stands (with its line end) and closes it.
 void appendLine(const std::filesystem::path& path, std::string_view line);
 
-enum class Access : std::uint8_t {
-  Usual,      // as the system gives new files
-  OwnerOnly,  // new ones are readable and writable by their owner alone
-};
+using system::Access;  // of files and folders that are new
 // Writes a temporary file in the same folder, flushes it to the disk, puts it in the place of `path` and flushes the
 // folder. Whatever goes wrong, either the old file is there as it was or the new one as a whole. A link stays a link:
 // what it leads to is replaced. A file that was there keeps its permissions and, where that may be, its owner; one that
@@ -55,6 +57,10 @@ class AtomicFile {
   std::unique_ptr<Parts> parts_;
   std::string gathered_;
 };
+
+// Flush, rename and the folder's flush for who writes a file in a way of its own and has closed it; 0 or the error of
+// what went wrong. What is in place stays there, whether or not the folder could be flushed.
+system::Error putInPlace(const std::filesystem::path& from, const std::filesystem::path& target);
 
 // Removes a file; none of that name is no error.
 void removeFile(const std::filesystem::path& path);

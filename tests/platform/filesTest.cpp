@@ -11,7 +11,6 @@
 
 #include "platform/error.h"
 #include "platform/fileFaults.h"
-#include "platform/fileReplacement.h"
 #include "tests/platform/temporaryFolder.h"
 
 namespace qrel {

@@ -2,7 +2,6 @@
 #include <QIcon>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <string>
 
@@ -13,21 +12,11 @@
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
 #include "platform/store/folders.h"
+#include "platform/system.h"
 #include "process/replayOutcome.h"
 #include "ui/startUp.h"
 
 namespace {
-
-// Qt ends the process without a word that a person could use when there is no display.
-bool hasDisplay() {
-#ifdef __linux__
-  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-    if (const char* value = std::getenv(name); value && *value) return true;
-  return false;
-#else
-  return true;
-#endif
-}
 
 // A saved process needs no window: nobody could look at it.
 int runWithoutWindow(const char* programFile, const std::string& id) {
@@ -44,7 +33,8 @@ int main(int argc, char** argv) {
                stdout);
     return 0;
   }
-  if (!hasDisplay()) {
+  // Qt would end the process without a word that a person could use.
+  if (!qrel::system::hasDisplay()) {
     if (const std::string id = std::to_string(qrel::RunSavedCompId(qrel::readStartArguments(argc, argv).commandLine));
         id != "0")
       return runWithoutWindow(argv[0], id);

@@ -9,6 +9,7 @@
 #include "embedded/change/parts.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/sqlite/storageNames.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -25,12 +26,7 @@ std::string fullName(std::string_view schema, std::string_view name) {
 
 std::string now() {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  std::tm parts{};
-#ifdef _WIN32
-  localtime_s(&parts, &seconds);
-#else
-  localtime_r(&seconds, &parts);
-#endif
+  const std::tm parts = system::localTime(seconds);
   std::array<char, 32> text{};
   std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
   return text.data();

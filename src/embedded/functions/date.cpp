@@ -9,6 +9,7 @@
 #include "embedded/types/dates.h"
 #include "embedded/types/types.h"
 #include "platform/error.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -309,12 +310,7 @@ Moment now(bool local) {
   const std::int64_t nanoseconds =
       std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
   const std::time_t seconds = nanoseconds / 1'000'000'000;
-  std::tm parts{};
-#ifdef _WIN32
-  local ? localtime_s(&parts, &seconds) : gmtime_s(&parts, &seconds);
-#else
-  local ? localtime_r(&seconds, &parts) : gmtime_r(&seconds, &parts);
-#endif
+  const std::tm parts = local ? system::localTime(seconds) : system::utcTime(seconds);
   Moment moment;
   moment.day = dayNumber({parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday});
   moment.units = ((parts.tm_hour * 60 + parts.tm_min) * 60 + std::min(parts.tm_sec, 59)) * unitsPerSecond +

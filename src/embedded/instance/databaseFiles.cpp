@@ -1,11 +1,10 @@
 #include "embedded/instance/databaseFiles.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <system_error>
 
 #include "platform/error.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -58,7 +57,7 @@ fs::path databaseFileFor(const fs::path& folder, std::string_view name) {
 }
 
 fs::path workCopyOf(const fs::path& databaseFile) {
-  return databaseFile.string() + std::string(workCopyMark) + std::to_string(::getpid());
+  return databaseFile.string() + std::string(workCopyMark) + std::to_string(system::processId());
 }
 
 fs::path databaseFileOfWorkCopy(const fs::path& file) {

@@ -1,8 +1,5 @@
 #include "embedded/instance/instances.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <random>
@@ -13,6 +10,7 @@
 #include "embedded/sqlite/sqlite.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -195,8 +193,7 @@ std::string EmbeddedServers::createTemporary() {
     const fs::path folder =
         parent / (std::string(temporaryPrefix) + std::to_string(random()) + std::to_string(random()));
     unfinished_.add(folder);
-    if (::mkdir(folder.c_str(), S_IRWXU) != 0) {
-      const int reason = errno;
+    if (const system::Error reason = system::makeFolder(folder, system::Access::OwnerOnly); reason != 0) {
       unfinished_.forget(folder);
       if (reason == EEXIST) continue;
       fail("The folder '" + folder.string() + "' cannot be made: " + std::generic_category().message(reason) + ".");

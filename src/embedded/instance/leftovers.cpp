@@ -1,12 +1,10 @@
 // What killed runs have left: told from what a running process works on by the locks that such a process holds.
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <set>
 
 #include "embedded/instance/databaseFiles.h"
 #include "embedded/instance/instances.h"
 #include "platform/error.h"
+#include "platform/system.h"
 
 namespace qrel {
 
@@ -69,9 +67,8 @@ void removeInstanceRests(const fs::path& folder, const std::function<FileLock()>
 void removeTemporaryInstances(const fs::path& parent, std::string_view prefix) {
   for (const fs::path& entry : entriesOf(parent)) {
     const std::string name = entry.filename().string();
-    struct stat facts {};
     if (!name.starts_with(prefix) || name.find_first_not_of("0123456789", prefix.size()) != std::string::npos ||
-        ::lstat(entry.c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode) || facts.st_uid != ::geteuid())
+        !system::isOwnFolder(entry))
       continue;
     whenFree(FileLock(entry / lockEnding), [&] {
       std::error_code ignored;

@@ -1,7 +1,5 @@
 #include "embedded/load/loader.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <charconv>
 #include <map>
@@ -12,6 +10,7 @@
 #include "embedded/session/session.h"
 #include "platform/error.h"
 #include "platform/files.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -286,8 +285,8 @@ class Load {
   }
 
   static void checkFolder(const fs::path& folder) {
-    if (::access(folder.c_str(), W_OK | X_OK) == 0) return;
-    const int reason = errno;
+    const system::Error reason = system::checkFolderWritable(folder);
+    if (reason == 0) return;
     throw RuntimeError(errorNumber::pathAccess,
                        "The folder '" + folder.string() + "' cannot be written, and a load " +
                            "needs a file of its own there: " + std::generic_category().message(reason) + ".");

@@ -1,9 +1,5 @@
 #include "embedded/load/scriptFiles.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -12,6 +8,7 @@
 #include <utility>
 
 #include "platform/error.h"
+#include "platform/system.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -22,6 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t blockSize = 1 << 20;
 constexpr std::size_t namesInRemark = 5;
+constexpr const char* notRegular = "cannot be read: it is not a regular file.";
 constexpr const char* cutEnding = "its last character is cut off: the file is incomplete";
 
 [[noreturn]] void fail(const fs::path& path, const std::string& what) {
@@ -52,8 +50,8 @@ class FolderWalk {
   explicit FolderWalk(fs::path root) : root_(std::move(root)) {}
 
   std::vector<fs::path> run(std::vector<LoadRemark>& remarks) {
-    struct stat facts {};
-    if (::stat(root_.c_str(), &facts) == 0) seen_.emplace(facts.st_dev, facts.st_ino);
+    system::FileFacts facts;
+    if (system::look(root_, facts) == 0) seen_.insert(facts.id);
     if (const std::string why = visit(root_); !why.empty()) fail(root_, "cannot be read: " + why + ".");
     if (files_.empty() && lost_.count == 0) fail(root_, "holds no .sql file.");
     if (others_.count > 0)
@@ -89,18 +87,17 @@ class FolderWalk {
   // What becomes of an entry; true for a folder to go into.
   bool sort(const fs::path& entry) {
     const bool hidden = entry.filename().string().front() == '.';
-    struct stat facts {};
-    if (::stat(entry.c_str(), &facts) != 0) {
-      const int why = errno;
+    system::FileFacts facts;
+    if (const system::Error why = system::look(entry, facts); why != 0) {
       if (isScript(entry) || !hidden)
         lost_.add(shown(entry), why == ENOENT  ? "a link that leads nowhere"
                                 : why == ELOOP ? "a link that leads to itself"
                                                : std::generic_category().message(why));
       return false;
     }
-    if (S_ISDIR(facts.st_mode)) {
+    if (facts.kind == system::Kind::Folder) {
       if (hidden) return false;
-      if (seen_.emplace(facts.st_dev, facts.st_ino).second) return true;
+      if (seen_.insert(facts.id).second) return true;
       lost_.add(shown(entry), "a link to a folder that is read already");
       return false;
     }
@@ -108,7 +105,7 @@ class FolderWalk {
       if (!hidden) others_.add(shown(entry), "");
     } else if (hidden) {
       others_.add(shown(entry), "hidden");
-    } else if (!S_ISREG(facts.st_mode)) {
+    } else if (facts.kind != system::Kind::File) {
       lost_.add(shown(entry), "not a regular file");
     } else {
       files_.push_back(entry);
@@ -120,28 +117,21 @@ class FolderWalk {
 
   fs::path root_;
   std::vector<fs::path> files_;
-  std::set<std::pair<dev_t, ino_t>> seen_;
+  std::set<system::FileId> seen_;
   PassedOver others_, lost_;
 };
 
 class OpenScript {
  public:
   explicit OpenScript(const fs::path& file) : file_(file) {
-    // Not blocking: a pipe that nobody writes to would hold up the run before it can be told from a file.
-    descriptor_ = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    struct stat facts {};
-    const bool known = descriptor_ >= 0 && ::fstat(descriptor_, &facts) == 0;
-    const int why = errno;
-    if (known && S_ISREG(facts.st_mode)) {
-      size_ = static_cast<std::size_t>(facts.st_size);
-      return;
-    }
-    if (descriptor_ >= 0) ::close(descriptor_);
-    fail(file, "cannot be read: " + (known ? "it is not a regular file" : std::generic_category().message(why)) + ".");
+    // At once: a pipe that nobody writes to would hold up the run before it can be told from a file.
+    system::Error why = opened_.open(file, system::Open::ReadAtOnce);
+    system::FileFacts facts;
+    if (why == 0) why = opened_.facts(facts);
+    if (why != 0) fail(file, "cannot be read: " + std::generic_category().message(why) + ".");
+    if (facts.kind != system::Kind::File) fail(file, notRegular);
+    size_ = facts.size;
   }
-  ~OpenScript() { ::close(descriptor_); }
-  OpenScript(const OpenScript&) = delete;
-  OpenScript& operator=(const OpenScript&) = delete;
 
   std::string read(const std::function<bool()>& stop) {
     std::string bytes;
@@ -149,11 +139,10 @@ class OpenScript {
     for (std::size_t had = 0;; had = bytes.size()) {
       if (stop && stop()) return {};
       bytes.resize(had + std::min(blockSize, std::max<std::size_t>(size_ - std::min(size_, had), 4096)));
-      ssize_t count = 0;
-      do count = ::read(descriptor_, bytes.data() + had, bytes.size() - had);
-      while (count < 0 && errno == EINTR);
-      if (count < 0) fail(file_, "cannot be read: " + std::generic_category().message(errno) + ".");
-      bytes.resize(had + static_cast<std::size_t>(count));
+      std::size_t count = 0;
+      if (const system::Error why = opened_.read(bytes.data() + had, bytes.size() - had, count))
+        fail(file_, "cannot be read: " + std::generic_category().message(why) + ".");
+      bytes.resize(had + count);
       if (count == 0) break;
     }
     if (bytes.size() < size_) fail(file_, "cannot be read to its end.");
@@ -162,7 +151,7 @@ class OpenScript {
 
  private:
   fs::path file_;
-  int descriptor_ = -1;
+  system::OpenFile opened_;
   std::size_t size_ = 0;
 };
 
@@ -188,19 +177,18 @@ bool endsInCharacter(std::string_view bytes) {
 std::vector<fs::path> scriptFiles(const std::vector<fs::path>& paths, std::vector<LoadRemark>& remarks) {
   std::vector<fs::path> files;
   for (const fs::path& path : paths) {
-    struct stat facts {};
-    if (::stat(path.c_str(), &facts) != 0) {
-      const int why = errno;
+    system::FileFacts facts;
+    if (const system::Error why = system::look(path, facts); why != 0) {
       if (why == ENOENT || why == ENOTDIR) fail(path, "does not exist.");
       fail(path, "cannot be read: " + std::generic_category().message(why) + ".");
     }
-    if (S_ISDIR(facts.st_mode)) {
+    if (facts.kind == system::Kind::Folder) {
       const std::vector<fs::path> inside = FolderWalk(path).run(remarks);
       files.insert(files.end(), inside.begin(), inside.end());
-    } else if (S_ISREG(facts.st_mode)) {
+    } else if (facts.kind == system::Kind::File) {
       files.push_back(path);
     } else {
-      fail(path, "cannot be read: it is not a regular file.");
+      fail(path, notRegular);
     }
   }
   return files;

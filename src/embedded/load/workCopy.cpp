@@ -1,9 +1,5 @@
 #include "embedded/load/workCopy.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
@@ -14,7 +10,7 @@
 #include "embedded/instance/databaseFiles.h"
 #include "embedded/sqlite/sqlite.h"
 #include "platform/error.h"
-#include "platform/fileReplacement.h"
+#include "platform/system.h"
 
 namespace qrel {
 
@@ -23,12 +19,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int pagesPerStep = 256;
-constexpr off_t bytesPerFlush = 8 << 20;
+constexpr std::int64_t bytesPerFlush = 8 << 20;
 constexpr int mostBusySteps = 2;  // each waits some seconds itself
 
-[[noreturn]] void fail(int error, const fs::path& path, const std::string& what) {
-  const bool full = error == ENOSPC || error == EDQUOT;
-  throw RuntimeError(full ? errorNumber::diskFull : errorNumber::pathAccess,
+[[noreturn]] void fail(system::Error error, const fs::path& path, const std::string& what) {
+  throw RuntimeError(system::isDiskFull(error) ? errorNumber::diskFull : errorNumber::pathAccess,
                      "'" + path.string() + "' " + what + ": " + std::generic_category().message(error) + ".");
 }
 
@@ -51,14 +46,14 @@ void removeOthers(const fs::path& target) {
 
 // Refuses what a rename would replace although it is not to be written.
 void checkWritable(const fs::path& target) {
-  struct stat facts {};
-  if (::stat(target.c_str(), &facts) != 0) {
-    if (errno != ENOENT) fail(errno, target, "cannot be read");
+  system::FileFacts facts;
+  if (const system::Error error = system::look(target, facts); error != 0) {
+    if (error != ENOENT) fail(error, target, "cannot be read");
     return;
   }
-  if (!S_ISREG(facts.st_mode))
+  if (facts.kind != system::Kind::File)
     throw RuntimeError(errorNumber::pathAccess, "'" + target.string() + "' is no file that a database could be in.");
-  if (files::isReadOnly(target, facts))
+  if (system::isReadOnly(target, facts.rights))
     throw RuntimeError(errorNumber::pathAccess, "The database file '" + target.string() +
                                                     "' is read-only. Nothing was changed; make it writable to load "
                                                     "into it.");
@@ -72,12 +67,8 @@ WorkCopy::WorkCopy(fs::path target, UnfinishedWork& unfinished)
   removeOthers(target_);
   unfinished_.add(path_);
   unfinished_.add(path_.string() + "-journal");
-  const int file = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (file >= 0) {
-    ::close(file);
-    return;
-  }
-  const int reason = errno;
+  const system::Error reason = system::OpenFile().open(path_, system::Open::MakeNew);
+  if (reason == 0) return;
   forget();
   fail(reason, target_.parent_path(), "cannot be written, and a load needs a file of its own in that folder");
 }
@@ -122,35 +113,31 @@ bool WorkCopy::copyOld(const std::function<bool()>& stop) const {
 }
 
 bool WorkCopy::prepare(const std::function<bool()>& stop) {
-  const int file = ::open(path_.c_str(), O_RDWR | O_CLOEXEC);
-  if (file < 0) fail(errno, target_, "cannot be written");
-  struct stat old {};
-  struct stat size {};
-  int error = ::fstat(file, &size) == 0 ? 0 : errno;
-  bool stopped = false;
+  const auto check = [this](system::Error error) {
+    if (error != 0) fail(error, target_, "cannot be written");
+  };
+  system::OpenFile file;
+  check(file.open(path_, system::Open::ReadAndWrite));
+  system::FileFacts own;
+  check(file.facts(own));
   // Piece by piece, so that a stop needn't wait for all of it.
-  for (off_t at = 0; error == 0 && !stopped && at < size.st_size; at += bytesPerFlush) {
-    stopped = stop && stop();
-#ifdef SYNC_FILE_RANGE_WRITE
-    if (!stopped)
-      ::sync_file_range(file, at, bytesPerFlush,
-                        SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER);
-#endif
+  for (std::int64_t at = 0; std::cmp_less(at, own.size); at += bytesPerFlush) {
+    if (stop && stop()) return false;
+    file.writeBack(at, bytesPerFlush);
   }
-  if (error == 0 && !stopped && ::stat(target_.c_str(), &old) == 0) error = files::takeAfter(file, old);
-  if (error == 0 && !stopped) error = files::flush(file);
-  ::close(file);
-  if (error != 0) fail(error, target_, "cannot be written");
-  return !stopped;
+  system::FileFacts old;
+  if (system::look(target_, old) == 0) check(file.takeRights(old.rights));
+  check(file.flush());
+  return true;
 }
 
 void WorkCopy::takePlace() {
   // What a program left behind that was ended in the middle of a change: it belongs to the file that goes.
-  if (::unlink((target_.string() + "-journal").c_str()) != 0 && errno != ENOENT)
-    fail(errno, target_, "cannot be replaced");
-  if (const int error = files::renameInto(path_, target_)) fail(error, target_, "cannot be replaced");
+  if (const system::Error error = system::removeFile(target_.string() + "-journal"); error != 0 && error != ENOENT)
+    fail(error, target_, "cannot be replaced");
+  if (const system::Error error = system::replaceFile(path_, target_)) fail(error, target_, "cannot be replaced");
   // From here on the database is the new one: that a power failure might undo it is no reason to call it failed.
-  files::flushFolder(target_.parent_path());
+  system::flushFolder(target_.parent_path());
 }
 
 }  // namespace qrel

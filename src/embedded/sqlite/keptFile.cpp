@@ -2,29 +2,13 @@
 
 #include <sqlite3.h>
 
-#include <utility>
-
-#ifndef _WIN32
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <memory>
 #include <string_view>
-#endif
+#include <utility>
 
 namespace qrel::sqlite {
-
-#ifdef _WIN32
-
-KeptFile::KeptFile(const std::filesystem::path&) {}
-KeptFile::~KeptFile() = default;
-const char* KeptFile::vfs() { return nullptr; }
-
-#else
 
 namespace {
 
@@ -34,37 +18,36 @@ constexpr std::string_view namePrefix = "kept-";
 // SQLite's view of a kept file. Nobody writes it any more: it needs no locks.
 struct OpenKept {
   sqlite3_file base;
-  int handle;
+  system::OpenFile file;  // from openKept to closeKept: the memory is SQLite's
 };
 
-int handleOf(sqlite3_file* file) { return reinterpret_cast<OpenKept*>(file)->handle; }
+system::OpenFile& fileOf(sqlite3_file* file) { return reinterpret_cast<OpenKept*>(file)->file; }
 
 int closeKept(sqlite3_file* file) {
-  ::close(handleOf(file));
+  std::destroy_at(&fileOf(file));
   return SQLITE_OK;
 }
 
 int readKept(sqlite3_file* file, void* into, int size, sqlite3_int64 offset) {
   auto* bytes = static_cast<char*>(into);
   while (size > 0) {
-    const ssize_t got = ::pread(handleOf(file), bytes, static_cast<std::size_t>(size), offset);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return SQLITE_IOERR_READ;
+    std::size_t got = 0;
+    if (fileOf(file).readAt(offset, bytes, static_cast<std::size_t>(size), got) != 0) return SQLITE_IOERR_READ;
     if (got == 0) {
       std::memset(bytes, 0, static_cast<std::size_t>(size));
       return SQLITE_IOERR_SHORT_READ;
     }
     bytes += got;
-    offset += got;
+    offset += static_cast<sqlite3_int64>(got);
     size -= static_cast<int>(got);
   }
   return SQLITE_OK;
 }
 
 int sizeOfKept(sqlite3_file* file, sqlite3_int64* size) {
-  struct stat status {};
-  if (::fstat(handleOf(file), &status) != 0) return SQLITE_IOERR_FSTAT;
-  *size = status.st_size;
+  system::FileFacts facts;
+  if (fileOf(file).facts(facts) != 0) return SQLITE_IOERR_FSTAT;
+  *size = static_cast<sqlite3_int64>(facts.size);
   return SQLITE_OK;
 }
 
@@ -92,12 +75,12 @@ const sqlite3_io_methods* methodsOfKept() {
 int openKept(sqlite3_vfs*, const char* name, sqlite3_file* file, int, int* outFlags) {
   file->pMethods = nullptr;
   const std::string_view wanted = name ? name : "";
-  int handle = -1;
+  std::intptr_t number = -1;
   if (wanted.starts_with(namePrefix))
-    std::from_chars(wanted.data() + namePrefix.size(), wanted.data() + wanted.size(), handle);
-  const int own = handle >= 0 ? ::fcntl(handle, F_DUPFD_CLOEXEC, 0) : -1;
-  if (own < 0) return SQLITE_CANTOPEN;
-  reinterpret_cast<OpenKept*>(file)->handle = own;
+    std::from_chars(wanted.data() + namePrefix.size(), wanted.data() + wanted.size(), number);
+  system::OpenFile own;
+  if (number < 0 || own.openAgain(number) != 0) return SQLITE_CANTOPEN;
+  std::construct_at(&fileOf(file), std::move(own));
   file->pMethods = methodsOfKept();
   if (outFlags) *outFlags = SQLITE_OPEN_READONLY;
   return SQLITE_OK;
@@ -120,25 +103,14 @@ sqlite3_vfs makeVfs() {
 
 }  // namespace
 
-KeptFile::KeptFile(const std::filesystem::path& file) : handle_(::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {}
-
-KeptFile::~KeptFile() {
-  if (handle_ >= 0) ::close(handle_);
+KeptFile::KeptFile(const std::filesystem::path& file) {
+  file_.open(file, system::Open::Read);  // none that can't be opened is kept
 }
 
 const char* KeptFile::vfs() {
   static sqlite3_vfs kept = makeVfs();
   static const int registered = sqlite3_vfs_register(&kept, 0);
   return registered == SQLITE_OK ? vfsName : nullptr;
-}
-
-#endif
-
-KeptFile::KeptFile(KeptFile&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
-
-KeptFile& KeptFile::operator=(KeptFile&& other) noexcept {
-  std::swap(handle_, other.handle_);
-  return *this;
 }
 
 std::string KeptFile::uri() const { return "file:" + name() + "?mode=ro&vfs=" + (vfs() ? vfs() : ""); }

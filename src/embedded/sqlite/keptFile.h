@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/system.h"
+
 namespace qrel::sqlite {
 
 // Holds a file open for reading. Movable; the file is let go with the object, but what was opened by its name before
@@ -11,21 +13,17 @@ namespace qrel::sqlite {
 class KeptFile {
  public:
   KeptFile() = default;
-  // Holds nothing when the file can't be opened, and where the system can't keep a file so.
+  // Holds nothing when the file can't be opened.
   explicit KeptFile(const std::filesystem::path& file);
-  KeptFile(KeptFile&& other) noexcept;
-  KeptFile& operator=(KeptFile&& other) noexcept;
-  ~KeptFile();
 
-  explicit operator bool() const { return handle_ >= 0; }
-  int handle() const { return handle_; }
+  explicit operator bool() const { return file_.isOpen(); }
   // What SQLite opens it as, by the file system `vfs`; and the same for ATTACH.
-  std::string name() const { return "kept-" + std::to_string(handle_); }
+  std::string name() const { return "kept-" + std::to_string(file_.number()); }
   std::string uri() const;
   static const char* vfs();
 
  private:
-  int handle_ = -1;
+  system::OpenFile file_;
 };
 
 }  // namespace qrel::sqlite

@@ -6,7 +6,7 @@
 #include "embedded/catalogue/typeNames.h"
 #include "embedded/language/refusal.h"
 #include "embedded/statements/exec.h"
-#include "platform/fileReplacement.h"
+#include "platform/files.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {

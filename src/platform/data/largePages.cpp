@@ -2,9 +2,7 @@
 
 #include <new>
 
-#ifdef __linux__
-#include <sys/mman.h>
-#endif
+#include "platform/system.h"
 
 namespace qrel {
 namespace {
@@ -16,9 +14,7 @@ constexpr std::size_t pageSize = std::size_t{2} << 20;
 void* allocateLarge(std::size_t bytes) {
   if (bytes < pageSize) return ::operator new(bytes);
   void* memory = ::operator new (bytes, std::align_val_t{pageSize});
-#ifdef __linux__
-  madvise(memory, bytes, MADV_HUGEPAGE);  // a wish: refused, the memory is as good
-#endif
+  system::preferLargePages(memory, bytes);
   return memory;
 }
 

@@ -8,6 +8,7 @@
 
 #include "platform/controls/form.h"
 #include "platform/files.h"
+#include "platform/system.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
 
@@ -109,8 +110,7 @@ void ConsoleHost::doEvents() {
 
 LocalTime ConsoleHost::now() const {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  std::tm parts{};
-  localtime_r(&seconds, &parts);
+  const std::tm parts = system::localTime(seconds);
   return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
 }
 

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "platform/system.h"
+
 namespace qrel {
 
 namespace fs = std::filesystem;
@@ -13,8 +15,6 @@ fs::path fromEnvironment(const char* name) {
   const char* value = std::getenv(name);
   return value && *value ? fs::path(value) : fs::path();
 }
-
-fs::path firstSet(const fs::path& first, const fs::path& second) { return first.empty() ? second : first; }
 
 }  // namespace
 
@@ -28,13 +28,12 @@ Folders findFolders(const fs::path& programFile) {
     folders.servers = root / "servers";
     return folders;
   }
-  const fs::path user = firstSet(fromEnvironment("HOME"), ".");
-  const fs::path linked = fs::read_symlink("/proc/self/exe", ignored);
-  folders.program = (linked.empty() ? fs::absolute(programFile, ignored) : linked).parent_path();
-  folders.documents = firstSet(fromEnvironment("XDG_DOCUMENTS_DIR"), user / "Documents");
-  if (!fs::is_directory(folders.documents, ignored)) folders.documents = user;
-  folders.settings = firstSet(fromEnvironment("XDG_CONFIG_HOME"), user / ".config") / "qrel" / "settings.txt";
-  folders.servers = firstSet(fromEnvironment("XDG_DATA_HOME"), user / ".local" / "share") / "qrel" / "servers";
+  const fs::path running = system::programFile();
+  folders.program = (running.empty() ? fs::absolute(programFile, ignored) : running).parent_path();
+  const system::UserFolders user = system::userFolders();
+  folders.documents = fs::is_directory(user.documents, ignored) ? user.documents : user.home;
+  folders.settings = user.settings / "qrel" / "settings.txt";
+  folders.servers = user.data / "qrel" / "servers";
   return folders;
 }
 

@@ -1,7 +1,5 @@
 #include "platform/store/keyStore.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
@@ -131,14 +129,6 @@ void KeyStore::Change::commit() {
   committed_ = true;
 }
 
-bool KeyStore::Identity::operator==(const Identity& other) const {
-  const auto same = [](const std::timespec& a, const std::timespec& b) {
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-  };
-  return device == other.device && node == other.node && size == other.size && same(written, other.written) &&
-         same(changed, other.changed);
-}
-
 void KeyStore::refresh() {
   if (file_.empty() || readings_ > 0 || changes_ > 0) return;
   if (!std::exchange(tidied_, true)) removeLeftovers(file_);
@@ -146,9 +136,8 @@ void KeyStore::refresh() {
 }
 
 void KeyStore::look(bool always) {
-  struct stat facts {};
-  if (::stat(file_.c_str(), &facts) != 0) {
-    const int error = errno;
+  system::FileFacts facts;
+  if (const system::Error error = system::look(file_, facts); error != 0) {
     const bool missing = error == ENOENT || error == ENOTDIR;
     damage_ = missing ? ""
                       : "'" + file_.string() + "' cannot be read: " + std::generic_category().message(error) +
@@ -158,12 +147,10 @@ void KeyStore::look(bool always) {
     read_.reset();
     return;
   }
-  const Identity identity{facts.st_dev, facts.st_ino, static_cast<std::uintmax_t>(facts.st_size), facts.st_mtim,
-                          facts.st_ctim};
-  if (always || !read_ || !(*read_ == identity)) readFile(identity);
+  if (always || read_ != facts) readFile(facts);
 }
 
-void KeyStore::readFile(const Identity& identity) {
+void KeyStore::readFile(const system::FileFacts& facts) {
   read_.reset();
   std::string text;
   try {
@@ -178,7 +165,7 @@ void KeyStore::readFile(const Identity& identity) {
   damage_ = damage.empty() ? ""
                            : "'" + file_.string() + "' cannot be read: " + damage +
                                  ". Mend that line, or move the file away to begin with new settings.";
-  read_ = identity;
+  read_ = facts;
 }
 
 void KeyStore::write() {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <ctime>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -13,6 +12,7 @@
 
 #include "platform/fileLock.h"
 #include "platform/store/keyTree.h"
+#include "platform/system.h"
 
 namespace qrel {
 
@@ -82,23 +82,16 @@ class KeyStore {
   };
 
  private:
-  // Which file was read, and in which state: a file that took its place has another one.
-  struct Identity {
-    std::uintmax_t device = 0, node = 0, size = 0;
-    std::timespec written{}, changed{};
-    bool operator==(const Identity& other) const;
-  };
-
   void refresh();
   // Reads the file if it isn't the one that was read last.
   void look(bool always);
-  void readFile(const Identity& identity);
+  void readFile(const system::FileFacts& facts);
   void write();
 
   std::filesystem::path file_;
   KeyTree tree_;
-  std::optional<Identity> read_;
-  std::string damage_;  // why the file that is there can't be read in full: a sentence
+  std::optional<system::FileFacts> read_;  // which file was read, and in which state
+  std::string damage_;                     // why the file that is there can't be read in full: a sentence
   bool tidied_ = false;
   int readings_ = 0;
   int changes_ = 0;
