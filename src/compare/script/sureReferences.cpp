@@ -166,6 +166,9 @@ class Analysis {
       return;
     }
     if (item.kind != Kind::Name || pivoted_.count(i) > 0) return;
+    // A member of what stands before it, "type::Member", "(...).Member"; what is no part of the database.
+    if (before(i).is(".") || (before(i).is(":") && before(i, 2).is(":")) || before(i).is("dbcc")) return;
+    if (item.is("service") && before(i).is("from")) return;
     const bool object = mustBeObject(i);
     if (object ? isReserved(item) : isKeyword(item)) return;
     if (item.quoted && !object) return;
@@ -209,6 +212,7 @@ class Analysis {
       if (has(known_.opaque, b)) columnsKnown_ = false;
       return true;
     }
+    if (call && has(known_.columns, a)) return true;  // column.method(...)
     if (has(defined_, a) || has(known_.objects, a) || IsSystemObject(a) || a == "inserted" || a == "deleted")
       return b.empty() || call || has(known_.columns, b) || has(defined_, b);
     return false;

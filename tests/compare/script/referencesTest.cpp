@@ -108,6 +108,10 @@ TEST_F(SureReferences, LeaveOutWhatCanBeExplained) {
         "MATCHED BY TARGET THEN INSERT (Id) VALUES (s.K) OUTPUT $action, inserted.Id;",
         "BEGIN TRY SELECT 1 END TRY BEGIN CATCH SELECT ERROR_MESSAGE(); THROW END CATCH GOTO done done: RETURN 0",
         "SELECT p.[1] FROM Orders PIVOT (SUM(Total) FOR Customer IN ([1], [2])) p",
+        "SELECT geography::Point(1, 2, 4326).STAsText() FROM Orders CROSS APPLY Customer.nodes('/a') AS T(c) "
+        "WHERE T.c.value('.', 'int') = 1 DBCC CHECKIDENT (Orders, RESEED, 1)",
+        "SELECT Id, [Sum of all] = SUM(Total), CASE Id WHEN 1 THEN 2 END kind FROM Orders FOR JSON PATH, ROOT('x')",
+        "SELECT v.n FROM (VALUES (1, 'a')) AS v (n, t) ORDER BY v.t COLLATE Latin1_General_CI_AS OPTION (MAXDOP 1)",
         "CREATE TRIGGER t ON Orders FOR INSERT AS SELECT i.Id FROM inserted i JOIN deleted ON deleted.Id = i.Id "
         "IF UPDATE(Total) PRINT \"a b\"",
         "SELECT Id INTO Copy FROM Db.dbo.Orders SELECT Id FROM Copy TRUNCATE TABLE Copy",
