@@ -76,6 +76,12 @@ constexpr std::string_view statementWords =
     "time timeout top_level trancount tranname try tsql type type_warning unbounded uncommitted unique unknown "
     "unpivot updlock use_hint user_db using value values view_metadata views virtual window within without work "
     "xact xlock xml xmldata xmlnamespaces xmlschema xquery xsinil zone distribution ignore nulls over filter "
+    "without_array_wrapper include_null_values revert cycle symmetric asymmetric contract lifetime definition "
+    "impersonate control showplan fn ts "
+    // bulk loads
+    "batchsize check_constraints codepage datafiletype data_source errorfile fieldterminator fieldquote fire_triggers "
+    "firstrow format formatfile keepnulls kilobytes_per_batch lastrow maxerrors rows_per_batch rowterminator "
+    "single_blob single_clob single_nclob "
     // set options
     "ansi_defaults ansi_null_dflt_off ansi_null_dflt_on ansi_nulls ansi_padding ansi_warnings arithabort arithignore "
     "concat_null_yields_null context_info cursor_close_on_commit datefirst dateformat deadlock_priority "

@@ -41,7 +41,7 @@ bool isSystemSchema(const std::string& strLower) { return strLower == "sys" || s
 // The search over one text.
 class Analysis {
  public:
-  Analysis(std::string_view text, const KnownNames& known) : items_(ScanSql(text)), known_(known) {}
+  Analysis(std::string_view text, const KnownNames& known) : items_(ScanSql(text)), known_(known) { findParentheses(); }
 
   std::vector<SureReference> run() {
     for (std::size_t i = 0; i + 1 < items_.size(); ++i) {
@@ -56,14 +56,16 @@ class Analysis {
   const SqlItem& at(std::size_t i) const { return items_[std::min(i, items_.size() - 1)]; }
   const SqlItem& before(std::size_t i, std::size_t by = 1) const { return i >= by ? items_[i - by] : items_.back(); }
 
-  // Index behind the ")" of the "(" at `open`.
-  std::size_t behindParenthesis(std::size_t open) const {
-    int depth = 0;
-    for (std::size_t i = open; i < items_.size(); ++i) {
-      if (items_[i].is("(")) ++depth;
-      if (items_[i].is(")") && --depth == 0) return i + 1;
+  // For each "(" the index behind its ")"; the end for one that isn't closed.
+  void findParentheses() {
+    std::vector<std::size_t> open;
+    behind_.assign(items_.size(), items_.size() - 1);
+    for (std::size_t i = 0; i < items_.size(); ++i) {
+      if (items_[i].is("(")) open.push_back(i);
+      if (!items_[i].is(")") || open.empty()) continue;
+      behind_[open.back()] = i + 1;
+      open.pop_back();
     }
-    return items_.size() - 1;
   }
 
   void define(const SqlItem& item) {
@@ -72,7 +74,7 @@ class Analysis {
   }
   // The names between the "(" at `open` and its ")".
   void defineList(std::size_t open) {
-    const std::size_t end = behindParenthesis(open);
+    const std::size_t end = behind_[open];
     for (std::size_t i = open; i < end; ++i)
       if (items_[i].kind == Kind::Name) define(items_[i]);
   }
@@ -89,15 +91,21 @@ class Analysis {
     const SqlItem& item = items_[i];
     if (isOneOf(item, {"pivot", "unpivot"}) && at(i + 1).is("(")) {
       defineList(i + 1);
-      const std::size_t end = behindParenthesis(i + 1);
+      const std::size_t end = behind_[i + 1];
       for (std::size_t inside = i + 1; inside < end; ++inside) pivoted_.insert(inside);
     }
     if (item.is("into") && statement_ == "select") define(at(i + 1));
     if (item.is("create")) collectCreated(i + 1);
-    if (isOneOf(item, {"constraint", "index", "collate", "goto", "tran", "transaction", "save", "role", "cursor"}) &&
+    if (isOneOf(item,
+                {"constraint", "index", "collate", "goto", "tran", "transaction", "save", "role", "cursor", "to"}) &&
         isPlainName(at(i + 1)))
       define(at(i + 1));
     if (item.is("index") && at(i + 1).is("(")) defineList(i + 1);  // a hint
+    const bool cursorName = item.is("of") && before(i).is("current");
+    const bool keyName = isOneOf(item, {"key", "certificate"}) && isOneOf(before(i), {"symmetric", "asymmetric", "by"});
+    const bool guardedDrop = item.is("exists") && before(i).is("if") && before(i, 3).is("drop");
+    if (cursorName || keyName || guardedDrop) define(at(i + 1));
+    if (item.is("dbcc") && at(i + 2).is("(")) defineList(i + 2);
     if (item.kind == Kind::Name) collectName(i);
   }
 
@@ -122,7 +130,7 @@ class Analysis {
     if (alias || withTableOfNames || columnType || cursor || label || columnAlias) define(item);
     // The columns that an alias or a common table expression gives a list of.
     if (!next.is("(")) return;
-    const std::size_t behind = behindParenthesis(i + 1);
+    const std::size_t behind = behind_[i + 1];
     if (alias || (at(behind).is("as") && at(behind + 1).is("("))) {
       define(item);
       defineList(i + 1);
@@ -151,11 +159,16 @@ class Analysis {
   // Whether what stands at i has to be something with rows, or a procedure.
   bool mustBeObject(std::size_t i) const {
     const SqlItem& previous = before(i);
-    if (isOneOf(previous, {"from", "join", "into", "update", "apply", "merge", "using", "references", "delete",
-                           "insert", "exec", "execute"}))
+    if (isOneOf(previous,
+                {"from", "join", "into", "update", "apply", "merge", "using", "references", "delete", "insert"}))
       return true;
     if (previous.is("table")) return isOneOf(before(i, 2), {"truncate", "alter"});
-    return previous.is("=") && before(i, 2).kind == Kind::Variable && isOneOf(before(i, 3), {"exec", "execute"});
+    return isExecuted(i);
+  }
+
+  bool isExecuted(std::size_t i) const {
+    const bool withResult = before(i).is("=") && before(i, 2).kind == Kind::Variable;
+    return isOneOf(before(i, withResult ? 3 : 1), {"exec", "execute"});
   }
 
   void check(std::size_t i) {
@@ -168,14 +181,17 @@ class Analysis {
     if (item.kind != Kind::Name || pivoted_.count(i) > 0) return;
     // A member of what stands before it, "type::Member", "(...).Member"; what is no part of the database.
     if (before(i).is(".") || (before(i).is(":") && before(i, 2).is(":")) || before(i).is("dbcc")) return;
-    if (item.is("service") && before(i).is("from")) return;
+    // FROM SERVICE, FETCH FROM GLOBAL, ON DELETE NO ACTION
+    if (isOneOf(item, {"service", "global", "no"})) return;
     const bool object = mustBeObject(i);
     if (object ? isReserved(item) : isKeyword(item)) return;
     if (item.quoted && !object) return;
     const bool call = at(i + 1).is("(");
+    const bool columnsKnown = columnsKnown_;
     const bool explained = item.parts.size() == 1   ? singleIsKnown(item, object, call, i)
                            : item.parts.size() == 2 ? pairIsKnown(item, 0, call)
                                                     : longIsKnown(item, call);
+    if (isExecuted(i)) columnsKnown_ = columnsKnown;  // a procedure's rows have no names here
     if (!explained) report(item, !object && !call);
   }
 
@@ -250,6 +266,7 @@ class Analysis {
 
  private:
   std::vector<SqlItem> items_;
+  std::vector<std::size_t> behind_;
   const KnownNames& known_;
   std::string clause_, statement_;
   Names defined_, temporaries_, told_;

@@ -128,6 +128,8 @@ TEST_F(SureReferences, ListWhatNamesNothing) {
        "o.Nmae:2 Totl:2 Custmers:3"},
       {"SELECT dbo.Thrice(1), Nowhere(2), q.Id FROM Orders", "dbo.Thrice:1 Nowhere:1 q.Id:1"},
       {"EXEC Gone 1 EXEC @rc = dbo.Gone2", "Gone:1 dbo.Gone2:1"},
+      {"EXEC sp_executesql @s EXEC @rc = sys.sp_who SELECT Totl FROM Orders", "Totl:1"},
+      {"DROP VIEW IF EXISTS dbo.Old DROP VIEW dbo.Gone SELECT 1 FROM Orders WHERE CURRENT OF cur1", "dbo.Gone:1"},
       {"UPDATE dbo.Rates SET Rate = 1 INSERT sales.Orders (Id) VALUES (1)", "dbo.Rates:1 sales.Orders:1"},
       {"DELETE x FROM Orders o INSERT INTO Total SELECT 1", "x:1 Total:1"},  // a column is no table
       {"TRUNCATE TABLE [Old Stuff] MERGE INTO \"Gone\" USING Gone2 g ON 1 = 1", "Old Stuff:1 Gone:1 Gone2:1"},
