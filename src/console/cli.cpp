@@ -21,6 +21,8 @@ struct CommandLine {
   CompareArguments compare;
   DataArguments data;
   TableArguments table;
+  ScriptArguments script;
+  ReferencesArguments references;
   RunArguments run;
   bool json = false;
   std::string name, side, type, object;
@@ -217,6 +219,36 @@ void addTableTools(CLI::App& app, CommandLine& line) {
   analyze->add_flag("--least", line.table.least, "the ten least frequent values instead of the most frequent ones");
 }
 
+void addScripts(CLI::App& app, CommandLine& line) {
+  CLI::App* script =
+      app.add_subcommand("script", "Print the script that makes an object, or changes a table into another");
+  script->add_option("SIDE", line.script.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
+  script->add_option("NAME", line.script.second, "the object; with --table the Target's SERVER/DATABASE")->required();
+  CLI::Option* type = script->add_option("--type", line.script.type, "the object's type");
+  CLI::Option* table = script->add_option("--table", line.script.table, "the table: a draft that changes the Target's");
+  script->add_option("--target-table", line.script.targetTable, "the Target's table when its name is another")
+      ->needs(table);
+  type->excludes(table);
+  script->callback([&line, type, table] {
+    if (type->count() + table->count() == 0) throw CLI::RequiredError("--type or --table");
+    line.command = [&line](Console& console) { return runScript(console, line.script); };
+  });
+
+  CLI::App* references = app.add_subcommand("references", "List words of an object's text that name nothing there");
+  references->add_option("SIDE", line.references.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
+  CLI::Option* name = references->add_option("NAME", line.references.name, "the object");
+  CLI::Option* ofType =
+      references->add_option("--type", line.references.type, "procedures, functions, views, triggers");
+  CLI::Option* all = references->add_flag("--all", line.references.all, "all objects of the type, or of all four");
+  references->add_flag("--sure", line.references.sure, "leave out columns, built-in functions, aliases and the like");
+  all->excludes(name);
+  name->needs(ofType);
+  references->callback([&line, name, all] {
+    if (name->count() + all->count() == 0) throw CLI::RequiredError("NAME or --all");
+    line.command = [&line](Console& console) { return runReferences(console, line.references); };
+  });
+}
+
 void describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("qrel ") + programVersion);
@@ -229,6 +261,7 @@ void describe(CLI::App& app, CommandLine& line) {
   addCompare(app, line);
   addData(app, line);
   addTableTools(app, line);
+  addScripts(app, line);
   addProcesses(app, line);
 }
 

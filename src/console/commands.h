@@ -96,6 +96,24 @@ struct TableArguments {
 ExitCode runAnalyze(Console& console, const TableArguments& arguments);
 ExitCode runView(Console& console, const TableArguments& arguments);
 
+struct ScriptArguments {
+  std::string source;
+  std::string second;  // the object's name; with a table the Target
+  std::string type;
+  std::string table;        // for an update script; empty: a CREATE statement
+  std::string targetTable;  // empty: the same name
+};
+ExitCode runScript(Console& console, const ScriptArguments& arguments);
+
+struct ReferencesArguments {
+  std::string side;
+  std::string name;  // of one object
+  std::string type;
+  bool all = false;   // or all objects of the type, or of all types
+  bool sure = false;  // leave out what can be explained otherwise
+};
+ExitCode runReferences(Console& console, const ReferencesArguments& arguments);
+
 struct RunArguments {
   std::string process;     // name or id
   std::string exportFile;  // instead of the stored one

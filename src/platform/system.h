@@ -77,12 +77,12 @@ enum class Access : std::uint8_t {
 
 enum class Open : std::uint8_t {
   Read,
-  ReadAtOnce,   // the same; a pipe that nobody writes to doesn't hold it up
-  Write,        // what is there
-  ReadAndWrite, // what is there
-  Append,       // at the end; made when it isn't there
-  Make,         // to read and write; made when it isn't there
-  MakeNew,      // to write; an error when there is something of this name
+  ReadAtOnce,    // the same; a pipe that nobody writes to doesn't hold it up
+  Write,         // what is there
+  ReadAndWrite,  // what is there
+  Append,        // at the end; made when it isn't there
+  Make,          // to read and write; made when it isn't there
+  MakeNew,       // to write; an error when there is something of this name
 };
 
 // A file that is open. No other program that is started from here gets it.

@@ -92,6 +92,15 @@ void InitializeMenus_DataComp(CommandTable& commands) {
       {330, path, "Compare Data in &All Tables", Guard::none, [](frmMain& window) { window.DataCompareAll(); }});
 }
 
+void InitializeMenus_SQL(CommandTable& commands) {
+  const std::string path = "SQL";
+  commands.push_back({400, "", "&S&QL", Guard::none, nullptr});
+  commands.push_back({410, path, "Build SQL CREATE Statement - &Source", Guard::CheckMdac,
+                      [](frmMain& window) { window.MenuSqlCreate(0); }});
+  commands.push_back({420, path, "Build SQL CREATE Statement - &Target", Guard::CheckMdac,
+                      [](frmMain& window) { window.MenuSqlCreate(1); }});
+}
+
 void InitializeMenus_Tools(CommandTable& commands) {
   const std::string path = "Tools";
   commands.push_back({500, "", "&Tools", Guard::none, nullptr});
@@ -123,6 +132,16 @@ void addContextMenu(CommandTable& commands) {
                       {objTables}});
   commands.push_back({740, path, "Compare Highlighted Sections", Guard::none,
                       [](frmMain& window) { window.CompareHighlightedSections(); }});
+  commands.push_back({750, path, "Build SQL CREATE Statement", Guard::CheckMdac,
+                      [](frmMain& window) { window.BuildSQLCreateStatement(); }, "", true});
+  commands.push_back({760,
+                      path,
+                      "Find references to non-existent objects",
+                      Guard::none,
+                      [](frmMain& window) { window.SearchRefToNonExistentObjects(-1); },
+                      "",
+                      false,
+                      {objProcedures, objFunctions, objViews}});
   commands.push_back({770, path, "Print", Guard::none, [](frmMain& window) { window.MenuPopUpPrint(); }, "", true});
   commands.push_back({780, path, "Print Source And Target", Guard::none,
                       [](frmMain& window) { window.MenuPopUpPrintSourceAndTarget(); }});
@@ -150,6 +169,7 @@ CommandTable MainCommands() {
   InitializeMenus_File(commands);
   InitializeMenus_StructComp(commands);
   InitializeMenus_DataComp(commands);
+  InitializeMenus_SQL(commands);
   InitializeMenus_Tools(commands);
   addContextMenu(commands);
   addKeys(commands);

@@ -61,6 +61,7 @@ void frmMain::registerControls() {
   add(cmdCompare);
   add(cmdCompareAll);
   add(cmdCompData);
+  add(cmdDebugScript);
   add(lblSource);
   add(lblTarget);
   const auto addPair = [this](auto& pair) {
@@ -100,6 +101,8 @@ void frmMain::setUpControls() {
   cmdCompare.setToolTip("Compare selected tables (F7)");
   cmdCompareAll.setToolTip("Compare all objects (F8)");
   cmdCompData.setToolTip("Compare data in selected tables  (F9)");
+  cmdDebugScript.setToolTip("Generate Update Script");
+  cmdDebugScript.setVisible(false);
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
   lblSource.setText("Source");
@@ -125,6 +128,7 @@ void frmMain::wireEvents() {
   cmdCompare.onClick = [this] { cmdCompare_Click(); };
   cmdCompareAll.onClick = [this] { cmdCompareAll_Click(); };
   cmdCompData.onClick = [this] { cmdCompData_Click(); };
+  cmdDebugScript.onClick = [this] { cmdDebugScript_Click(); };
   for (int i = 0; i < static_cast<int>(optType.size()); ++i)
     optType[static_cast<std::size_t>(i)].onClick = [this, i] { optType_Click(i); };
   for (int Index = 0; Index < 2; ++Index) {
@@ -136,6 +140,7 @@ void frmMain::wireEvents() {
     workspace.cmbOwners[side].onClick = [this, side, Index] {
       if (workspace.cmbOwners[side].selected() >= 0) cmbOwners_Click(Index);
     };
+    cmdNonExistent[side].onClick = [this, Index] { cmdNonExistent_Click(Index); };
     workspace.pvlDb[side].onClick = [this, Index] { pvlDb_Click(Index); };
     workspace.pvlSqlObj[side].onClick = [this, side, Index] {
       pvlSqlObj_SelectChange(Index, workspace.pvlSqlObj[side].firstSelected());
@@ -156,6 +161,7 @@ void frmMain::fillControls() {
   FillObjectTypes(program_, workspace.cmbType);
   refillServers();
   cmdConnect.setImage(imageIdle);
+  cmdDebugScript.setVisible(program_.main.gblnDebugMode);
   helpFile = program_.main.gstrAppPath + "qrel.chm";
 }
 

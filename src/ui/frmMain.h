@@ -52,6 +52,7 @@ class frmMain : public Form {
   Button cmdCompare{"cmdCompare"};
   Button cmdCompareAll{"cmdCompareAll"};
   Button cmdCompData{"cmdCompData"};
+  Button cmdDebugScript{"cmdDebugScript"};  // visible in debug mode alone
   std::array<Button, 2> cmdCopyClip;
   std::array<Button, 2> cmdCopyToFile;
   std::array<Button, 2> cmdViewData;
@@ -68,6 +69,7 @@ class frmMain : public Form {
 
   bool mblnActivated = false;  // the first activation has been handled
   long mlngPopupPanel = 0;     // the context menu's panel; -1 once one has closed
+  long mlngClickedPane = 0;    // the pane that scripts and references are asked for: 1 Source, 2 Target, 0 none
   std::string helpFile;
 
   // The window's life.
@@ -180,6 +182,16 @@ class frmMain : public Form {
   void MenuPopUpPrintSourceAndTarget();
   void CompareAndPrintAllTables();
 
+  // Scripts and references (mainScripts.cpp). The CREATE statement of the clicked pane's object, in the report window.
+  void MenuSqlCreate(int Index);
+  void BuildSQLCreateStatement();
+  // The words of a panel's text that name nothing in its database, in a box; a negative side is the clicked pane's.
+  void cmdNonExistent_Click(int Index);
+  void SearchRefToNonExistentObjects(long lngSide);
+  // What would make the Target's table the Source's, in the report window. blnResult: see updateScript.h.
+  void cmdDebugScript_Click();
+  void Debug_GenerateUpdateScript(long enmObjectType, bool& blnResult);
+
  private:
   void registerControls();
   void wireEvents();
@@ -201,6 +213,9 @@ class frmMain : public Form {
   std::vector<MenuItem> contextMenu() const;
   void scrollOtherPane(std::size_t side);
   std::string whyNoPrintRun() const;
+  std::string paneText(int Index) const;
+  bool databaseIsSelected(int Index);
+  bool canScriptUpdate();
 
   Program& program_;
   MainWindowSteps steps_;

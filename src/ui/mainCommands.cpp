@@ -45,7 +45,7 @@ void frmMain::wireTips() {
     control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
   };
   for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
-                                                          &cmdCompData, &chkScrollTogether})
+                                                          &cmdCompData, &cmdDebugScript, &chkScrollTogether})
     showTip(*control);
   for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &srtFiltering, &cmdFilterBySchema})
     for (Button& button : *buttons) showTip(button);
@@ -93,6 +93,7 @@ void frmMain::txtTXProc_MouseUp(int Index, int Button) {
     {
       const FlagScope busy(workspace.mblnBusy);
       mlngPopupPanel = Index;
+      mlngClickedPane = Index + 1;
       items = contextMenu();
     }
     const long lngId = program_.host.popUpMenu(items);

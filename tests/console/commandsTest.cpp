@@ -46,6 +46,10 @@ TEST_F(Commands, ReadingLeavesEveryFileAsItIs) {
       {"compare", "S/A", "S/B", "--types", "all", "--details"},
       {"compare", "S/A", "S/B", "--type", "tables", "--object", "t"},
       {"data", "S/A", "S/B", "--table", "t", "--key", "a"},
+      {"script", "S/A", "--type", "tables", "t"},
+      {"script", "S/A", "S/B", "--table", "t"},
+      {"references", "S/A", "--all"},
+      {"references", "S/A", "--all", "--sure"},
       {"options"},
   };
   for (const auto& command : commands) {

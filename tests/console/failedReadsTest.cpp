@@ -167,6 +167,26 @@ TEST_F(FailedReads, NorAreRecords) {
   failEach([&](Console& console) { return runDataAll(console, arguments); });
 }
 
+TEST_F(FailedReads, NorAreScriptsAndReferences) {
+  const std::string modules =
+      "\nGO\nCREATE PROCEDURE p AS SELECT gone FROM Child\nGO\nCREATE VIEW w AS SELECT x FROM nothing\nGO\n";
+  const std::string tables = std::string(objects).substr(0, std::string(objects).find("GO"));
+  ASSERT_EQ(run({"load", "S/A", file("a.sql", tables + modules)}), 0) << err;
+  ASSERT_EQ(run({"load", "S/B", file("b.sql", replaceAll(tables, "b int", "b bigint"))}), 0) << err;
+  ScriptArguments script;
+  script.source = "S/A";
+  script.second = "S/B";
+  script.table = "Parent";
+  failEach([&](Console& console) { return runScript(console, script); });
+  ReferencesArguments references;
+  references.side = "S/A";
+  references.all = true;
+  for (const bool sure : {false, true}) {
+    references.sure = sure;
+    failEach([&](Console& console) { return runReferences(console, references); });
+  }
+}
+
 // A name that would end its literal reaches no server and costs nobody else the verdict.
 TEST_F(FailedReads, ANameWithAQuoteIsNotCompared) {
   const std::string script = file("s.sql",

@@ -65,7 +65,9 @@ TEST_F(MainCommands, TheBarHasWhatCanBeDone) {
        "---247 Compare Selected &Constraints - Details\n-250 Compare and Print All Tables\n300 &Data Comparisons\n"},
       {"Data",
        "300 &Data Comparisons\n-310 Compare &Data in Single Pair of Tables\n"
-       "-320 Compare Data in &Selected Tables\n-330 Compare Data in &All Tables\n500 &Tools\n"},
+       "-320 Compare Data in &Selected Tables\n-330 Compare Data in &All Tables\n400 &S&QL\n"},
+      {"SQL",
+       "400 &S&QL\n-410 Build SQL CREATE Statement - &Source\n-420 Build SQL CREATE Statement - &Target\n500 &Tools\n"},
       {"Tools",
        "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-503 Data Analyzer\n--504 Analyze Data in Source Table\n"
        "--505 Analyze Data in Target Table\n-510 List All Ignored Columns - &Data Comparisons\n"
@@ -203,19 +205,20 @@ TEST_F(MainCommands, TheContextMenuIsEnabledWhileAPaneHasText) {
   EXPECT_TRUE(host.menus.empty()) << "the window isn't active yet";
   form.activate();
   form.cmdConnect.personClicks();
-  EXPECT_EQ(contextMenu(0), "700 | 710 | 730 740 | 770 780 ");
+  EXPECT_EQ(contextMenu(0), "700 | 710 | 730 740 | 750 (760) | 770 780 ");
   std::string captions;
   for (const MenuItem& item : host.menus.back()) captions += item.caption + "|";
   EXPECT_EQ(captions,
-            "Refresh|Show Color Schema|Ignore Columns|Compare Highlighted Sections|Print|Print Source And Target|");
+            "Refresh|Show Color Schema|Ignore Columns|Compare Highlighted Sections|Build SQL CREATE Statement|"
+            "Find references to non-existent objects|Print|Print Source And Target|");
   work.txtTXProc[0].setText("");
   EXPECT_TRUE(has(contextMenu(0), "700 ")) << "the other pane's text counts";
   work.txtTXProc[1].setText("  ");
-  EXPECT_EQ(contextMenu(0), "(700) | (710) | (730) (740) | (770) (780) ");
+  EXPECT_EQ(contextMenu(0), "(700) | (710) | (730) (740) | (750) (760) | (770) (780) ");
   work.txtTXProc[0].setText("x");
   work.cmbType.tag = "OFF";
   chooseType(objViews);
-  EXPECT_EQ(contextMenu(0), "700 | 710 | (730) 740 | 770 780 ") << "columns are those of tables";
+  EXPECT_EQ(contextMenu(0), "700 | 710 | (730) 740 | 750 760 | 770 780 ") << "columns are those of tables";
   const std::size_t opened = host.menus.size();
   work.txtTXProc[0].onMouseUp(1);
   work.mblnBusy = true;
