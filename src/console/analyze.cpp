@@ -38,7 +38,9 @@ ExitCode runAnalyze(Console& console, const TableArguments& arguments) {
     window.rdbFrequency[arguments.least ? 1 : 0].choose();
     window.cmdStart.personClicks();
   };
-  run.where = [&] { return window.lblTime.text() + " " + window.lblGen0.text() + " record " + window.lblCurRec.text(); };
+  run.where = [&] {
+    return window.lblTime.text() + " " + window.lblGen0.text() + " record " + window.lblCurRec.text();
+  };
   run.look = [&](bool stopped) {
     if (stopped) window.cmdStop.personClicks();
   };

@@ -123,8 +123,7 @@ void addExport(CLI::App* command, Arguments& arguments, const std::string& what)
   CLI::Option* csv = command->add_option("--csv", arguments.csv, "write " + what + " as comma separated values");
   CLI::Option* html = command->add_option("--html", arguments.html, "write " + what + " as an HTML table");
   command->add_flag("--quote", arguments.quote, "CSV: every value between quotation marks")->needs(csv);
-  command
-      ->add_flag("--rfc4180", arguments.rfc4180, "CSV: quotation marks where they are needed, doubled within values")
+  command->add_flag("--rfc4180", arguments.rfc4180, "CSV: quotation marks where they are needed, doubled within values")
       ->needs(csv);
   csv->excludes(html);
 }
@@ -178,13 +177,15 @@ void addData(CLI::App& app, CommandLine& line) {
 }
 
 void addTableTools(CLI::App& app, CommandLine& line) {
-  const auto add = [&](const char* name, const char* what, const char* rows, ExitCode (*run)(Console&, const TableArguments&)) {
+  const auto add = [&](const char* name, const char* what, const char* rows,
+                       ExitCode (*run)(Console&, const TableArguments&)) {
     CLI::App* command = app.add_subcommand(name, what);
     command->add_option("SIDE", line.table.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
     command->add_option("--table", line.table.table)->required();
     command->add_option("--rows", line.table.rows, rows)->check(CLI::PositiveNumber);
     addExport(command, line.table, "the table");
-    command->callback([&line, run] { line.command = [&line, run](Console& console) { return run(console, line.table); }; });
+    command->callback(
+        [&line, run] { line.command = [&line, run](Console& console) { return run(console, line.table); }; });
     return command;
   };
   add("view", "Print the records of a table", "the first records only", runView);

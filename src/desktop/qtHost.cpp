@@ -214,9 +214,7 @@ void QtHost::setClipboardText(const std::string& text) { QApplication::clipboard
 
 void QtHost::print(const PrintJob& job) {
   QPrinter printer;
-  const auto askForFile = [&] {
-    return saveFileDialog({"Print to a PDF file", "PDF (*.pdf)", job.title + ".pdf"});
-  };
+  const auto askForFile = [&] { return saveFileDialog({"Print to a PDF file", "PDF (*.pdf)", job.title + ".pdf"}); };
   if (choosePrinter(printer, askForFile)) printPages(printer, job);
 }
 

@@ -13,8 +13,10 @@ class TableCommands : public ::testing::Test {
   void SetUp() override {
     setenv("QREL_HOME", folder.path().c_str(), 1);
     ASSERT_EQ(run({"load", "S/A",
-                   folder.write("a.sql", "CREATE TABLE t (a int, b nvarchar(10))\nCREATE TABLE none (a int)\n"
-                                         "INSERT t VALUES (1, N'x'), (2, NULL), (3, N'x'), (4, N'a\tb')")
+                   folder
+                       .write("a.sql",
+                              "CREATE TABLE t (a int, b nvarchar(10))\nCREATE TABLE none (a int)\n"
+                              "INSERT t VALUES (1, N'x'), (2, NULL), (3, N'x'), (4, N'a\tb')")
                        .string()}),
               0)
         << err;

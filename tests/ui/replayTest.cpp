@@ -71,7 +71,8 @@ class Replaying : public testing::Test, public MainWindow {
     const Grid& grid = dynamic_cast<frmCompareData&>(shown).VSFlexGrid1;
     std::string text = shown.caption;
     for (std::size_t row = 0; row < grid.rowCount(); ++row)
-      for (std::size_t column = 0; column < grid.columnCount(); ++column) text.append("|").append(grid.text(row, column));
+      for (std::size_t column = 0; column < grid.columnCount(); ++column)
+        text.append("|").append(grid.text(row, column));
     return text;
   }
 

@@ -8,6 +8,7 @@
 #include "app/shellSort.h"
 #include "app/trap.h"
 #include "compare/data/StopScope.h"
+#include "compare/data/dataValues.h"
 #include "compare/structure/frmIgnoreColumnsAdd.h"
 #include "compare/structure/modIgnoreColumns.h"
 #include "db/mdlData.h"
@@ -32,9 +33,10 @@ constexpr std::uint32_t evenPair = 0xC0FFFF, oddPair = 0xFFFFC0;
 frmDataAnalyze::frmDataAnalyze(Program& program)
     : Form(moduleName), program_(program), progress_(program, lblCurRec, prbRows, lblTime) {
   for (Control* control : std::initializer_list<Control*>{
-           &fedRecsToAnalyze, &lblGen0, &lblGen2, &lblGen3, &lblGen9, &lblInfo, &lblCurRec, &lblTime, &btnIgnoreColumns,
-           &rdbFrequency[0], &rdbFrequency[1], &prbColumns, &prbRows, &rpcReport, &cmdStart, &cmdStop, &cmdExport,
-           &cmdPrint, &cmdPrintPreview, &cmdPageSetup, &cmdExit})
+           &fedRecsToAnalyze, &lblGen0,      &lblGen2,          &lblGen3,         &lblGen9,         &lblInfo,
+           &lblCurRec,        &lblTime,      &btnIgnoreColumns, &rdbFrequency[0], &rdbFrequency[1], &prbColumns,
+           &prbRows,          &rpcReport,    &cmdStart,         &cmdStop,         &cmdExport,       &cmdPrint,
+           &cmdPrintPreview,  &cmdPageSetup, &cmdExit})
     add(*control);
   setTexts();
   wireEvents();
@@ -239,12 +241,8 @@ bool frmDataAnalyze::countValues(Recordset& rs, const std::string& strColumn, st
     if (rs.Eof()) break;
     progress_.show(lngRec, lngRows);
     if (endAsked()) return false;
-    const Cell cell = rs.Fields(strColumn).cell;
     text.clear();
-    if (cell.null)
-      text = "Null";
-    else
-      appendText(text, cell);
+    AppendFieldValueOrNull(text, rs.Fields(strColumn).cell);
     values.add(text);
   }
   return true;
@@ -252,9 +250,8 @@ bool frmDataAnalyze::countValues(Recordset& rs, const std::string& strColumn, st
 
 // More values than the sort can count are reported and stay in the order in which they came.
 void frmDataAnalyze::sortValues(ColumnValues& values) {
-  trap(program_, moduleName, "ShellSortArray_TwoStr_ByLongEl", [&] {
-    ShellSort(values.values(), mostFrequent_, [](const tColumnValue& value) { return value.lngCount; });
-  });
+  trap(program_, moduleName, "ShellSortArray_TwoStr_ByLongEl",
+       [&] { ShellSort(values.values(), mostFrequent_, [](const tColumnValue& value) { return value.lngCount; }); });
 }
 
 bool frmDataAnalyze::LoadColumnDataToGrid(const tTableColumn& column, ColumnValues& values) {

@@ -89,8 +89,7 @@ void frmDataView::ShowHideControls(long lngPhase) {
   const bool loading = lngPhase == 1;
   cmdStop.setEnabled(loading);
   cmdExport.setEnabled(!loading);
-  for (Control* control :
-       std::initializer_list<Control*>{&ProgressBar, &lblCur, &lblCurRec, &lblTime, &lblTimeCaption})
+  for (Control* control : std::initializer_list<Control*>{&ProgressBar, &lblCur, &lblCurRec, &lblTime, &lblTimeCaption})
     control->setVisible(loading);
 }
 
@@ -160,9 +159,9 @@ void frmDataView::tellError(const std::exception& error) {
     program_.host.messageBox("Only first " + FormatThousands(rec_ - 1) + " records can be displayed.",
                              Icon::Information);
   else
-    program_.host.messageBox("Error in Sub frmDataView.LoadData, error nr " + std::to_string(info.number) + " (" +
-                                 info.description + ").",
-                             Icon::Critical);
+    program_.host.messageBox(
+        "Error in Sub frmDataView.LoadData, error nr " + std::to_string(info.number) + " (" + info.description + ").",
+        Icon::Critical);
 }
 
 void frmDataView::endLoad() {

@@ -112,9 +112,9 @@ TEST_F(DataTools, HowManyRecordsAreAnalyzed) {
     const char* typed;
     const char* shown;
     const char* count;  // of k's Nulls
-  } cases[] = {{"", "9", "9"},   {"x", "9", "9"},  {"0", "9", "9"},         {"-3", "9", "9"}, {"9", "9", "9"},
-               {"10", "9", "9"}, {"8", "8", "8"},  {"9999999999", "9", "9"}, {"1", "1", "1"},  {"0.4", "9", "9"},
-               {"2.6", "3", "3"}};
+  } cases[] = {{"", "9", "9"},  {"x", "9", "9"},   {"0", "9", "9"},  {"-3", "9", "9"},
+               {"9", "9", "9"}, {"10", "9", "9"},  {"8", "8", "8"},  {"9999999999", "9", "9"},
+               {"1", "1", "1"}, {"0.4", "9", "9"}, {"2.6", "3", "3"}};
   analyze([&](frmDataAnalyze& window) {
     for (const auto& each : cases) {
       window.fedRecsToAnalyze.personTypes(each.typed);
@@ -327,7 +327,9 @@ TEST_F(DataTools, ErrorsOfTheViewerAreTold) {
   }
   test.host.onDoEvents = nullptr;
   test.refuse("SELECT * FROM");
-  onView = [&](frmDataView&) { test.host.windows.push_front([](Form& form) { EXPECT_EQ(form.name, "frmErrorReport"); }); };
+  onView = [&](frmDataView&) {
+    test.host.windows.push_front([](Form& form) { EXPECT_EQ(form.name, "frmErrorReport"); });
+  };
   view([&](frmDataView& window) { EXPECT_EQ(window.VSFlexGrid1.rowCount(), 1U); });
 }
 

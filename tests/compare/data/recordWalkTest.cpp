@@ -142,7 +142,8 @@ class RecordWalk : public TwoTables {
     ASSERT_EQ(grid.columnCount(), expected[0].size());
     for (std::size_t row = 0; row < expected.size(); ++row)
       for (std::size_t column = 0; column < expected[row].size(); ++column) {
-        const ModelCell cell{std::string(grid.text(row, column)), grid.textColour(row, column), grid.backColour(row, column)};
+        const ModelCell cell{std::string(grid.text(row, column)), grid.textColour(row, column),
+                             grid.backColour(row, column)};
         EXPECT_TRUE(cell == expected[row][column])
             << "row " << row << ", column " << column << ": \"" << cell.text << "\" in " << cell.textColour << " on "
             << cell.backColour << " instead of \"" << expected[row][column].text << "\" in "
