@@ -65,8 +65,9 @@ TEST_F(MainCommands, TheBarHasWhatCanBeDone) {
        "---247 Compare Selected &Constraints - Details\n-250 Compare and Print All Tables\n300 &Data Comparisons\n"},
       {"Data", "300 &Data Comparisons\n-310 Compare &Data in Single Pair of Tables\n500 &Tools\n"},
       {"Tools",
-       "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-510 List All Ignored Columns - &Data Comparisons\n"
-       "-511 List All Ignored Columns - &Structure Comparisons\n"}};
+       "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-503 Data Analyzer\n"
+       "--504 Analyze Data in Source Table\n--505 Analyze Data in Target Table\n"
+       "-510 List All Ignored Columns - &Data Comparisons\n-511 List All Ignored Columns - &Structure Comparisons\n"}};
   for (const auto& [name, part] : parts) EXPECT_TRUE(has(menus, part)) << name << " in\n" << menus;
   EXPECT_EQ(form.barCommands.menus()[0].items[0].toolTip, "Connect to the server (F5)");
   EXPECT_EQ(form.barCommands.menus()[0].items[1].toolTip, "");
@@ -316,6 +317,29 @@ TEST_F(MainCommands, AllTablesArePrintedThatDiffer) {
   host.onDoEvents = nullptr;
   EXPECT_TRUE(run.closed() && host.printed.empty());
   EXPECT_EQ(run.lblCurProcName.text(), "Customers");
+}
+
+TEST_F(MainCommands, RecordsOfOneTable) {
+  makeServers();
+  connect();
+  chooseObject(0, "Old");
+  chooseObject(1, "Orders");
+  const std::string end = " (Database: Archive, Server: One) doesn't contain any data.";
+  for (int side : {0, 1}) {
+    const std::string told = std::string("Table ") + (side == 0 ? "Old" : "Orders") + end;
+    form.personPressesKey(side == 0 ? "Alt+V" : "Alt+W");
+    EXPECT_EQ(lastBox(), told);
+    form.barCommands.personChooses(504 + side);
+    EXPECT_EQ(lastBox(), told);
+    form.cmdAnalyzeData[at(side)].personClicks();
+    EXPECT_EQ(lastBox(), told);
+    work.mblnBusy = true;
+    form.cmdViewData[at(side)].personClicks();
+    form.cmdAnalyzeData[at(side)].personClicks();
+    EXPECT_EQ(lastBox(), "");
+    work.mblnBusy = false;
+  }
+  EXPECT_EQ(form.cmdViewData[1].toolTip(), "View data stored in selected table (Alt + W)");
 }
 
 TEST_F(MainCommands, KeysAndTips) {
