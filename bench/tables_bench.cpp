@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <utility>
 
 #include "app/mdlMain.h"
 #include "compare/data/frmDataAnalyze.h"
@@ -88,20 +89,19 @@ void view(qrel::Program& program, qrel::QtHost& host, const std::string& databas
 
 void analyze(qrel::Program& program, qrel::QtHost& host, const std::string& database, const std::string& table) {
   qrel::frmDataAnalyze window(program);
-  QElapsedTimer clock;
   bool started = false;
+  const auto run = [&] {
+    QElapsedTimer clock;
+    clock.start();
+    host.windowOf(window)->inHandler([&] { window.cmdStart.personClicks(); });
+    std::printf("  the Data Analyzer, %zu columns: %.2f s; peak %.0f MB\n", window.rpcReport.recordCount(),
+                static_cast<double>(clock.elapsed()) / 1000, peakMegabytes());
+    window.close();
+  };
   inWindow([&] { window.ShowUp("[" + table + "]", table, database, 0, 0); },
            [&] {
-             qrel::FormWindow* shown = host.windowOf(window);
-             if (!shown || shown->handlerRuns()) return;
-             if (!started) {
-               started = true;
-               clock.start();
-               shown->inHandler([&] { window.cmdStart.personClicks(); });
-               std::printf("  the Data Analyzer, %zu columns: %.2f s; peak %.0f MB\n", window.rpcReport.recordCount(),
-                           static_cast<double>(clock.elapsed()) / 1000, peakMegabytes());
-             }
-             shown->widget().close();
+             // Not from within the timer, which closes the error reports meanwhile.
+             if (host.windowOf(window) && !std::exchange(started, true)) QTimer::singleShot(0, run);
            });
 }
 

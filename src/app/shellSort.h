@@ -17,8 +17,9 @@ template <class Item, class Key>
 void ShellSort(std::vector<Item>& items, bool blnDescending, Key key) {
   const int count = toInt16(static_cast<std::int64_t>(items.size()));
   const auto exchange = [&](int i, int gap) {
-    Item& left = items[static_cast<std::size_t>(i)];
-    Item& right = items[static_cast<std::size_t>(i + gap)];
+    const auto at = static_cast<std::size_t>(i);
+    Item& left = items[at];
+    Item& right = items[at + static_cast<std::size_t>(gap)];
     if (blnDescending ? key(left) < key(right) : key(left) > key(right)) std::swap(left, right);
   };
   for (int gap = count / 2; gap >= 1; gap /= 2) {

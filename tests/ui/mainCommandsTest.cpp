@@ -324,6 +324,29 @@ TEST_F(MainCommands, AllTablesArePrintedThatDiffer) {
   EXPECT_EQ(run.lblCurProcName.text(), "Customers");
 }
 
+TEST_F(MainCommands, RecordsOfOneTable) {
+  makeServers();
+  connect();
+  chooseObject(0, "Old");
+  chooseObject(1, "Orders");
+  const std::string end = " (Database: Archive, Server: One) doesn't contain any data.";
+  for (int side : {0, 1}) {
+    const std::string told = std::string("Table ") + (side == 0 ? "Old" : "Orders") + end;
+    form.personPressesKey(side == 0 ? "Alt+V" : "Alt+W");
+    EXPECT_EQ(lastBox(), told);
+    form.barCommands.personChooses(504 + side);
+    EXPECT_EQ(lastBox(), told);
+    form.cmdAnalyzeData[at(side)].personClicks();
+    EXPECT_EQ(lastBox(), told);
+    work.mblnBusy = true;
+    form.cmdViewData[at(side)].personClicks();
+    form.cmdAnalyzeData[at(side)].personClicks();
+    EXPECT_EQ(lastBox(), "");
+    work.mblnBusy = false;
+  }
+  EXPECT_EQ(form.cmdViewData[1].toolTip(), "View data stored in selected table (Alt + W)");
+}
+
 TEST_F(MainCommands, KeysAndTips) {
   makeServers();
   open();

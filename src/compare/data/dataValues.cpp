@@ -28,6 +28,13 @@ bool sameContent(const Cell& a, const Cell& b) {
 
 std::string GetFieldValueOrNull(const Cell& varValue) { return varValue.null ? "Null" : textOf(varValue); }
 
+void AppendFieldValueOrNull(std::string& strText, const Cell& varValue) {
+  if (varValue.null)
+    strText += "Null";
+  else
+    appendText(strText, varValue);
+}
+
 std::size_t GetFieldIndexByName(const Recordset& rs, const std::string& strName) {
   for (std::size_t index = 0; index < rs.FieldCount(); ++index)
     if (rs.Column(index).name == strName) return index;

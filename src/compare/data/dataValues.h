@@ -18,6 +18,8 @@ inline constexpr std::uint32_t COLOR_DIFF_TARGET = 0x80FFFF;
 
 // A value as text; "Null" for Null.
 std::string GetFieldValueOrNull(const Cell& varValue);
+// The same behind a text: for values by the million.
+void AppendFieldValueOrNull(std::string& strText, const Cell& varValue);
 
 // The field of that very name, 0 when there is none.
 std::size_t GetFieldIndexByName(const Recordset& rs, const std::string& strName);

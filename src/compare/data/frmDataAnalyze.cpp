@@ -7,6 +7,7 @@
 #include "app/modStrings.h"
 #include "app/shellSort.h"
 #include "app/trap.h"
+#include "compare/data/dataValues.h"
 #include "compare/data/readScopes.h"
 #include "compare/structure/frmIgnoreColumnsAdd.h"
 #include "compare/structure/modIgnoreColumns.h"
@@ -238,12 +239,8 @@ bool frmDataAnalyze::countValues(Recordset& rs, const std::string& strColumn, st
     if (rs.Eof()) break;
     progress_.show(lngRec, lngRows);
     if (endAsked()) return false;
-    const Cell cell = rs.Fields(strColumn).cell;
     text.clear();
-    if (cell.null)
-      text = "Null";
-    else
-      appendText(text, cell);
+    AppendFieldValueOrNull(text, rs.Fields(strColumn).cell);
     values.add(text);
   }
   return true;

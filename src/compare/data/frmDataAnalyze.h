@@ -8,7 +8,6 @@
 #include "app/Program.h"
 #include "compare/data/ColumnValues.h"
 #include "compare/data/oneTable.h"
-#include "compare/structure/CompareAllControls.h"
 #include "platform/controls/form.h"
 #include "platform/controls/reportControl.h"
 #include "report/exportFiles.h"

@@ -56,9 +56,14 @@ void SetGridColumnHeaders(Grid& grid, const std::vector<tTableColumn>& arrColumn
 void WriteRecordToGrid(Grid& grid, Recordset& rs, std::uint32_t lngColor, std::int32_t lngRow) {
   const auto row = static_cast<std::size_t>(lngRow);
   grid.setText(row, 0, std::to_string(lngRow));
-  for (std::size_t field = 0; field < rs.FieldCount(); ++field)
-    grid.setText(row, field + 1, GetFieldValueOrNull(rs.Fields(field).cell));
-  grid.paint(row, row, 0, rs.FieldCount(), lngColor);
+  const std::size_t fields = rs.FieldCount();
+  std::string text;
+  for (std::size_t field = 0; field < fields; ++field) {
+    text.clear();
+    AppendFieldValueOrNull(text, rs.Fields(field).cell);
+    grid.setText(row, field + 1, text);
+  }
+  grid.paint(row, row, 0, fields, lngColor);
 }
 
 void RecordProgress::start() {
