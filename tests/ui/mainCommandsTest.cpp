@@ -330,17 +330,18 @@ TEST_F(MainCommands, RecordsOfOneTable) {
   chooseObject(0, "Old");
   chooseObject(1, "Orders");
   const std::string end = " (Database: Archive, Server: One) doesn't contain any data.";
-  for (int side : {0, 1}) {
+  for (const int side : {0, 1}) {
+    const auto place = static_cast<std::size_t>(side);
     const std::string told = std::string("Table ") + (side == 0 ? "Old" : "Orders") + end;
     form.personPressesKey(side == 0 ? "Alt+V" : "Alt+W");
     EXPECT_EQ(lastBox(), told);
     form.barCommands.personChooses(504 + side);
     EXPECT_EQ(lastBox(), told);
-    form.cmdAnalyzeData[at(side)].personClicks();
+    form.cmdAnalyzeData[place].personClicks();
     EXPECT_EQ(lastBox(), told);
     work.mblnBusy = true;
-    form.cmdViewData[at(side)].personClicks();
-    form.cmdAnalyzeData[at(side)].personClicks();
+    form.cmdViewData[place].personClicks();
+    form.cmdAnalyzeData[place].personClicks();
     EXPECT_EQ(lastBox(), "");
     work.mblnBusy = false;
   }
