@@ -8,7 +8,7 @@
 
 #include "app/Program.h"
 #include "bench/slowProvider.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
 #include "embedded/load/loader.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "console/console.h"
 
 namespace qrel {

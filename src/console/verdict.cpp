@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "db/mdlObjects.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"

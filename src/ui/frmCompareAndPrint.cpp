@@ -2,7 +2,7 @@
 
 #include "app/modStrings.h"
 #include "app/trap.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "ui/frmMain.h"
 
 namespace qrel {

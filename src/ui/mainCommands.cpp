@@ -6,7 +6,7 @@
 #include "app/trap.h"
 #include "compare/structure/frmIgnoreColumnsAdd.h"
 #include "compare/structure/frmIgnoreColumnsView.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "db/mdlQueryCode.h"
 #include "platform/text.h"
 #include "ui/flagScope.h"

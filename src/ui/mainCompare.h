@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "compare/structure/compareAllCommands.h"
+#include "compare/all/compareAllCommands.h"
 #include "compare/structure/modCompareSelected.h"
 
 namespace qrel {

@@ -1,6 +1,6 @@
 // Printing from the main window: the panes, and all tables that differ.
 #include "app/trap.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "db/mdlObjects.h"
 #include "db/modPanels.h"
 #include "ui/flagScope.h"

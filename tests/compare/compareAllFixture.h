@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "app/mdlMain.h"
-#include "compare/structure/compareAllCommands.h"
-#include "compare/structure/frmCompareAllTables.h"
+#include "compare/all/compareAllCommands.h"
+#include "compare/all/frmCompareAllTables.h"
 #include "platform/text.h"
 #include "tests/support.h"
 

@@ -1,6 +1,6 @@
 // The windows and commands of a whole-database comparison.
-#include "compare/structure/frmCompareAll.h"
-#include "compare/structure/frmListObjects.h"
+#include "compare/all/frmCompareAll.h"
+#include "compare/all/frmListObjects.h"
 #include "db/modSchema.h"
 #include "embedded/load/loader.h"
 #include "tests/compare/compareAllFixture.h"

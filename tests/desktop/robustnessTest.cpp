@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "compare/structure/frmColorSchema.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "platform/error.h"
 #include "tests/desktop/desktopFixture.h"
 

@@ -1,7 +1,7 @@
 // Comparing from the main window, as a person does: the panes and the report windows that follow.
 #include "app/mdlMain.h"
-#include "compare/structure/frmCompareAll.h"
-#include "compare/structure/frmListObjects.h"
+#include "compare/all/frmCompareAll.h"
+#include "compare/all/frmListObjects.h"
 #include "compare/structure/modMarkDifferences.h"
 #include "db/mdlQueryCode.h"
 #include "platform/files.h"

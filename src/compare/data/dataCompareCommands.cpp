@@ -4,8 +4,8 @@
 
 #include "app/trap.h"
 #include "compare/data/modCompareAllData.h"
-#include "compare/structure/frmCompareAllTables.h"
-#include "compare/structure/frmListObjects.h"
+#include "compare/all/frmCompareAllTables.h"
+#include "compare/all/frmListObjects.h"
 #include "platform/text.h"
 
 namespace qrel {

@@ -5,7 +5,7 @@
 
 #include "app/Program.h"
 #include "app/Workspace.h"
-#include "compare/structure/compareAllCommands.h"
+#include "compare/all/compareAllCommands.h"
 #include "report/AutoReport.h"
 
 namespace qrel {

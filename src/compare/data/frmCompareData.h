@@ -10,7 +10,7 @@
 #include "app/Program.h"
 #include "compare/data/dataValues.h"
 #include "compare/data/modCompareData.h"
-#include "compare/structure/CompareAllControls.h"
+#include "compare/all/CompareAllControls.h"
 #include "platform/controls/form.h"
 #include "platform/controls/grid.h"
 #include "report/exportFiles.h"

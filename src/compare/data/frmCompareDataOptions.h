@@ -9,7 +9,7 @@
 
 #include "app/Program.h"
 #include "compare/data/dataCompSettings.h"
-#include "compare/structure/CompareAllControls.h"
+#include "compare/all/CompareAllControls.h"
 #include "db/mdlQueryCode.h"
 #include "platform/controls/form.h"
 

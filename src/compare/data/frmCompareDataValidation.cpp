@@ -6,7 +6,7 @@
 #include "app/trap.h"
 #include "compare/data/modCompareData.h"
 #include "compare/data/readScopes.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "db/readFailures.h"
 #include "platform/error.h"
 #include "platform/text.h"

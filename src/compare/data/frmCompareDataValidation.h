@@ -8,7 +8,7 @@
 
 #include "app/Program.h"
 #include "compare/data/UpdateDisplay.h"
-#include "compare/structure/CompareAllControls.h"
+#include "compare/all/CompareAllControls.h"
 #include "db/mdlData.h"
 #include "platform/controls/form.h"
 

@@ -4,7 +4,7 @@
 #include "app/trap.h"
 #include "compare/data/CompareTableRecords.h"
 #include "compare/data/readScopes.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"

@@ -2,7 +2,7 @@
 
 #include "app/trap.h"
 #include "compare/data/modCompareData.h"
-#include "compare/structure/CompareAllObjects.h"
+#include "compare/all/CompareAllObjects.h"
 #include "db/mdlQueryCode.h"
 
 namespace qrel {

@@ -1,7 +1,7 @@
 // Comparing the data of all tables, or of a selection, of two databases, with the result as one plain text report.
 #pragma once
 
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 
 namespace qrel {
 

@@ -2,7 +2,7 @@
 
 #include "app/modStrings.h"
 #include "compare/data/dataValues.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "db/mdlData.h"
 
 namespace qrel {

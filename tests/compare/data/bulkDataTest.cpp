@@ -2,7 +2,7 @@
 #include "app/mdlMain.h"
 #include "compare/data/dataCompareCommands.h"
 #include "compare/data/frmCompareData.h"
-#include "compare/structure/frmListObjects.h"
+#include "compare/all/frmListObjects.h"
 #include "compare/structure/modIgnoreColumns.h"
 #include "platform/text.h"
 #include "tests/db/scriptedServer.h"

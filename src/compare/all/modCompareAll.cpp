@@ -1,11 +1,11 @@
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 
 #include <algorithm>
 #include <cstdio>
 
 #include "app/modStrings.h"
 #include "app/trap.h"
-#include "compare/structure/CompareAllSection.h"
+#include "compare/all/CompareAllSection.h"
 #include "db/modSchema.h"
 #include "platform/text.h"
 

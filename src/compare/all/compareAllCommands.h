@@ -7,7 +7,7 @@
 
 #include "app/Program.h"
 #include "app/Workspace.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "report/AutoReport.h"
 
 namespace qrel {

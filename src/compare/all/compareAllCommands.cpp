@@ -1,9 +1,9 @@
-#include "compare/structure/compareAllCommands.h"
+#include "compare/all/compareAllCommands.h"
 
 #include "app/trap.h"
-#include "compare/structure/frmCompareAll.h"
-#include "compare/structure/frmCompareAllTables.h"
-#include "compare/structure/frmListObjects.h"
+#include "compare/all/frmCompareAll.h"
+#include "compare/all/frmCompareAllTables.h"
+#include "compare/all/frmListObjects.h"
 #include "process/modSavedProcess.h"
 
 namespace qrel {

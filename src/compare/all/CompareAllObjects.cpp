@@ -1,4 +1,4 @@
-#include "compare/structure/CompareAllObjects.h"
+#include "compare/all/CompareAllObjects.h"
 
 #include "app/modStrings.h"
 #include "app/trace.h"

@@ -1,7 +1,7 @@
 // The window in which a person chooses the object types to be compared, and which then shows the progress.
 #pragma once
 
-#include "compare/structure/CompareAllWindow.h"
+#include "compare/all/CompareAllWindow.h"
 
 namespace qrel {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <unordered_set>
 
-#include "compare/structure/CompareAllObjects.h"
+#include "compare/all/CompareAllObjects.h"
 
 namespace qrel {
 

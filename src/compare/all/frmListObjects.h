@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/Program.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 #include "platform/controls/form.h"
 
 namespace qrel {

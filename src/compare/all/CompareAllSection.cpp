@@ -1,4 +1,4 @@
-#include "compare/structure/CompareAllSection.h"
+#include "compare/all/CompareAllSection.h"
 
 #include "app/trap.h"
 #include "compare/structure/modCompareObjects.h"

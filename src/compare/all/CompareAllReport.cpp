@@ -1,4 +1,4 @@
-#include "compare/structure/CompareAllReport.h"
+#include "compare/all/CompareAllReport.h"
 
 #include "compare/structure/modDetails.h"
 

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "compare/structure/CompareAllWindow.h"
+#include "compare/all/CompareAllWindow.h"
 
 namespace qrel {
 

@@ -1,4 +1,4 @@
-#include "compare/structure/CompareAllWindow.h"
+#include "compare/all/CompareAllWindow.h"
 
 #include "app/modTextPane.h"
 #include "platform/text.h"

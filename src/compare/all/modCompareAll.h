@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "app/Program.h"
-#include "compare/structure/CompareAllControls.h"
+#include "compare/all/CompareAllControls.h"
 #include "db/mdlData.h"
 #include "db/readFailures.h"
 

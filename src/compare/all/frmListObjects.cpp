@@ -1,4 +1,4 @@
-#include "compare/structure/frmListObjects.h"
+#include "compare/all/frmListObjects.h"
 
 #include "platform/text.h"
 

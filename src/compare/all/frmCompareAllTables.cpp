@@ -1,4 +1,4 @@
-#include "compare/structure/frmCompareAllTables.h"
+#include "compare/all/frmCompareAllTables.h"
 
 namespace qrel {
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "app/Program.h"
-#include "compare/structure/CompareAllControls.h"
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/CompareAllControls.h"
+#include "compare/all/modCompareAll.h"
 
 namespace qrel {
 

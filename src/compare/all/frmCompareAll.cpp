@@ -1,4 +1,4 @@
-#include "compare/structure/frmCompareAll.h"
+#include "compare/all/frmCompareAll.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "compare/structure/modCompareAll.h"
+#include "compare/all/modCompareAll.h"
 
 namespace qrel {
 

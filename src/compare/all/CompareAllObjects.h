@@ -7,8 +7,8 @@
 #include <string>
 #include <unordered_set>
 
-#include "compare/structure/CompareAllReport.h"
-#include "compare/structure/TableNamesakes.h"
+#include "compare/all/CompareAllReport.h"
+#include "compare/all/TableNamesakes.h"
 
 namespace qrel {
 

@@ -1,4 +1,4 @@
-#include "compare/structure/TableNamesakes.h"
+#include "compare/all/TableNamesakes.h"
 
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
