@@ -8,6 +8,7 @@
 #include <ctime>
 #include <filesystem>
 #include <string_view>
+#include <tuple>
 
 namespace qrel::system {
 
@@ -29,7 +30,8 @@ enum class Kind : std::uint8_t {
 struct FileId {
   std::uint64_t volume = 0;
   std::uint64_t number = 0;
-  auto operator<=>(const FileId&) const = default;
+  bool operator==(const FileId&) const = default;
+  bool operator<(const FileId& other) const { return std::tie(volume, number) < std::tie(other.volume, other.number); }
 };
 
 // As exact as the file system has it.
@@ -77,12 +79,12 @@ enum class Access : std::uint8_t {
 
 enum class Open : std::uint8_t {
   Read,
-  ReadAtOnce,   // the same; a pipe that nobody writes to doesn't hold it up
-  Write,        // what is there
-  ReadAndWrite, // what is there
-  Append,       // at the end; made when it isn't there
-  Make,         // to read and write; made when it isn't there
-  MakeNew,      // to write; an error when there is something of this name
+  ReadAtOnce,    // the same; a pipe that nobody writes to doesn't hold it up
+  Write,         // what is there
+  ReadAndWrite,  // what is there
+  Append,        // at the end; made when it isn't there
+  Make,          // to read and write; made when it isn't there
+  MakeNew,       // to write; an error when there is something of this name
 };
 
 // A file that is open. No other program that is started from here gets it.

@@ -179,8 +179,7 @@ Error OpenFile::takeRights(const FileRights& before) {
   const int file = descriptor(number_);
   struct stat mine {};
   if (::fstat(file, &mine) != 0) return errno;
-  if ((mine.st_uid != before.owner || mine.st_gid != before.group) &&
-      ::fchown(file, before.owner, before.group) != 0 &&
+  if ((mine.st_uid != before.owner || mine.st_gid != before.group) && ::fchown(file, before.owner, before.group) != 0 &&
       ::fchown(file, static_cast<uid_t>(-1), before.group) != 0 && errno != EPERM)
     return errno;
   return outcome(::fchmod(file, before.permissions & permissionBits));
