@@ -8,6 +8,7 @@
 #include <ctime>
 #include <filesystem>
 #include <string_view>
+#include <tuple>
 
 namespace qrel::system {
 
@@ -29,7 +30,8 @@ enum class Kind : std::uint8_t {
 struct FileId {
   std::uint64_t volume = 0;
   std::uint64_t number = 0;
-  auto operator<=>(const FileId&) const = default;
+  bool operator==(const FileId&) const = default;
+  bool operator<(const FileId& other) const { return std::tie(volume, number) < std::tie(other.volume, other.number); }
 };
 
 // As exact as the file system has it.
