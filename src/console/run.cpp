@@ -5,10 +5,10 @@
 #include <ostream>
 
 #include "app/settings.h"
-#include "compare/data/frmCompareData.h"
-#include "compare/data/frmCompareStatus.h"
 #include "compare/all/CompareAllWindow.h"
 #include "compare/all/modCompareAll.h"
+#include "compare/data/frmCompareData.h"
+#include "compare/data/frmCompareStatus.h"
 #include "console/commands.h"
 #include "console/differencesTable.h"
 #include "console/progressWatch.h"

@@ -4,9 +4,9 @@
 
 #include "app/mdlMain.h"
 #include "app/trap.h"
+#include "compare/all/modCompareAll.h"
 #include "compare/structure/frmIgnoreColumnsAdd.h"
 #include "compare/structure/frmIgnoreColumnsView.h"
-#include "compare/all/modCompareAll.h"
 #include "db/mdlQueryCode.h"
 #include "platform/text.h"
 #include "ui/flagScope.h"

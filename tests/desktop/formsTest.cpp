@@ -2,6 +2,9 @@
 #include <QDir>
 
 #include "app/frmErrorReport.h"
+#include "compare/all/frmCompareAll.h"
+#include "compare/all/frmCompareAllTables.h"
+#include "compare/all/frmListObjects.h"
 #include "compare/data/frmCompareData.h"
 #include "compare/data/frmCompareDataOptions.h"
 #include "compare/data/frmCompareDataValidation.h"
@@ -9,11 +12,8 @@
 #include "compare/data/frmDataAnalyze.h"
 #include "compare/data/frmDataView.h"
 #include "compare/structure/frmColorSchema.h"
-#include "compare/all/frmCompareAll.h"
-#include "compare/all/frmCompareAllTables.h"
 #include "compare/structure/frmIgnoreColumnsAdd.h"
 #include "compare/structure/frmIgnoreColumnsView.h"
-#include "compare/all/frmListObjects.h"
 #include "db/frmAddServer.h"
 #include "db/frmDeleteServer.h"
 #include "db/frmFilterBySchema.h"

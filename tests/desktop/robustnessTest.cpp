@@ -4,8 +4,8 @@
 #include <QProgressBar>
 #include <memory>
 
-#include "compare/structure/frmColorSchema.h"
 #include "compare/all/modCompareAll.h"
+#include "compare/structure/frmColorSchema.h"
 #include "platform/error.h"
 #include "tests/desktop/desktopFixture.h"
 

@@ -4,10 +4,10 @@
 
 #include "app/frmErrorReport.h"
 #include "app/mdlMain.h"
-#include "compare/structure/frmIgnoreColumnsAdd.h"
-#include "compare/structure/frmIgnoreColumnsView.h"
 #include "compare/all/frmListObjects.h"
 #include "compare/all/modCompareAll.h"
+#include "compare/structure/frmIgnoreColumnsAdd.h"
+#include "compare/structure/frmIgnoreColumnsView.h"
 #include "compare/structure/modMarkDifferences.h"
 #include "process/modSavedProcess.h"
 #include "report/frmReport.h"

@@ -1,10 +1,10 @@
 // Saved processes: every kind of comparison is done by hand, saved from its result window, and run again.
 #include "app/mdlMain.h"
 #include "app/modArrays.h"
-#include "compare/data/frmCompareData.h"
-#include "compare/data/frmCompareDataOptions.h"
 #include "compare/all/frmCompareAll.h"
 #include "compare/all/frmListObjects.h"
+#include "compare/data/frmCompareData.h"
+#include "compare/data/frmCompareDataOptions.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "process/frmSaveCompRun.h"

@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "app/trap.h"
-#include "compare/data/modCompareAllData.h"
 #include "compare/all/frmCompareAllTables.h"
 #include "compare/all/frmListObjects.h"
+#include "compare/data/modCompareAllData.h"
 #include "platform/text.h"
 
 namespace qrel {

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "app/Program.h"
+#include "compare/all/CompareAllControls.h"
 #include "compare/data/dataValues.h"
 #include "compare/data/modCompareData.h"
-#include "compare/all/CompareAllControls.h"
 #include "platform/controls/form.h"
 #include "platform/controls/grid.h"
 #include "report/exportFiles.h"

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "app/Program.h"
-#include "compare/data/dataCompSettings.h"
 #include "compare/all/CompareAllControls.h"
+#include "compare/data/dataCompSettings.h"
 #include "db/mdlQueryCode.h"
 #include "platform/controls/form.h"
 

@@ -4,9 +4,9 @@
 
 #include "app/modStrings.h"
 #include "app/trap.h"
+#include "compare/all/modCompareAll.h"
 #include "compare/data/modCompareData.h"
 #include "compare/data/readScopes.h"
-#include "compare/all/modCompareAll.h"
 #include "db/readFailures.h"
 #include "platform/error.h"
 #include "platform/text.h"

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "app/Program.h"
-#include "compare/data/UpdateDisplay.h"
 #include "compare/all/CompareAllControls.h"
+#include "compare/data/UpdateDisplay.h"
 #include "db/mdlData.h"
 #include "platform/controls/form.h"
 

@@ -2,9 +2,9 @@
 
 #include "app/modStrings.h"
 #include "app/trap.h"
+#include "compare/all/modCompareAll.h"
 #include "compare/data/CompareTableRecords.h"
 #include "compare/data/readScopes.h"
-#include "compare/all/modCompareAll.h"
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/modObjectText.h"

@@ -1,8 +1,8 @@
 #include "compare/data/modCompareAllData.h"
 
 #include "app/trap.h"
-#include "compare/data/modCompareData.h"
 #include "compare/all/CompareAllObjects.h"
+#include "compare/data/modCompareData.h"
 #include "db/mdlQueryCode.h"
 
 namespace qrel {

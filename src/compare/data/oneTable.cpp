@@ -1,8 +1,8 @@
 #include "compare/data/oneTable.h"
 
 #include "app/modStrings.h"
-#include "compare/data/dataValues.h"
 #include "compare/all/modCompareAll.h"
+#include "compare/data/dataValues.h"
 #include "db/mdlData.h"
 
 namespace qrel {

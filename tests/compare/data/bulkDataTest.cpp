@@ -1,8 +1,8 @@
 // The data of many tables compared in one run: the report, what stops it, and the commands that start it.
 #include "app/mdlMain.h"
+#include "compare/all/frmListObjects.h"
 #include "compare/data/dataCompareCommands.h"
 #include "compare/data/frmCompareData.h"
-#include "compare/all/frmListObjects.h"
 #include "compare/structure/modIgnoreColumns.h"
 #include "platform/text.h"
 #include "tests/db/scriptedServer.h"
