@@ -22,7 +22,6 @@ class QuietSteps : public PairComparisonSteps {
  public:
   explicit QuietSteps(Program& program) : program_(program) {}
   bool CanStartComparison() override { return true; }
-  void MarkDifferences(TextPane&, TextPane&, CompLineArray&, CompLineArray&, long) override {}
   void ShowReport(const PairReport&) override { verdict = program_.report.gstrReportText; }
   bool printRunInProgress() override { return false; }
   void PrintPane(const std::string&, TextPane&) override {}

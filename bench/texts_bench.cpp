@@ -53,9 +53,8 @@ void BM_TableTexts(benchmark::State& state) {
   std::size_t bytes = 0;
   for (auto _ : state) {
     for (int t = 0; t < tables; ++t) {
-      long ignored = 0;
       const std::string text =
-          GetTableText(program, server, "T" + std::to_string(t), "Db", false, ignored, 0, "", false, "");
+          GetTableText(program, server, {"Db", "T" + std::to_string(t)});
       if (text.empty()) state.SkipWithError("a table without text");
       bytes += text.size();
     }
