@@ -53,8 +53,7 @@ void BM_TableTexts(benchmark::State& state) {
   std::size_t bytes = 0;
   for (auto _ : state) {
     for (int t = 0; t < tables; ++t) {
-      const std::string text =
-          GetTableText(program, server, {"Db", "T" + std::to_string(t)});
+      const std::string text = GetTableText(program, server, {"Db", "T" + std::to_string(t)});
       if (text.empty()) state.SkipWithError("a table without text");
       bytes += text.size();
     }
