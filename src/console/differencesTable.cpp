@@ -73,6 +73,7 @@ std::string inRed(const std::string& text, const DifferencesForm& form, bool dif
 // The cells of a row as shown: the first column, whose row it is, the values.
 std::vector<std::string> cellsOf(const Grid& grid, std::size_t row, const std::vector<std::size_t>& columns) {
   std::vector<std::string> cells;
+  cells.reserve(columns.size() + 1);
   for (const std::size_t column : columns)
     cells.push_back((differs(grid, row, column) ? "*" : "") + onOneLine(grid.text(row, column)));
   cells.insert(cells.begin() + 1, row == 0 ? "" : whose(grid.backColour(row, 0)));

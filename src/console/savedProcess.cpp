@@ -27,7 +27,7 @@ std::string findSavedProcess(Console& console, const std::string& nameOrId) {
       if (exact ? name == nameOrId : equalNoCase(name, nameOrId)) return name;
   const bool digits =
       !nameOrId.empty() && nameOrId.size() < 10 && nameOrId.find_first_not_of("0123456789") == std::string::npos;
-  const std::string byId =
+  std::string byId =
       digits ? GetSavedProcessNameById(console.program, static_cast<std::int32_t>(numericPrefix(nameOrId))) : "";
   if (byId.empty())
     throw CommandFailure{ExitCode::CannotRead,
