@@ -1,4 +1,6 @@
 // The data of many tables compared in one run: the report, what stops it, and the commands that start it.
+#include <random>
+
 #include "app/mdlMain.h"
 #include "compare/all/frmListObjects.h"
 #include "compare/data/dataCompareCommands.h"
@@ -226,6 +228,30 @@ TEST_F(BulkData, StopEndsATableAndCancelTheRun) {
     };
     EXPECT_EQ(report(), "") << "no report, not even after the last table";
     EXPECT_EQ(std::count(test.host.shown.begin(), test.host.shown.end(), "frmCompareStatus"), table);
+  }
+}
+
+TEST_F(BulkData, BearsStopAndCancelAtAnyMoment) {
+  load(tables("abC"), tables("abc"));
+  const std::string whole = report();
+  ASSERT_NE(whole.find("\tc - 2 different record(s)"), std::string::npos) << whole;
+  std::mt19937 random(20);
+  for (int round = 0; round < 100; ++round) {
+    int yields = static_cast<int>(random() % 30);
+    const auto what = random() % 3;
+    bool cancelled = false;
+    test.host.onDoEvents = [&] {
+      if (yields-- != 0) return;
+      if (what != 1) dataState.gblnStopComparison = true;
+      if (what != 0) cancelled = runState.gblnCancelCompare = true;
+    };
+    const std::string text = report();
+    test.host.onDoEvents = nullptr;
+    EXPECT_TRUE(cancelled ? text.empty() : text.find(" identical data") != std::string::npos) << round << text;
+    EXPECT_EQ(test.host.pointer(), Pointer::Default);
+    if (round % 10 == 0) {
+      EXPECT_EQ(report(), whole) << round;
+    }
   }
 }
 

@@ -1,4 +1,6 @@
 // Whether key fields tell the records of a table apart.
+#include <random>
+
 #include "app/mdlMain.h"
 #include "compare/data/frmCompareDataValidation.h"
 #include "compare/data/modCompareData.h"
@@ -268,6 +270,41 @@ TEST_F(KeyValidations, CancelAndEscEndTheScanAtOnce) {
   EXPECT_EQ(queries("RecsCount"), 0u);
   state.gblnStopComparison = false;
   EXPECT_EQ(validate(key({"a"}, {"[a] [int] NOT NULL"}, 2)), valid);
+}
+
+TEST_F(KeyValidations, BearAnythingAtAnyMoment) {
+  std::string rows = "CREATE TABLE t (a int NULL)\n";
+  for (int i = 0; i < 30; ++i) rows += "INSERT t VALUES (" + std::to_string(i) + ")\n";
+  load(rows);
+  test.data.wrapProviders([this](std::unique_ptr<Provider> inner) {
+    return std::make_unique<SlowServer>(std::move(inner), test.host.tickCount);
+  });
+  const KeyValidation fields = key({"a"}, {"[a] [int] NULL"}, 30);
+  std::mt19937 random(42);
+  for (int round = 0; round < 100; ++round) {
+    state.gblnStopComparison = false;
+    test.host.boxes.clear();
+    int yields = static_cast<int>(random() % 16);
+    bool disturbed = false;
+    test.host.windows.push_back([](Form&) {});
+    frmCompareDataValidation form(program);
+    test.host.onDoEvents = [&] {
+      if (yields-- != 0 || form.closed()) return;
+      disturbed = true;
+      if (random() % 2 == 0) return form.cmdCancel.personClicks();
+      if (form.closeRequested()) form.close();
+    };
+    form.ShowUp(fields);
+    EXPECT_TRUE(form.closed());
+    EXPECT_EQ(test.host.pointer(), Pointer::Default);
+    // A test that was ended has no result, and one that wasn't has its own.
+    if (!test.host.boxes.empty()) {
+      EXPECT_EQ(test.host.boxes[0].text, valid) << round;
+    }
+    EXPECT_EQ(end == KeyValidationEnd::NotDone, test.host.boxes.empty()) << round;
+    EXPECT_TRUE(disturbed || !test.host.boxes.empty()) << round;
+  }
+  test.host.onDoEvents = nullptr;
 }
 
 }  // namespace
