@@ -62,6 +62,15 @@ std::int32_t TXText_ConvTextToArray(const TextPane& pane, CompLineArray& arr, st
   return static_cast<std::int32_t>(count);
 }
 
+bool TXText_LinesOrBox(Program& program, const TextPane& pane, const std::string& strWhat, CompLineArray& arr,
+                       std::int32_t& lngCount) {
+  std::int32_t lngError = 0;
+  lngCount = TXText_ConvTextToArray(pane, arr, lngError);
+  if (lngError == 0) return true;
+  program.host.messageBox(strWhat + " - error occurred.");
+  return false;
+}
+
 std::string TXText_ConvArrayToText(const CompLineArray& arr, std::int32_t lngCount, std::int32_t& lngError) {
   lngError = lngCount > arr.count() ? -1 : 0;
   if (lngCount < 1 || lngError != 0) return {};

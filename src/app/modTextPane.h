@@ -19,6 +19,9 @@ void InitializeTXTextControl(Program& program, TextPane& pane);
 // next one starts, which is the pane's line end. lngError is 0, or -1 when the pane's line
 // offsets make no sense; the result is 0 then.
 std::int32_t TXText_ConvTextToArray(const TextPane& pane, CompLineArray& arr, std::int32_t& lngError);
+// The same with the count in lngCount; where the lines can't be had, false after the box "<strWhat> - error occurred.".
+bool TXText_LinesOrBox(Program& program, const TextPane& pane, const std::string& strWhat, CompLineArray& arr,
+                       std::int32_t& lngCount);
 
 // The first lngCount lines, each followed by CR LF; empty for a count below 1. lngError is 0, or -1 with an empty
 // result when there are fewer lines.

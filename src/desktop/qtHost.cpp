@@ -28,7 +28,7 @@ namespace {
 
 constexpr qint64 eventsEvery = 10;  // milliseconds
 
-QMessageBox::Icon toQt(Icon icon) {
+QMessageBox::Icon boxIcon(Icon icon) {
   switch (icon) {
     case Icon::None:
       return QMessageBox::NoIcon;
@@ -109,7 +109,7 @@ Answer QtHost::messageBox(const std::string& text, Icon icon, const std::string&
   const Pointer before = pointer();
   setPointer(Pointer::Default);
   QMessageBox box(frontWindow());
-  box.setIcon(toQt(icon));
+  box.setIcon(boxIcon(icon));
   box.setWindowTitle(title.empty() ? QStringLiteral("Quorrel") : qrel::toQt(title));
   box.setTextFormat(Qt::PlainText);
   box.setText(qrel::toQt(replaceAll(text, "\r\n", "\n")));

@@ -57,7 +57,6 @@ char32_t mapByRanges(char32_t c, std::span<const CaseRange> ranges) {
 }
 
 char upperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
-char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
 std::string mapCase(std::string_view text, char (*mapAscii)(char), std::span<const CaseRange> ranges) {
   std::string out(text.size(), '\0');

@@ -29,6 +29,10 @@ int compareCollated(std::string_view a, std::string_view b);
 std::string collationKey(std::string_view text);
 bool equalNoCase(std::string_view a, std::string_view b);
 
+// Letters and digits of ASCII alone, whatever the locale.
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+
 // Number of characters (code points), and the byte offset of the character with 0-based index `characters`
 // (the size of the text when it has fewer).
 std::size_t characterCount(std::string_view text);

@@ -6,23 +6,23 @@
 namespace qrel {
 
 namespace {
-constexpr const char* moduleName = "frmSaveCompRun";
+constexpr const char* inFrmSaveCompRun = "frmSaveCompRun";
 constexpr int rightButton = 2;
 }  // namespace
 
-frmSaveCompRun::frmSaveCompRun(Program& program) : Form(moduleName), program_(program) {
+frmSaveCompRun::frmSaveCompRun(Program& program) : Form(inFrmSaveCompRun), program_(program) {
   for (Control* control : std::initializer_list<Control*>{&lstComps, &cmdOK, &cmdDelete, &cmdCancel}) add(*control);
   caption = "Run Saved Comparison Process";
   cmdOK.isDefault = true;
-  cmdOK.onClick = [this] { trapAlone(program_, busy_, moduleName, "cmdOK_Click", [&] { run(); }); };
+  cmdOK.onClick = [this] { trapAlone(program_, busy_, inFrmSaveCompRun, "cmdOK_Click", [&] { run(); }); };
   lstComps.onDoubleClick = cmdOK.onClick;
   lstComps.onMouseUp = [this](int button) {
     if (button != rightButton) return;
-    trapAlone(program_, busy_, moduleName, "lstComps_MouseUp", [&] { showProperties(); });
+    trapAlone(program_, busy_, inFrmSaveCompRun, "lstComps_MouseUp", [&] { showProperties(); });
   };
-  cmdDelete.onClick = [this] { trapAlone(program_, busy_, moduleName, "cmdDelete_Click", [&] { remove(); }); };
+  cmdDelete.onClick = [this] { trapAlone(program_, busy_, inFrmSaveCompRun, "cmdDelete_Click", [&] { remove(); }); };
   cmdCancel.isCancel = true;
-  cmdCancel.onClick = [this] { trapAlone(program_, busy_, moduleName, "cmdCancel_Click", [&] { close(); }); };
+  cmdCancel.onClick = [this] { trapAlone(program_, busy_, inFrmSaveCompRun, "cmdCancel_Click", [&] { close(); }); };
 }
 
 std::string frmSaveCompRun::ShowUp() {
@@ -55,7 +55,7 @@ void frmSaveCompRun::remove() {
       program_.host.messageBox("Are you sure you want to remove comparison process '" + strName + "' ?", Icon::Question,
                                "Confirm Process Deletion", Buttons::YesNo);
   if (answer != Answer::Yes) return;
-  trap(program_, moduleName, "cmdDelete_Click", [&] { DeleteSavedProcess(program_, strName); });
+  trap(program_, inFrmSaveCompRun, "cmdDelete_Click", [&] { DeleteSavedProcess(program_, strName); });
   fill();
 }
 

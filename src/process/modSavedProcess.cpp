@@ -14,7 +14,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "modSavedProcess";
+constexpr const char* inModSavedProcess = "modSavedProcess";
 
 cInifile openSection(const Program& program, const std::string& strName) {
   cInifile ini;
@@ -210,7 +210,7 @@ void checkLists(Program& program, const tSavedProcess& process) {
 }  // namespace
 
 bool SaveComparisonProcess(Program& program, const tSavedProcess& process) {
-  return trap(program, moduleName, "SaveComparisonProcess", false, [&] {
+  return trap(program, inModSavedProcess, "SaveComparisonProcess", false, [&] {
     const PointerScope hourglass(program.host, Pointer::Hourglass);
     cInifile ini = openSection(program, process.strName);
     // A file that can't be read is reported as that, not as one that can't be written.
@@ -234,7 +234,7 @@ tSavedProcess GetSavedProcessDetails(Program& program, const std::string& strNam
   tSavedProcess nothing;
   nothing.strName = strName;
   if (strName.empty()) return nothing;
-  return trap(program, moduleName, "GetSavedProcessDetails", nothing, [&] {
+  return trap(program, inModSavedProcess, "GetSavedProcessDetails", nothing, [&] {
     tSavedProcess process = nothing;
     cInifile ini = openSection(program, strName);
     std::string strSection;
@@ -250,12 +250,12 @@ tSavedProcess GetSavedProcessDetails(Program& program, const std::string& strNam
 }
 
 std::int32_t GetSavedProcessCount(Program& program) {
-  return trap(program, moduleName, "GetSavedProcessCount", 0,
+  return trap(program, inModSavedProcess, "GetSavedProcessCount", 0,
               [&] { return static_cast<std::int32_t>(namesOf(openSection(program, "")).count()); });
 }
 
 std::string GetSavedProcessNameById(Program& program, std::int32_t lngId) {
-  return trap(program, moduleName, "GetSavedProcessNameById", std::string(), [&] {
+  return trap(program, inModSavedProcess, "GetSavedProcessNameById", std::string(), [&] {
     cInifile ini = openSection(program, "");
     const cInifile::Reading reading(ini);
     for (const std::string& strName : namesOf(ini)) {
@@ -268,14 +268,14 @@ std::string GetSavedProcessNameById(Program& program, std::int32_t lngId) {
 
 std::int32_t GetSavedProcessId(Program& program, const std::string& strName) {
   if (strName.empty()) return 0;
-  return trap(program, moduleName, "GetSavedProcessId", 0, [&] {
+  return trap(program, inModSavedProcess, "GetSavedProcessId", 0, [&] {
     cInifile ini = openSection(program, strName);
     return idOf(ini);
   });
 }
 
 std::int32_t GetNextSavedProcessId(Program& program) {
-  return trap(program, moduleName, "GetNextSavedProcessId", 0, [&] {
+  return trap(program, inModSavedProcess, "GetNextSavedProcessId", 0, [&] {
     cInifile ini = openSection(program, "");
     const cInifile::Reading reading(ini);
     return nextId(ini);
@@ -285,7 +285,7 @@ std::int32_t GetNextSavedProcessId(Program& program) {
 void FillSavedProcessList(Program& program, CheckList& list, std::vector<std::string>& arrNames) {
   list.clear();
   arrNames.clear();
-  trap(program, moduleName, "FillSavedProcessList", [&] {
+  trap(program, inModSavedProcess, "FillSavedProcessList", [&] {
     for (const std::string& strName : namesOf(openSection(program, ""))) {
       list.add(strName);
       arrNames.push_back(strName);
@@ -305,7 +305,7 @@ void DeleteSavedProcess(Program& program, const std::string& strName) {
 
 bool AddExportInfoToSavedProcess(Program& program, const std::string& strName, const std::string& strExportFilePath,
                                  std::int32_t lngExportType, bool blnCSVWrapInQuot) {
-  return trap(program, moduleName, "AddExportInfoToSavedProcess", false, [&] {
+  return trap(program, inModSavedProcess, "AddExportInfoToSavedProcess", false, [&] {
     const PointerScope hourglass(program.host, Pointer::Hourglass);
     cInifile ini = openSection(program, strName);
     cInifile::Change change(ini);
@@ -318,7 +318,7 @@ bool AddExportInfoToSavedProcess(Program& program, const std::string& strName, c
 }
 
 bool AddPrintInfoToSavedProcess(Program& program, const std::string& strName, bool blnPrint) {
-  return trap(program, moduleName, "AddPrintInfoToSavedProcess", false, [&] {
+  return trap(program, inModSavedProcess, "AddPrintInfoToSavedProcess", false, [&] {
     const PointerScope hourglass(program.host, Pointer::Hourglass);
     cInifile ini = openSection(program, strName);
     cInifile::Change change(ini);

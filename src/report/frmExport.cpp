@@ -10,7 +10,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "frmExport";
+constexpr const char* inFrmExport = "frmExport";
 
 }  // namespace
 
@@ -56,7 +56,7 @@ const frmExport::Format frmExport::csv{
     "Do you want to view that file now?",
 };
 
-frmExport::frmExport(Program& program) : Form(moduleName), program_(program) {
+frmExport::frmExport(Program& program) : Form(inFrmExport), program_(program) {
   for (OptionButton& option : optGen) add(option);
   for (Control* control : std::initializer_list<Control*>{&lblGen0, &lblGen1, &ProgressBar, &cmdOK, &cmdCancel})
     add(*control);
@@ -68,7 +68,7 @@ frmExport::frmExport(Program& program) : Form(moduleName), program_(program) {
   lblGen0.setText("Exporting row:");
   cmdOK.setText("&OK");
   cmdOK.isDefault = true;
-  cmdOK.onClick = [this] { trap(program_, moduleName, "cmdOK_Click", [&] { run(); }); };
+  cmdOK.onClick = [this] { trap(program_, inFrmExport, "cmdOK_Click", [&] { run(); }); };
   cmdCancel.setText("&Cancel");
   cmdCancel.isCancel = true;
   cmdCancel.onClick = [this] { cancel(); };
@@ -153,7 +153,7 @@ bool frmExport::ExportRepControlToCSV() {
 bool frmExport::exportTable(const char* strProcName, const Format& format, bool blnAskToView, const Writer& writer) {
   bool blnWritten = false;
   row_ = 0;
-  trapWithNumber(program_, moduleName, strProcName, "Row = ", row_, [&] {
+  trapWithNumber(program_, inFrmExport, strProcName, "Row = ", row_, [&] {
     std::string strPath = request_.strFilePath;
     if (strPath.empty()) {
       strPath = askForFile(format);

@@ -13,7 +13,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "frmReport";
+constexpr const char* inFrmReport = "frmReport";
 
 // What the report is about, as a process to be saved under a name that the person gives.
 tSavedProcess processOf(const tReportInput& input) {
@@ -40,7 +40,7 @@ tSavedProcess processOf(const tReportInput& input) {
 
 }  // namespace
 
-frmReport::frmReport(Program& program) : Form(moduleName), program_(program) {
+frmReport::frmReport(Program& program) : Form(inFrmReport), program_(program) {
   for (Control* control :
        std::initializer_list<Control*>{&txtReport, &cmdCopyClip, &cmdCopyToFile, &cmdPrint, &cmdSave, &cmdExit})
     add(*control);
@@ -48,13 +48,13 @@ frmReport::frmReport(Program& program) : Form(moduleName), program_(program) {
   cmdExit.isCancel = true;
   cmdExit.onClick = [this] { close(); };
   cmdCopyClip.onClick = [this] {
-    trap(program_, moduleName, "cmdCopyClip_Click", [&] { TxText_CopyToClipboard(program_, txtReport); });
+    trap(program_, inFrmReport, "cmdCopyClip_Click", [&] { TxText_CopyToClipboard(program_, txtReport); });
   };
   cmdCopyToFile.onClick = [this] {
-    trapAlone(program_, mblnBusy, moduleName, "cmdCopyToFile_Click", [&] { copyToFile(); });
+    trapAlone(program_, mblnBusy, inFrmReport, "cmdCopyToFile_Click", [&] { copyToFile(); });
   };
-  cmdPrint.onClick = [this] { trapAlone(program_, mblnBusy, moduleName, "PrintReport", [&] { PrintReport(); }); };
-  cmdSave.onClick = [this] { trapAlone(program_, mblnBusy, moduleName, "cmdSave_Click", [&] { save(); }); };
+  cmdPrint.onClick = [this] { trapAlone(program_, mblnBusy, inFrmReport, "PrintReport", [&] { PrintReport(); }); };
+  cmdSave.onClick = [this] { trapAlone(program_, mblnBusy, inFrmReport, "cmdSave_Click", [&] { save(); }); };
 }
 
 void frmReport::ShowUp(tReportInput input) {
@@ -83,7 +83,7 @@ void frmReport::showModal(bool blnCanSave) {
 void frmReport::load() {
   if (lineChosen)
     txtReport.onLineChosen = [this](std::size_t line) {
-      trapAlone(program_, mblnBusy, moduleName, "txtReport_DblClick", [&] { lineChosen(txtReport.lineText(line)); });
+      trapAlone(program_, mblnBusy, inFrmReport, "txtReport_DblClick", [&] { lineChosen(txtReport.lineText(line)); });
     };
   InitializeTXTextControl(program_, txtReport);
   txtReport.setText(program_.report.gstrReportText);

@@ -15,7 +15,7 @@ std::string procedures(const std::string& letters) {
   return script;
 }
 
-std::string tables(const std::string& letters) {
+std::string tableList(const std::string& letters) {
   std::string script;
   for (const char letter : letters)
     script += "CREATE TABLE " + lowerCase(std::string(1, letter)) + (letter < 'a' ? " (n bigint)\n" : " (n int)\n");
@@ -84,7 +84,7 @@ TEST_F(CompareAllReports, SentencesFollowWhatWasFound) {
     SCOPED_TRACE(std::string(each.source) + " and " + each.target);
     load(procedures(each.source), procedures(each.target));
     EXPECT_EQ(section(objProcedures), "Comparison of procedures\n" + worded(each.procedures, "procedures"));
-    load(tables(each.source), tables(each.target));
+    load(tableList(each.source), tableList(each.target));
     const char* ofTables = each.tables ? each.tables : each.procedures;
     EXPECT_EQ(section(objTables), "Comparison of tables\n" + worded(ofTables, "tables"));
     const long counts[] = {state().lngDifferent, state().lngSourceOnly, state().lngTargetOnly};
@@ -174,7 +174,7 @@ TEST_F(CompareAllReports, SelectionTakesNamesOfEitherSide) {
   EXPECT_EQ(section(objProcedures, &otherCase), head + "All selected procedures in both databases are identical.")
       << "nothing has these names, so nothing is compared";
   EXPECT_FALSE(ProceedWithThisObject("a", true, SelectedNames({1, 0, {"a"}, {}})));
-  load(tables("a"), tables("aB"));
+  load(tableList("a"), tableList("aB"));
   EXPECT_EQ(section(objTables, &onlyA), replaceAll(head, "procedures", "tables") +
                                             "The structure of all selected tables in both databases is identical.");
 }

@@ -40,14 +40,14 @@ struct Marked {
   Observer observer;
 };
 
-struct Case {
+struct MarkCase {
   std::string source, target;  // "|" ends a line
   std::string marks;           // Source/Target
   std::size_t boxes = 0;
 };
 
-void expectMarks(const std::vector<Case>& cases, long type) {
-  for (const Case& each : cases) {
+void expectMarks(const std::vector<MarkCase>& cases, long type) {
+  for (const MarkCase& each : cases) {
     TestProgram test;
     const Marked marked(test, replaceAll(each.source, "|", "\n"), replaceAll(each.target, "|", "\n"), type);
     EXPECT_EQ(marked.marks(), each.marks) << each.source << " / " << each.target;

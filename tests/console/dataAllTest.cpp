@@ -9,7 +9,7 @@
 namespace qrel {
 namespace {
 
-constexpr const char* source = R"(
+constexpr const char* allOfSource = R"(
 CREATE TABLE Item (Id int NOT NULL, Part nvarchar(10) NULL, Tag binary(2) NOT NULL)
 INSERT Item VALUES (1, N'it''s', 0x0102), (2, N'nut', 0x0102), (3, N'pin', 0x0103)
 CREATE TABLE Same (a int)
@@ -17,7 +17,7 @@ INSERT Same VALUES (1)
 CREATE TABLE Gone (a int)
 CREATE TABLE [Two.Parts] (a int)
 )";
-constexpr const char* target = R"(
+constexpr const char* allOfTarget = R"(
 CREATE TABLE Item (Id int NOT NULL, Part nvarchar(10) NULL, Tag binary(2) NOT NULL)
 INSERT Item VALUES (1, N'bolt', 0x0102), (1, NULL, 0x0102), (3, N'pin', 0x0103)
 CREATE TABLE Same (a int)
@@ -28,8 +28,8 @@ CREATE TABLE Fresh (a int)
 class DataAllCommand : public ConsoleTest {
  protected:
   void SetUp() override {
-    load("S/A", source);
-    load("S/B", target);
+    load("S/A", allOfSource);
+    load("S/B", allOfTarget);
   }
   int data(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"data", "S/A", "S/B"});

@@ -7,13 +7,13 @@
 namespace qrel {
 namespace {
 
-constexpr const char* source = R"(
+constexpr const char* recordSource = R"(
 CREATE TABLE Item (Id int, Part nvarchar(10), Price decimal(9,2))
 INSERT Item VALUES (1, N'bolt', 1), (2, N'nut', 2), (3, N'pin', 3)
 CREATE TABLE Same (a int)
 INSERT Same VALUES (1)
 )";
-constexpr const char* target = R"(
+constexpr const char* recordTarget = R"(
 CREATE TABLE Item (Id int, Part nvarchar(10), Price decimal(9,2))
 INSERT Item VALUES (3, N'pin', 3), (2, N'nut', 2.5), (4, N'line
 end', NULL)
@@ -26,8 +26,8 @@ INSERT Item2 VALUES (3, N'pin', 3), (2, N'nut', 2), (1, N'bolt', 1)
 class DataCommand : public ConsoleTest {
  protected:
   void SetUp() override {
-    load("S/A", source);
-    load("S/B", target);
+    load("S/A", recordSource);
+    load("S/B", recordTarget);
   }
   int data(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"data", "S/A", "S/B"});

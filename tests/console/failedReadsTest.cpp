@@ -12,7 +12,7 @@ namespace qrel {
 namespace {
 
 // Which read fails: the n-th of all commands and fetches since it was set, and none with 0.
-struct Fault {
+struct ReadFault {
   int countdown = 0;
   bool hit = false;
 
@@ -25,7 +25,7 @@ struct Fault {
 
 class FaultyRows : public RowSource {
  public:
-  FaultyRows(std::unique_ptr<RowSource> rows, Fault& fault) : rows_(std::move(rows)), fault_(fault) {}
+  FaultyRows(std::unique_ptr<RowSource> rows, ReadFault& fault) : rows_(std::move(rows)), fault_(fault) {}
   const std::vector<ColumnInfo>& columns() const override { return rows_->columns(); }
   std::size_t fetch(ColumnStore& store, std::size_t most) override {
     fault_.pass();
@@ -36,12 +36,13 @@ class FaultyRows : public RowSource {
 
  private:
   std::unique_ptr<RowSource> rows_;
-  Fault& fault_;
+  ReadFault& fault_;
 };
 
 class FaultyConnection : public ProviderConnection {
  public:
-  FaultyConnection(std::unique_ptr<ProviderConnection> inner, Fault& fault) : inner_(std::move(inner)), fault_(fault) {}
+  FaultyConnection(std::unique_ptr<ProviderConnection> inner, ReadFault& fault)
+      : inner_(std::move(inner)), fault_(fault) {}
   CommandResult execute(const CommandRequest& request) override {
     fault_.pass();
     CommandResult result = inner_->execute(request);
@@ -52,12 +53,12 @@ class FaultyConnection : public ProviderConnection {
 
  private:
   std::unique_ptr<ProviderConnection> inner_;
-  Fault& fault_;
+  ReadFault& fault_;
 };
 
 class FaultyProvider : public Provider {
  public:
-  FaultyProvider(std::unique_ptr<Provider> inner, Fault& fault) : inner_(std::move(inner)), fault_(fault) {}
+  FaultyProvider(std::unique_ptr<Provider> inner, ReadFault& fault) : inner_(std::move(inner)), fault_(fault) {}
   bool serves(const std::string& server) const override { return inner_->serves(server); }
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override {
     return std::make_unique<FaultyConnection>(inner_->open(connectionString), fault_);
@@ -65,14 +66,14 @@ class FaultyProvider : public Provider {
 
  private:
   std::unique_ptr<Provider> inner_;
-  Fault& fault_;
+  ReadFault& fault_;
 };
 
 class FailedReads : public ConsoleTest {
  protected:
   // Runs a command whose n-th read fails; the exit code.
   template <class Command>
-  int withFault(int n, Fault& fault, Command&& command) {
+  int withFault(int n, ReadFault& fault, Command&& command) {
     std::ostringstream results, messages;
     Console console(findFolders("qrel"), results, messages);
     console.start({});
@@ -96,7 +97,7 @@ class FailedReads : public ConsoleTest {
   // then, or nothing of it changed.
   template <class Command>
   void failEach(Command command) {
-    Fault fault;
+    ReadFault fault;
     const auto withoutTime = [](const std::string& text) { return text.substr(0, text.find("Time Elapsed")); };
     const int good = withFault(0, fault, command);
     EXPECT_LE(good, 1) << err;

@@ -17,14 +17,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Fault {
+struct SystemFault {
   SystemCall call;
   int error;
   const char* name;
   bool andAllAfter = false;
 };
 
-constexpr Fault faults[] = {
+constexpr SystemFault faults[] = {
     {SystemCall::Open, EMFILE, "open"},   {SystemCall::Read, EIO, "read"},
     {SystemCall::Write, ENOSPC, "write"}, {SystemCall::Write, ENOSPC, "write and all after it", true},
     {SystemCall::Sync, EIO, "sync"},      {SystemCall::Rename, EACCES, "rename"},
@@ -78,7 +78,7 @@ class Faults : public ::testing::Test {
   // Runs the command with each fault at each place and has every outcome checked. Counts the runs that a fault met.
   void withEachFault(const std::vector<std::string>& command, const std::function<void(const QrelRun&)>& check) {
     long met = 0;
-    for (const Fault& fault : faults) {
+    for (const SystemFault& fault : faults) {
       for (long nth = 1; nth <= most; ++nth) {
         SCOPED_TRACE(std::string(fault.name) + " number " + std::to_string(nth));
         QrelRun run;

@@ -10,13 +10,13 @@
 namespace qrel {
 namespace {
 
-constexpr const char* source = R"(
+constexpr const char* savedSource = R"(
 CREATE TABLE Item (Id int NOT NULL, Part nvarchar(30))
 INSERT Item VALUES (1, N'bolt'), (2, N'5" <b>, "x"')
 GO
 CREATE PROCEDURE GetA AS SELECT 1
 )";
-constexpr const char* target = R"(
+constexpr const char* savedTarget = R"(
 CREATE TABLE Item (Id int NOT NULL, Part nvarchar(30))
 INSERT Item VALUES (1, N'bolt'), (2, N'nut')
 GO
@@ -26,8 +26,8 @@ CREATE PROCEDURE GetA AS SELECT 2
 class ProcessCommands : public ConsoleTest {
  protected:
   void SetUp() override {
-    load("S/A", source);
-    load("S/B", target);
+    load("S/A", savedSource);
+    load("S/B", savedTarget);
   }
 };
 

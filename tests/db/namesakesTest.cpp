@@ -10,7 +10,7 @@ namespace qrel {
 namespace {
 
 // The order of the ids is neither that of the schemas nor that of their names.
-constexpr const char* script = R"(
+constexpr const char* namesakesScript = R"(
 CREATE SCHEMA zeta
 GO
 CREATE SCHEMA alpha
@@ -34,7 +34,7 @@ CREATE VIEW dbo.V AS SELECT 1 AS d
 )";
 
 struct Namesakes : testing::Test {
-  Namesakes() { test.load("New", "Db", script); }
+  Namesakes() { test.load("New", "Db", namesakesScript); }
 
   std::string list(long type) {
     CheckList objects("pvlSqlObj(0)");

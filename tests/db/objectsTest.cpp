@@ -10,7 +10,7 @@
 namespace qrel {
 namespace {
 
-constexpr const char* script = R"(
+constexpr const char* objectsScript = R"(
 CREATE TABLE Parent (a int NOT NULL, b int NOT NULL, CONSTRAINT PK_Parent PRIMARY KEY (a, b))
 CREATE TABLE Child (x int NOT NULL CONSTRAINT pk_child PRIMARY KEY, y int,
   CONSTRAINT FK_Child FOREIGN KEY (x, y) REFERENCES Parent (a, b))
@@ -53,7 +53,7 @@ std::string list(TestProgram& test, const tServer& server, long type) {
 
 TEST(Catalogue, ListsEachTypeInOrderOfName) {
   TestProgram test;
-  test.load("New", "Db", script);
+  test.load("New", "Db", objectsScript);
   const tServer server = TestProgram::server("New");
   EXPECT_EQ(list(test, server, objTables), "Child Heap Parent ");
   EXPECT_EQ(list(test, server, objProcedures), "Hidden P1 ");
@@ -97,7 +97,7 @@ TEST(Catalogue, FilterBindsToTheLastTermOfFunctions) {
 
 TEST(ObjectText, OfEachType) {
   TestProgram test;
-  test.load("New", "Db", script);
+  test.load("New", "Db", objectsScript);
   tServer server = TestProgram::server("New");
   const auto text = [&](long type, const char* name) {
     return GetTextOfObject(test.program, server, "Db", type, name, 0, 0);
@@ -125,7 +125,7 @@ TEST(ObjectText, OfALongProcedureIsJoinedWithoutGaps) {
 
 TEST(ObjectText, PanelShowsOneObjectOrNothing) {
   TestProgram test;
-  test.load("New", "Db", script);
+  test.load("New", "Db", objectsScript);
   tServer server = TestProgram::server("New");
   CheckList objects("pvlSqlObj(0)");
   objects.multipleSelection = true;
@@ -148,7 +148,7 @@ TEST(ObjectText, PanelShowsOneObjectOrNothing) {
 
 TEST(ObjectText, FailuresAreReportedUnderTheNameOfTheirProcedure) {
   TestProgram test;
-  test.load("New", "Db", script);
+  test.load("New", "Db", objectsScript);
   tServer server = TestProgram::server("New");
   const std::tuple<long, const char*, const char*> cases[] = {
       {objProcedures, "(modObjectText:UpdateProcedureTextBox)", "\r\n\r\nLine num = 300"},

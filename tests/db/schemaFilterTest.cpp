@@ -6,7 +6,7 @@
 namespace qrel {
 namespace {
 
-const std::vector<std::string> names = {"dbo", "sales", "sales2"};
+const std::vector<std::string> schemaNames = {"dbo", "sales", "sales2"};
 
 struct Outcome {
   bool blnFilter = false;
@@ -18,7 +18,7 @@ Outcome show(TestProgram& test, const std::function<void(frmFilterBySchema&)>& p
   Outcome outcome;
   test.host.windows.push_back([&](Form& form) { person(dynamic_cast<frmFilterBySchema&>(form)); });
   frmFilterBySchema form(test.program);
-  form.ShowUp(names, 3, 1, outcome.blnFilter, outcome.strFilter, kind, outcome.changed);
+  form.ShowUp(schemaNames, 3, 1, outcome.blnFilter, outcome.strFilter, kind, outcome.changed);
   return outcome;
 }
 

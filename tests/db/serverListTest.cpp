@@ -16,7 +16,7 @@
 namespace qrel {
 namespace {
 
-std::string names(Program& program) {
+std::string serverNames(Program& program) {
   LoadServers(program);
   std::string text;
   for (const tServer& server : program.servers.gtypServers)
@@ -41,15 +41,15 @@ void addThree(Program& program) {
 TEST(ServerList, ClosesTheGapWhenAServerGoes) {
   TestProgram test;
   addThree(test.program);
-  EXPECT_EQ(names(test.program), "1A 2B 3CL ");
+  EXPECT_EQ(serverNames(test.program), "1A 2B 3CL ");
   RemoveServer(test.program, "B");
-  EXPECT_EQ(names(test.program), "1A 2CL ");
+  EXPECT_EQ(serverNames(test.program), "1A 2CL ");
   const tServer& moved = test.program.servers.gtypServers[1];
   EXPECT_TRUE(moved.SQLAuth && moved.LoginName == "sa" && moved.Password == "p;w" && moved.MRUDb == "db" &&
               moved.Version == "9.00.3042.00");
   EXPECT_FALSE(test.store.get("Software\\Qrel\\Servers\\Server3", "Name").has_value());
   RemoveServer(test.program, "a");
-  EXPECT_EQ(names(test.program), "1A 2CL ") << "removal compares exactly";
+  EXPECT_EQ(serverNames(test.program), "1A 2CL ") << "removal compares exactly";
 }
 
 // What is stored as the count is believed as far as there are keys.
@@ -67,7 +67,7 @@ TEST(ServerList, ACountBeyondTheKeysEndsWithThem) {
     for (const int key : each.keys)
       SaveSettingString(test.store, HKEY_CURRENT_USER, servers + "\\Server" + std::to_string(key), "Name",
                         "N" + std::to_string(key));
-    EXPECT_EQ(names(test.program), each.list) << each.count;
+    EXPECT_EQ(serverNames(test.program), each.list) << each.count;
     EXPECT_EQ(GetServersCount(test.program), std::count(each.list, each.list + std::strlen(each.list), ' '));
   }
 }
@@ -103,7 +103,7 @@ TEST_F(StoredServers, AnotherProcessesChangeOfTheListIsNotWrittenOver) {
   LoadServers(other);
   EXPECT_EQ(ReadServerValue(other, 1, "MRUDb"), "db") << "number 1 is B by now";
   EXPECT_EQ(ReadServerValue(program, 1, "Version"), "") << "and what is stored of B is none of A's";
-  EXPECT_EQ(names(program), "1B 2CL ");
+  EXPECT_EQ(serverNames(program), "1B 2CL ");
 }
 
 TEST_F(StoredServers, TheWindowsTellAListThatCannotBeWritten) {
@@ -125,7 +125,7 @@ TEST_F(StoredServers, TheWindowsTellAListThatCannotBeWritten) {
     EXPECT_FALSE(window.closed());
   });
   EXPECT_FALSE(MenuRemoveServer(program));
-  EXPECT_EQ(names(program), "1A 2B 3CL ");
+  EXPECT_EQ(serverNames(program), "1A 2B 3CL ");
 }
 
 TEST_F(StoredServers, AServerThatAnotherProcessAddedMeanwhileIsNotAddedTwice) {
@@ -139,7 +139,7 @@ TEST_F(StoredServers, AServerThatAnotherProcessAddedMeanwhileIsNotAddedTwice) {
   });
   EXPECT_FALSE(MenuAddServer(program));
   EXPECT_EQ(test.host.boxes.back().text, "This server is already added to the list.");
-  EXPECT_EQ(names(program), "1A 2B 3CL 4LOCAL ");
+  EXPECT_EQ(serverNames(program), "1A 2B 3CL 4LOCAL ");
 }
 
 TEST(ServerList, PanelsTakeTheFirstServer) {
@@ -187,7 +187,7 @@ TEST(AddServer, RefusesInTheToldOrderAndAddsAServerThatAnswers) {
     EXPECT_TRUE(form.closed());
   });
   EXPECT_TRUE(MenuAddServer(test.program));
-  EXPECT_EQ(names(test.program), "1(localdb)\\localL ");
+  EXPECT_EQ(serverNames(test.program), "1(localdb)\\localL ");
   EXPECT_EQ(test.program.main.gtypSelServ[0].Name, "(localdb)\\local");
   EXPECT_FALSE(test.program.mdlData.gblnNoConnErrMsg);
 
@@ -209,7 +209,7 @@ TEST(AddServer, RepairsACountWithoutServers) {
     window.personPressesEnter();
   });
   EXPECT_TRUE(MenuAddServer(test.program));
-  EXPECT_EQ(names(test.program), "1Local ");
+  EXPECT_EQ(serverNames(test.program), "1Local ");
 }
 
 TEST(RemoveServer, AsksFirst) {
@@ -230,7 +230,7 @@ TEST(RemoveServer, AsksFirst) {
   EXPECT_TRUE(MenuRemoveServer(test.program));
   EXPECT_EQ(test.host.boxes.back().text,
             "Are you sure that you want to remove\r\n\r\nB\r\n\r\nfrom the list of servers?");
-  EXPECT_EQ(names(test.program), "1A 2CL ");
+  EXPECT_EQ(serverNames(test.program), "1A 2CL ");
 }
 
 TEST(Panels, LoadAServerWithTheDatabaseUsedLast) {

@@ -7,7 +7,7 @@
 namespace qrel {
 namespace {
 
-constexpr const char* script = R"(
+constexpr const char* tableTextScript = R"(
 EXEC sp_addtype 'phone', 'varchar(20)', 'NOT NULL'
 GO
 CREATE TABLE t (
@@ -36,7 +36,7 @@ std::string tableText(TestProgram& test, tServer server, const std::string& tabl
 
 TEST(TableText, IsRightToTheBlank) {
   TestProgram test;
-  test.load("New", "Db", script);
+  test.load("New", "Db", tableTextScript);
   const std::string text = tableText(test, TestProgram::server("New"), "t");
   // The default without a name gets one from the server; it is the only part that can't be told beforehand.
   const std::size_t made = text.find("[price] [money] NULL CONSTRAINT [DF__t__price__");
@@ -115,7 +115,7 @@ TEST(TableText, OfOneNameInTwoSchemasNeedsTheId) {
 
 TEST(GetIndexes, FillsOneEntryPerIndex) {
   TestProgram test;
-  test.load("New", "Db", script);
+  test.load("New", "Db", tableTextScript);
   std::vector<tTableColumn> entries;
   long count = 0;
   GetIndexes(test.program, TestProgram::server("New"), "t", "Db", false, "_x", true, entries, count);

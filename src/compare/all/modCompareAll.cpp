@@ -13,7 +13,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "modCompareAll";
+constexpr const char* inModCompareAll = "modCompareAll";
 constexpr std::int64_t pulseMilliseconds = 5;
 
 }  // namespace
@@ -101,7 +101,7 @@ bool CompareAll_CheckForDuplicateNames(Program& program, long enmObjectType, tSe
                                        bool& blnProceed) {
   blnProceed = true;
   lngOtherId = 0;
-  return trap(program, moduleName, "CompareAll_CheckForDuplicateNames", true, [&] {
+  return trap(program, inModCompareAll, "CompareAll_CheckForDuplicateNames", true, [&] {
     if (enmObjectType != objTables) return true;
     if (versionOf(tThisServer) < 9 || versionOf(tOtherServer) < 9) return true;
     std::string strRest, strSchema;
@@ -182,7 +182,7 @@ bool CompareAll_Structure(Program& program, CompareAllControls& frmOwner, std::s
   const auto heldState = program.data.holdState();
   CompareAllRun run(program, frmOwner, input);
   const CompareAllRunEnd end(run);
-  return trap(program, moduleName, "CompareAll_Structure", false, [&] { return compareAll(run, strTypesFlags); });
+  return trap(program, inModCompareAll, "CompareAll_Structure", false, [&] { return compareAll(run, strTypesFlags); });
 }
 
 }  // namespace qrel

@@ -10,7 +10,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "frmCompareDataOptions";
+constexpr const char* inDataCompSettings = "frmCompareDataOptions";
 
 std::string sectionOf(const Program& program, bool blnSource, const std::string& strDb, const std::string& strTable) {
   return program.main.gtypSelServ[blnSource ? 0 : 1].Name + "." + strDb + "." + strTable;
@@ -22,7 +22,7 @@ void ReadDataCompSettings(Program& program, bool blnSource, const std::string& s
                           tDataCompSide& side, std::int32_t& lngCompMethod) {
   side = {};
   lngCompMethod = 0;
-  trap(program, moduleName, "ReadDataCompSettings", [&] {
+  trap(program, inDataCompSettings, "ReadDataCompSettings", [&] {
     const std::string strSection = sectionOf(program, blnSource, strDb, strTable);
     const ProfileFile file = ProfileFile::read(program.main.gstrTablesCompsIni);
     const auto text = [&](const char* strKey) { return INIGetSettingString(program, strSection, strKey, file); };
@@ -40,7 +40,7 @@ void ReadDataCompSettings(Program& program, bool blnSource, const std::string& s
 
 bool SaveDataCompSettings(Program& program, const std::array<std::string, 2>& arrDbs,
                           const std::array<std::string, 2>& arrTables, const tDataCompSettings& settings) {
-  return trap(program, moduleName, "SaveDataCompSettings", false, [&] {
+  return trap(program, inDataCompSettings, "SaveDataCompSettings", false, [&] {
     std::vector<tIniSetting> arrWrite;
     for (const std::size_t index : {0u, 1u}) {
       const tDataCompSide& side = settings.arrSides[index];

@@ -11,7 +11,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "frmCompareDataOptions";
+constexpr const char* inFrmCompareDataOptions = "frmCompareDataOptions";
 constexpr std::array levelNames = {"Primary", "Secondary", "Tertiary"};
 constexpr std::array operators = {"=", "<", ">", "<=", ">=", "<>"};
 constexpr std::array helpTexts = {
@@ -72,7 +72,7 @@ std::vector<std::size_t> fieldsAfter(std::size_t index) {
 
 }  // namespace
 
-frmCompareDataOptions::frmCompareDataOptions(Program& program) : Form(moduleName), program_(program) {
+frmCompareDataOptions::frmCompareDataOptions(Program& program) : Form(inFrmCompareDataOptions), program_(program) {
   caption = "Data Comparison Options";
   registerControls();
   setTexts();
@@ -117,7 +117,7 @@ void frmCompareDataOptions::setTexts() {
 
 void frmCompareDataOptions::wireEvents() {
   const auto on = [this](const char* strProcedure, auto&& body) {
-    return [this, strProcedure, body](auto&&...) { trap(program_, moduleName, strProcedure, body); };
+    return [this, strProcedure, body](auto&&...) { trap(program_, inFrmCompareDataOptions, strProcedure, body); };
   };
   OptionButton::group({&optGen[0], &optGen[1]});
   for (OptionButton& option : optGen) option.onClick = on("optGen_Click", [this] { methodChanged(); });
@@ -156,7 +156,7 @@ void frmCompareDataOptions::ShowUp(const DataCompTables& tables, tDataCompSettin
 }
 
 void frmCompareDataOptions::load() {
-  trap(program_, moduleName, "Form_Load", [&] {
+  trap(program_, inFrmCompareDataOptions, "Form_Load", [&] {
     for (const std::size_t side : {0, 1}) readStructure(side);
     fillLists();
     showStored();

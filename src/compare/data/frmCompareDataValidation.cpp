@@ -15,7 +15,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "frmCompareDataValidation";
+constexpr const char* inFrmCompareDataValidation = "frmCompareDataValidation";
 constexpr const char* nullsLabel = "Checking if selected fields contain nulls...";
 constexpr const char* uniqueLabel = "Checking if selected fields contain unique values...";
 // A query of one record may take long: a person's Cancel is looked for by time, not by records.
@@ -38,7 +38,8 @@ bool ColumnIsIdentity(const std::string& strColDef) {
   return strColDef.size() > 9 && upperCase(strColDef).find("IDENTITY(") != std::string::npos;
 }
 
-frmCompareDataValidation::frmCompareDataValidation(Program& program) : Form(moduleName), program_(program) {
+frmCompareDataValidation::frmCompareDataValidation(Program& program)
+    : Form(inFrmCompareDataValidation), program_(program) {
   caption = "Validate Fields Selection";
   for (Control* control : std::initializer_list<Control*>{&lblServer1, &lblDb1, &lblTable1, &lblRecsCount1, &lblCurRec,
                                                           &lblTime, &prbProgressBar, &cmdCancel, &cmdOK})
@@ -86,7 +87,7 @@ void frmCompareDataValidation::activate() {
     const auto heldState = program_.data.holdState();
     const StopScope stopping(program_, [this] { return stopped(); });
     const ReadingScope reading(program_, "table " + fields_.strTable);
-    trap(program_, moduleName, "ValidateFields", [this] { ValidateFields(); });
+    trap(program_, inFrmCompareDataValidation, "ValidateFields", [this] { ValidateFields(); });
   }
   close();
 }
@@ -161,7 +162,7 @@ std::string frmCompareDataValidation::tableForNulls() const {
 
 void frmCompareDataValidation::CheckForNulls(std::string& strField, bool& blnNullsFound, bool& blnOK) {
   blnNullsFound = false;
-  blnOK = trap(program_, moduleName, "CheckForNulls", false, [&] {
+  blnOK = trap(program_, inFrmCompareDataValidation, "CheckForNulls", false, [&] {
     const ReadWatch reads(program_);
     for (std::size_t i = 0; i < fields_.arrFields.size() && NamesKey(fields_.arrFields[i]); ++i) {
       if (ColumnCanContainNulls(fields_.arrColDefs[i])) {
@@ -191,7 +192,7 @@ void frmCompareDataValidation::CheckForDuplications(std::string& strDuplicates, 
   blnDuplicates = false;
   prbProgressBar.setValue(0);
   prbProgressBar.setVisible(true);
-  blnOK = trap(program_, moduleName, "CheckForDuplications", false, [&] {
+  blnOK = trap(program_, inFrmCompareDataValidation, "CheckForDuplications", false, [&] {
     const bool blnHasKey = NamesKey(fields_.arrFields[0]);
     if (fields_.lngRecs < 2 || !blnHasKey) return true;
     // An identity column tells the records apart whatever else is in the key.

@@ -20,7 +20,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "frmDataAnalyze";
+constexpr const char* inFrmDataAnalyze = "frmDataAnalyze";
 constexpr const char* howToStart = "Click button 'Start' (or press F5) to analyze data.";
 constexpr const char* noColumn = "None";
 
@@ -31,7 +31,7 @@ constexpr std::uint32_t evenPair = 0xC0FFFF, oddPair = 0xFFFFC0;
 }  // namespace
 
 frmDataAnalyze::frmDataAnalyze(Program& program)
-    : Form(moduleName), program_(program), progress_(program, lblCurRec, prbRows, lblTime) {
+    : Form(inFrmDataAnalyze), program_(program), progress_(program, lblCurRec, prbRows, lblTime) {
   for (Control* control : std::initializer_list<Control*>{
            &fedRecsToAnalyze, &lblGen0,      &lblGen2,          &lblGen3,         &lblGen9,         &lblInfo,
            &lblCurRec,        &lblTime,      &btnIgnoreColumns, &rdbFrequency[0], &rdbFrequency[1], &prbColumns,
@@ -67,7 +67,7 @@ void frmDataAnalyze::setTexts() {
 // A command of the window, while no other one runs.
 template <class Command>
 void frmDataAnalyze::command(const char* strProcName, Command&& run) {
-  trapAlone(program_, busy_, moduleName, strProcName, std::forward<Command>(run));
+  trapAlone(program_, busy_, inFrmDataAnalyze, strProcName, std::forward<Command>(run));
 }
 
 void frmDataAnalyze::wireEvents() {
@@ -98,7 +98,7 @@ void frmDataAnalyze::wireEvents() {
 
 void frmDataAnalyze::ShowUp(const std::string& strExtName, const std::string& strTable, const std::string& strDb,
                             long lngSide, long lngObjId) {
-  trap(program_, moduleName, "ShowUp", [&] {
+  trap(program_, inFrmDataAnalyze, "ShowUp", [&] {
     table_ = OpenTable(program_, strExtName, strTable, strDb, lngSide, lngObjId);
     if (!HasRecordsToShow(program_, table_)) return;
     lblGen3.setText(FormatThousands(table_.lngRecs));
@@ -133,7 +133,7 @@ void frmDataAnalyze::activate() {
 }
 
 void frmDataAnalyze::SetUpColumnsLabels() {
-  trap(program_, moduleName, "SetUpColumnsLabels", [&] {
+  trap(program_, inFrmDataAnalyze, "SetUpColumnsLabels", [&] {
     std::vector<std::string> arrIgnored;
     lblGen2.setText(FormatThousands(GetColumnsCount(
         program_, table_.server, {table_.strDb, table_.strTable, table_.lngObjId, ignoredColsDataAnalysis})));
@@ -161,7 +161,7 @@ void frmDataAnalyze::LoadData() {
     const PointerScope pointer(program_.host, Pointer::Hourglass);
     progress_.start();
     analyzing_ = true;
-    trap(program_, moduleName, "LoadData", [&] { analyzeColumns(); });
+    trap(program_, inFrmDataAnalyze, "LoadData", [&] { analyzeColumns(); });
     analyzing_ = false;
     lblGen0.setText(noColumn);
   }
@@ -207,7 +207,7 @@ bool frmDataAnalyze::analyzeOne(const tTableColumn& column, double percent) {
 // False when it was stopped on the way or failed, so that the column gets no record. A column that couldn't be fetched,
 // which has been told by then, has no values.
 bool frmDataAnalyze::AnalyzeColumn(const std::string& strColumn, ColumnValues& values) {
-  return trap(program_, moduleName, "AnalyzeColumn", false, [&] {
+  return trap(program_, inFrmDataAnalyze, "AnalyzeColumn", false, [&] {
     const std::int32_t lngWanted = std::max(recsToAnalyze_, 1);
     const std::int32_t lngRows = std::min(lngWanted, table_.lngRecs);
     SqlText strSql = "SELECT ";
@@ -248,12 +248,12 @@ bool frmDataAnalyze::countValues(Recordset& rs, const std::string& strColumn, st
 
 // More values than the sort can count are reported and stay in the order in which they came.
 void frmDataAnalyze::sortValues(ColumnValues& values) {
-  trap(program_, moduleName, "ShellSortArray_TwoStr_ByLongEl",
+  trap(program_, inFrmDataAnalyze, "ShellSortArray_TwoStr_ByLongEl",
        [&] { ShellSort(values.values(), mostFrequent_, [](const tColumnValue& value) { return value.lngCount; }); });
 }
 
 bool frmDataAnalyze::LoadColumnDataToGrid(const tTableColumn& column, ColumnValues& values) {
-  return trap(program_, moduleName, "LoadColumnDataToGrid", false, [&] {
+  return trap(program_, inFrmDataAnalyze, "LoadColumnDataToGrid", false, [&] {
     const std::vector<tColumnValue>& atValues = values.values();
     rpcReport.setRedraw(false);
     const std::size_t record = rpcReport.addRecord();
@@ -272,7 +272,7 @@ bool frmDataAnalyze::LoadColumnDataToGrid(const tTableColumn& column, ColumnValu
 }
 
 void frmDataAnalyze::ValidateRecordsToAnalyze() {
-  trap(program_, moduleName, "ValidateRecordsToAnalyze", [&] {
+  trap(program_, inFrmDataAnalyze, "ValidateRecordsToAnalyze", [&] {
     recsToAnalyze_ = table_.lngRecs;
     if (const auto number = doubleOf(trimBlanks(fedRecsToAnalyze.text()))) {
       const double whole = std::nearbyint(*number);

@@ -12,13 +12,13 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "frmDataView";
+constexpr const char* inFrmDataView = "frmDataView";
 constexpr std::int32_t recordsPerBatch = 40;
 
 }  // namespace
 
 frmDataView::frmDataView(Program& program)
-    : Form(moduleName),
+    : Form(inFrmDataView),
       program_(program),
       refresh_(program.state<GridRefreshState>()),
       progress_(program, lblCurRec, ProgressBar, lblTime) {
@@ -29,7 +29,7 @@ frmDataView::frmDataView(Program& program)
   setTexts();
   cmdStop.onClick = [this] { stop_ = true; };
   cmdExport.onClick = [this] {
-    trap(program_, moduleName, "cmdExport_Click", [&] {
+    trap(program_, inFrmDataView, "cmdExport_Click", [&] {
       frmExport window(program_);
       window.mlngMode = exportFromDataView;
       window.ShowUp(exportSource(), {});
@@ -52,7 +52,7 @@ void frmDataView::setTexts() {
 
 void frmDataView::ShowUp(const std::string& strExtName, const std::string& strTable, const std::string& strDb,
                          long lngSide, long lngObjId) {
-  trap(program_, moduleName, "ShowUp", [&] {
+  trap(program_, inFrmDataView, "ShowUp", [&] {
     table_ = OpenTable(program_, strExtName, strTable, strDb, lngSide, lngObjId);
     lblTableName.setText("Table: " + table_.strDisplayName);
     if (!HasRecordsToShow(program_, table_)) return;

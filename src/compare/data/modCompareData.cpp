@@ -14,7 +14,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "modCompareData";
+constexpr const char* inModCompareData = "modCompareData";
 
 std::string joined(const std::vector<std::string>& names) {
   std::string text;
@@ -182,7 +182,7 @@ void ApplyStoredDataCompSettings(Program& program, tDataCompRequest& request) {
 void PerformDataComparison(Program& program, tDataCompRequest request, bool& blnShowOptionsOnce,
                            tDataCompResult& result) {
   result = {};
-  trap(program, moduleName, "PerformDataComparison", [&] {
+  trap(program, inModCompareData, "PerformDataComparison", [&] {
     const bool blnShowOptions = !request.blnSilent && (ReadFlag(program, "ShowDataCompOpt") || blnShowOptionsOnce);
     blnShowOptionsOnce = false;
     tDataCompSettings settings;
@@ -262,7 +262,7 @@ void showDifferences(Program& program, const tDataCompRequest& request, const tD
 
 void RunDataComparison(Program& program, const tDataCompRequest& request, tDataCompResult& result) {
   auto& state = program.state<modCompareDataState>();
-  trap(program, moduleName, "RunDataComparison", [&] {
+  trap(program, inModCompareData, "RunDataComparison", [&] {
     auto heldState = program.data.holdState();
     const IgnoredNote note = ignoredNote(program, request);
     frmCompareStatus(program).ShowUp(request, result);

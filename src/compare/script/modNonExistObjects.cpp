@@ -14,7 +14,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "modNonExistObjects";
+constexpr const char* inModNonExistObjects = "modNonExistObjects";
 
 // UNIQUOE stands where UNIQUE would: that word is reported.
 constexpr std::string_view reservedWords =
@@ -63,7 +63,7 @@ bool FindRefToNonExistentObjects(Program& program, long enmObjectType, std::stri
                                  std::vector<std::string>& arrRefs) {
   arrRefs.clear();
   lngRefCount = 0;
-  return trap(program, moduleName, "FindRefToNonExistentObjects", false, [&] {
+  return trap(program, inModNonExistObjects, "FindRefToNonExistentObjects", false, [&] {
     strText = trimBlanks(strText);
     if (strText.empty()) return false;
     strText = flattened(strText);
@@ -92,7 +92,7 @@ bool FindRefToNonExistentObjects(Program& program, long enmObjectType, std::stri
 bool GetTokens(Program& program, const std::string& strText, std::vector<std::string>& arrTokens, long& lngCount) {
   arrTokens.clear();
   lngCount = 0;
-  return trap(program, moduleName, "GetTokens", false, [&] {
+  return trap(program, inModNonExistObjects, "GetTokens", false, [&] {
     const std::string strTrimmed(trimBlanks(strText));
     if (strTrimmed.empty()) return false;
     CTokenizer tokenizer(program.host);
@@ -116,7 +116,7 @@ void GetVariables(Program& program, const std::string& strText, const std::vecto
                   long& lngVariableCount) {
   arrVariables.clear();
   lngVariableCount = 0;
-  trap(program, moduleName, "GetVariables", [&] {
+  trap(program, inModNonExistObjects, "GetVariables", [&] {
     if ((enmObjectType != objProcedures && enmObjectType != objFunctions) || strText.empty() || lngTokenCount < 1)
       return;
     for (const std::string& strToken : arrTokens) {

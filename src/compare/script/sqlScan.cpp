@@ -11,8 +11,6 @@ namespace qrel {
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 bool beginsName(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return std::isalpha(byte) || c == '_' || byte >= 0x80;

@@ -9,10 +9,10 @@ namespace qrel {
 
 namespace {
 
-using Words = std::unordered_set<std::string>;
+using WordSet = std::unordered_set<std::string>;
 
-Words wordsOf(std::string_view text) {
-  Words words;
+WordSet wordsOf(std::string_view text) {
+  WordSet words;
   for (std::string& word : splitAt(text, ' '))
     if (!word.empty()) words.insert(std::move(word));
   return words;
@@ -108,22 +108,22 @@ constexpr std::string_view systemTables =
 }  // namespace
 
 bool IsBuiltInFunction(const std::string& strLower) {
-  static const Words words = wordsOf(functions);
+  static const WordSet words = wordsOf(functions);
   return words.count(strLower) > 0 || strLower.starts_with("fn_");
 }
 
 bool IsBuiltInType(const std::string& strLower) {
-  static const Words words = wordsOf(types);
+  static const WordSet words = wordsOf(types);
   return words.count(strLower) > 0;
 }
 
 bool IsStatementWord(const std::string& strLower) {
-  static const Words words = wordsOf(statementWords);
+  static const WordSet words = wordsOf(statementWords);
   return words.count(strLower) > 0;
 }
 
 bool IsSystemObject(const std::string& strLower) {
-  static const Words words = wordsOf(systemTables);
+  static const WordSet words = wordsOf(systemTables);
   return words.count(strLower) > 0 || strLower.starts_with("sp_") || strLower.starts_with("xp_");
 }
 

@@ -8,10 +8,10 @@
 namespace qrel {
 
 namespace {
-constexpr const char* moduleName = "frmIgnoreColumnsView";
+constexpr const char* inFrmIgnoreColumnsView = "frmIgnoreColumnsView";
 }
 
-frmIgnoreColumnsView::frmIgnoreColumnsView(Program& program) : Form(moduleName), program_(program) {
+frmIgnoreColumnsView::frmIgnoreColumnsView(Program& program) : Form(inFrmIgnoreColumnsView), program_(program) {
   for (Control* control : std::initializer_list<Control*>{&lblGen, &vsfGrid, &lblCount, &cmdCopyClip, &cmdCopyToFile,
                                                           &cmdSendToNotepad, &cmdExit})
     add(*control);
@@ -41,7 +41,7 @@ void frmIgnoreColumnsView::load() {
 }
 
 void frmIgnoreColumnsView::copyToClipboard() {
-  trap(program_, moduleName, "cmdCopyClip_Click", [&] {
+  trap(program_, inFrmIgnoreColumnsView, "cmdCopyClip_Click", [&] {
     if (strListing_.empty())
       program_.host.messageBox("There is nothing to copy to the Clipboard.");
     else
@@ -50,7 +50,7 @@ void frmIgnoreColumnsView::copyToClipboard() {
 }
 
 void frmIgnoreColumnsView::copyToFile() {
-  trap(program_, moduleName, "cmdCopyToFile_Click", [&] {
+  trap(program_, inFrmIgnoreColumnsView, "cmdCopyToFile_Click", [&] {
     std::string strPath;
     if (strListing_.empty())
       program_.host.messageBox("There is nothing to copy to file.");
@@ -60,7 +60,7 @@ void frmIgnoreColumnsView::copyToFile() {
 }
 
 void frmIgnoreColumnsView::sendToNotepad() {
-  trap(program_, moduleName, "cmdSendToNotepad_Click", [&] {
+  trap(program_, inFrmIgnoreColumnsView, "cmdSendToNotepad_Click", [&] {
     const std::string strPath = program_.main.gstrDataPath + "qrel_ignored_columns.txt";
     files::writeAtomically(strPath, strListing_);
     if (!program_.host.openUrl(strPath))

@@ -63,16 +63,6 @@ void adjustHeaders(std::string& strSource, std::string& strTarget) {
               strTarget.substr(byteOffset(strTarget, charactersTarget));
 }
 
-// False after a box when the pane's lines can't be had.
-bool convertPane(Program& program, const TextPane& pane, const std::string& strSide, CompLineArray& arr,
-                 std::int32_t& lngCount) {
-  std::int32_t lngError = 0;
-  lngCount = TXText_ConvTextToArray(pane, arr, lngError);
-  if (lngError == 0) return true;
-  program.host.messageBox("CompareProcs_IgnoreOwnerInName (" + strSide + ") - error occurred.");
-  return false;
-}
-
 // Whether two lines agree under the settings. They are left stripped and upper-cased as the settings ask.
 bool linesMatch(const Program& program, std::string& a, std::string& b) {
   if (program.settings.IgnoreComments && a != b) {
@@ -111,8 +101,10 @@ bool CompareProcs_IgnoreOwnerInName(Program& program, const TextPane& paneSource
   return trap(program, "modCompareObjects", "CompareProcs_IgnoreOwnerInName", false, [&] {
     CompLineArray arrSource, arrTarget;
     std::int32_t lngSource = 0, lngTarget = 0;
-    if (!convertPane(program, paneSource, "Source", arrSource, lngSource)) return false;
-    if (!convertPane(program, paneTarget, "Target", arrTarget, lngTarget)) return false;
+    if (!TXText_LinesOrBox(program, paneSource, "CompareProcs_IgnoreOwnerInName (Source)", arrSource, lngSource))
+      return false;
+    if (!TXText_LinesOrBox(program, paneTarget, "CompareProcs_IgnoreOwnerInName (Target)", arrTarget, lngTarget))
+      return false;
     if (lngSource != lngTarget) return false;
     for (std::int32_t line = 1; line <= lngSource; ++line) {
       std::string& a = arrSource[line].strLine;

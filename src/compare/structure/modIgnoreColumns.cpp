@@ -12,7 +12,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "modIgnoreColumns";
+constexpr const char* inModIgnoreColumns = "modIgnoreColumns";
 
 // The values of the file's current section, read while a Reading is open.
 std::vector<std::string> valuesOf(cInifile& ini) {
@@ -66,7 +66,7 @@ std::string GetIgnoredColsFilePath(const Program& program, long enmList) {
 std::int32_t GetIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
                                std::vector<std::string>& arrColumns) {
   arrColumns.clear();
-  return trap(program, moduleName, "GetIgnoredColumns", std::int32_t{0}, [&] {
+  return trap(program, inModIgnoreColumns, "GetIgnoredColumns", std::int32_t{0}, [&] {
     cInifile ini;
     ini.Path = GetIgnoredColsFilePath(program, enmList);
     const cInifile::Reading reading(ini);
@@ -78,7 +78,7 @@ std::int32_t GetIgnoredColumns(Program& program, long enmList, const std::string
 
 bool SaveIgnoredColumns(Program& program, long enmList, const std::string& strFullName,
                         const std::vector<std::string>& arrColumns, std::int32_t lngCount) {
-  return trap(program, moduleName, "SaveIgnoredColumns", false, [&] {
+  return trap(program, inModIgnoreColumns, "SaveIgnoredColumns", false, [&] {
     if (lngCount < 0 || static_cast<std::size_t>(lngCount) > arrColumns.size())
       throw RuntimeError(errorNumber::subscript, "Subscript out of range");
     return SaveIgnoredLists(program, enmList, {{strFullName, {arrColumns.begin(), arrColumns.begin() + lngCount}}});
@@ -86,7 +86,7 @@ bool SaveIgnoredColumns(Program& program, long enmList, const std::string& strFu
 }
 
 bool SaveIgnoredLists(Program& program, long enmList, const std::vector<tIgnoredList>& arrLists) {
-  return trap(program, moduleName, "SaveIgnoredColumns", false, [&] {
+  return trap(program, inModIgnoreColumns, "SaveIgnoredColumns", false, [&] {
     cInifile ini;
     ini.Path = GetIgnoredColsFilePath(program, enmList);
     std::optional<cInifile::Change> change;
@@ -113,7 +113,7 @@ std::int32_t GetAllIgnoredColumns(Program& program, long enmList, std::string& s
                                   std::vector<tIgnoredColumn>& arrRecords) {
   strListing.clear();
   arrRecords.clear();
-  return trap(program, moduleName, "GetAllIgnoredColumns", std::int32_t{0}, [&] {
+  return trap(program, inModIgnoreColumns, "GetAllIgnoredColumns", std::int32_t{0}, [&] {
     cInifile ini;
     ini.Path = GetIgnoredColsFilePath(program, enmList);
     const cInifile::Reading reading(ini);

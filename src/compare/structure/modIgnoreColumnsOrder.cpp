@@ -8,26 +8,14 @@
 
 namespace qrel {
 
-namespace {
-
-// False after a box when the pane's lines can't be had.
-bool convertPane(Program& program, const TextPane& pane, const std::string& strSide, CompLineArray& arr,
-                 std::int32_t& lngCount) {
-  std::int32_t lngError = 0;
-  lngCount = TXText_ConvTextToArray(pane, arr, lngError);
-  if (lngError == 0) return true;
-  program.host.messageBox("Ignore Columns Order option (" + strSide + ") - error occurred.");
-  return false;
-}
-
-}  // namespace
-
 bool CompareProcs_IgnoreColumnsOrder(Program& program, const TextPane& paneSource, const TextPane& paneTarget) {
   return trap(program, "modIgnoreColumnsOrder", "CompareProcs_IgnoreColumnsOrder", false, [&] {
     CompLineArray arrSource, arrTarget;
     std::int32_t lngSource = 0, lngTarget = 0;
-    if (!convertPane(program, paneSource, "Source", arrSource, lngSource)) return false;
-    if (!convertPane(program, paneTarget, "Target", arrTarget, lngTarget)) return false;
+    if (!TXText_LinesOrBox(program, paneSource, "Ignore Columns Order option (Source)", arrSource, lngSource))
+      return false;
+    if (!TXText_LinesOrBox(program, paneTarget, "Ignore Columns Order option (Target)", arrTarget, lngTarget))
+      return false;
     if (!SortArray_CompLine(program, arrSource, true, true)) return false;
     if (!SortArray_CompLine(program, arrTarget, true, true)) return false;
     return AreTypeArrays_CompLine_Identical(program, arrSource, arrTarget, lngSource, lngTarget);

@@ -14,7 +14,7 @@ namespace qrel {
 
 namespace {
 
-constexpr const char* moduleName = "modMarkDifferences";
+constexpr const char* inModMarkDifferences = "modMarkDifferences";
 constexpr long linesAhead = 20;  // searched behind the current one
 
 // Walks both texts side by side; a line that isn't met looks for itself in the lines ahead, Source's line first.
@@ -51,7 +51,7 @@ std::string_view firstWordOf(std::string_view strLine) {
 
 void Mark_Differences(Program& program, TextPane& paneSource, TextPane& paneTarget, CompLineArray& arrSource,
                       CompLineArray& arrTarget, std::int32_t& lngError, long enmObjectType) {
-  trap(program, moduleName, "Mark_Differences", [&] {
+  trap(program, inModMarkDifferences, "Mark_Differences", [&] {
     lngError = 0;
     if (paneSource.text() == paneTarget.text()) return;
     const std::int32_t lngCountSource = TXText_ConvTextToArray(paneSource, arrSource, lngError);
@@ -78,7 +78,7 @@ void Mark_Differences(Program& program, TextPane& paneSource, TextPane& paneTarg
 
 void Mark_Differences_Tables(Program& program, CompLineArray& arrSource, CompLineArray& arrTarget,
                              std::int32_t lngCountSource, std::int32_t lngCountTarget) {
-  trap(program, moduleName, "Mark_Differences_Tables", [&] {
+  trap(program, inModMarkDifferences, "Mark_Differences_Tables", [&] {
     const TableLines targetLines(arrTarget, lngCountTarget);
     for (long line = 1; line <= lngCountSource; ++line)
       Mark_Differences_PerSourceLine(program, arrSource, arrTarget, targetLines, arrSource[line].strLine, line);
@@ -96,7 +96,7 @@ TableLines::TableLines(const CompLineArray& arrTarget, std::int32_t lngCountTarg
 
 void Mark_Differences_PerSourceLine(Program& program, CompLineArray& arrSource, CompLineArray& arrTarget,
                                     const TableLines& targetLines, const std::string& strLine, long lngSourceIndex) {
-  trap(program, moduleName, "Mark_Differences_PerSourceLine", [&] {
+  trap(program, inModMarkDifferences, "Mark_Differences_PerSourceLine", [&] {
     if (trimBlanks(strLine).empty()) return;
     const std::string strUpper = upperCase(strLine);
     std::string strRest;
@@ -115,7 +115,7 @@ void Mark_Differences_PerSourceLine(Program& program, CompLineArray& arrSource, 
 }
 
 std::string StripExtraColInfo(Program& program, const std::string& strLine) {
-  return trap(program, moduleName, "StripExtraColInfo", std::string(), [&] {
+  return trap(program, inModMarkDifferences, "StripExtraColInfo", std::string(), [&] {
     std::string_view rest = strLine;
     for (const std::string_view clause : {"CONSTRAINT", "DEFAULT"}) rest = rest.substr(0, rest.find(clause, 1));
     return std::string(trimBlanks(rest));

@@ -15,10 +15,6 @@ namespace {
 
 bool sameName(std::string_view a, std::string_view b) { return compareCollated(a, b) == 0; }
 
-std::string fullName(std::string_view schema, std::string_view name) {
-  return schema.empty() ? std::string(name) : std::string(schema) + "." + std::string(name);
-}
-
 // A table that a change is made on; refuses when it isn't there.
 std::shared_ptr<const TableInfo> requireTable(const Catalogue& catalogue, const ObjectName& name) {
   auto table = catalogue.table(name.schema, name.name);
@@ -309,6 +305,10 @@ void refuseReferencedKey(sqlite::Database& database, std::int64_t table, std::in
 }
 
 }  // namespace
+
+std::string fullName(std::string_view schema, std::string_view name) {
+  return schema.empty() ? std::string(name) : std::string(schema) + "." + std::string(name);
+}
 
 std::string makeConstraintName(const Catalogue& catalogue, std::string_view kind, std::string_view schema,
                                std::string_view table, const std::vector<std::string>& columns) {

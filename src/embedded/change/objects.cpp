@@ -20,10 +20,6 @@ constexpr std::int64_t firstObjectId = 245575913;
 constexpr std::int64_t objectIdStep = 16;
 constexpr std::size_t commentCharacters = 4000;
 
-std::string fullName(std::string_view schema, std::string_view name) {
-  return schema.empty() ? std::string(name) : std::string(schema) + "." + std::string(name);
-}
-
 std::string now() {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   const std::tm parts = system::localTime(seconds);

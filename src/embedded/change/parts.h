@@ -13,6 +13,9 @@
 
 namespace qrel::tsql {
 
+// A name as messages show it: "schema.name", or the bare name without a schema.
+std::string fullName(std::string_view schema, std::string_view name);
+
 void writeComment(sqlite::Database& database, std::int64_t id, std::string_view text, bool encrypted = false);
 
 // Writes an object's row and returns its id, which is above all others. Refuses a name that is taken.

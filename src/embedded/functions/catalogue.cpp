@@ -348,7 +348,7 @@ void allowed(FunctionCall& call) { call.result(std::int64_t{1}); }
 
 using enum Function::Trait;
 
-constexpr Function table[] = {
+constexpr Function catalogueTable[] = {
     {"object_id", 1, 2, DataType::Integer, callFunction<objectId>},
     {"object_name", 1, 2, DataType::Text, callFunction<objectName>},
     {"object_schema_name", 1, 2, DataType::Text, callFunction<objectSchemaName>, 0, MadeWidth::Unknown, 9},
@@ -387,6 +387,6 @@ constexpr Function table[] = {
 
 }  // namespace
 
-std::span<const Function> catalogueFunctions() { return table; }
+std::span<const Function> catalogueFunctions() { return catalogueTable; }
 
 }  // namespace qrel::tsql

@@ -484,7 +484,7 @@ namespace {
 
 using enum Function::Trait;
 
-constexpr Function table[] = {
+constexpr Function dateTable[] = {
     {"getdate", 0, 0, DataType::Date, callFunction<presentTime<true, true>>},
     {"getutcdate", 0, 0, DataType::Date, callFunction<presentTime<false, true>>},
     {"sysdatetime", 0, 0, DataType::Date, callFunction<presentTime<true, false>>},
@@ -506,6 +506,6 @@ constexpr Function table[] = {
 
 }  // namespace
 
-std::span<const Function> dateFunctions() { return table; }
+std::span<const Function> dateFunctions() { return dateTable; }
 
 }  // namespace qrel::tsql

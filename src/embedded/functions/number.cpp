@@ -432,7 +432,7 @@ void averageResult(sqlite3_context* context) { totalResult(context, true); }
 
 using enum Function::Trait;
 
-constexpr Function table[] = {
+constexpr Function numberTable[] = {
     {"add", 2, 2, DataType::Empty, callFunction<operate<'a'>>, Pure | Inside},
     {"divide", 2, 2, DataType::Empty, callFunction<operate<'/'>>, Pure | Inside},
     {"modulo", 2, 2, DataType::Empty, callFunction<operate<'%'>>, Pure | Inside},
@@ -460,7 +460,7 @@ constexpr Function table[] = {
 
 }  // namespace
 
-std::span<const Function> numberFunctions() { return table; }
+std::span<const Function> numberFunctions() { return numberTable; }
 
 void addAggregates(FunctionSurroundings& to) {
   for (const auto& [name, result] : {std::pair{"q_sum", &sumResult}, {"q_avg", &averageResult}}) {

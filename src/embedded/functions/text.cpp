@@ -337,7 +337,7 @@ void like(FunctionCall& call) {
 
 using enum Function::Trait;
 
-constexpr Function table[] = {
+constexpr Function textTable[] = {
     {"len", 1, 1, DataType::Integer, callFunction<len>, Pure},
     {"datalength", 1, 1, DataType::Integer, callFunction<datalength>, Pure},
     {"charindex", 2, 3, DataType::Integer, callFunction<charindex>, Pure},
@@ -371,6 +371,6 @@ constexpr Function table[] = {
 
 }  // namespace
 
-std::span<const Function> textFunctions() { return table; }
+std::span<const Function> textFunctions() { return textTable; }
 
 }  // namespace qrel::tsql

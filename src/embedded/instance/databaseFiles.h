@@ -10,6 +10,10 @@
 
 namespace qrel {
 
+// How the names of lock files end, and of folders in which a server is being made.
+inline constexpr std::string_view lockEnding = ".lock";
+inline constexpr std::string_view loadingEnding = ".loading";
+
 // Whether a server or a database can have this name: none that is empty, begins with a point, has over 128 bytes, or
 // holds "/", "\", ":" or a control character.
 bool isLegalName(std::string_view name);

@@ -20,8 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* versionFile = "instance.txt";
-constexpr const char* lockEnding = ".lock";
-constexpr const char* loadingEnding = ".loading";
 constexpr std::size_t mostVersionParts = 4;
 constexpr std::size_t mostVersionDigits = 5;
 constexpr std::chrono::milliseconds waitUntold(300);
@@ -69,7 +67,7 @@ void checkVersion(std::string_view version) {
 
 // The hidden file beside `name` that is locked for it.
 fs::path lockFile(const fs::path& folder, std::string_view name) {
-  return folder / ("." + lowerCase(name) + lockEnding);
+  return folder / ("." + lowerCase(name) + std::string(lockEnding));
 }
 
 // Does `work`; an error's text names the path that the person knows instead of one that is used meanwhile.
@@ -301,7 +299,7 @@ void NewInstance::fill(std::string_view version) {
     folder_ = target_ = there;
     return;
   }
-  folder_ = target_.parent_path() / ("." + target_.filename().string() + loadingEnding);
+  folder_ = target_.parent_path() / ("." + target_.filename().string() + std::string(loadingEnding));
   servers_.unfinished().add(folder_);
   fs::remove_all(folder_, error);  // of a killed run: nobody else makes this instance
   if (!fs::create_directory(folder_, error))

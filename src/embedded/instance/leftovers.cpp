@@ -12,9 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view lockEnding = ".lock";
-constexpr std::string_view loadingEnding = ".loading";
-
 // Does `work` when nobody holds the lock. What can't be locked stays as it is.
 template <class Work>
 void whenFree(FileLock lock, Work&& work) {

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
+
 namespace qrel::tsql {
 
 namespace {
 
-char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isHexDigit(char c) { return isDigit(c) || (lowerAscii(c) >= 'a' && lowerAscii(c) <= 'f'); }
 bool isLetter(char c) {
   return (lowerAscii(c) >= 'a' && lowerAscii(c) <= 'z') || c == '_' || c == '#' ||

@@ -28,7 +28,7 @@ std::string Translator::newValue(const Token& variable) {
 namespace {
 
 constexpr std::string_view ownMark = "@v_";  // names of the program's own parameters begin otherwise
-constexpr std::string_view digits = "0123456789abcdef";
+constexpr std::string_view hexDigits = "0123456789abcdef";
 
 bool isPlain(unsigned char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c >= 0x80; }
 
@@ -42,7 +42,7 @@ std::string variableOfParameter(std::string_view parameter) {
       name += parameter[i];
       continue;
     }
-    name += static_cast<char>(digits.find(parameter[i + 1]) * 16 + digits.find(parameter[i + 2]));
+    name += static_cast<char>(hexDigits.find(parameter[i + 1]) * 16 + hexDigits.find(parameter[i + 2]));
     i += 2;
   }
   return name;
@@ -57,8 +57,8 @@ std::string parameterOfVariable(std::string_view name) {
       continue;
     }
     out += '$';
-    out += digits[byte >> 4];
-    out += digits[byte & 15];
+    out += hexDigits[byte >> 4];
+    out += hexDigits[byte & 15];
   }
   return out;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "embedded/types/types.h"
+#include "platform/text.h"
 
 namespace qrel::tsql {
 
@@ -16,8 +17,6 @@ constexpr std::array<std::string_view, 12> monthNames = {"january",   "february"
                                                          "may",       "june",     "july",     "august",
                                                          "september", "october",  "november", "december"};
 
-char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isLetter(char c) { return lowerAscii(c) >= 'a' && lowerAscii(c) <= 'z'; }
 
 // A number, a word or a mark of a date text.

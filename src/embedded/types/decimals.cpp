@@ -9,8 +9,6 @@ namespace qrel::tsql {
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 // Moves the point by an exponent as in 1.5e3.
 void shift(DecimalParts& number, int exponent) {
   std::string& from = exponent > 0 ? number.fraction : number.whole;

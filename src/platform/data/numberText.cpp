@@ -11,8 +11,6 @@ namespace {
 
 constexpr int largestExponent = 400;
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 // Takes the digits off the front of `text`.
 std::string_view takeDigits(std::string_view& text) {
   std::size_t count = 0;

@@ -8,14 +8,14 @@
 namespace qrel {
 namespace {
 
-constexpr const char* tables =
+constexpr const char* victimTables =
     "CREATE TABLE t (a int)\nCREATE TABLE victim (a int)\nCREATE TABLE src (n int, s varchar(9))\n"
     "INSERT src VALUES (1, 'a'), (2, 'b'), (3, 'c')\nGO\n";
 
 // A script behind these tables: the rows of t in order, and how many entries are told. The victim must live.
 void expectRun(const std::string& script, const std::string& rows, std::size_t told) {
   Loading s;
-  const auto report = s.load(tables + script);
+  const auto report = s.load(victimTables + script);
   EXPECT_EQ(s.rows("select ifnull(group_concat(a), '') from \"dbo.t\""), rows + "\n") << script;
   EXPECT_EQ(report.skipped.size() + report.failed.size(), told) << script << "\n"
                                                                 << reasons(report.skipped) << reasons(report.failed);
@@ -181,7 +181,7 @@ TEST(Nesting, EndsWithASentence) {
   };
   for (const std::string& script : scripts) {
     Loading s;
-    const auto report = s.load(tables + script);
+    const auto report = s.load(victimTables + script);
     EXPECT_EQ(report.skipped.size() + report.failed.size(), 1u) << script.substr(0, 60) << reasons(report.failed);
     EXPECT_EQ(s.rows("select count(*) from cat_objects where name = 'victim'"), "1\n") << script.substr(0, 60);
   }
@@ -212,7 +212,7 @@ TEST(StopRequest, EndsWhatRuns) {
     LoadOptions options;
     options.replace = true;
     options.stop = [&] { return Clock::now() >= asked; };
-    EXPECT_TRUE(s.load(tables + script, options).stopped) << script;
+    EXPECT_TRUE(s.load(victimTables + script, options).stopped) << script;
     EXPECT_LT(Clock::now() - asked, std::chrono::milliseconds(1500)) << script;
     EXPECT_EQ(s.objects(), "old|U\n") << script;
   }
