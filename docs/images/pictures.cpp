@@ -110,6 +110,9 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   selectBoth(window, "Customers");
   menu("pair", 201);
   album.saveMain(face, QStringLiteral("main-marked"));
+  window.chkAligned.personSets(true);
+  album.saveMain(face, QStringLiteral("main-aligned"));
+  window.chkAligned.personSets(false);
   menu("all", 202, {{"frmCompareAll", "cmdCompare"}});
   menu("type", 221, {{"frmCompareAllTables", "cmdCompare"}});
   menu("selective", 231);
