@@ -213,8 +213,12 @@ std::string QtHost::openFileDialog(const FileDialog& dialog) {
 void QtHost::setClipboardText(const std::string& text) { QApplication::clipboard()->setText(qrel::toQt(text)); }
 
 void QtHost::print(const PrintJob& job) {
-  QPrinter printer;
-  const auto askForFile = [&] { return saveFileDialog({"Print to a PDF file", "PDF (*.pdf)", job.title + ".pdf"}); };
+  QPrinter printer(QPrinter::HighResolution);
+  setUsualMargins(printer);
+  const auto askForFile = [&] {
+    const std::string name = fromQt(fileNameOf(job.name.empty() ? job.title : job.name));
+    return saveFileDialog({"Print to a PDF file", "PDF files (*.pdf)|*.pdf", name + ".pdf", "pdf"});
+  };
   if (choosePrinter(printer, askForFile)) printPages(printer, job);
 }
 
