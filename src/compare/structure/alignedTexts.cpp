@@ -168,7 +168,13 @@ class Aligner {
   };
 
   void numberLines(SideOfTexts& side) {
+    const bool allCounts = options_.letterCase && options_.blanks && options_.comments;
     for (std::size_t line = 0; line < side.lines.size(); ++line) {
+      if (allCounts) {
+        side.numbers.push_back(numberOf(std::string(side.lines[line])));
+        side.nothingLeft.push_back(false);
+        continue;
+      }
       std::string key;
       bool onlyBlanks = true;
       for (const Token& token : side.tokens(line, options_)) {
