@@ -4,7 +4,7 @@
 
 #include "compare/structure/modCompareSelected.h"
 #include "compare/structure/modMarkDifferences.h"
-#include "console/alignedTable.h"
+#include "console/tables/alignedTable.h"
 #include "console/commands.h"
 #include "console/panel.h"
 #include "db/mdlObjects.h"

@@ -1,4 +1,4 @@
-#include "console/alignedTable.h"
+#include "console/tables/alignedTable.h"
 
 #include <algorithm>
 #include <ostream>
