@@ -139,6 +139,7 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   menu("type", 221, {{"frmCompareAllTables", "cmdCompare"}});
   menu("selective", 231);
   menu("print", 250, {{"frmCompareAndPrint", "cmdCancel"}});
+  selectBoth(window, "Products");
   program.settings.glngMaxRowsInDiffTable = 100;
   menu("data", 310,
        {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}, {"frmCompareData", "cmdExport"}});

@@ -14,7 +14,9 @@ QBrush brushOf(const PaneStretch& stretch, const QPalette& palette) {
   }
   const QColor colour = shownBackground(stretch.colour, palette);
   if (stretch.look == PaneStretch::Look::Plain) return colour;
-  return isDark(palette) ? colour.lighter(145) : colour.darker(122);
+  if (isDark(palette)) return colour.lighter(145);
+  constexpr int moreColour = 75, lessLight = 25;
+  return QColor::fromHsv(colour.hsvHue(), qMin(255, colour.hsvSaturation() + moreColour), colour.value() - lessLight);
 }
 
 bool PaneRows::areOf(const TextPane& pane) const {

@@ -133,6 +133,10 @@ TEST_F(Comparing, APrintRunPrintsThePairThatDiffersUnderItsNames) {
   EXPECT_EQ(host.printed[1].lineColours.size(), work.txtTXProc[1].lineCount());
   EXPECT_TRUE(colours.count(GetMarkColor(markUnchanged)) && colours.size() > 1);
   EXPECT_NE(host.printed[1].text.find("[Paid]"), std::string::npos);
+  host.printed.clear();
+  work.txtTXProc[1].setText(work.txtTXProc[0].text());
+  form.cmdCompare.personClicks();
+  EXPECT_TRUE(host.printed.empty()) << "identical";
   work.txtTXProc[1].setText("  ");
   form.PrintStructure(1, true, "");
   EXPECT_TRUE(host.boxes.empty()) << "silent";
