@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QString>
 #include <memory>
 #include <vector>
 
@@ -51,6 +52,7 @@ class QtHost : public Host {
   std::vector<FormWindow*> open_;  // the latest last
   std::vector<std::unique_ptr<FormWindow>> staying_;
   QElapsedTimer sinceEvents_;
+  QString pdfFolder_;  // of the PDF files that take the place of a printer
 };
 
 }  // namespace qrel

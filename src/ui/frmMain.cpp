@@ -81,6 +81,7 @@ void frmMain::registerControls() {
   addPair(cmdFilterByOwner);
   addPair(cmdNonExistent);
   add(chkScrollTogether);
+  add(chkAligned);
   add(lblStatus);
   add(barCommands);
 }
@@ -105,6 +106,8 @@ void frmMain::setUpControls() {
   cmdDebugScript.setVisible(false);
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
+  chkAligned.setToolTip("Lines that belong together stand side by side when differences are marked");
+  chkAligned.setChecked(ReadFlag(program_, "AlignedView"));
   lblSource.setText("Source");
   lblTarget.setText("Target");
   const std::string strCopy = "Copy selected object structure to the ";
