@@ -117,6 +117,18 @@ void InitializeMenus_Tools(CommandTable& commands) {
                       [](frmMain& window) { window.MenuListIgnoredColumns(2); }});
 }
 
+void InitializeMenus_Help(CommandTable& commands) {
+  const std::string path = "Help";
+  commands.push_back({600, "", "&Help", Guard::none, nullptr});
+  commands.push_back({.id = 610,
+                      .path = path,
+                      .caption = "&Index...",
+                      .action = [](frmMain& window) { window.ShowHelp(helpIndex); },
+                      .key = "F1"});
+  commands.push_back(
+      {630, path, "Technical &Support", Guard::none, [](frmMain& window) { window.ShowHelp(helpSupport); }});
+}
+
 void addContextMenu(CommandTable& commands) {
   const std::string path = contextMenuPath;
   commands.push_back({700, path, "Refresh", Guard::CheckMdac, [](frmMain& window) { window.RefreshPopupPanel(); }});
@@ -171,6 +183,7 @@ CommandTable MainCommands() {
   InitializeMenus_DataComp(commands);
   InitializeMenus_SQL(commands);
   InitializeMenus_Tools(commands);
+  InitializeMenus_Help(commands);
   addContextMenu(commands);
   addKeys(commands);
   return commands;

@@ -39,6 +39,8 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
       cmdCopyToFile(buttonPair("cmdCopyToFile")),
       cmdViewData(buttonPair("cmdViewData")),
       cmdAnalyzeData(buttonPair("cmdAnalyzeData")),
+      cmdDbInfo(buttonPair("cmdDbInfo")),
+      cmdFind(buttonPair("cmdFind")),
       srtFiltering(buttonPair("srtFiltering")),
       cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
       cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
@@ -62,6 +64,7 @@ void frmMain::registerControls() {
   add(cmdCompareAll);
   add(cmdCompData);
   add(cmdDebugScript);
+  add(cmdHelp);
   add(lblSource);
   add(lblTarget);
   const auto addPair = [this](auto& pair) {
@@ -76,6 +79,8 @@ void frmMain::registerControls() {
   addPair(cmdCopyToFile);
   addPair(cmdViewData);
   addPair(cmdAnalyzeData);
+  addPair(cmdDbInfo);
+  addPair(cmdFind);
   addPair(srtFiltering);
   addPair(cmdFilterBySchema);
   addPair(cmdFilterByOwner);
@@ -103,6 +108,7 @@ void frmMain::setUpControls() {
   cmdCompData.setToolTip("Compare data in selected tables  (F9)");
   cmdDebugScript.setToolTip("Generate Update Script");
   cmdDebugScript.setVisible(false);
+  cmdHelp.setToolTip("Display Help file (F1)");
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
   lblSource.setText("Source");
@@ -112,6 +118,8 @@ void frmMain::setUpControls() {
     cmdCopyClip[side].setToolTip(strCopy + "clipboard (Alt + " + (side == 0 ? "O)" : "Y)"));
     cmdCopyToFile[side].setToolTip(strCopy + "file (Alt + " + (side == 0 ? "P)" : "I)"));
     cmdViewData[side].setToolTip(std::string("View data stored in selected table (Alt + ") + (side == 0 ? "V)" : "W)"));
+    cmdDbInfo[side].setToolTip(std::string("Database information (F1") + (side == 0 ? "0)" : "1)"));
+    cmdFind[side].setToolTip(std::string("Find an object in the ") + (side == 0 ? "Source" : "Target") + " database");
     srtFiltering[side].setVisible(false);
     for (Button* button : {&cmdFilterByOwner[side], &cmdNonExistent[side]}) {
       button->setVisible(false);
@@ -128,6 +136,7 @@ void frmMain::wireEvents() {
   cmdCompare.onClick = [this] { cmdCompare_Click(); };
   cmdCompareAll.onClick = [this] { cmdCompareAll_Click(); };
   cmdCompData.onClick = [this] { cmdCompData_Click(); };
+  cmdHelp.onClick = [this] { ShowHelp(helpIndex); };
   cmdDebugScript.onClick = [this] { cmdDebugScript_Click(); };
   for (int i = 0; i < static_cast<int>(optType.size()); ++i)
     optType[static_cast<std::size_t>(i)].onClick = [this, i] { optType_Click(i); };

@@ -31,6 +31,7 @@ struct MainWindowSteps {
 };
 
 enum ConnectImage : int { imageConnected = 3, imageConnecting = 4, imageIdle = 5 };
+enum HelpTopic : long { helpIndex = 10, helpSupport = 230 };
 enum FilterType : long { filterSchema = 1, filterOwner = 2 };
 
 // What a check has found selected; empty or 0 as far as it didn't get.
@@ -53,10 +54,13 @@ class frmMain : public Form {
   Button cmdCompareAll{"cmdCompareAll"};
   Button cmdCompData{"cmdCompData"};
   Button cmdDebugScript{"cmdDebugScript"};  // visible in debug mode alone
+  Button cmdHelp{"cmdHelp"};
   std::array<Button, 2> cmdCopyClip;
   std::array<Button, 2> cmdCopyToFile;
   std::array<Button, 2> cmdViewData;
   std::array<Button, 2> cmdAnalyzeData;
+  std::array<Button, 2> cmdDbInfo;
+  std::array<Button, 2> cmdFind;
   std::array<Button, 2> srtFiltering;  // visible while its panel is filtered; a click removes the filters
   std::array<Button, 2> cmdFilterBySchema;
   std::array<Button, 2> cmdFilterByOwner;  // never visible
@@ -94,6 +98,8 @@ class frmMain : public Form {
   // The dialog for the table of the context menu's pane; both panes must show one.
   void MenuPopUpIgnoreColumns();
   void MenuListIgnoredColumns(long enmList);
+  // Opens the help at a topic.
+  void ShowHelp(long topic);
 
   // Connecting and choosing (mainSelection.cpp).
   void cmdConnect_Click();

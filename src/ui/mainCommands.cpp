@@ -45,9 +45,10 @@ void frmMain::wireTips() {
     control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
   };
   for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
-                                                          &cmdCompData, &cmdDebugScript, &chkScrollTogether})
+                                                          &cmdCompData, &cmdDebugScript, &cmdHelp, &chkScrollTogether})
     showTip(*control);
-  for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &srtFiltering, &cmdFilterBySchema})
+  for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &cmdDbInfo, &cmdFind,
+                        &srtFiltering, &cmdFilterBySchema})
     for (Button& button : *buttons) showTip(button);
 }
 
@@ -124,6 +125,8 @@ void frmMain::MenuPopUpIgnoreColumns() {
 }
 
 void frmMain::MenuListIgnoredColumns(long enmList) { frmIgnoreColumnsView(program_).ShowUp(enmList); }
+
+void frmMain::ShowHelp(long topic) { program_.host.showHelp(topic); }
 
 void frmMain::scrollOtherPane(std::size_t side) {
   const TextPane& pane = workspace.txtTXProc[side];

@@ -58,11 +58,14 @@ int main(int argc, char** argv) {
   data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
   qrel::KeyStore store(folders.settings);
   qrel::QtHost host(store);
+  host.helpFolder = folders.help.string();
   qrel::Program program(host, data, store);
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   program.commandLine = arguments.commandLine;
-  qrel::StartUp startUp(program);
+  qrel::MainWindowSteps steps;
+  steps.CloseOtherWindows = [&host] { host.closeOtherWindows(); };
+  qrel::StartUp startUp(program, steps);
   qrel::Main(program, startUp);
   if (!startUp.mainWindow()) return cannotStart;
   host.run();
