@@ -108,6 +108,7 @@ void frmMain::setUpControls() {
   cmdCompData.setToolTip("Compare data in selected tables  (F9)");
   cmdDebugScript.setToolTip("Generate Update Script");
   cmdDebugScript.setVisible(false);
+  lblStatus.setVisible(false);
   cmdHelp.setToolTip("Display Help file (F1)");
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
@@ -154,6 +155,9 @@ void frmMain::wireEvents() {
     workspace.pvlSqlObj[side].onClick = [this, side, Index] {
       pvlSqlObj_SelectChange(Index, workspace.pvlSqlObj[side].firstSelected());
     };
+    workspace.pvlSqlObj[side].onRowEvent = [this, Index](int shift) { pvlSqlObj_RowEvent(Index, shift); };
+    cmdDbInfo[side].onClick = [this, Index] { cmdDbInfo_Click(Index); };
+    cmdFind[side].onClick = [this, Index] { cmdFind_Click(Index); };
     cmdCopyClip[side].onClick = [this, Index] { cmdCopyClip_Click(Index); };
     cmdCopyToFile[side].onClick = [this, Index] { cmdCopyToFile_Click(Index); };
     cmdViewData[side].onClick = [this, Index] { cmdViewData_Click(Index); };
@@ -184,8 +188,8 @@ void frmMain::load() {
       if (!CheckMdac(program_)) return;
       InitializeDisplay(true);
     }
-    for (ComboBox& combo : workspace.cmbOwners) combo.setVisible(program_.settings.ShowOwners);
-    run(steps_.CreateStatusBar);
+    showOwners();
+    lblStatus.setVisible(true);
     InitializeMenus();
     for (int Index = 0; Index < 2; ++Index) ClearFilters(program_, Index);
     Filtering_UpdateDisplay(filterOwner);
@@ -198,7 +202,7 @@ void frmMain::activate() {
   trap(program_, "frmMain", "Form_Activate", [&] {
     mblnActivated = true;
     program_.host.setPointer(Pointer::Default);
-    if (ReadNumber(program_, "ShowTipOfDay") == 1) run(steps_.ShowTip);
+    if (ReadNumber(program_, "ShowTipOfDay") == 1) ShowTip();
     run(steps_.SetSplitterHeight);
     if (!ServerInfoSet()) return;
     const std::int32_t lngId = program_.main.glngRunSavedCompId;
@@ -207,7 +211,7 @@ void frmMain::activate() {
 }
 
 void frmMain::unload() {
-  run(steps_.DestroyStatusBar);
+  lblStatus.setVisible(false);
   run(steps_.CloseOtherWindows);
 }
 

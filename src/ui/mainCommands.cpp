@@ -1,6 +1,7 @@
 // The main window's commands: what the menus, the keys and the panes' context menu start, and the tips of the status
 // bar.
 #include <algorithm>
+#include <optional>
 
 #include "app/mdlMain.h"
 #include "app/trap.h"
@@ -105,6 +106,20 @@ void frmMain::txtTXProc_MouseUp(int Index, int Button) {
 
 void frmMain::RefreshPopupPanel() {
   if (mlngPopupPanel >= 0) RefreshDisplayForPanel(static_cast<int>(mlngPopupPanel));
+}
+
+void frmMain::VisualizeDifferences() {
+  if (mlngPopupPanel < 0) return;
+  TextPane& pane = workspace.txtTXProc[static_cast<std::size_t>(mlngPopupPanel)];
+  const std::optional<std::size_t> line = FirstDifferentLine(pane);
+  if (!line) {
+    program_.host.messageBox("No differences are marked in this text. Compare the two objects first (F7).",
+                             Icon::Information, "Visualize Differences");
+    return;
+  }
+  pane.setSelection(static_cast<std::size_t>(pane.lineOffset(*line)), 0);
+  pane.setTopLine(*line);
+  scrollOtherPane(static_cast<std::size_t>(mlngPopupPanel));
 }
 
 void frmMain::MenuPopUpIgnoreColumns() {
