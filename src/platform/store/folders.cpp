@@ -35,6 +35,7 @@ Folders findFolders(const fs::path& programFile) {
   Folders folders;
   const fs::path running = system::programFile();
   const fs::path programFolder = (running.empty() ? fs::absolute(programFile, ignored) : running).parent_path();
+  folders.installed = programFolder;
   folders.help = findHelp(programFolder);
   if (const fs::path home = fromEnvironment("QREL_HOME"); !home.empty()) {
     const fs::path root = fs::absolute(home, ignored);

@@ -7,6 +7,7 @@ namespace qrel {
 
 struct Folders {
   std::filesystem::path program;    // trace and tips
+  std::filesystem::path installed;  // of the program file, whatever QREL_HOME says
   std::filesystem::path documents;  // profile files
   std::filesystem::path settings;   // the settings' file
   std::filesystem::path servers;    // the embedded server's instances

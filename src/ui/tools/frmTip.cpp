@@ -1,5 +1,6 @@
 #include "ui/tools/frmTip.h"
 
+#include "app/mdlMain.h"
 #include "app/settings.h"
 #include "app/trap.h"
 #include "platform/files.h"
@@ -26,10 +27,7 @@ std::string noTipsText() {
 std::vector<std::string> TipsOfFile(const std::string& strText) {
   std::string strLines = replaceAll(strText, "\r\n", "\n");
   // A line end closes a line and doesn't begin one.
-  if (!strLines.empty() && strLines.back() == '\n')
-    strLines.pop_back();
-  else if (strLines.empty())
-    return {};
+  if (!strLines.empty() && strLines.back() == '\n') strLines.pop_back();
   std::vector<std::string> tips = splitAt(strLines, '\n');
   tips.erase(tips.begin(), tips.begin() + static_cast<std::ptrdiff_t>(std::min(linesBeforeTips, tips.size())));
   for (std::string& tip : tips) tip = replaceAll(tip, "     ", "\r\n\r\n");
@@ -52,7 +50,8 @@ void frmTip::load() {
   trap(program_, inFrmTip, "Form_Load", [&] {
     chkLoadTipsAtStartup.setChecked(ReadNumber(program_, "ShowTipOfDay") == 1);
     number_ = ReadNumber(program_, "DisplayedTipNum");
-    const std::string strPath = program_.main.gstrAppPath + tipsFile;
+    std::string strPath = program_.main.gstrAppPath + tipsFile;
+    if (!files::exists(strPath)) strPath = withSeparator(program_.state<TipsState>().strInstalledFolder) + tipsFile;
     if (!files::exists(strPath)) {
       lblTipText.setText(noTipsText());
       lblTipNum.setText("Error");

@@ -10,6 +10,12 @@
 
 namespace qrel {
 
+// Where the tips' file was installed with the program; it is read when the program folder (which may be another one)
+// has none.
+struct TipsState {
+  std::string strInstalledFolder;
+};
+
 class frmTip : public Form {
  public:
   explicit frmTip(Program& program);

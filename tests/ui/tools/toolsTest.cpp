@@ -74,10 +74,7 @@ TEST_F(ToolsTest, AnObjectIsFoundByTheBeginningOfItsNameAndShown) {
 
 TEST_F(ToolsTest, DatabaseInformationListsWhatThereIs) {
   makeServers();
-  load("One", "Shop",
-       std::string(shop) +
-           "\nGO\nINSERT INTO Customers VALUES (1)\nINSERT INTO Orders VALUES (1)\n"
-           "INSERT INTO Orders VALUES (2)");
+  load("One", "Shop", "INSERT INTO Customers VALUES (1)\nINSERT INTO Orders VALUES (1)\nINSERT INTO Orders VALUES (2)");
   open();
   form.personPressesKey("F10");
   EXPECT_EQ(lastBox(), "Cannot display database info - the list of databases is empty.");
