@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QDir>
 #include <QFileInfo>
+#include <QIcon>
 #include <QKeySequence>
 #include <QStyle>
 #include <QTextBrowser>
@@ -69,15 +70,17 @@ HelpWindow::HelpWindow(QString folder) : folder_(std::move(folder)), browser_(ne
   QToolBar* bar = addToolBar(QStringLiteral("Help"));
   bar->setMovable(false);
   bar->setContextMenuPolicy(Qt::PreventContextMenu);
+  constexpr int pictureSize = 20;
+  bar->setIconSize({pictureSize, pictureSize});
   bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-  const auto add = [&](QStyle::StandardPixmap picture, const char* words, const QKeySequence& key) {
-    QAction* action = bar->addAction(style()->standardIcon(picture), QString::fromLatin1(words));
+  const auto add = [&](const QIcon& picture, const char* words, const QKeySequence& key) {
+    QAction* action = bar->addAction(picture, QString::fromLatin1(words));
     action->setShortcut(key);
     return action;
   };
-  QAction* back = add(QStyle::SP_ArrowBack, "Back", QKeySequence::Back);
-  QAction* forward = add(QStyle::SP_ArrowForward, "Forward", QKeySequence::Forward);
-  QAction* index = add(QStyle::SP_FileDialogContentsView, "Index", QKeySequence(Qt::ALT | Qt::Key_Home));
+  QAction* back = add(style()->standardIcon(QStyle::SP_ArrowBack), "Back", QKeySequence::Back);
+  QAction* forward = add(style()->standardIcon(QStyle::SP_ArrowForward), "Forward", QKeySequence::Forward);
+  QAction* index = add(QIcon(QStringLiteral(":/icons/help.svg")), "Index", QKeySequence(Qt::ALT | Qt::Key_Home));
   auto* close = new QAction(this);
   close->setShortcut(Qt::Key_Escape);
   addAction(close);
