@@ -8,8 +8,6 @@
 namespace qrel {
 namespace {
 
-constexpr char32_t replacementCharacter = 0xFFFD;
-
 // Windows-1252 from 0x80 to 0x9F; the five bytes that it leaves free stand for the control characters of that number.
 constexpr std::array<char16_t, 32> codePageHigh = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                                    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
