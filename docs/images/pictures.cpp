@@ -29,6 +29,7 @@
 #include "process/frmSaveCompRun.h"
 #include "process/frmSaveComparison.h"
 #include "ui/startUp.h"
+#include "ui/tools/frmTip.h"
 
 namespace {
 
@@ -151,6 +152,16 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   menu("add", 501);
   menu("remove", 502);
   menu("ignored", 511);
+  menu("find", 507, {{"frmSearchForObject_Gen", "cmdFind"}});
+  menu("attach", 509);
+  menu("options", 513);
+  menu("tip", 620);
+  menu("about", 660);
+  album.begin(QStringLiteral("info"), {});
+  window.cmdDbInfo[0].personClicks();
+  host.showHelp(10);
+  for (QWidget* each : QApplication::topLevelWidgets())
+    if (each->objectName() == QStringLiteral("uiHelp")) album.save(*each, QStringLiteral("help"));
   album.begin(QStringLiteral("schema"), {});
   window.cmdFilterBySchema[0].personClicks();
   album.begin(QStringLiteral("colours"), {});
@@ -203,6 +214,8 @@ int main(int argc, char** argv) {
   qrel::Program program(host, data, store);
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
+  host.helpFolder = folders.help.string();
+  program.state<qrel::TipsState>().strInstalledFolder = folders.installed.string() + "/../../src/desktop";
   qrel::StartUp startUp(program);
   qrel::Main(program, startUp);
   if (!startUp.mainWindow()) return 3;

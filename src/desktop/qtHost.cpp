@@ -158,8 +158,10 @@ void QtHost::run() {
       if (allClosed()) loop.quit();
     };
   if (!allClosed()) loop.exec();
-  for (auto& window : staying_) std::erase(open_, window.get());
+  // A form that is unloaded may close what else is open.
+  const std::vector<std::unique_ptr<FormWindow>> ended = std::move(staying_);
   staying_.clear();
+  for (const auto& window : ended) std::erase(open_, window.get());
 }
 
 long QtHost::popUpMenu(const std::vector<MenuItem>& items) {
@@ -192,6 +194,18 @@ void QtHost::beep() { QApplication::beep(); }
 bool QtHost::openUrl(const std::string& url) {
   const QString text = qrel::toQt(url);
   return QDesktopServices::openUrl(QFileInfo::exists(text) ? QUrl::fromLocalFile(text) : QUrl::fromUserInput(text));
+}
+
+void QtHost::showHelp(long topic) {
+  if (!help_) help_ = std::make_unique<HelpWindow>(qrel::toQt(helpFolder));
+  help_->showTopic(topic);
+}
+
+void QtHost::closeOtherWindows() {
+  for (FormWindow* each : std::vector<FormWindow*>(open_))
+    if (std::none_of(staying_.begin(), staying_.end(), [&](const auto& stays) { return stays.get() == each; }))
+      each->form().close();
+  help_.reset();
 }
 
 std::string QtHost::saveFileDialog(const FileDialog& dialog) {

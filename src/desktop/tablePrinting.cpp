@@ -16,7 +16,7 @@ namespace qrel {
 
 namespace {
 
-constexpr double pointSize = 8;
+constexpr double cellPointSize = 8;
 constexpr double widestShare = 0.3;  // of the page that one column takes
 
 // A table laid out for one kind of page.
@@ -116,7 +116,7 @@ int printTable(QPrinter& printer, const Grid& table, const QString& title) {
   QPainter painter;
   beginPrinting(painter, printer, title);
   QFont font = painter.font();
-  font.setPointSizeF(pointSize);
+  font.setPointSizeF(cellPointSize);
   painter.setFont(font);
   Sheets sheets(painter, printer, table, title);
   for (std::size_t page = 0; page < sheets.count(); ++page) {

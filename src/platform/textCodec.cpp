@@ -25,10 +25,10 @@ std::string validUtf8(std::string_view bytes, bool& malformed) {
       continue;
     }
     const std::size_t start = offset;
-    if (nextCodePoint(bytes, offset) != unknownCharacter || offset - start > 1) continue;
+    if (nextCodePoint(bytes, offset) != replacementCharacter || offset - start > 1) continue;
     malformed = true;
     out.append(bytes, copied, start - copied);
-    appendUtf8(out, unknownCharacter);
+    appendUtf8(out, replacementCharacter);
     copied = offset;
   }
   return out.append(bytes, copied, std::string_view::npos);
@@ -51,12 +51,12 @@ std::string decodeUtf16(std::string_view bytes, bool bigEndian) {
         c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
         i += 2;
       } else {
-        c = unknownCharacter;
+        c = replacementCharacter;
       }
     }
     appendUtf8(out, c);
   }
-  if (i < bytes.size()) appendUtf8(out, unknownCharacter);
+  if (i < bytes.size()) appendUtf8(out, replacementCharacter);
   return out;
 }
 
