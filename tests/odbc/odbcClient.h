@@ -32,7 +32,8 @@ class TdsFixture : public ::testing::Test {
   }
   void serve() { server_ = std::make_unique<tds::Server>(servers_, tds::ServerOptions{.instance = "S"}); }
   std::string connectionString(const std::string& more = "PWD=secret;Database=shop;") const {
-    return "Driver=FreeTDS;Server=127.0.0.1;Port=" + std::to_string(server_->port()) + ";TDS_Version=7.4;UID=sa;" + more;
+    return "Driver=FreeTDS;Server=127.0.0.1;Port=" + std::to_string(server_->port()) + ";TDS_Version=7.4;UID=sa;" +
+           more;
   }
 
   TemporaryFolder folder_;
@@ -46,11 +47,12 @@ class OdbcClient {
     SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_);
     SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
     SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_);
-    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(std::uintptr_t{loginSeconds}), 0);
+    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(std::uintptr_t{loginSeconds}),
+                      0);
     std::vector<SQLWCHAR> text = wide(connectionString);
-    connected = SQL_SUCCEEDED(SQLDriverConnectW(connection_, nullptr, text.data(),
-                                                static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr,
-                                                SQL_DRIVER_NOPROMPT));
+    connected =
+        SQL_SUCCEEDED(SQLDriverConnectW(connection_, nullptr, text.data(), static_cast<SQLSMALLINT>(text.size()),
+                                        nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT));
     if (connected)
       SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement);
     else
@@ -70,6 +72,33 @@ class OdbcClient {
     std::vector<SQLWCHAR> text = wide(sql);
     return noted(SQLExecDirectW(statement, text.data(), static_cast<SQLINTEGER>(text.size())));
   }
+  SQLRETURN prepare(const std::string& sql) {
+    SQLFreeStmt(statement, SQL_CLOSE);
+    std::vector<SQLWCHAR> text = wide(sql);
+    return noted(SQLPrepareW(statement, text.data(), static_cast<SQLINTEGER>(text.size())));
+  }
+  SQLRETURN execute() { return noted(SQLExecute(statement)); }
+  // A parameter that is a text on this side; 1-based, kept until unbind.
+  void bindText(int number, const std::string& value, SQLSMALLINT sqlType = SQL_WLONGVARCHAR, SQLULEN size = 0,
+                SQLSMALLINT digits = 0) {
+    Bound& bound = *bound_.emplace_back(std::make_unique<Bound>());
+    bound.text = wide(value);
+    bound.length = static_cast<SQLLEN>(2 * bound.text.size());
+    EXPECT_TRUE(
+        SQL_SUCCEEDED(SQLBindParameter(statement, static_cast<SQLUSMALLINT>(number), SQL_PARAM_INPUT, SQL_C_WCHAR,
+                                       sqlType, size, digits, bound.text.data(), bound.length, &bound.length)));
+  }
+  void unbind() {
+    SQLFreeStmt(statement, SQL_RESET_PARAMS);
+    bound_.clear();
+  }
+  // Whether the driver knows that the line is gone.
+  bool dead() const {
+    SQLUINTEGER gone = SQL_CD_FALSE;
+    SQLGetConnectAttr(connection_, SQL_ATTR_CONNECTION_DEAD, &gone, 0, nullptr);
+    return gone == SQL_CD_TRUE;
+  }
+  SQLHDBC connection() const { return connection_; }
   SQLRETURN fetch() { return noted(SQLFetch(statement)); }
   SQLRETURN nextResult() { return noted(SQLMoreResults(statement)); }
 
@@ -113,6 +142,10 @@ class OdbcClient {
   bool connected = false;
 
  private:
+  struct Bound {
+    std::vector<SQLWCHAR> text;
+    SQLLEN length = 0;
+  };
   static std::vector<SQLWCHAR> wide(const std::string& text) {
     const std::string bytes = tds::toUtf16(text);
     std::vector<SQLWCHAR> units(bytes.size() / 2);
@@ -129,7 +162,8 @@ class OdbcClient {
     SQLCHAR state[6];
     SQLCHAR message[2000];
     SQLINTEGER number = 0;
-    for (SQLSMALLINT i = 1; SQL_SUCCEEDED(SQLGetDiagRec(kind, handle, i, state, &number, message, 2000, nullptr)); ++i) {
+    for (SQLSMALLINT i = 1; SQL_SUCCEEDED(SQLGetDiagRec(kind, handle, i, state, &number, message, 2000, nullptr));
+         ++i) {
       errors += (i > 1 ? ", " : "") + std::string(reinterpret_cast<char*>(state)) + " " + std::to_string(number);
       errorText += reinterpret_cast<char*>(message) + std::string("\n");
     }
@@ -137,6 +171,7 @@ class OdbcClient {
 
   SQLHENV environment_ = nullptr;
   SQLHDBC connection_ = nullptr;
+  std::vector<std::unique_ptr<Bound>> bound_;
 };
 
 }  // namespace qrel
