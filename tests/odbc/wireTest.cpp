@@ -88,9 +88,9 @@ TEST_F(TdsFixture, EveryTypeHasItsFormOnTheWire) {
 TEST_F(TdsFixture, ValuesAreTheirCTypes) {
   load(
       "CREATE TABLE T (B bigint, F float, R real, D datetime2(7), O datetimeoffset(3), G uniqueidentifier, M money, "
-      "V timestamp)\nGO\n"
-      "INSERT T (B, F, R, D, O, G, M) VALUES (-9223372036854775807, 0.1, 0.5, '2020-02-29 13:05:06.1234567', "
-      "'2024-02-29 12:30:00.123 +02:00', '00112233-4455-6677-8899-aabbccddeeff', 12.5)");
+      "V timestamp, H hierarchyid)\nGO\n"
+      "INSERT T (B, F, R, D, O, G, M, H) VALUES (-9223372036854775807, 0.1, 0.5, '2020-02-29 13:05:06.1234567', "
+      "'2024-02-29 12:30:00.123 +02:00', '00112233-4455-6677-8899-aabbccddeeff', 12.5, 0x58)");
   serve();
   OdbcClient client(connectionString());
   ASSERT_EQ(client.run("SELECT * FROM T"), SQL_SUCCESS) << client.errorText;
@@ -107,7 +107,7 @@ TEST_F(TdsFixture, ValuesAreTheirCTypes) {
   float narrow = 0;
   SQL_TIMESTAMP_STRUCT moment{}, utc{};
   SQLGUID guid{};
-  char version[8];
+  char version[8], node[8];
   get(1, SQL_C_SBIGINT, big);
   get(2, SQL_C_DOUBLE, real);
   get(3, SQL_C_FLOAT, narrow);
@@ -116,6 +116,8 @@ TEST_F(TdsFixture, ValuesAreTheirCTypes) {
   get(6, SQL_C_GUID, guid);
   EXPECT_EQ(client.text(7), "12.5000");
   EXPECT_EQ(get(8, SQL_C_BINARY, version), 8);
+  EXPECT_EQ(get(9, SQL_C_BINARY, node), 1);
+  EXPECT_EQ(node[0], 0x58);
   EXPECT_EQ(big, -9223372036854775807);
   EXPECT_EQ(real, 0.1);
   EXPECT_EQ(narrow, 0.5F);
@@ -230,8 +232,11 @@ TEST_F(TdsFixture, ParametersOfEveryKindArrive) {
       "0x00FF", "0.1",  "NULL"};
   EXPECT_EQ(request.parameters, sent);
 
-  // Prepared: the first execution prepares, the second goes by the handle.
+  // Prepared: its columns are known before, the first execution prepares, the second goes by the handle.
   ASSERT_TRUE(SQL_SUCCEEDED(client.prepare(sql)));
+  SQLSMALLINT columns = 0;
+  EXPECT_TRUE(SQL_SUCCEEDED(SQLNumResultCols(client.statement, &columns)));
+  EXPECT_EQ(columns, 1);
   for (const char* expected : {"1", ""}) {
     ASSERT_TRUE(SQL_SUCCEEDED(client.execute())) << client.errorText;
     EXPECT_EQ(client.rows(), expected);
@@ -276,6 +281,10 @@ TEST_F(TdsFixture, ErrorsHaveTheNumbersOfAServer) {
   EXPECT_EQ(client.rows(), "1");
   EXPECT_EQ(client.nextResult(), SQL_ERROR);
   EXPECT_EQ(client.errors, "42S02 208");
+  // So does one in the middle of the rows.
+  EXPECT_EQ(client.run("SELECT 6/V.N FROM (SELECT 1 AS N UNION ALL SELECT 2 UNION ALL SELECT 0) AS V"), SQL_SUCCESS);
+  EXPECT_EQ(client.rows(), "6 3");
+  EXPECT_EQ(client.errors, "22012 8134");
   server_->switches().failNext({.number = 1205, .text = "Chosen as the deadlock victim.", .severity = 13});
   EXPECT_EQ(client.run("SELECT 1"), SQL_ERROR);
   EXPECT_EQ(client.errors, "42000 1205");

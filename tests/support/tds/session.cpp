@@ -205,17 +205,20 @@ void Session::send(const Statement& statement, DoneToken token) {
   }
 }
 
+// A statement with parameters runs as the server's own procedure for such, which knows their declarations.
+CommandRequest Session::requestFor(const Statement& statement) {
+  if (statement.values.empty()) return {statement.text, 0, {}};
+  CommandRequest request{"sp_executesql", 0, {}, true};
+  request.parameters = {Value::ofText(statement.text), Value::ofText(statement.declarations)};
+  request.parameters.insert(request.parameters.end(), statement.values.begin(), statement.values.end());
+  return request;
+}
+
 void Session::sendResults(const Statement& statement, DoneToken token) {
   const auto connection = connect();
   const std::vector<std::string> parts = batchParts(statement.text);
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    CommandRequest request{parts[i], 0, {}};
-    if (!statement.values.empty()) {
-      request = {"sp_executesql", 0, {}, true};
-      request.parameters = {Value::ofText(parts[i]), Value::ofText(statement.declarations)};
-      request.parameters.insert(request.parameters.end(), statement.values.begin(), statement.values.end());
-    }
-    const CommandResult result = connection->execute(request);
+    const CommandResult result = connection->execute(requestFor({parts[i], statement.declarations, statement.values}));
     if (token == DoneToken::Done && mayUse(parts[i])) tellDatabase(currentDatabase(*connection));
     sendFirst(token);
     const unsigned more = token != DoneToken::Done || i + 1 < parts.size() ? done::more : 0;

@@ -53,6 +53,7 @@ class Session {
   void answerTransaction(std::string_view body);
 
   // session.cpp: what a statement gives, each result ended by `token`.
+  static CommandRequest requestFor(const Statement& statement);
   void send(const Statement& statement, DoneToken token);
   void sendResults(const Statement& statement, DoneToken token);
   void sendFirst(DoneToken token);
@@ -63,6 +64,7 @@ class Session {
   // procedures.cpp
   void answerCall(const Call& call, bool last);
   std::string callPrepared(const Call& call);
+  void describe(const Prepared& prepared);
   void callProcedure(const Call& call);
   void note(const Call& call, const Statement& statement) const;
 
