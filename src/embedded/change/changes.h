@@ -11,6 +11,11 @@
 
 namespace qrel::tsql {
 
+struct Permission {
+  char state;  // 'G' granted, 'W' with grant option, 'D' denied, 'R' taken back
+  std::string name, grantee;
+};
+
 // Changes the catalogue that it is given, for the length of a statement. What a failed change has begun stays: whoever
 // changes several things does it between a savepoint and its rollback.
 class CatalogueChanges {
@@ -45,8 +50,8 @@ class CatalogueChanges {
   void dropType(const ObjectName& name);
   // `column`: a column or an index of the table `object`; empty: the object itself.
   void rename(const ObjectName& object, std::string_view column, std::string_view newName);
-  // state: 'G', 'W' (with grant), 'D', 'R' removes. An empty object means the database.
-  void setPermission(char state, const std::string& permission, const ObjectName* object, const std::string& grantee);
+  // On an object, or on columns of a table alone; no object means the database.
+  void setPermission(const Permission& permission, const ObjectName* object, const std::vector<std::string>& columns);
 
  private:
   std::shared_ptr<const TableInfo> parentTable(const ObjectInfo& object) const;

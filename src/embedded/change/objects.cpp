@@ -86,6 +86,38 @@ std::string permissionCode(const std::string& permission) {
   return code + std::string(4 - code.size(), ' ');
 }
 
+struct Secured {
+  std::int64_t kind, major, minor;
+};
+
+void insertPermission(sqlite::Database& database, const Permission& permission, const Secured& secured) {
+  auto& insert = database.cached("insert into cat_permissions values(?1,?2,?3,?4,?5,?6,?7)");
+  insert.bind(1, secured.kind).bind(2, secured.major).bind(3, secured.minor);
+  insert.bind(4, permissionCode(permission.name)).bind(5, permission.name);
+  insert.bind(6, std::string_view(&permission.state, 1)).bind(7, permission.grantee).run();
+}
+
+// A REVOKE on a column stays as a row of its own where the whole table's permission goes on.
+void setColumnPermission(sqlite::Database& database, const Permission& permission, std::int64_t table, int colid) {
+  const auto bound = [&](const char* sql) -> sqlite::Statement& {
+    auto& statement = database.cached(sql);
+    statement.bind(1, table).bind(2, std::int64_t{colid}).bind(3, permissionCode(permission.name));
+    return statement.bind(4, permission.grantee);
+  };
+  bound(
+      "delete from cat_permissions where class = 1 and major_id = ?1 and minor_id = ?2 and type = ?3 and grantee = ?4")
+      .run();
+  if (permission.state == 'R') {
+    auto& whole = bound(
+        "select ?2 from cat_permissions where class = 1 and major_id = ?1 and minor_id = 0 and type = ?3 and grantee = "
+        "?4");
+    const bool goesOn = whole.step();
+    whole.reset();
+    if (!goesOn) return;
+  }
+  insertPermission(database, permission, {1, table, colid});
+}
+
 // Another table's foreign key that points at this table; empty: none.
 std::string referencingKey(sqlite::Database& database, std::int64_t table) {
   auto& query = database.cached(
@@ -356,8 +388,8 @@ void CatalogueChanges::renameColumnOrIndex(const TableInfo* table, std::string_v
   createStorageIndexes(database_, catalogue_, *table);
 }
 
-void CatalogueChanges::setPermission(char state, const std::string& permission, const ObjectName* object,
-                                     const std::string& grantee) {
+void CatalogueChanges::setPermission(const Permission& permission, const ObjectName* object,
+                                     const std::vector<std::string>& columns) {
   std::int64_t kind = 0;
   std::int64_t major = 0;
   if (object) {
@@ -368,17 +400,27 @@ void CatalogueChanges::setPermission(char state, const std::string& permission, 
     }
     major = found->id;
   }
-  const std::string code = permissionCode(permission);
+  if (!columns.empty()) {
+    for (const std::string& column : columns) {
+      const auto table = object ? catalogue_.table(object->schema, object->name) : nullptr;
+      const auto* found = table ? table->find(column) : nullptr;
+      if (!found) {
+        refuse("Column '" + column + "' was not found in the object '" + (object ? object->name : std::string()) +
+               "': permissions on columns are kept for those of tables.");
+      }
+      setColumnPermission(database_, permission, major, found->colid);
+    }
+    return;
+  }
+  // What is said of an object takes back what was said of its columns.
+  const std::string code = permissionCode(permission.name);
   database_.cached("delete from cat_permissions where class = ?1 and major_id = ?2 and type = ?3 and grantee = ?4")
       .bind(1, kind)
       .bind(2, major)
       .bind(3, code)
-      .bind(4, grantee)
+      .bind(4, permission.grantee)
       .run();
-  if (state == 'R') return;
-  auto& insert = database_.cached("insert into cat_permissions values(?1,?2,0,?3,?4,?5,?6)");
-  insert.bind(1, kind).bind(2, major).bind(3, code).bind(4, permission).bind(5, std::string_view(&state, 1));
-  insert.bind(6, grantee).run();
+  if (permission.state != 'R') insertPermission(database_, permission, {kind, major, 0});
 }
 
 }  // namespace qrel::tsql
