@@ -124,6 +124,15 @@ TEST_F(TdsFaults, AStatementIsCancelledWhereverItIs) {
     EXPECT_EQ(client.rows(), ignored ? "" : "1");
   }
   server_->switches().ignoreAttention = false;
+  // In the middle of rows, where the time-out is one of silence.
+  OdbcClient stalled(connectionString());
+  server_->switches().stallAfterRows = 3;
+  SQLSetStmtAttr(stalled.statement, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(std::uintptr_t{1}), 0);
+  EXPECT_EQ(stalled.run("SELECT N FROM D ORDER BY N"), SQL_SUCCESS);
+  EXPECT_EQ(stalled.rows(), "0 1 2");
+  EXPECT_EQ(stalled.errors, "HYT00 0, HY008 0");
+  server_->switches().stallAfterRows = -1;
+  EXPECT_EQ(stalled.run("SELECT 1"), SQL_SUCCESS);
   OdbcClient silent(connectionString());
   server_->switches().muteAfterLogin = true;
   SQLSetStmtAttr(silent.statement, SQL_ATTR_QUERY_TIMEOUT, reinterpret_cast<SQLPOINTER>(std::uintptr_t{1}), 0);

@@ -218,7 +218,8 @@ TEST_F(TdsFixture, ParametersOfEveryKindArrive) {
   bind(5, SQL_C_GUID, SQL_GUID, 16, 0, &mark, nullptr);
   bind(6, SQL_C_BINARY, SQL_LONGVARBINARY, 0, 0, bytes, &two);
   bind(7, SQL_C_DOUBLE, SQL_DOUBLE, 0, 0, &ratio, nullptr);
-  bind(8, SQL_C_LONG, SQL_INTEGER, 0, 0, &one, &none);
+  EXPECT_TRUE(SQL_SUCCEEDED(
+      SQLBindParameter(client.statement, 8, SQL_PARAM_INPUT_OUTPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, &one, 0, &none)));
   const std::string sql =
       "SELECT N FROM T WHERE N = ? AND Name = ? AND Price = ? AND Born = ? AND Mark = ? AND Bytes = ? AND Ratio = ? "
       "AND "
@@ -285,7 +286,8 @@ TEST_F(TdsFixture, ErrorsHaveTheNumbersOfAServer) {
   EXPECT_EQ(client.run("SELECT 6/V.N FROM (SELECT 1 AS N UNION ALL SELECT 2 UNION ALL SELECT 0) AS V"), SQL_SUCCESS);
   EXPECT_EQ(client.rows(), "6 3");
   EXPECT_EQ(client.errors, "22012 8134");
-  server_->switches().failNext({.number = 1205, .text = "Chosen as the deadlock victim.", .severity = 13});
+  server_->switches().failNext({.number = 1205, .text = "Chosen as the deadlock victim.", .severity = 13}, "SELECT 1");
+  EXPECT_EQ(client.run("SELECT 2"), SQL_SUCCESS);
   EXPECT_EQ(client.run("SELECT 1"), SQL_ERROR);
   EXPECT_EQ(client.errors, "42000 1205");
   EXPECT_EQ(client.run("SELECT 1"), SQL_SUCCESS);

@@ -66,7 +66,7 @@ std::string handleParameter(std::int64_t handle) {
 }  // namespace
 
 void Session::note(const Call& call, const Statement& statement) const {
-  Request request{.procedure = call.procedure, .text = statement.text};
+  Request request{.connection = number_, .database = database_, .procedure = call.procedure, .text = statement.text};
   for (const Value& value : statement.values) request.parameters.push_back(value.null ? "NULL" : textOf(value.cell()));
   shared_.traffic.add(std::move(request));
 }

@@ -53,10 +53,21 @@ void fetchInto(ColumnStore& store, RowSource& rows, std::size_t most, std::excep
   }
 }
 
+// Until the client asks for an end, or has gone where that isn't heard.
+[[noreturn]] void stall(PacketStream& stream, const Switches& switches) {
+  stream.flush();
+  while (!stream.interruptedWithin(-1)) {
+  }
+  while (switches.ignoreAttention) stream.receive();
+  throw Interrupted();
+}
+
 }  // namespace
 
 std::uint64_t sendRows(PacketStream& stream, RowSource& rows, const Switches& switches) {
-  const std::int64_t cutAfter = switches.cutAfterRows;
+  // -1 is a number that no count of rows reaches.
+  const auto cutAfter = static_cast<std::uint64_t>(switches.cutAfterRows);
+  const auto stallAfter = static_cast<std::uint64_t>(switches.stallAfterRows);
   ColumnStore store(rows.columns());
   std::exception_ptr failure;
   // The types of expressions are known for sure only from all their values: those of a short result.
@@ -72,7 +83,8 @@ std::uint64_t sendRows(PacketStream& stream, RowSource& rows, const Switches& sw
     for (std::size_t row = 0; row < store.rowCount(); ++row) {
       line.assign(1, rowMark);
       for (std::size_t i = 0; i < columns.size(); ++i) columns[i].type.append(line, store.cell(i, row));
-      if (cutAfter >= 0 && count == static_cast<std::uint64_t>(cutAfter)) cut(stream, line);
+      if (count == cutAfter) cut(stream, line);
+      if (count == stallAfter) stall(stream, switches);
       stream.write(line);
       if (++count % rowsBetweenLooks == 0 && !switches.ignoreAttention && stream.interruptionWaiting())
         throw Interrupted();

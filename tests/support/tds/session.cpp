@@ -32,7 +32,7 @@ std::string currentDatabase(ProviderConnection& connection) {
 
 }  // namespace
 
-Session::Session(Shared& shared, int socket, std::uint16_t number) : shared_(shared), stream_(socket) {
+Session::Session(Shared& shared, int socket, std::uint16_t number) : shared_(shared), number_(number), stream_(socket) {
   stream_.setSession(static_cast<std::uint16_t>(50 + number));
 }
 
@@ -60,7 +60,8 @@ void Session::run() {
       }
     }
   } catch (const LineGone&) {
-  } catch (const BadMessage&) {
+  } catch (const std::exception&) {
+    // What a client can't have meant ends its connection, and nothing else.
   }
 }
 
@@ -142,7 +143,7 @@ std::unique_ptr<ProviderConnection> Session::connect() const {
 void Session::answerBatch(std::string_view body) {
   Statement statement;
   statement.text = fromUtf16(body);
-  shared_.traffic.add({.text = statement.text});
+  shared_.traffic.add({.connection = number_, .database = database_, .text = statement.text});
   send(statement, DoneToken::Done);
 }
 
@@ -191,7 +192,7 @@ void Session::sendFirst(DoneToken token) {
 }
 
 void Session::send(const Statement& statement, DoneToken token) {
-  if (const auto failure = shared_.switches.takeFailure()) {
+  if (const auto failure = shared_.switches.takeFailure(statement.text)) {
     sendFailure(*failure, token);
     if (!shared_.switches.closeAfterError) return;
     stream_.finish();

@@ -69,6 +69,7 @@ class Session {
   void note(const Call& call, const Statement& statement) const;
 
   Shared& shared_;
+  std::uint16_t number_;
   PacketStream stream_;
   std::string database_;
   std::map<std::int64_t, Prepared> prepared_;

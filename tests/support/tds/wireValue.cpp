@@ -163,6 +163,12 @@ std::string variantValue(const Cell& cell) {
 }
 
 Value valueOfScalar(WireKind kind, int scale, std::string_view bytes) {
+  const std::size_t most = kind == WireKind::Guid                                   ? 16
+                           : kind == WireKind::Decimal || kind == WireKind::Numeric ? 17
+                                                                                    : 10;
+  const bool isNumber = kind == WireKind::Integer || kind == WireKind::Float || kind == WireKind::Money;
+  if (bytes.size() > most || (kind == WireKind::Guid && bytes.size() < most) || (isNumber && bytes.size() > 8))
+    throw BadMessage("a parameter's value is of another length than its type");
   Value value;
   value.null = false;
   switch (kind) {
