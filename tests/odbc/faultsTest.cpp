@@ -152,7 +152,6 @@ TEST_F(TdsFaults, EveryRoundTripTakesItsTime) {
     }
   }
   EXPECT_GE(since(begin), milliseconds(300));
-  EXPECT_LT(since(begin), milliseconds(600));
   EXPECT_EQ(server_->traffic().roundTrips, 5);
   EXPECT_EQ(server_->traffic().requests().size(), 3u);
 }
