@@ -46,9 +46,9 @@ void frmMain::wireTips() {
   const auto showTip = [this](Control& control) {
     control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
   };
-  for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
-                                                          &cmdCompData, &cmdDebugScript, &cmdHelp, &chkScrollTogether,
-                                                          &chkAligned})
+  for (Control* control :
+       std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll, &cmdCompData,
+                                       &cmdDebugScript, &cmdHelp, &chkScrollTogether, &chkAligned})
     showTip(*control);
   for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &cmdDbInfo, &cmdFind,
                         &srtFiltering, &cmdFilterBySchema})
@@ -149,7 +149,7 @@ void frmMain::scrollOtherPane(std::size_t side) {
   const TextPane& pane = workspace.txtTXProc[side];
   TextPane& other = workspace.txtTXProc[1 - side];
   if (!chkScrollTogether.checked() || pane.backgrounds().empty() || other.backgrounds().empty()) return;
-  if (!pane.rows().empty()) return other.setTopLine(pane.topLine());
+  if (!pane.rows().empty()) return other.setTopRow(pane.topLine());
   other.setTopLine(CounterpartLine(pane, other, pane.topLine()));
 }
 

@@ -176,6 +176,8 @@ TEST_F(Comparing, TextsThatDifferStandSideBySideWhenAskedTo) {
 
   target.personScrolls(2);
   EXPECT_EQ(source.topLine(), 2U) << "row by row";
+  source.setTopLine(0);
+  EXPECT_EQ(source.topLine(), 1U) << "the row that shows the line";
   form.PrintStructure(0, false, "");
   EXPECT_EQ(host.printed.back().text, "\n[a] int\n[b] int");
   EXPECT_EQ(host.printed.back().lineColours.size(), 3U);

@@ -66,7 +66,8 @@ class TextPane : public Control {
   // The line, or the row where there are rows, that a face shows at the top. A person's scrolling raises the event,
   // code doesn't.
   std::size_t topLine() const { return topLine_; }
-  void setTopLine(std::size_t line);
+  void setTopLine(std::size_t line);  // or the row that shows it
+  void setTopRow(std::size_t row);
   void personScrolls(std::size_t line);
   std::function<void()> onScroll;
 
