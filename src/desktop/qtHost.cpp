@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDateTime>
 #include <QDesktopServices>
+#include <QDir>
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -12,6 +13,7 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QUrl>
 #include <algorithm>
 #include <chrono>
@@ -227,8 +229,16 @@ std::string QtHost::openFileDialog(const FileDialog& dialog) {
 void QtHost::setClipboardText(const std::string& text) { QApplication::clipboard()->setText(qrel::toQt(text)); }
 
 void QtHost::print(const PrintJob& job) {
-  QPrinter printer;
-  const auto askForFile = [&] { return saveFileDialog({"Print to a PDF file", "PDF (*.pdf)", job.title + ".pdf"}); };
+  QPrinter printer(QPrinter::HighResolution);
+  setUsualMargins(printer);
+  const auto askForFile = [&] {
+    const QString name = fileNameOf(job.name.empty() ? job.title : job.name) + QStringLiteral(".pdf");
+    if (pdfFolder_.isEmpty()) pdfFolder_ = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    const std::string file = saveFileDialog(
+        {"Print to a PDF file", "PDF files (*.pdf)|*.pdf", fromQt(QDir(pdfFolder_).filePath(name)), "pdf"});
+    if (!file.empty()) pdfFolder_ = QFileInfo(qrel::toQt(file)).path();
+    return file;
+  };
   if (choosePrinter(printer, askForFile)) printPages(printer, job);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QString>
 #include <memory>
 #include <vector>
 
@@ -59,6 +60,7 @@ class QtHost : public Host {
   std::vector<std::unique_ptr<FormWindow>> staying_;
   std::unique_ptr<HelpWindow> help_;  // null until it is asked for
   QElapsedTimer sinceEvents_;
+  QString pdfFolder_;  // of the PDF files that take the place of a printer
 };
 
 }  // namespace qrel

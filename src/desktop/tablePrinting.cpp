@@ -89,7 +89,7 @@ class Sheets {
         painter_.fillRect(cell, QColor(224, 224, 224));
       else if (const std::uint32_t colour = table_.backColour(row, column); colour != Grid::noColour)
         painter_.fillRect(cell, toQt(colour));
-      painter_.setPen(QColor(160, 160, 160));
+      painter_.setPen(QPen(QColor(160, 160, 160), step_ / 40));
       painter_.drawRect(cell);
       painter_.setPen(row == 0 ? QColor(Qt::black) : toQt(table_.textColour(row, column)));
       const QString text = toQt(table_.text(row, column)).simplified();
@@ -131,7 +131,8 @@ void connectPrinting(ReportControl& report, QWidget& view) {
   const auto kept = std::make_shared<std::unique_ptr<QPrinter>>();
   const auto printer = [kept]() -> QPrinter& {
     if (!*kept) {
-      *kept = std::make_unique<QPrinter>();
+      *kept = std::make_unique<QPrinter>(QPrinter::HighResolution);
+      setUsualMargins(**kept);
       (*kept)->setPageOrientation(QPageLayout::Landscape);
     }
     return **kept;
@@ -139,7 +140,7 @@ void connectPrinting(ReportControl& report, QWidget& view) {
   const QPointer<QWidget> owner(&view);
   report.onPrint = [&report, owner, printer](const std::string& title) {
     if (!owner) return;
-    const QString name = toQt(title).replace('/', '-');
+    const QString name = fileNameOf(title);
     const bool chosen = choosePrinter(printer(), [&] {
       return fromQt(QFileDialog::getSaveFileName(owner, QStringLiteral("Print to a PDF file"),
                                                  name + QStringLiteral(".pdf"), QStringLiteral("PDF (*.pdf)")));

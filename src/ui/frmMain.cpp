@@ -86,6 +86,7 @@ void frmMain::registerControls() {
   addPair(cmdFilterByOwner);
   addPair(cmdNonExistent);
   add(chkScrollTogether);
+  add(chkAligned);
   add(lblStatus);
   add(barCommands);
 }
@@ -112,6 +113,8 @@ void frmMain::setUpControls() {
   cmdHelp.setToolTip("Display Help file (F1)");
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
+  chkAligned.setToolTip("Lines that belong together stand side by side when differences are marked");
+  chkAligned.setChecked(ReadFlag(program_, "AlignedView"));
   lblSource.setText("Source");
   lblTarget.setText("Target");
   const std::string strCopy = "Copy selected object structure to the ";

@@ -66,6 +66,7 @@ class frmMain : public Form {
   Label lblTarget{"lblTarget"};
   Label lblStatus{"lblStatus"};  // the status bar's pane: the tip of the control under the pointer or with the focus
   CheckBox chkScrollTogether{"chkScrollTogether"};  // both panes show the same place of two marked texts
+  CheckBox chkAligned{"chkAligned"};  // two marked texts stand side by side line by line; kept between runs
   CommandBars barCommands{"barCommands"};
 
   bool mblnActivated = false;  // the first activation has been handled
@@ -185,7 +186,11 @@ class frmMain : public Form {
   // The text of a panel's pane.
   void cmdCopyClip_Click(int Index);
   void cmdCopyToFile_Click(int Index);
-  // Prints it under strPrefix and the object's description. An empty pane is told unless blnSilent is set.
+  // Puts the lines of two texts that were compared and differ side by side, if a person wants it (chkAligned): lines
+  // that belong together on one height, under the options of the comparison. Marks and texts stay as they are.
+  void AlignPanes();
+  // Prints it as it is shown, with its colours, under strPrefix and the object's description. An empty pane is told
+  // unless blnSilent is set.
   void PrintStructure(int Index, bool blnSilent, const std::string& strPrefix);
 
   // The records of the table that is selected on a side (mainData.cpp). The buttons do nothing while the window is
@@ -234,6 +239,7 @@ class frmMain : public Form {
   bool anyPaneHasText() const;
   std::vector<MenuItem> contextMenu() const;
   void scrollOtherPane(std::size_t side);
+  void wireAlignment();
   std::string whyNoPrintRun() const;
   std::string paneText(int Index) const;
   bool databaseIsSelected(int Index);

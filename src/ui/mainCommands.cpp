@@ -39,6 +39,7 @@ void frmMain::wireCommands() {
     workspace.txtTXProc[side].onMouseUp = [this, Index](int button) { txtTXProc_MouseUp(Index, button); };
     workspace.txtTXProc[side].onScroll = [this, side] { scrollOtherPane(side); };
   }
+  wireAlignment();
 }
 
 void frmMain::wireTips() {
@@ -46,7 +47,8 @@ void frmMain::wireTips() {
     control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
   };
   for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
-                                                          &cmdCompData, &cmdDebugScript, &cmdHelp, &chkScrollTogether})
+                                                          &cmdCompData, &cmdDebugScript, &cmdHelp, &chkScrollTogether,
+                                                          &chkAligned})
     showTip(*control);
   for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &cmdDbInfo, &cmdFind,
                         &srtFiltering, &cmdFilterBySchema})
@@ -147,6 +149,7 @@ void frmMain::scrollOtherPane(std::size_t side) {
   const TextPane& pane = workspace.txtTXProc[side];
   TextPane& other = workspace.txtTXProc[1 - side];
   if (!chkScrollTogether.checked() || pane.backgrounds().empty() || other.backgrounds().empty()) return;
+  if (!pane.rows().empty()) return other.setTopLine(pane.topLine());
   other.setTopLine(CounterpartLine(pane, other, pane.topLine()));
 }
 

@@ -40,6 +40,9 @@ struct PrintJob {
   std::string text;
   std::string header;        // on each page; empty: none
   bool pageNumbers = false;  // "Page: x of y" at the foot
+  // The ground of each line, 0x00BBGGRR; lines beyond have none.
+  std::vector<std::uint32_t> lineColours = {};
+  std::string name = {};  // of what is printed, for a file that takes it; empty: the title
 };
 
 class Host {
