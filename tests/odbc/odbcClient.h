@@ -32,7 +32,8 @@ class TdsFixture : public ::testing::Test {
   }
   void serve() { server_ = std::make_unique<tds::Server>(servers_, tds::ServerOptions{.instance = "S"}); }
   std::string connectionString(const std::string& more = "PWD=secret;Database=shop;") const {
-    return "Driver=FreeTDS;Server=127.0.0.1;Port=" + std::to_string(server_->port()) + ";TDS_Version=7.4;UID=sa;" + more;
+    return "Driver=FreeTDS;Server=127.0.0.1;Port=" + std::to_string(server_->port()) + ";TDS_Version=7.4;UID=sa;" +
+           more;
   }
 
   TemporaryFolder folder_;
@@ -46,11 +47,12 @@ class OdbcClient {
     SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_);
     SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
     SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_);
-    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(std::uintptr_t{loginSeconds}), 0);
+    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(std::uintptr_t{loginSeconds}),
+                      0);
     std::vector<SQLWCHAR> text = wide(connectionString);
-    connected = SQL_SUCCEEDED(SQLDriverConnectW(connection_, nullptr, text.data(),
-                                                static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr,
-                                                SQL_DRIVER_NOPROMPT));
+    connected =
+        SQL_SUCCEEDED(SQLDriverConnectW(connection_, nullptr, text.data(), static_cast<SQLSMALLINT>(text.size()),
+                                        nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT));
     if (connected)
       SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement);
     else
@@ -129,7 +131,8 @@ class OdbcClient {
     SQLCHAR state[6];
     SQLCHAR message[2000];
     SQLINTEGER number = 0;
-    for (SQLSMALLINT i = 1; SQL_SUCCEEDED(SQLGetDiagRec(kind, handle, i, state, &number, message, 2000, nullptr)); ++i) {
+    for (SQLSMALLINT i = 1; SQL_SUCCEEDED(SQLGetDiagRec(kind, handle, i, state, &number, message, 2000, nullptr));
+         ++i) {
       errors += (i > 1 ? ", " : "") + std::string(reinterpret_cast<char*>(state)) + " " + std::to_string(number);
       errorText += reinterpret_cast<char*>(message) + std::string("\n");
     }

@@ -7,7 +7,9 @@ namespace qrel {
 namespace {
 
 TEST_F(TdsFixture, First) {
-  load("CREATE TABLE T (N int NOT NULL, Name nvarchar(20) NULL)\nGO\nINSERT T VALUES (1, N'é中😀')\nINSERT T VALUES (2, NULL)");
+  load(
+      "CREATE TABLE T (N int NOT NULL, Name nvarchar(20) NULL)\nGO\nINSERT T VALUES (1, N'é中😀')\nINSERT T VALUES (2, "
+      "NULL)");
   serve();
   OdbcClient client(connectionString());
   ASSERT_TRUE(client.connected) << client.errors << client.errorText;

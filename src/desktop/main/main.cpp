@@ -6,6 +6,7 @@
 #include <string>
 
 #include "console/commands.h"
+#include "db/odbcChoices.h"
 #include "desktop/qtHost.h"
 #include "desktop/startArguments.h"
 #include "desktop/theme.h"
@@ -59,6 +60,7 @@ int main(int argc, char** argv) {
   qrel::KeyStore store(folders.settings);
   qrel::QtHost host(store);
   qrel::Program program(host, data, store);
+  data.add(qrel::makeOdbcProvider([&program] { return qrel::ReadOdbcChoices(program); }, &data.stopAsked));
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   program.commandLine = arguments.commandLine;

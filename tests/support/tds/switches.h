@@ -51,9 +51,10 @@ struct Switches {
 
 // A statement, or the call of a procedure.
 struct Request {
-  std::string procedure{};              // empty for a batch
-  std::string text{};                    // the batch, or the statement that the procedure runs
-  std::vector<std::string> parameters{};  // their text forms, "NULL" for Null; without the statement and its declarations
+  std::string procedure{};  // empty for a batch
+  std::string text{};       // the batch, or the statement that the procedure runs
+  std::vector<std::string>
+      parameters{};  // their text forms, "NULL" for Null; without the statement and its declarations
 };
 
 class Traffic {
