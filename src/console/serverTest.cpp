@@ -63,8 +63,7 @@ ExitCode printDatabases(Console& console, const tServer& server) {
 ExitCode runServersTest(Console& console, const std::string& name) {
   const tServer server = console.resolveServer(name);
   const ConnectionPtr connection = std::make_shared<Connection>(console.data);
-  connection->ConnectionString =
-      connectionStringForQuery(server, server.MRUDb.empty() ? "master" : server.MRUDb, true);
+  connection->ConnectionString = connectionStringForQuery(server, server.MRUDb.empty() ? "master" : server.MRUDb, true);
   const Clock::time_point start = Clock::now();
   connection->Open();  // what it raises is what the command tells
   const double connecting = millisecondsSince(start);

@@ -50,21 +50,25 @@ TEST(OdbcFailures, AConnectionThatCannotBeHadSaysWhatToDo) {
       {at + "User ID=sa;Password=\"s3cr;et};\"", "FreeTDS can't take"},
       {at + "User ID=sa;Password=secret;Initial Catalog=Nowhere", "\"Nowhere\""},
       {at + "Integrated Security=SSPI", "kinit"},
-      {"User ID=sa;Password=secret;Data Source=" + server.name(), "--encrypt no"},
+      {"User ID=sa;Password=secret;Data Source=" + server.name(), "--trust-certificate"},
+      {"User ID=sa;Password=secret;TrustServerCertificate=yes;Data Source=" + server.name(), "--encrypt no"},
       {"User ID=sa;Password=secret;Encrypt=strict;Data Source=" + server.name(), "Microsoft's driver 18"},
-      {"User ID=sa;Password=secret;Data Source=no-such-host.invalid", "qrel load no-such-host.invalid/DATABASE FILE"},
+      {"User ID=sa;Password=secret;Encrypt=no;Data Source=no-such-host.invalid",
+       "qrel load no-such-host.invalid/DATABASE FILE"},
       {"User ID=sa;Password=secret;Encrypt=no;Data Source=127.0.0.1,1", "firewall"},
       {"User ID=sa;Password=secret;Data Source=127.0.0.1,port", "a port from 1 to 65535"},
       {at + "User ID=sa;Password=secret;OdbcDriver=Nobody's", "\"FreeTDS\""},
       {at + "User ID=sa;Password=secret;OdbcDriver=/no/libtdsodbc.so", "can't be loaded"}};
-  for (const auto& [text, words] : cases) EXPECT_NE(why(text).find(words), std::string::npos) << text << "\n" << why(text);
+  for (const auto& [text, words] : cases)
+    EXPECT_NE(why(text).find(words), std::string::npos) << text << "\n" << why(text);
   server.choices.token = "token";
   EXPECT_NE(why(at + "Integrated Security=SSPI").find("QREL_TOKEN"), std::string::npos);
   for (const bool queueFull : {false, true}) {
     server.tds->switches().mute = !queueFull;
     if (queueFull) server.tds->fillQueue();
     const double seconds = secondsOf([&] {
-      EXPECT_NE(why(at + "User ID=sa;Password=secret").find(queueFull ? "firewall" : "within 1 seconds"), std::string::npos);
+      EXPECT_NE(why(at + "User ID=sa;Password=secret").find(queueFull ? "firewall" : "within 1 seconds"),
+                std::string::npos);
     });
     EXPECT_LT(seconds, 4.0);
   }
@@ -74,7 +78,8 @@ TEST(OdbcFailures, AConnectionThatCannotBeHadSaysWhatToDo) {
 TEST(OdbcFailures, PasswordsOfAllLettersAreTaken) {
   for (const std::string password : {"a;b", "{", "ü中😀", "a}b", "x=y,z'\" \\", "{a}", "x;}"}) {
     OdbcServer server("CREATE TABLE T (N int)");
-    server.tds = std::make_unique<tds::Server>(server.servers, tds::ServerOptions{.instance = "S", .password = password});
+    server.tds =
+        std::make_unique<tds::Server>(server.servers, tds::ServerOptions{.instance = "S", .password = password});
     EXPECT_NO_THROW(server.connect(
         server.connectionString("shop", "Password=" + ConnectionString::quoted(password) + ";User ID=sa")))
         << password;
@@ -103,9 +108,12 @@ TEST(OdbcFailures, HalfAnAnswerIsNone) {
 TEST(OdbcFailures, TheServersNumbersBecomeThoseThatCallersTest) {
   OdbcServer server(rowsScript);
   const std::vector<std::tuple<int, int, std::int32_t, std::string>> cases = {
-      {208, 16, errorNumber::invalidObjectName, "told"},   {102, 15, errorNumber::badSql, "told"},
-      {207, 16, errorNumber::badSql, "told"},              {229, 14, errorNumber::permissionDenied, "VIEW DEFINITION"},
-      {1205, 13, errorNumber::cannotConnect, "deadlock"},  {1222, 16, errorNumber::timeout, "told"},
+      {208, 16, errorNumber::invalidObjectName, "told"},
+      {102, 15, errorNumber::badSql, "told"},
+      {207, 16, errorNumber::badSql, "told"},
+      {229, 14, errorNumber::permissionDenied, "VIEW DEFINITION"},
+      {1205, 13, errorNumber::cannotConnect, "deadlock"},
+      {1222, 16, errorNumber::timeout, "told"},
       {823, 24, errorNumber::cannotConnect, "told"}};
   for (const auto& [number, severity, expected, words] : cases) {
     server.tds->switches().failNext({number, "told", static_cast<std::uint8_t>(severity)});
@@ -121,7 +129,8 @@ TEST(OdbcFailures, TimeOutsAndStopsEndWhatRuns) {
   OdbcServer server(rowsScript);
   for (const bool deaf : {false, true}) {
     server.tds->switches().ignoreAttention = deaf;
-    double seconds = secondsOf([&] { EXPECT_EQ(server.failure(neverEnding, adUseClient, 1).number, errorNumber::timeout); });
+    double seconds =
+        secondsOf([&] { EXPECT_EQ(server.failure(neverEnding, adUseClient, 1).number, errorNumber::timeout); });
     EXPECT_GE(seconds, 0.9);
     EXPECT_LT(seconds, 6.0);
     int asked = 0;
@@ -130,7 +139,8 @@ TEST(OdbcFailures, TimeOutsAndStopsEndWhatRuns) {
       EXPECT_EQ(std::this_thread::get_id(), here);
       return ++asked > 20;
     };
-    seconds = secondsOf([&] { EXPECT_EQ(server.failure(neverEnding, adUseClient, 30).number, errorNumber::cancelled); });
+    seconds =
+        secondsOf([&] { EXPECT_EQ(server.failure(neverEnding, adUseClient, 30).number, errorNumber::cancelled); });
     EXPECT_LT(seconds, 6.0);
     server.data.stopAsked = {};
     server.tds->switches().ignoreAttention = false;

@@ -10,7 +10,8 @@
 namespace qrel {
 namespace {
 
-constexpr const char* numbersScript = "CREATE TABLE Numbers (N int NOT NULL)\nGO\nINSERT INTO Numbers VALUES (1),(2),(3)";
+constexpr const char* numbersScript =
+    "CREATE TABLE Numbers (N int NOT NULL)\nGO\nINSERT INTO Numbers VALUES (1),(2),(3)";
 constexpr const char* query = "SELECT N FROM Numbers";
 
 std::size_t openFiles() {
@@ -36,8 +37,9 @@ TEST(OdbcPool, OneConnectionServesManyQueries) {
 }
 
 TEST(OdbcPool, RowsThatNobodyReadsOnLetGoOfTheirConnection) {
-  std::string script = "CREATE TABLE Many (N int NOT NULL, Letters nvarchar(4000))\nGO\nDECLARE @n int = 0\nWHILE @n < 1500 BEGIN\n"
-                       "SET @n = @n + 1 INSERT INTO Many VALUES (@n, REPLICATE(N'x', 3000))\nEND";
+  std::string script =
+      "CREATE TABLE Many (N int NOT NULL, Letters nvarchar(4000))\nGO\nDECLARE @n int = 0\nWHILE @n < 1500 BEGIN\n"
+      "SET @n = @n + 1 INSERT INTO Many VALUES (@n, REPLICATE(N'x', 3000))\nEND";
   OdbcServer server(script);
   const std::string sql = "SELECT * FROM Many ORDER BY N";
   {

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "embedded/load/loader.h"
+#include "platform/data/connectionString.h"
 #include "platform/data/dataAccess.h"
 #include "platform/data/odbc/odbcProvider.h"
-#include "platform/data/connectionString.h"
 #include "platform/data/recordset.h"
 #include "platform/error.h"
 #include "tests/platform/temporaryFolder.h"

@@ -92,9 +92,11 @@ int precisionOf(const TypeRow& row, const std::string& typeName, SQLULEN size) {
 std::size_t roomOf(const TypeRow& row, SQLULEN size) {
   constexpr SQLULEN most = 8000;  // longer ones have no bound that would be worth a buffer
   if (row.room != 0) return row.room;
-  const bool bounded = size > 0 && size <= most && row.sqlType != ssVariant && row.sqlType != ssXml && row.sqlType != ssUdt;
+  const bool bounded =
+      size > 0 && size <= most && row.sqlType != ssVariant && row.sqlType != ssXml && row.sqlType != ssUdt;
   if (!bounded) return 0;
-  return row.cType == SQL_C_WCHAR ? (static_cast<std::size_t>(size) + 1) * sizeof(SQLWCHAR) : static_cast<std::size_t>(size);
+  return row.cType == SQL_C_WCHAR ? (static_cast<std::size_t>(size) + 1) * sizeof(SQLWCHAR)
+                                  : static_cast<std::size_t>(size);
 }
 
 }  // namespace

@@ -16,26 +16,37 @@ constexpr std::array<std::string_view, 4> preferred = {"ODBC Driver 18 for SQL S
 
 // What a family calls things; a value in braces where `braces` says so.
 struct Words {
-  const char* always;                         // said to every server
-  const char* port;                           // key of the port; null: it stands behind the server, with a comma
-  const char* windows;                        // key and value of Windows authentication
-  const char* encryptionKey;                  // and its values
-  const char *encrypted, *plain, *strict;     // null: there is no such thing
-  const char *trusted, *validated;            // null: the driver has no such key word
+  const char* always;                      // said to every server
+  const char* port;                        // key of the port; null: it stands behind the server, with a comma
+  const char* windows;                     // key and value of Windows authentication
+  const char* encryptionKey;               // and its values
+  const char *encrypted, *plain, *strict;  // null: there is no such thing
+  const char *trusted, *validated;         // null: the driver has no such key word
 };
 
 constexpr Words wordsOf(Family family) {
   if (family == Family::Microsoft)
-    return {"APP=Quorrel;MARS_Connection=no;", nullptr, "Trusted_Connection=yes;", "Encrypt", "yes", "no", "strict",
-            "TrustServerCertificate=yes;", "TrustServerCertificate=no;"};
-  // Certificates are checked when freetds.conf names the authorities, which no key word does.
-  return {"APP=Quorrel;TDS_Version=7.4;ClientCharset=UTF-8;", "Port", "Trusted_Connection=yes;", "Encryption",
-          "require", "off", nullptr, nullptr, nullptr};
+    return {"APP=Quorrel;MARS_Connection=no;",
+            nullptr,
+            "Trusted_Connection=yes;",
+            "Encrypt",
+            "yes",
+            "no",
+            "strict",
+            "TrustServerCertificate=yes;",
+            "TrustServerCertificate=no;"};
+  return {"APP=Quorrel;TDS_Version=7.4;ClientCharset=UTF-8;",
+          "Port",
+          "Trusted_Connection=yes;",
+          "Encryption",
+          "require",
+          "off",
+          nullptr,
+          nullptr,
+          nullptr};
 }
 
-[[noreturn]] void refuse(const std::string& message) {
-  throw DataError(errorNumber::cannotConnect, message, "08001");
-}
+[[noreturn]] void refuse(const std::string& message) { throw DataError(errorNumber::cannotConnect, message, "08001"); }
 
 bool isYes(const std::string& value) {
   const std::string lower = lowerCase(value);
@@ -49,8 +60,9 @@ std::string escaped(Family family, const std::string& key, const std::string& va
   if (family == Family::Microsoft) return '{' + replaceAll(value, "}", "}}") + '}';
   if (value.find(';') == std::string::npos && !value.starts_with('{')) return value;
   if (value.find("};") != std::string::npos)
-    refuse(key + " has a closing brace in front of a semicolon, which FreeTDS can't take: use Microsoft's driver "
-                 "(docs/servers.md), or change it.");
+    refuse(key +
+           " has a closing brace in front of a semicolon, which FreeTDS can't take: use Microsoft's driver "
+           "(docs/servers.md), or change it.");
   return '{' + value + '}';
 }
 
@@ -97,8 +109,9 @@ Driver chooseDriver(const std::string& asked, const std::vector<std::string>& in
       if (equalNoCase(name, asked)) return {name, familyOf(name)};
     std::string list;
     for (const std::string& name : installed) list += (list.empty() ? "\"" : ", \"") + name + '"';
-    refuse("The ODBC driver \"" + asked + "\" (option OdbcDriver or QREL_ODBC_DRIVER) is not installed. " +
-           (list.empty() ? "There is none at all: docs/servers.md says how to install one." : "Installed: " + list + "."));
+    refuse(
+        "The ODBC driver \"" + asked + "\" (option OdbcDriver or QREL_ODBC_DRIVER) is not installed. " +
+        (list.empty() ? "There is none at all: docs/servers.md says how to install one." : "Installed: " + list + "."));
   }
   for (const std::string_view name : preferred)
     for (const std::string& each : installed)
@@ -128,7 +141,8 @@ Target targetOf(const ConnectionString& connectionString) {
 std::string driverText(const Driver& driver, const Target& target) {
   const Family family = driver.family;
   const Words words = wordsOf(family);
-  std::string text = "Driver=" + (driver.name.find('/') == std::string::npos ? '{' + driver.name + '}' : driver.name) + ';';
+  std::string text =
+      "Driver=" + (driver.name.find('/') == std::string::npos ? '{' + driver.name + '}' : driver.name) + ';';
   std::string server = target.host;
   if (!target.instance.empty()) server += '\\' + target.instance;
   if (!target.port.empty() && !words.port) server += ',' + target.port;
@@ -142,10 +156,18 @@ std::string driverText(const Driver& driver, const Target& target) {
   } else if (target.token.empty()) {
     text += words.windows;
   }
-  const char* encryption = target.encrypt == "strict" ? words.strict : target.encrypt == "no" ? words.plain : words.encrypted;
+  const char* encryption = target.encrypt == "strict" ? words.strict
+                           : target.encrypt == "no"   ? words.plain
+                                                      : words.encrypted;
   if (!encryption)
     refuse("Encryption \"strict\" is known to Microsoft's driver 18 only; " + driver.name + " has \"yes\" and \"no\".");
   text += std::string(words.encryptionKey) + '=' + encryption + ';';
+  // It reads what to check certificates by from its own file, and only for servers that stand there by name.
+  if (!words.validated && target.encrypt == "yes" && !target.trustCertificate)
+    refuse("SQL Server '" + target.server + "' can't be told from somebody who passes for it: " + driver.name +
+           " encrypts, but checks no certificate. If you trust the network in between, add the server with "
+           "\"--trust-certificate\" (with \"--encrypt no\" when it can't encrypt): \"qrel servers add\". Otherwise "
+           "install Microsoft's driver (docs/servers.md).");
   if (words.trusted) text += target.trustCertificate ? words.trusted : words.validated;
   return text + words.always;
 }

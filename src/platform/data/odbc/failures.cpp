@@ -70,14 +70,13 @@ std::string noTicket(const Attempt& attempt) {
 }
 
 std::string cannotEncrypt(const Attempt& attempt) {
-  return unreachableServer(attempt,
-                           "it ended the connection during the login. " +
-                               std::string(attempt.encrypted
-                                               ? "Encryption is asked for: if this server can't encrypt, and the "
-                                                 "network in between is yours, add it with \"--encrypt no\". "
-                                               : "If it takes encrypted connections only, add it without "
-                                                 "\"--encrypt no\". ") +
-                               "Otherwise check that it is SQL Server that listens there.");
+  return unreachableServer(
+      attempt, "it ended the connection during the login. " +
+                   std::string(attempt.encrypted ? "Encryption is asked for: if this server can't encrypt, and the "
+                                                   "network in between is yours, add it with \"--encrypt no\". "
+                                                 : "If it takes encrypted connections only, add it without "
+                                                   "\"--encrypt no\". ") +
+                   "Otherwise check that it is SQL Server that listens there.");
 }
 
 std::string certificateRefused(const Attempt& attempt, const Records& records) {
@@ -103,11 +102,12 @@ std::string connectSentence(const Records& records, const Attempt& attempt) {
   if (says(records, "certificate")) return certificateRefused(attempt, records);
   if (hasState(records, "HYT00") || hasState(records, "HYT01")) return silentServer(attempt).description;
   if (has(records, unknownHost) || says(records, "not known") || says(records, "unknown host"))
-    return unreachableServer(attempt, "there is no host of that name, and no embedded server either. Check the name; "
-                                      "\"qrel load " +
-                                          attempt.server + "/DATABASE FILE\" makes an embedded server from a script.");
-  if (attempt.login.empty() && (has(records, loginBroken) || says(records, "kerberos") || says(records, "sspi") ||
-                                says(records, "gss")))
+    return unreachableServer(attempt,
+                             "there is no host of that name, and no embedded server either. Check the name; "
+                             "\"qrel load " +
+                                 attempt.server + "/DATABASE FILE\" makes an embedded server from a script.");
+  if (attempt.login.empty() &&
+      (has(records, loginBroken) || says(records, "kerberos") || says(records, "sspi") || says(records, "gss")))
     return noTicket(attempt);
   if (has(records, loginBroken) || has(records, lineClosed) || says(records, "ssl") || says(records, "encrypt"))
     return cannotEncrypt(attempt);
@@ -128,7 +128,8 @@ std::int32_t numberOf(const Records& records) {
   // Locks and memory that weren't to be had in time.
   if (withNative(records, {1222, 8645, 17197})) return errorNumber::timeout;
   // The server couldn't do what it could do another time: a deadlock, its memory, its disks.
-  if (withNative(records, {1205, 701, 802, 823, 824, 825, 845, 926, 945, 9002, 1105})) return errorNumber::cannotConnect;
+  if (withNative(records, {1205, 701, 802, 823, 824, 825, 845, 926, 945, 9002, 1105}))
+    return errorNumber::cannotConnect;
   return errorNumber::badSql;
 }
 
@@ -150,7 +151,8 @@ bool tellLostLine(const Records& records) {
   constexpr std::array lost{loginBroken, lineClosed, outOfStep};
   return std::any_of(records.begin(), records.end(), [&](const Record& each) {
     return each.state == "08S01" || each.state == "08001" || each.state == "08003" || each.state == "08007" ||
-           (each.state == "HY000" && each.native == 0) || std::find(lost.begin(), lost.end(), each.native) != lost.end();
+           (each.state == "HY000" && each.native == 0) ||
+           std::find(lost.begin(), lost.end(), each.native) != lost.end();
   });
 }
 
@@ -180,10 +182,11 @@ DataError commandFailure(const Records& records, const Attempt& attempt, const s
 }
 
 DataError timedOut(const std::string& sql, bool abandoned) {
-  return {errorNumber::timeout,
-          std::string("Query timeout expired.") +
-              (abandoned ? " The server doesn't answer the request to end it either, so its connection was given up." : ""),
-          "HYT00", sql};
+  return {
+      errorNumber::timeout,
+      std::string("Query timeout expired.") +
+          (abandoned ? " The server doesn't answer the request to end it either, so its connection was given up." : ""),
+      "HYT00", sql};
 }
 
 DataError cancelled(const std::string& sql) { return {errorNumber::cancelled, "Operation canceled.", "HY008", sql}; }

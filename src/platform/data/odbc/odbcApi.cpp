@@ -76,8 +76,8 @@ Records recordsOf(SQLSMALLINT handleType, SQLHANDLE handle) {
       text.resize(static_cast<std::size_t>(length) + 1);
       if (!SQL_SUCCEEDED(read())) break;
     }
-    records.push_back(
-        {narrow(state, 5), native, withoutRoad(narrow(text.data(), static_cast<std::size_t>(std::max<int>(length, 0))))});
+    records.push_back({narrow(state, 5), native,
+                       withoutRoad(narrow(text.data(), static_cast<std::size_t>(std::max<int>(length, 0))))});
   }
   return records;
 }

@@ -95,7 +95,8 @@ class OdbcRows : public RowSource {
 
 }  // namespace
 
-Road::Road(std::shared_ptr<Environment> environment, std::shared_ptr<SessionPool> pool, Opening opening, int keepSeconds)
+Road::Road(std::shared_ptr<Environment> environment, std::shared_ptr<SessionPool> pool, Opening opening,
+           int keepSeconds)
     : environment_(std::move(environment)),
       pool_(std::move(pool)),
       opening_(std::move(opening)),
@@ -169,7 +170,8 @@ void Road::end(Running& running) {
   if (running.session && running.statement && !running.statement->ended() && !running.session->dead) {
     Watch watch;
     watch.atMost = watch.grace = grace;
-    const Outcome outcome = running.session->worker().run([statement = running.statement] { statement->close(); }, watch);
+    const Outcome outcome =
+        running.session->worker().run([statement = running.statement] { statement->close(); }, watch);
     if (outcome.ending == Ending::Finished)
       running.session->busy = false;
     else
@@ -199,12 +201,11 @@ std::vector<std::pair<std::string, std::string>> OdbcConnection::facts() {
   std::string encryption = "off";
   if (target.encrypt != "no") {
     encryption = target.encrypt == "strict" ? "strict" : "on";
-    encryption += opening.driver.family == Family::FreeTds
-                      ? ", the certificate is checked as freetds.conf says (\"ca file\")"
-                      : checked ? ", the certificate is checked" : ", the certificate is trusted unseen";
+    encryption += checked ? ", the certificate is checked" : ", the certificate is trusted unseen";
   }
-  const std::string login = !target.windows ? "login " + target.login
-                            : target.token.empty() ? "Windows authentication (Kerberos)" : "access token (QREL_TOKEN)";
+  const std::string login = !target.windows        ? "login " + target.login
+                            : target.token.empty() ? "Windows authentication (Kerberos)"
+                                                   : "access token (QREL_TOKEN)";
   return {{"driver", opening.driver.name}, {"address", address}, {"encryption", encryption}, {"authentication", login}};
 }
 

@@ -24,14 +24,15 @@ class OdbcProvider : public Provider {
     opening.target = targetOf(connectionString);
     opening.stopAsked = stopAsked_;
     const std::shared_ptr<Environment> environment = manager();
-    opening.driver = chooseDriver(opening.target.driver.empty() ? choices.driver : opening.target.driver,
-                                  environment->drivers());
+    opening.driver =
+        chooseDriver(opening.target.driver.empty() ? choices.driver : opening.target.driver, environment->drivers());
     if (opening.target.windows) opening.target.token = choices.token;
     if (!opening.target.token.empty() && opening.driver.family == Family::FreeTds)
-      throw DataError(errorNumber::cannotConnect,
-                      "QREL_TOKEN holds an access token, which FreeTDS can't take: install Microsoft's \"ODBC Driver 18 "
-                      "for SQL Server\" (docs/servers.md), or unset QREL_TOKEN.",
-                      "08001");
+      throw DataError(
+          errorNumber::cannotConnect,
+          "QREL_TOKEN holds an access token, which FreeTDS can't take: install Microsoft's \"ODBC Driver 18 "
+          "for SQL Server\" (docs/servers.md), or unset QREL_TOKEN.",
+          "08001");
     opening.text = driverText(opening.driver, opening.target);
     opening.attempt = attemptOf(opening.driver, opening.target, std::max(choices.loginSeconds, 1));
     return std::make_unique<OdbcConnection>(
@@ -55,7 +56,8 @@ class OdbcProvider : public Provider {
 
 }  // namespace
 
-std::unique_ptr<Provider> makeOdbcProvider(std::function<OdbcChoices()> choices, const std::function<bool()>* stopAsked) {
+std::unique_ptr<Provider> makeOdbcProvider(std::function<OdbcChoices()> choices,
+                                           const std::function<bool()>* stopAsked) {
   return std::make_unique<OdbcProvider>(std::move(choices), stopAsked);
 }
 

@@ -97,8 +97,8 @@ Parameters::Parameters(const CommandRequest& request) : text_(request.text), isP
 
 bool Parameters::bind(SQLHSTMT statement) {
   SQLUSMALLINT number = 1;
-  if (isProcedure_ && !SQL_SUCCEEDED(SQLBindParameter(statement, number++, SQL_PARAM_OUTPUT, SQL_C_SLONG, SQL_INTEGER, 0,
-                                                      0, &returnValue_, 0, &returnLength_)))
+  if (isProcedure_ && !SQL_SUCCEEDED(SQLBindParameter(statement, number++, SQL_PARAM_OUTPUT, SQL_C_SLONG, SQL_INTEGER,
+                                                      0, 0, &returnValue_, 0, &returnLength_)))
     return false;
   for (One& one : values_) {
     const SQLSMALLINT direction = one.comesBack ? SQL_PARAM_INPUT_OUTPUT : SQL_PARAM_INPUT;

@@ -42,8 +42,8 @@ void Session::disconnect() {
 }
 
 void Session::connect(Records& failure, bool& connected) {
-  if (!succeeded(SQLAllocHandle(SQL_HANDLE_DBC, environment_->get(), &connection_), SQL_HANDLE_ENV,
-                 environment_->get(), failure))
+  if (!succeeded(SQLAllocHandle(SQL_HANDLE_DBC, environment_->get(), &connection_), SQL_HANDLE_ENV, environment_->get(),
+                 failure))
     return;
   // Without one a server that never answers would be waited for without end.
   SQLSetConnectAttrW(connection_, SQL_ATTR_LOGIN_TIMEOUT,
@@ -54,10 +54,10 @@ void Session::connect(Records& failure, bool& connected) {
                  SQL_HANDLE_DBC, connection_, failure))
     return;
   std::vector<SQLWCHAR> text = wide(opening_.text);
-  connected_ = connected = succeeded(
-      SQLDriverConnectW(connection_, nullptr, text.data(), static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr,
-                        SQL_DRIVER_NOPROMPT),
-      SQL_HANDLE_DBC, connection_, failure);
+  connected_ = connected =
+      succeeded(SQLDriverConnectW(connection_, nullptr, text.data(), static_cast<SQLSMALLINT>(text.size()), nullptr, 0,
+                                  nullptr, SQL_DRIVER_NOPROMPT),
+                SQL_HANDLE_DBC, connection_, failure);
   if (connected_) readCatalogue();
 }
 
@@ -97,9 +97,9 @@ bool Session::answers(const std::function<bool()>* stopAsked) {
   const Outcome outcome = worker_->run(
       [self = shared_from_this(), good] {
         std::vector<SQLWCHAR> name = wide(self->catalogue_);
-        *good = !name.empty() &&
-                SQL_SUCCEEDED(SQLSetConnectAttrW(self->connection_, SQL_ATTR_CURRENT_CATALOG, name.data(),
-                                                 static_cast<SQLINTEGER>(name.size() * sizeof(SQLWCHAR))));
+        *good =
+            !name.empty() && SQL_SUCCEEDED(SQLSetConnectAttrW(self->connection_, SQL_ATTR_CURRENT_CATALOG, name.data(),
+                                                              static_cast<SQLINTEGER>(name.size() * sizeof(SQLWCHAR))));
       },
       watch);
   if (outcome.abandoned || !*good) dead = true;
@@ -108,8 +108,8 @@ bool Session::answers(const std::function<bool()>* stopAsked) {
 }
 
 bool Session::reset() {
-  return SQL_SUCCEEDED(SQLSetConnectAttrW(connection_, SQL_ATTR_RESET_CONNECTION, asPointer(SQL_RESET_CONNECTION_YES),
-                                          SQL_IS_UINTEGER));
+  return SQL_SUCCEEDED(
+      SQLSetConnectAttrW(connection_, SQL_ATTR_RESET_CONNECTION, asPointer(SQL_RESET_CONNECTION_YES), SQL_IS_UINTEGER));
 }
 
 void Session::expireAfter(std::chrono::milliseconds time) {

@@ -72,8 +72,8 @@ void SessionPool::giveBack(std::shared_ptr<Session> session, int keepSeconds) {
   session->givenBack = std::chrono::steady_clock::now();
   std::vector<std::shared_ptr<Session>> gone;
   const std::lock_guard lock(mutex_);
-  const auto alike = std::count_if(kept_.begin(), kept_.end(),
-                                   [&](const auto& each) { return isFor(*each, session->opening()); });
+  const auto alike =
+      std::count_if(kept_.begin(), kept_.end(), [&](const auto& each) { return isFor(*each, session->opening()); });
   if (alike >= mostAlike) return;
   session->expireAfter(std::chrono::seconds(keepSeconds));
   kept_.push_back(std::move(session));

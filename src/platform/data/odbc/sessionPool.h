@@ -17,9 +17,11 @@ namespace qrel::odbc {
 class SessionPool : public std::enable_shared_from_this<SessionPool> {
  public:
   // A session for this opening, a kept one or a new one, that comes back here by itself. Raises DataError.
-  std::shared_ptr<Session> take(const std::shared_ptr<Environment>& environment, const Opening& opening, int keepSeconds);
+  std::shared_ptr<Session> take(const std::shared_ptr<Environment>& environment, const Opening& opening,
+                                int keepSeconds);
   // The same, but never a kept one: the others of this opening are closed.
-  std::shared_ptr<Session> open(const std::shared_ptr<Environment>& environment, const Opening& opening, int keepSeconds);
+  std::shared_ptr<Session> open(const std::shared_ptr<Environment>& environment, const Opening& opening,
+                                int keepSeconds);
 
  private:
   std::shared_ptr<Session> lease(std::shared_ptr<Session> session, int keepSeconds);

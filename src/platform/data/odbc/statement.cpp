@@ -176,9 +176,8 @@ bool Statement::readCell(std::size_t column, Extent& extent) {
   extent.offset = bytes_.size();
   while (true) {
     SQLLEN length = 0;
-    const SQLRETURN result =
-        SQLGetData(handle_, static_cast<SQLUSMALLINT>(column + 1), plan.cType, piece_.data(),
-                   static_cast<SQLLEN>(room), &length);
+    const SQLRETURN result = SQLGetData(handle_, static_cast<SQLUSMALLINT>(column + 1), plan.cType, piece_.data(),
+                                        static_cast<SQLLEN>(room), &length);
     if (result == SQL_NO_DATA) break;
     if (!ok(result)) return false;
     if (length == SQL_NULL_DATA) {
