@@ -76,8 +76,8 @@ TEST_F(OdbcConsoleTest, AddsAndTestsServers) {
   ASSERT_EQ(run({"servers", "add", "S"}), 0) << err;
   ASSERT_EQ(run({"servers", "remove", "S"}), 0) << err;
   ASSERT_EQ(run({"servers", "test", name_}), 0) << err;
-  for (const std::string line : {"driver\tFreeTDS\n", "encryption\toff\n", "authentication\tlogin sa\n", "database\tV1\n",
-                                 "database\tV2\n", "round trip\t"})
+  for (const std::string line : {"driver\tFreeTDS\n", "encryption\toff\n", "authentication\tlogin sa\n",
+                                 "database\tV1\n", "database\tV2\n", "round trip\t"})
     EXPECT_TRUE(printed(line)) << line << "\n" << out;
   EXPECT_EQ(run({"--set", "OdbcDriver=Nobody's", "compare", name_ + "/V1", "S/V2"}), 1) << err;
   EXPECT_EQ(run({"--set", "OdbcDriver=Nobody's", "databases", "127.0.0.1"}), 3);

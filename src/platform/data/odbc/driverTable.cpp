@@ -25,6 +25,7 @@ struct Words {
 };
 
 constexpr Words wordsOf(Family family) {
+  // Both log in as ODBC does, for which a server sets TEXTSIZE to what there is: nothing is cut at 4,096 bytes.
   if (family == Family::Microsoft)
     return {"APP=Quorrel;MARS_Connection=no;",
             nullptr,
@@ -121,8 +122,7 @@ Driver chooseDriver(const std::string& asked, const std::vector<std::string>& in
       "Microsoft's \"ODBC Driver 18 for SQL Server\"; docs/servers.md has the steps.");
 }
 
-Target targetOf(const ConnectionString& connectionString) {
-  Target target;
+void readTarget(const ConnectionString& connectionString, Target& target) {
   target.server = std::string(trimBlanks(connectionString.server()));
   readServer(target);
   target.database = connectionString.database();
@@ -135,7 +135,6 @@ Target targetOf(const ConnectionString& connectionString) {
     target.encrypt = encrypt == "strict" ? encrypt : isYes(encrypt) ? "yes" : "no";
   }
   target.trustCertificate = isYes(connectionString.get("TrustServerCertificate"));
-  return target;
 }
 
 std::string driverText(const Driver& driver, const Target& target) {

@@ -35,8 +35,8 @@ struct Target {
   std::string driver;
   std::string token;  // of Entra; empty without one
 };
-// Raises DataError for what can't be understood.
-Target targetOf(const ConnectionString& connectionString);
+// Raises DataError for what can't be understood; the server's name stands in `target` even then.
+void readTarget(const ConnectionString& connectionString, Target& target);
 
 // The text for the driver. Raises DataError for a value that it has no way to take.
 std::string driverText(const Driver& driver, const Target& target);

@@ -20,12 +20,27 @@ class OdbcProvider : public Provider {
 
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override {
     const OdbcChoices choices = choices_ ? choices_() : OdbcChoices{};
-    Opening opening;
-    opening.target = targetOf(connectionString);
-    opening.stopAsked = stopAsked_;
     const std::shared_ptr<Environment> environment = manager();
-    opening.driver =
-        chooseDriver(opening.target.driver.empty() ? choices.driver : opening.target.driver, environment->drivers());
+    Opening opening;
+    opening.stopAsked = stopAsked_;
+    try {
+      choose(opening, connectionString, choices, environment->drivers());
+    } catch (DataError& error) {
+      // Whoever misspells an embedded server's name comes here.
+      error.description += " An embedded server '" + opening.target.server + "' isn't there either: \"qrel load " +
+                           opening.target.server + "/DATABASE FILE\" makes one.";
+      throw;
+    }
+    opening.attempt = attemptOf(opening.driver, opening.target, std::max(choices.loginSeconds, 1));
+    return std::make_unique<OdbcConnection>(
+        std::make_shared<Road>(environment, pool_, std::move(opening), choices.keepSeconds));
+  }
+
+ private:
+  static void choose(Opening& opening, const ConnectionString& connectionString, const OdbcChoices& choices,
+                     const std::vector<std::string>& installed) {
+    readTarget(connectionString, opening.target);
+    opening.driver = chooseDriver(opening.target.driver.empty() ? choices.driver : opening.target.driver, installed);
     if (opening.target.windows) opening.target.token = choices.token;
     if (!opening.target.token.empty() && opening.driver.family == Family::FreeTds)
       throw DataError(
@@ -34,12 +49,8 @@ class OdbcProvider : public Provider {
           "for SQL Server\" (docs/servers.md), or unset QREL_TOKEN.",
           "08001");
     opening.text = driverText(opening.driver, opening.target);
-    opening.attempt = attemptOf(opening.driver, opening.target, std::max(choices.loginSeconds, 1));
-    return std::make_unique<OdbcConnection>(
-        std::make_shared<Road>(environment, pool_, std::move(opening), choices.keepSeconds));
   }
 
- private:
   // Made when it is first needed: whoever reads embedded servers only never loads a driver.
   std::shared_ptr<Environment> manager() {
     const std::lock_guard lock(mutex_);
