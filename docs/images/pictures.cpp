@@ -1,10 +1,12 @@
-// Goes through the desktop program as a person does and saves a picture of each window that comes up.
+// Goes through the desktop program as a person does and saves a picture of each window that comes up, and what is
+// printed as PDF files.
 // Usage: pictures FOLDER light|dark WIDTH HEIGHT, with two versions of the sample shop as demo/ShopV1 and demo/ShopV2.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QMessageBox>
+#include <QPrinter>
 #include <QRegularExpression>
 #include <QTimer>
 #include <cstdlib>
@@ -17,6 +19,7 @@
 #include "compare/data/frmCompareDataValidation.h"
 #include "compare/data/frmCompareStatus.h"
 #include "db/mdlObjects.h"
+#include "desktop/printing.h"
 #include "desktop/qtHost.h"
 #include "desktop/text.h"
 #include "desktop/theme.h"
@@ -26,6 +29,7 @@
 #include "process/frmSaveCompRun.h"
 #include "process/frmSaveComparison.h"
 #include "ui/startUp.h"
+#include "ui/tools/frmTip.h"
 
 namespace {
 
@@ -90,6 +94,23 @@ class Album : public QObject {
   bool busy_ = false;
 };
 
+// What is printed becomes PDF files among the pictures.
+class PaperHost : public qrel::QtHost {
+ public:
+  PaperHost(qrel::KeyStore& places, QString folder) : QtHost(places), folder_(std::move(folder)) {}
+  void print(const qrel::PrintJob& job) override {
+    QPrinter printer(QPrinter::HighResolution);
+    qrel::setUsualMargins(printer);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QStringLiteral("%1/print-%2.pdf").arg(folder_).arg(++count_));
+    qrel::printPages(printer, job);
+  }
+
+ private:
+  QString folder_;
+  int count_ = 0;
+};
+
 void select(qrel::CheckList& list, const std::string& text) { qrel::SelectRowByText(list, text); }
 
 void selectBoth(qrel::frmMain& window, const std::string& object) {
@@ -108,12 +129,18 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   select(window.workspace.pvlDb[0], "ShopV1");
   select(window.workspace.pvlDb[1], "ShopV2");
   selectBoth(window, "Customers");
-  menu("pair", 201);
+  menu("pair", 201, {{"frmReport", "cmdPrint"}});
+  window.PrintStructure(0, false, "Source: ");
   album.saveMain(face, QStringLiteral("main-marked"));
+  window.chkAligned.personSets(true);
+  album.saveMain(face, QStringLiteral("main-aligned"));
+  window.PrintStructure(1, false, "Target: ");
+  window.chkAligned.personSets(false);
   menu("all", 202, {{"frmCompareAll", "cmdCompare"}});
   menu("type", 221, {{"frmCompareAllTables", "cmdCompare"}});
   menu("selective", 231);
   menu("print", 250, {{"frmCompareAndPrint", "cmdCancel"}});
+  selectBoth(window, "Products");
   program.settings.glngMaxRowsInDiffTable = 100;
   menu("data", 310,
        {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}, {"frmCompareData", "cmdExport"}});
@@ -125,6 +152,16 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   menu("add", 501);
   menu("remove", 502);
   menu("ignored", 511);
+  menu("find", 507, {{"frmSearchForObject_Gen", "cmdFind"}});
+  menu("attach", 509);
+  menu("options", 513);
+  menu("tip", 620);
+  menu("about", 660);
+  album.begin(QStringLiteral("info"), {});
+  window.cmdDbInfo[0].personClicks();
+  host.showHelp(10);
+  for (QWidget* each : QApplication::topLevelWidgets())
+    if (each->objectName() == QStringLiteral("uiHelp")) album.save(*each, QStringLiteral("help"));
   album.begin(QStringLiteral("schema"), {});
   window.cmdFilterBySchema[0].personClicks();
   album.begin(QStringLiteral("colours"), {});
@@ -173,10 +210,12 @@ int main(int argc, char** argv) {
   qrel::DataAccess data;
   data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
   qrel::KeyStore store(folders.settings);
-  qrel::QtHost host(store);
+  PaperHost host(store, QString::fromLocal8Bit(argv[1]));
   qrel::Program program(host, data, store);
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
+  host.helpFolder = folders.help.string();
+  program.state<qrel::TipsState>().strInstalledFolder = folders.installed.string() + "/../../src/desktop";
   qrel::StartUp startUp(program);
   qrel::Main(program, startUp);
   if (!startUp.mainWindow()) return 3;

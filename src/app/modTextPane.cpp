@@ -79,6 +79,47 @@ std::string TXText_ConvArrayToText(const CompLineArray& arr, std::int32_t lngCou
   return text;
 }
 
+void InsertHeader(TextPane& pane, const std::string& strText) { pane.header = strText; }
+
+void InsertFooter(TextPane& pane) { pane.pageNumbers = true; }
+
+namespace {
+
+constexpr std::uint32_t white = 0xFFFFFF;
+constexpr std::uint32_t nothingThere = 0xE8E8E8;  // of a row without a line
+
+// The colour that each line has from its start on.
+std::vector<std::uint32_t> coloursOfLines(const TextPane& pane) {
+  if (pane.backgrounds().empty()) return {};
+  std::vector<std::uint32_t> colours(pane.lineCount(), white);
+  std::vector<TextPane::Range> ranges = pane.backgrounds();
+  std::stable_sort(ranges.begin(), ranges.end(),
+                   [](const auto& left, const auto& right) { return left.start < right.start; });
+  std::size_t line = 0;
+  for (const TextPane::Range& range : ranges) {
+    while (line + 1 < colours.size() && static_cast<std::size_t>(pane.lineOffset(line + 1)) <= range.start) ++line;
+    if (static_cast<std::size_t>(pane.lineOffset(line)) == range.start) colours[line] = range.colour;
+  }
+  return colours;
+}
+
+}  // namespace
+
+void PrintTextControl(Program& program, const TextPane& pane, const std::string& strTitle, const std::string& strName) {
+  PrintJob job{strTitle, pane.text(), pane.header, pane.pageNumbers, {}, strName};
+  if (pane.rows().empty()) {
+    job.lineColours = coloursOfLines(pane);
+  } else {
+    job.text.clear();
+    for (const TextPane::Row& row : pane.rows()) {
+      if (!job.lineColours.empty()) job.text += '\n';
+      if (row.line >= 0) job.text += pane.lineText(static_cast<std::size_t>(row.line));
+      job.lineColours.push_back(row.line >= 0 ? row.colour : nothingThere);
+    }
+  }
+  program.host.print(job);
+}
+
 void TxText_CopyToClipboard(Program& program, const TextPane& pane) {
   CompLineArray arr;
   std::int32_t lngError = 0;

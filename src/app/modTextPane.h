@@ -27,6 +27,15 @@ bool TXText_LinesOrBox(Program& program, const TextPane& pane, const std::string
 // result when there are fewer lines.
 std::string TXText_ConvArrayToText(const CompLineArray& arr, std::int32_t lngCount, std::int32_t& lngError);
 
+// What prints on top of each page, and "Page: x of y" at the foot of each.
+void InsertHeader(TextPane& pane, const std::string& strText);
+void InsertFooter(TextPane& pane);
+// Prints all of the pane's pages once, as the pane shows them: its rows where it has some, with the colours of its
+// lines. strTitle is the job's title, strName what is offered as the name of a file where there is no printer (empty:
+// the title). Raises RuntimeError when it can't be printed.
+void PrintTextControl(Program& program, const TextPane& pane, const std::string& strTitle,
+                      const std::string& strName = {});
+
 // Puts the pane's text, by way of its lines, on the clipboard in place of what is there.
 void TxText_CopyToClipboard(Program& program, const TextPane& pane);
 

@@ -58,6 +58,7 @@ const std::vector<Setting>& settingsTable() {
        "leave system objects out of the lists"},
       {"PageWidth", panes, number, 20000, nullptr, nullptr, "page width of the text panes in twips"},
       {"PageHeight", panes, number, 15840, nullptr, nullptr, "page height of the text panes in twips"},
+      {"AlignedView", panes, flag, 0, nullptr, nullptr, "show two texts that differ with their lines side by side"},
   };
   return table;
 }

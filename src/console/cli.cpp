@@ -153,6 +153,10 @@ void addCompare(CLI::App& app, CommandLine& line) {
   CLI::Option* object =
       compare->add_option("--object", line.compare.objects, "the name, and the Target's name when it is another")
           ->expected(1, 2);
+  compare
+      ->add_flag("--aligned", line.compare.aligned,
+                 "the texts of one pair in two columns, lines that belong together side by side")
+      ->needs(object);
   for (CLI::Option* other : {types, details, only, report}) object->excludes(other);
   addSave(compare, line.compare.save);
   type->needs(object);
@@ -295,6 +299,7 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
     Console console(findFolders(programFile), out, err);
     const StopWatch watch(console.servers.unfinished());
     console.colours = &out == &std::cout && system::isTerminal(system::Stream::Output);
+    if (const int columns = system::terminalColumns(); columns > 0) console.columns = columns;
     console.progress = &err == &std::cerr && system::isTerminal(system::Stream::Errors);
     const auto heldState = console.data.holdState();  // what a command prints is of one state of each database
     console.start(line.sets);

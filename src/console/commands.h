@@ -49,6 +49,7 @@ struct CompareArguments {
   // One pair:
   std::string type;
   std::vector<std::string> objects;  // the Source's name, and the Target's when it is another
+  bool aligned = false;              // both texts in two columns
   // Whole databases:
   std::string types = "all";  // comma-separated
   bool details = false;

@@ -4,6 +4,7 @@
 
 #include "compare/structure/modCompareSelected.h"
 #include "compare/structure/modMarkDifferences.h"
+#include "console/tables/alignedTable.h"
 #include "console/commands.h"
 #include "console/panel.h"
 #include "db/mdlObjects.h"
@@ -41,7 +42,8 @@ void printMarkedLines(std::ostream& out, const CompLineArray& lines, bool colour
 // What a pair comparison asks of its surroundings, on a console: the report goes to standard output.
 class ConsoleSteps : public PairComparisonSteps {
  public:
-  explicit ConsoleSteps(Console& console) : console_(console) {}
+  ConsoleSteps(Console& console, const Workspace& workspace, bool aligned)
+      : console_(console), workspace_(workspace), aligned_(aligned) {}
 
   bool CanStartComparison() override { return true; }
   void ShowReport(const PairReport& report) override {
@@ -49,6 +51,12 @@ class ConsoleSteps : public PairComparisonSteps {
     console_.out << visibleLines(replaceAll(console_.program.report.gstrReportText, "\r\n", "\n")) << '\n';
     if (report.blnIdentical) return;
     const bool colours = console_.colours;
+    if (aligned_) {
+      const auto& panes = workspace_.txtTXProc;
+      console_.out << '\n';
+      return printAligned(console_.out, panes[0].text(), panes[1].text(), AlignOptionsOf(console_.program),
+                          {console_.columns, colours});
+    }
     for (const std::size_t side : {0U, 1U}) {
       console_.out << (side == 0 ? "\nSource:\n" : "\nTarget:\n");
       printMarkedLines(console_.out, report.arrLines[side], colours);
@@ -61,6 +69,8 @@ class ConsoleSteps : public PairComparisonSteps {
 
  private:
   Console& console_;
+  const Workspace& workspace_;
+  const bool aligned_;
 };
 
 }  // namespace
@@ -88,7 +98,7 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   for (const int side : {0, 1}) complete = showSelected(console, workspace, sides[side], side) && complete;
   if (!complete) return ExitCode::Incomplete;
 
-  ConsoleSteps steps(console);
+  ConsoleSteps steps(console, workspace, arguments.aligned);
   const std::size_t reports = console.host.errorReports();
   CompareSelProcs(console.program, workspace, steps, false, "", "");
   if (sides[0].incomplete || sides[1].incomplete || console.host.errorReports() != reports || reads.failed())

@@ -90,6 +90,10 @@ class Binder::Watcher : public QObject {
           const int button = static_cast<QMouseEvent*>(event)->button() == Qt::RightButton ? 2 : 1;
           binder_.inHandler_([&control, button] { control.onMouseUp(button); });
         }
+        tellRowEvent(control, event);
+        break;
+      case QEvent::KeyRelease:
+        tellRowEvent(control, event);
         break;
       default:
         break;
@@ -98,6 +102,18 @@ class Binder::Watcher : public QObject {
   }
 
  private:
+  void tellRowEvent(Control& control, QEvent* event) {
+    auto* list = dynamic_cast<CheckList*>(&control);
+    if (!list || !list->onRowEvent) return;
+    const Qt::KeyboardModifiers held = static_cast<QInputEvent*>(event)->modifiers();
+    const int shift = (held.testFlag(Qt::ShiftModifier) ? 1 : 0) + (held.testFlag(Qt::ControlModifier) ? 2 : 0) +
+                      (held.testFlag(Qt::AltModifier) ? 4 : 0);
+    // The list takes the event first, so that the row under the pointer is selected.
+    QMetaObject::invokeMethod(
+        this, [this, list, shift] { binder_.inHandler_([list, shift] { list->onRowEvent(shift); }); },
+        Qt::QueuedConnection);
+  }
+
   Binder& binder_;
   std::map<QObject*, Control*> controls_;
 };

@@ -90,7 +90,8 @@ Binder::Show Binder::bindLabel(Label& label, QWidget& widget) {
   // A caption with an access key comes from the form; the model's texts are shown as they are.
   const QString fromForm = shown->text();
   return [&label, shown, fromForm] {
-    const QString text = label.text().empty() ? fromForm : toQt(label.text());
+    QString text = label.text().empty() ? fromForm : toQt(label.text());
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
     if (!shown->buddy()) shown->setTextFormat(Qt::PlainText);
     if (shown->text() != text) shown->setText(text);
     if (label.backColour) fill(*shown, *label.backColour);
@@ -339,13 +340,17 @@ Binder::Show Binder::bindTree(Tree& tree, QWidget& widget) {
                      if (flushing_ || !current.isValid()) return;
                      inHandler_([&tree, node = current.data(Qt::UserRole).toInt()] { tree.select(node); });
                    });
-  return [&tree, view, model] {
+  const bool pictures = view->property("pictures").toBool();
+  return [&tree, view, model, pictures] {
     model->clear();
     std::vector<QStandardItem*> items;
     for (int node = 0; node < static_cast<int>(tree.count()); ++node) {
       items.push_back(new QStandardItem(toQt(tree.text(node))));
       items.back()->setData(node, Qt::UserRole);
       const int parent = tree.parent(node);
+      if (pictures)
+        items.back()->setIcon(
+            QIcon(parent < 0 ? QStringLiteral(":/icons/group.svg") : QStringLiteral(":/icons/page.svg")));
       (parent < 0 ? model->invisibleRootItem() : items[static_cast<std::size_t>(parent)])->appendRow(items.back());
     }
     for (int node = 0; node < static_cast<int>(tree.count()); ++node) {

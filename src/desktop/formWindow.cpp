@@ -15,6 +15,7 @@
 #include <QTimer>
 #include <utility>
 
+#include "desktop/layout.h"
 #include "desktop/text.h"
 #include "platform/error.h"
 
@@ -107,6 +108,7 @@ FormWindow::FormWindow(Form& form, QWidget* owner, KeyStore& places) : form_(for
       std::make_unique<Binder>(form, text, makeWindow, [this](const std::function<void()>& run) { inHandler(run); });
   for (const std::string& mismatch : binder_->mismatches()) qWarning("%s", mismatch.c_str());
   addKeys();
+  new CompactButtons(*window_);
   form_.onClosed = [this] { hideWhenClosed(); };
   inHandler([this] { form_.load(); });
   binder_->flush();
@@ -206,7 +208,7 @@ void FormWindow::restorePlace() {
   }
   for (QSplitter* splitter : window_->findChildren<QSplitter*>())
     if (const QByteArray state = read(form_.name + "." + fromQt(splitter->objectName())); !state.isEmpty())
-      splitter->restoreState(state);
+      splitter->setProperty(keptProperty, splitter->restoreState(state));
 }
 
 void FormWindow::savePlace() {

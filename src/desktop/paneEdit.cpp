@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -80,17 +81,21 @@ void PaneEdit::bind(TextPane& pane, std::function<void(std::function<void()>)> i
 
 void PaneEdit::refresh() {
   refreshing_ = true;
-  if (pane_->text() != shownText_) {
+  if (pane_->text() != shownText_ || !rows_.areOf(*pane_)) {
     shownText_ = pane_->text();
+    const std::string document = rows_.take(*pane_);
     const bool takesLong = shownText_.size() > longText;
     if (takesLong) QApplication::setOverrideCursor(Qt::WaitCursor);
-    setPlainText(toQt(shownText_));
+    setPlainText(toQt(document));
     if (takesLong) QApplication::restoreOverrideCursor();
     shownRanges_.clear();
     stretches_.clear();
   }
   fitNumberArea();  // the signals of this widget may be blocked
-  if (!sameRanges(shownRanges_, pane_->backgrounds())) findStretches();
+  if (rows_.any())
+    showRows();
+  else if (!sameRanges(shownRanges_, pane_->backgrounds()))
+    findStretches();
   const int start = toPosition(pane_->selectionStart());
   const int end = toPosition(pane_->selectionStart() + pane_->selectionLength());
   QTextCursor cursor = textCursor();
@@ -120,21 +125,23 @@ int PaneEdit::toPosition(std::size_t offset) const {
     (static_cast<std::size_t>(pane_->lineOffset(middle)) <= offset ? low : high) = middle;
   }
   const auto begin = static_cast<std::size_t>(pane_->lineOffset(low));
-  const QTextBlock block = document()->findBlockByNumber(static_cast<int>(low));
+  const QTextBlock block = document()->findBlockByNumber(rows_.blockOf(low));
   const std::string_view text = std::string_view(pane_->text()).substr(std::min(begin, pane_->text().size()));
   return block.position() + std::min(unitsOf(text, offset - begin), std::max(0, block.length() - 1));
 }
 
 std::size_t PaneEdit::toOffset(int position) const {
   const QTextBlock block = document()->findBlock(position);
-  const long begin = pane_->lineOffset(static_cast<std::size_t>(std::max(0, block.blockNumber())));
+  const long line = rows_.lineFrom(std::max(0, block.blockNumber()));
+  const long begin = line < 0 ? -1 : pane_->lineOffset(static_cast<std::size_t>(line));
   if (begin < 0) return pane_->text().size();
+  if (rows_.lineOf(block.blockNumber()) < 0) return static_cast<std::size_t>(begin);
   return static_cast<std::size_t>(begin) + fromQt(block.text().left(position - block.position())).size();
 }
 
 void PaneEdit::findStretches() {
   shownRanges_ = pane_->backgrounds();
-  std::vector<Stretch> found;
+  std::vector<PaneStretch> found;
   const std::string_view text = pane_->text();
   std::size_t line = 0;
   std::size_t before = 0;
@@ -157,26 +164,40 @@ void PaneEdit::findStretches() {
                        whole ? -1 : unitsOf(words, end - begin), range.colour});
     }
   }
-  std::stable_sort(found.begin(), found.end(), [](const Stretch& a, const Stretch& b) { return a.line < b.line; });
+  std::stable_sort(found.begin(), found.end(),
+                   [](const PaneStretch& a, const PaneStretch& b) { return a.block < b.block; });
   stretches_ = std::move(found);
   viewport()->update();
+}
+
+void PaneEdit::showRows() {
+  shownRanges_.clear();
+  stretches_ = rows_.stretches(*pane_);
+  viewport()->update();
+}
+
+QMimeData* PaneEdit::createMimeDataFromSelection() const {
+  if (!rows_.any()) return QPlainTextEdit::createMimeDataFromSelection();
+  auto* selected = new QMimeData;
+  selected->setText(toQt(pane_->selectedText()));
+  return selected;
 }
 
 void PaneEdit::paintStretches(QPainter& painter) {
   QTextBlock block = firstVisibleBlock();
   auto stretch = std::lower_bound(stretches_.begin(), stretches_.end(), block.blockNumber(),
-                                  [](const Stretch& each, int line) { return each.line < line; });
+                                  [](const PaneStretch& each, int number) { return each.block < number; });
   for (; block.isValid() && stretch != stretches_.end(); block = block.next()) {
     const QRectF area = blockBoundingGeometry(block).translated(contentOffset());
     if (area.top() > viewport()->height()) break;
-    for (; stretch != stretches_.end() && stretch->line <= block.blockNumber(); ++stretch) {
+    for (; stretch != stretches_.end() && stretch->block <= block.blockNumber(); ++stretch) {
       QRectF filled(0, area.top(), viewport()->width(), area.height());
       if (const QTextLayout* layout = block.layout(); stretch->to >= 0 && layout && layout->lineCount() > 0) {
         const QTextLine only = layout->lineAt(0);
         filled.setLeft(area.left() + only.cursorToX(stretch->from));
         filled.setRight(area.left() + only.cursorToX(stretch->to));
       }
-      painter.fillRect(filled, shownBackground(stretch->colour, palette()));
+      painter.fillRect(filled, brushOf(*stretch, palette()));
     }
   }
 }
@@ -207,8 +228,10 @@ void PaneEdit::paintNumbers(const QRect& area) {
   for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
     const QRectF place = blockBoundingGeometry(block).translated(contentOffset());
     if (place.top() > area.bottom()) break;
+    const long line = rows_.lineOf(block.blockNumber());
+    if (line < 0) continue;
     painter.drawText(QRectF(0, place.top(), numbers_->width() - numberMargin, fontMetrics().height()),
-                     Qt::AlignRight | Qt::AlignVCenter, QString::number(block.blockNumber() + 1));
+                     Qt::AlignRight | Qt::AlignVCenter, QString::number(line + 1));
   }
 }
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "desktop/paneRows.h"
 #include "platform/controls/textPane.h"
 
 namespace qrel {
@@ -27,17 +28,14 @@ class PaneEdit : public QPlainTextEdit {
   void keyPressEvent(QKeyEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   bool eventFilter(QObject* object, QEvent* event) override;
+  // Of the text alone, without the empty places between its lines.
+  QMimeData* createMimeDataFromSelection() const override;
 
  private:
   class NumberArea;
-  // Of one line: where a coloured range begins and ends in it; -1 as the end: the line is filled to the right edge.
-  struct Stretch {
-    int line;
-    int from, to;  // UTF-16 positions in the line
-    std::uint32_t colour;
-  };
 
   void findStretches();
+  void showRows();
   void paintStretches(QPainter& painter);
   void paintNumbers(const QRect& area);
   void fitNumberArea();
@@ -54,7 +52,8 @@ class PaneEdit : public QPlainTextEdit {
   QLineEdit* search_ = nullptr;    // the same; hidden until asked for
   std::string shownText_;
   std::vector<TextPane::Range> shownRanges_;
-  std::vector<Stretch> stretches_;  // by line
+  std::vector<PaneStretch> stretches_;  // by block
+  PaneRows rows_;
   bool refreshing_ = false;
 };
 

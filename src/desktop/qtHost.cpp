@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDateTime>
 #include <QDesktopServices>
+#include <QDir>
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -12,6 +13,7 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QUrl>
 #include <algorithm>
 #include <chrono>
@@ -156,8 +158,10 @@ void QtHost::run() {
       if (allClosed()) loop.quit();
     };
   if (!allClosed()) loop.exec();
-  for (auto& window : staying_) std::erase(open_, window.get());
+  // A form that is unloaded may close what else is open.
+  const std::vector<std::unique_ptr<FormWindow>> ended = std::move(staying_);
   staying_.clear();
+  for (const auto& window : ended) std::erase(open_, window.get());
 }
 
 long QtHost::popUpMenu(const std::vector<MenuItem>& items) {
@@ -192,6 +196,18 @@ bool QtHost::openUrl(const std::string& url) {
   return QDesktopServices::openUrl(QFileInfo::exists(text) ? QUrl::fromLocalFile(text) : QUrl::fromUserInput(text));
 }
 
+void QtHost::showHelp(long topic) {
+  if (!help_) help_ = std::make_unique<HelpWindow>(qrel::toQt(helpFolder));
+  help_->showTopic(topic);
+}
+
+void QtHost::closeOtherWindows() {
+  for (FormWindow* each : std::vector<FormWindow*>(open_))
+    if (std::none_of(staying_.begin(), staying_.end(), [&](const auto& stays) { return stays.get() == each; }))
+      each->form().close();
+  help_.reset();
+}
+
 std::string QtHost::saveFileDialog(const FileDialog& dialog) {
   flush();
   // Not the short form of one call, which would ask before it replaces the name as typed, without its extension.
@@ -213,8 +229,16 @@ std::string QtHost::openFileDialog(const FileDialog& dialog) {
 void QtHost::setClipboardText(const std::string& text) { QApplication::clipboard()->setText(qrel::toQt(text)); }
 
 void QtHost::print(const PrintJob& job) {
-  QPrinter printer;
-  const auto askForFile = [&] { return saveFileDialog({"Print to a PDF file", "PDF (*.pdf)", job.title + ".pdf"}); };
+  QPrinter printer(QPrinter::HighResolution);
+  setUsualMargins(printer);
+  const auto askForFile = [&] {
+    const QString name = fileNameOf(job.name.empty() ? job.title : job.name) + QStringLiteral(".pdf");
+    if (pdfFolder_.isEmpty()) pdfFolder_ = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    const std::string file = saveFileDialog(
+        {"Print to a PDF file", "PDF files (*.pdf)|*.pdf", fromQt(QDir(pdfFolder_).filePath(name)), "pdf"});
+    if (!file.empty()) pdfFolder_ = QFileInfo(qrel::toQt(file)).path();
+    return file;
+  };
   if (choosePrinter(printer, askForFile)) printPages(printer, job);
 }
 

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QString>
 #include <memory>
 #include <vector>
 
 #include "desktop/formWindow.h"
+#include "desktop/help.h"
 #include "platform/host/host.h"
 #include "platform/store/keyStore.h"
 
@@ -28,6 +30,8 @@ class QtHost : public Host {
   void setPointer(Pointer pointer) override;
   void beep() override;
   bool openUrl(const std::string& url) override;
+  // In one window, which stays open beside the program's own.
+  void showHelp(long topic) override;
   std::string saveFileDialog(const FileDialog& dialog) override;
   std::string openFileDialog(const FileDialog& dialog) override;
   void setClipboardText(const std::string& text) override;
@@ -38,6 +42,10 @@ class QtHost : public Host {
   LocalTime now() const override;
   std::int64_t ticks() const override;
 
+  std::string helpFolder;  // of the help's topics; empty: they aren't installed
+
+  // Closes what stands open beside the windows that show has opened.
+  void closeOtherWindows();
   // Serves the windows that show has opened until the last of them is closed.
   void run();
   // The window of a form that is on the screen, null otherwise.
@@ -50,7 +58,9 @@ class QtHost : public Host {
   KeyStore& places_;
   std::vector<FormWindow*> open_;  // the latest last
   std::vector<std::unique_ptr<FormWindow>> staying_;
+  std::unique_ptr<HelpWindow> help_;  // null until it is asked for
   QElapsedTimer sinceEvents_;
+  QString pdfFolder_;  // of the PDF files that take the place of a printer
 };
 
 }  // namespace qrel

@@ -24,6 +24,12 @@ StartArguments readStartArguments(int count, const char* const* arguments) {
   return result;
 }
 
+std::string whyNotStart(const StartArguments& arguments) {
+  const std::string& theme = arguments.theme;
+  if (theme.empty() || theme == "light" || theme == "dark") return {};
+  return "There is no theme \"" + theme + "\". Use --theme light or --theme dark, or leave it out.";
+}
+
 std::string startHelp() {
   return "Usage: quorrel [--theme light|dark] [/RunSavedComp ID]\n"
          "Compares two SQL Server databases and says what differs.\n\n"

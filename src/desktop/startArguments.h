@@ -17,6 +17,9 @@ struct StartArguments {
 // `arguments` begin with the program's own name.
 StartArguments readStartArguments(int count, const char* const* arguments);
 
+// Why the program can't be started with these, with what to do; empty when it can.
+std::string whyNotStart(const StartArguments& arguments);
+
 // What --help prints.
 std::string startHelp();
 

@@ -16,7 +16,7 @@ namespace qrel {
 
 namespace {
 
-constexpr double pointSize = 8;
+constexpr double cellPointSize = 8;
 constexpr double widestShare = 0.3;  // of the page that one column takes
 
 // A table laid out for one kind of page.
@@ -89,7 +89,7 @@ class Sheets {
         painter_.fillRect(cell, QColor(224, 224, 224));
       else if (const std::uint32_t colour = table_.backColour(row, column); colour != Grid::noColour)
         painter_.fillRect(cell, toQt(colour));
-      painter_.setPen(QColor(160, 160, 160));
+      painter_.setPen(QPen(QColor(160, 160, 160), step_ / 40));
       painter_.drawRect(cell);
       painter_.setPen(row == 0 ? QColor(Qt::black) : toQt(table_.textColour(row, column)));
       const QString text = toQt(table_.text(row, column)).simplified();
@@ -116,7 +116,7 @@ int printTable(QPrinter& printer, const Grid& table, const QString& title) {
   QPainter painter;
   beginPrinting(painter, printer, title);
   QFont font = painter.font();
-  font.setPointSizeF(pointSize);
+  font.setPointSizeF(cellPointSize);
   painter.setFont(font);
   Sheets sheets(painter, printer, table, title);
   for (std::size_t page = 0; page < sheets.count(); ++page) {
@@ -131,7 +131,8 @@ void connectPrinting(ReportControl& report, QWidget& view) {
   const auto kept = std::make_shared<std::unique_ptr<QPrinter>>();
   const auto printer = [kept]() -> QPrinter& {
     if (!*kept) {
-      *kept = std::make_unique<QPrinter>();
+      *kept = std::make_unique<QPrinter>(QPrinter::HighResolution);
+      setUsualMargins(**kept);
       (*kept)->setPageOrientation(QPageLayout::Landscape);
     }
     return **kept;
@@ -139,7 +140,7 @@ void connectPrinting(ReportControl& report, QWidget& view) {
   const QPointer<QWidget> owner(&view);
   report.onPrint = [&report, owner, printer](const std::string& title) {
     if (!owner) return;
-    const QString name = toQt(title).replace('/', '-');
+    const QString name = fileNameOf(title);
     const bool chosen = choosePrinter(printer(), [&] {
       return fromQt(QFileDialog::getSaveFileName(owner, QStringLiteral("Print to a PDF file"),
                                                  name + QStringLiteral(".pdf"), QStringLiteral("PDF (*.pdf)")));

@@ -29,6 +29,7 @@ inline QColor shownBackground(std::uint32_t colour, const QPalette& palette) {
   const QColor asGiven = toQt(colour);
   if (!isDark(palette)) return asGiven;
   if (asGiven == Qt::white) return palette.color(QPalette::Base);
+  if (asGiven.hsvSaturation() == 0) return QColor(64, 64, 64);
   return QColor::fromHsv(asGiven.hsvHue(), qMin(255, asGiven.hsvSaturation() + 60), 105);
 }
 

@@ -162,6 +162,8 @@ UserFolders userFolders();
 
 enum class Stream : std::uint8_t { Output, Errors };
 bool isTerminal(Stream stream);
+// Characters in a row of the terminal that standard output is, or as the user's settings say; 0 when unknown.
+int terminalColumns();
 // Past all buffers; what can't be written is lost.
 void writeToErrors(std::string_view text);
 // Whether there is a screen that windows could be shown on.

@@ -117,7 +117,8 @@ void frmReport::copyToFile() {
 void frmReport::save() { frmSaveComparison(program_).ShowUp(processOf(input_), mblnSaved, mstrSavedName); }
 
 void frmReport::PrintReport() {
-  program_.host.print({"Quorrel Report", txtReport.text(), {}, false});
+  InsertFooter(txtReport);
+  PrintTextControl(program_, txtReport, "Quorrel Report");
   if (mblnAuto) mblnSaved = false;
   if (!mblnSaved) return;
   recordPrinting();

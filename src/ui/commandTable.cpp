@@ -111,10 +111,33 @@ void InitializeMenus_Tools(CommandTable& commands) {
                       [](frmMain& window) { window.MenuToolsDataAnalyzerTable(0); }});
   commands.push_back({505, path + "/Data Analyzer", "Analyze Data in Target Table", Guard::none,
                       [](frmMain& window) { window.MenuToolsDataAnalyzerTable(1); }});
+  commands.push_back({506, path, "&Find Object", Guard::none, nullptr});
+  commands.push_back({507, path + "/Find Object", "In &Source Database", Guard::none,
+                      [](frmMain& window) { window.MenuToolsFindInDb(0); }});
+  commands.push_back({508, path + "/Find Object", "In &Target Database", Guard::none,
+                      [](frmMain& window) { window.MenuToolsFindInDb(1); }});
+  commands.push_back({509, path, "Atta&ch Database", Guard::CheckMdacAndServerInfoSet,
+                      [](frmMain& window) { window.MenuToolsAttachDb(); }});
   commands.push_back({510, path, "List All Ignored Columns - &Data Comparisons", Guard::none,
                       [](frmMain& window) { window.MenuListIgnoredColumns(1); }, "", true});
   commands.push_back({511, path, "List All Ignored Columns - &Structure Comparisons", Guard::none,
                       [](frmMain& window) { window.MenuListIgnoredColumns(2); }});
+  commands.push_back(
+      {513, path, "&Options...", Guard::none, [](frmMain& window) { window.MenuToolsOptions(); }, "", true});
+}
+
+void InitializeMenus_Help(CommandTable& commands) {
+  const std::string path = "Help";
+  commands.push_back({600, "", "&Help", Guard::none, nullptr});
+  commands.push_back({.id = 610,
+                      .path = path,
+                      .caption = "&Index...",
+                      .action = [](frmMain& window) { window.ShowHelp(helpIndex); },
+                      .key = "F1"});
+  commands.push_back({620, path, "&Tip of the Day...", Guard::none, [](frmMain& window) { window.ShowTip(); }});
+  commands.push_back(
+      {630, path, "Technical &Support", Guard::none, [](frmMain& window) { window.ShowHelp(helpSupport); }});
+  commands.push_back({660, path, "&About...", Guard::none, [](frmMain& window) { window.ShowAbout(); }, "", true});
 }
 
 void addContextMenu(CommandTable& commands) {
@@ -122,6 +145,8 @@ void addContextMenu(CommandTable& commands) {
   commands.push_back({700, path, "Refresh", Guard::CheckMdac, [](frmMain& window) { window.RefreshPopupPanel(); }});
   commands.push_back(
       {710, path, "Show Color Schema", Guard::none, [](frmMain& window) { window.ShowColorSchema(); }, "", true});
+  commands.push_back(
+      {720, path, "Visualize Differences", Guard::none, [](frmMain& window) { window.VisualizeDifferences(); }});
   commands.push_back({730,
                       path,
                       "Ignore Columns",
@@ -152,6 +177,10 @@ void addKeys(CommandTable& commands) {
     commands.push_back({.path = keysPath, .caption = "", .action = std::move(action), .key = key});
   };
   add("F6", [](frmMain& window) { window.workspace.cmbType.setFocus(); });
+  add("F10", [](frmMain& window) { window.cmdDbInfo[0].personClicks(); });
+  add("F11", [](frmMain& window) { window.cmdDbInfo[1].personClicks(); });
+  // The options of the comparison are then asked for once, whether or not they are shown before each one.
+  add("Shift+F9", [](frmMain& window) { window.barCommands.personChooses(310); });
   add("Alt+O", [](frmMain& window) { window.cmdCopyClip[0].personClicks(); });
   add("Alt+Y", [](frmMain& window) { window.cmdCopyClip[1].personClicks(); });
   add("Alt+P", [](frmMain& window) { window.cmdCopyToFile[0].personClicks(); });
@@ -171,6 +200,7 @@ CommandTable MainCommands() {
   InitializeMenus_DataComp(commands);
   InitializeMenus_SQL(commands);
   InitializeMenus_Tools(commands);
+  InitializeMenus_Help(commands);
   addContextMenu(commands);
   addKeys(commands);
   return commands;

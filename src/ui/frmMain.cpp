@@ -39,6 +39,8 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
       cmdCopyToFile(buttonPair("cmdCopyToFile")),
       cmdViewData(buttonPair("cmdViewData")),
       cmdAnalyzeData(buttonPair("cmdAnalyzeData")),
+      cmdDbInfo(buttonPair("cmdDbInfo")),
+      cmdFind(buttonPair("cmdFind")),
       srtFiltering(buttonPair("srtFiltering")),
       cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
       cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
@@ -62,6 +64,7 @@ void frmMain::registerControls() {
   add(cmdCompareAll);
   add(cmdCompData);
   add(cmdDebugScript);
+  add(cmdHelp);
   add(lblSource);
   add(lblTarget);
   const auto addPair = [this](auto& pair) {
@@ -76,11 +79,14 @@ void frmMain::registerControls() {
   addPair(cmdCopyToFile);
   addPair(cmdViewData);
   addPair(cmdAnalyzeData);
+  addPair(cmdDbInfo);
+  addPair(cmdFind);
   addPair(srtFiltering);
   addPair(cmdFilterBySchema);
   addPair(cmdFilterByOwner);
   addPair(cmdNonExistent);
   add(chkScrollTogether);
+  add(chkAligned);
   add(lblStatus);
   add(barCommands);
 }
@@ -103,8 +109,12 @@ void frmMain::setUpControls() {
   cmdCompData.setToolTip("Compare data in selected tables  (F9)");
   cmdDebugScript.setToolTip("Generate Update Script");
   cmdDebugScript.setVisible(false);
+  lblStatus.setVisible(false);
+  cmdHelp.setToolTip("Display Help file (F1)");
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
+  chkAligned.setToolTip("Lines that belong together stand side by side when differences are marked");
+  chkAligned.setChecked(ReadFlag(program_, "AlignedView"));
   lblSource.setText("Source");
   lblTarget.setText("Target");
   const std::string strCopy = "Copy selected object structure to the ";
@@ -112,6 +122,8 @@ void frmMain::setUpControls() {
     cmdCopyClip[side].setToolTip(strCopy + "clipboard (Alt + " + (side == 0 ? "O)" : "Y)"));
     cmdCopyToFile[side].setToolTip(strCopy + "file (Alt + " + (side == 0 ? "P)" : "I)"));
     cmdViewData[side].setToolTip(std::string("View data stored in selected table (Alt + ") + (side == 0 ? "V)" : "W)"));
+    cmdDbInfo[side].setToolTip(std::string("Database information (F1") + (side == 0 ? "0)" : "1)"));
+    cmdFind[side].setToolTip(std::string("Find an object in the ") + (side == 0 ? "Source" : "Target") + " database");
     srtFiltering[side].setVisible(false);
     for (Button* button : {&cmdFilterByOwner[side], &cmdNonExistent[side]}) {
       button->setVisible(false);
@@ -128,6 +140,7 @@ void frmMain::wireEvents() {
   cmdCompare.onClick = [this] { cmdCompare_Click(); };
   cmdCompareAll.onClick = [this] { cmdCompareAll_Click(); };
   cmdCompData.onClick = [this] { cmdCompData_Click(); };
+  cmdHelp.onClick = [this] { ShowHelp(helpIndex); };
   cmdDebugScript.onClick = [this] { cmdDebugScript_Click(); };
   for (int i = 0; i < static_cast<int>(optType.size()); ++i)
     optType[static_cast<std::size_t>(i)].onClick = [this, i] { optType_Click(i); };
@@ -145,6 +158,9 @@ void frmMain::wireEvents() {
     workspace.pvlSqlObj[side].onClick = [this, side, Index] {
       pvlSqlObj_SelectChange(Index, workspace.pvlSqlObj[side].firstSelected());
     };
+    workspace.pvlSqlObj[side].onRowEvent = [this, Index](int shift) { pvlSqlObj_RowEvent(Index, shift); };
+    cmdDbInfo[side].onClick = [this, Index] { cmdDbInfo_Click(Index); };
+    cmdFind[side].onClick = [this, Index] { cmdFind_Click(Index); };
     cmdCopyClip[side].onClick = [this, Index] { cmdCopyClip_Click(Index); };
     cmdCopyToFile[side].onClick = [this, Index] { cmdCopyToFile_Click(Index); };
     cmdViewData[side].onClick = [this, Index] { cmdViewData_Click(Index); };
@@ -175,8 +191,8 @@ void frmMain::load() {
       if (!CheckMdac(program_)) return;
       InitializeDisplay(true);
     }
-    for (ComboBox& combo : workspace.cmbOwners) combo.setVisible(program_.settings.ShowOwners);
-    run(steps_.CreateStatusBar);
+    showOwners();
+    lblStatus.setVisible(true);
     InitializeMenus();
     for (int Index = 0; Index < 2; ++Index) ClearFilters(program_, Index);
     Filtering_UpdateDisplay(filterOwner);
@@ -189,7 +205,7 @@ void frmMain::activate() {
   trap(program_, "frmMain", "Form_Activate", [&] {
     mblnActivated = true;
     program_.host.setPointer(Pointer::Default);
-    if (ReadNumber(program_, "ShowTipOfDay") == 1) run(steps_.ShowTip);
+    if (ReadNumber(program_, "ShowTipOfDay") == 1) ShowTip();
     run(steps_.SetSplitterHeight);
     if (!ServerInfoSet()) return;
     const std::int32_t lngId = program_.main.glngRunSavedCompId;
@@ -198,7 +214,7 @@ void frmMain::activate() {
 }
 
 void frmMain::unload() {
-  run(steps_.DestroyStatusBar);
+  lblStatus.setVisible(false);
   run(steps_.CloseOtherWindows);
 }
 

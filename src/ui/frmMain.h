@@ -20,17 +20,15 @@ namespace qrel {
 
 struct tSavedProcess;
 
-// What the main window asks of the parts around it. A step that isn't set does nothing.
+// What the main window asks of its face. A step that isn't set does nothing.
 struct MainWindowSteps {
   std::function<void()> ApplySmallScreenLayout;  // on a screen of 640 by 480 pixels
-  std::function<void()> CreateStatusBar;
-  std::function<void()> ShowTip;  // the tip of the day, modal
   std::function<void()> SetSplitterHeight;
-  std::function<void()> DestroyStatusBar;
   std::function<void()> CloseOtherWindows;
 };
 
 enum ConnectImage : int { imageConnected = 3, imageConnecting = 4, imageIdle = 5 };
+enum HelpTopic : long { helpIndex = 10, helpSupport = 230 };
 enum FilterType : long { filterSchema = 1, filterOwner = 2 };
 
 // What a check has found selected; empty or 0 as far as it didn't get.
@@ -53,10 +51,13 @@ class frmMain : public Form {
   Button cmdCompareAll{"cmdCompareAll"};
   Button cmdCompData{"cmdCompData"};
   Button cmdDebugScript{"cmdDebugScript"};  // visible in debug mode alone
+  Button cmdHelp{"cmdHelp"};
   std::array<Button, 2> cmdCopyClip;
   std::array<Button, 2> cmdCopyToFile;
   std::array<Button, 2> cmdViewData;
   std::array<Button, 2> cmdAnalyzeData;
+  std::array<Button, 2> cmdDbInfo;
+  std::array<Button, 2> cmdFind;
   std::array<Button, 2> srtFiltering;  // visible while its panel is filtered; a click removes the filters
   std::array<Button, 2> cmdFilterBySchema;
   std::array<Button, 2> cmdFilterByOwner;  // never visible
@@ -65,6 +66,7 @@ class frmMain : public Form {
   Label lblTarget{"lblTarget"};
   Label lblStatus{"lblStatus"};  // the status bar's pane: the tip of the control under the pointer or with the focus
   CheckBox chkScrollTogether{"chkScrollTogether"};  // both panes show the same place of two marked texts
+  CheckBox chkAligned{"chkAligned"};  // two marked texts stand side by side line by line; kept between runs
   CommandBars barCommands{"barCommands"};
 
   bool mblnActivated = false;  // the first activation has been handled
@@ -94,6 +96,22 @@ class frmMain : public Form {
   // The dialog for the table of the context menu's pane; both panes must show one.
   void MenuPopUpIgnoreColumns();
   void MenuListIgnoredColumns(long enmList);
+
+  // The small tools (mainTools.cpp). The options, and what follows from those that were changed.
+  void MenuToolsOptions();
+  // The search for an object of a side's database; what was chosen is shown.
+  void MenuToolsFindInDb(int Index);
+  // Attaches a database file to the Source server and reloads both panels.
+  void MenuToolsAttachDb();
+  // What the selected database of a side holds.
+  void cmdDbInfo_Click(int Index);
+  void cmdFind_Click(int Index);
+  void ShowTip();
+  void ShowAbout();
+  // Moves the pane of the open context menu to its first line that is marked as different.
+  void VisualizeDifferences();
+  // Opens the help at a topic.
+  void ShowHelp(long topic);
 
   // Connecting and choosing (mainSelection.cpp).
   void cmdConnect_Click();
@@ -168,7 +186,11 @@ class frmMain : public Form {
   // The text of a panel's pane.
   void cmdCopyClip_Click(int Index);
   void cmdCopyToFile_Click(int Index);
-  // Prints it under strPrefix and the object's description. An empty pane is told unless blnSilent is set.
+  // Puts the lines of two texts that were compared and differ side by side, if a person wants it (chkAligned): lines
+  // that belong together on one height, under the options of the comparison. Marks and texts stay as they are.
+  void AlignPanes();
+  // Prints it as it is shown, with its colours, under strPrefix and the object's description. An empty pane is told
+  // unless blnSilent is set.
   void PrintStructure(int Index, bool blnSilent, const std::string& strPrefix);
 
   // The records of the table that is selected on a side (mainData.cpp). The buttons do nothing while the window is
@@ -203,6 +225,11 @@ class frmMain : public Form {
   void refillServers();
   void clearPanelFilters(int Index);
   void showObjectTypeTips(long type);
+  bool anyDatabaseIsSelected() const;
+  void showOwners();
+  void fillOwners();
+  void refreshConnections();
+  void offerObjectTypesAnew();
   void keepObjectsOfOwner(int Index, const std::string& strOwner);
   void followSelection();
   bool selectionIsEmpty(int Index) const;
@@ -212,6 +239,7 @@ class frmMain : public Form {
   bool anyPaneHasText() const;
   std::vector<MenuItem> contextMenu() const;
   void scrollOtherPane(std::size_t side);
+  void wireAlignment();
   std::string whyNoPrintRun() const;
   std::string paneText(int Index) const;
   bool databaseIsSelected(int Index);
@@ -226,6 +254,8 @@ class frmMain : public Form {
 
 // Selects the row with exactly that text and raises the list's event. False, and no change, without such a row.
 bool SelectRowByText(CheckList& list, const std::string& strText);
+// Selects the row of that id and raises the list's event. False, and no change, without such a row.
+bool SelectItemInPVListBoxById(CheckList& list, long lngId);
 // The type of optType(lngOptIndex): 0 tables, 1 procedures, ... The last one, 6, gives 70, which is no type.
 long OptionType(long lngOptIndex);
 

@@ -1,6 +1,7 @@
 // The main window's commands: what the menus, the keys and the panes' context menu start, and the tips of the status
 // bar.
 #include <algorithm>
+#include <optional>
 
 #include "app/mdlMain.h"
 #include "app/trap.h"
@@ -38,6 +39,7 @@ void frmMain::wireCommands() {
     workspace.txtTXProc[side].onMouseUp = [this, Index](int button) { txtTXProc_MouseUp(Index, button); };
     workspace.txtTXProc[side].onScroll = [this, side] { scrollOtherPane(side); };
   }
+  wireAlignment();
 }
 
 void frmMain::wireTips() {
@@ -45,9 +47,11 @@ void frmMain::wireTips() {
     control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
   };
   for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
-                                                          &cmdCompData, &cmdDebugScript, &chkScrollTogether})
+                                                          &cmdCompData, &cmdDebugScript, &cmdHelp, &chkScrollTogether,
+                                                          &chkAligned})
     showTip(*control);
-  for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &srtFiltering, &cmdFilterBySchema})
+  for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &cmdDbInfo, &cmdFind,
+                        &srtFiltering, &cmdFilterBySchema})
     for (Button& button : *buttons) showTip(button);
 }
 
@@ -106,6 +110,20 @@ void frmMain::RefreshPopupPanel() {
   if (mlngPopupPanel >= 0) RefreshDisplayForPanel(static_cast<int>(mlngPopupPanel));
 }
 
+void frmMain::VisualizeDifferences() {
+  if (mlngPopupPanel < 0) return;
+  TextPane& pane = workspace.txtTXProc[static_cast<std::size_t>(mlngPopupPanel)];
+  const std::optional<std::size_t> line = FirstDifferentLine(pane);
+  if (!line) {
+    program_.host.messageBox("No differences are marked in this text. Compare the two objects first (F7).",
+                             Icon::Information, "Visualize Differences");
+    return;
+  }
+  pane.setSelection(static_cast<std::size_t>(pane.lineOffset(*line)), 0);
+  pane.setTopLine(*line);
+  scrollOtherPane(static_cast<std::size_t>(mlngPopupPanel));
+}
+
 void frmMain::MenuPopUpIgnoreColumns() {
   if (mlngPopupPanel < 0 || !tablesAreActive("Cannot Continue")) return;
   for (const TextPane& pane : workspace.txtTXProc) {
@@ -125,10 +143,13 @@ void frmMain::MenuPopUpIgnoreColumns() {
 
 void frmMain::MenuListIgnoredColumns(long enmList) { frmIgnoreColumnsView(program_).ShowUp(enmList); }
 
+void frmMain::ShowHelp(long topic) { program_.host.showHelp(topic); }
+
 void frmMain::scrollOtherPane(std::size_t side) {
   const TextPane& pane = workspace.txtTXProc[side];
   TextPane& other = workspace.txtTXProc[1 - side];
   if (!chkScrollTogether.checked() || pane.backgrounds().empty() || other.backgrounds().empty()) return;
+  if (!pane.rows().empty()) return other.setTopLine(pane.topLine());
   other.setTopLine(CounterpartLine(pane, other, pane.topLine()));
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/mdlMain.h"
+#include "app/modTextPane.h"
 #include "app/trap.h"
 #include "compare/data/dataCompareCommands.h"
 #include "compare/data/modCompareAllData.h"
@@ -51,6 +52,7 @@ void noteVerdict(Program& program) {
 bool MainCompare::CanStartComparison() { return CheckMdac(program_); }
 
 void MainCompare::ShowReport(const PairReport& report) {
+  window_.AlignPanes();
   tReportInput input = reportInput(report);
   input.strTable1 = report.arrObjects[0];
   input.strTable2 = report.arrObjects[1];
@@ -66,6 +68,7 @@ void MainCompare::ShowReport(const PairReport& report) {
 bool MainCompare::printRunInProgress() { return program_.state<PrintRunState>().gblnCompareAndPrint; }
 
 void MainCompare::PrintPane(const std::string& strHeading, TextPane& pane) {
+  window_.AlignPanes();
   window_.PrintStructure(&pane == &window_.workspace.txtTXProc[1] ? 1 : 0, false, strHeading);
 }
 
@@ -132,8 +135,8 @@ void frmMain::cmdCopyToFile_Click(int Index) { CopyObjectToFile(program_, worksp
 
 void frmMain::PrintStructure(int Index, bool blnSilent, const std::string& strPrefix) {
   trap(program_, "frmMain", "PrintStructure", [&] {
-    const std::string& strText = workspace.txtTXProc[static_cast<std::size_t>(Index)].text();
-    if (trimBlanks(strText).empty()) {
+    TextPane& pane = workspace.txtTXProc[static_cast<std::size_t>(Index)];
+    if (trimBlanks(pane.text()).empty()) {
       if (!blnSilent)
         program_.host.messageBox("Cannot continue - there is no structure displayed for selected table.",
                                  Icon::Information, "Cannot Continue");
@@ -142,8 +145,9 @@ void frmMain::PrintStructure(int Index, bool blnSilent, const std::string& strPr
     std::string strServer, strDb, strObject;
     long lngObjId = 0;
     GetNamesOfSelServerDbAndObject(Index, strServer, strDb, strObject, lngObjId);
-    program_.host.print(
-        {caption, strText, strPrefix + strObject + " (Database: " + strDb + ", Server: " + strServer + ")", false});
+    InsertHeader(pane, strPrefix + strObject + " (Database: " + strDb + ", Server: " + strServer + ")");
+    InsertFooter(pane);
+    PrintTextControl(program_, pane, caption, strObject + " (" + strServer + ", " + strDb + ")");
   });
 }
 

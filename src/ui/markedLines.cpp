@@ -10,12 +10,12 @@ namespace qrel {
 
 namespace {
 
-// The lines, in order, whose colour says that the other side has them too. Blank lines have no colour.
-std::vector<std::size_t> commonLines(const TextPane& pane) {
+// The lines, in order, that have a colour and one that `wanted` takes. Blank lines have none.
+template <class Wanted>
+std::vector<std::size_t> linesOf(const TextPane& pane, Wanted wanted) {
   std::vector<std::size_t> offsets;
   for (const TextPane::Range& range : pane.backgrounds())
-    if (range.colour != GetMarkColor(markOnlyInSource) && range.colour != GetMarkColor(markOnlyInTarget))
-      offsets.push_back(range.start);
+    if (wanted(range.colour)) offsets.push_back(range.start);
   std::sort(offsets.begin(), offsets.end());
   std::vector<std::size_t> lines;
   std::size_t line = 0;
@@ -27,7 +27,20 @@ std::vector<std::size_t> commonLines(const TextPane& pane) {
   return lines;
 }
 
+// Those whose colour says that the other side has them too.
+std::vector<std::size_t> commonLines(const TextPane& pane) {
+  return linesOf(pane, [](std::uint32_t colour) {
+    return colour != GetMarkColor(markOnlyInSource) && colour != GetMarkColor(markOnlyInTarget);
+  });
+}
+
 }  // namespace
+
+std::optional<std::size_t> FirstDifferentLine(const TextPane& pane) {
+  const std::vector<std::size_t> lines =
+      linesOf(pane, [](std::uint32_t colour) { return colour != GetMarkColor(markUnchanged); });
+  return lines.empty() ? std::nullopt : std::optional(lines.front());
+}
 
 std::size_t CounterpartLine(const TextPane& pane, const TextPane& other, std::size_t line) {
   if (line == 0) return 0;

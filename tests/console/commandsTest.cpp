@@ -187,5 +187,20 @@ TEST_F(Commands, AReportFileHasItsOwnLineEnds) {
   EXPECT_TRUE(told("/proc/none/r.txt")) << err;
 }
 
+TEST_F(ConsoleTest, OnePairInTwoColumns) {
+  load("S/A", "CREATE TABLE t (a int NOT NULL, c varchar(10))");
+  load("S/B", "CREATE TABLE t (a int NOT NULL, b int NOT NULL, c varchar(20))");
+  setenv("COLUMNS", "60", 1);
+  const int code = run({"compare", "S/A", "S/B", "--type", "tables", "--object", "t", "--aligned"});
+  unsetenv("COLUMNS");
+  EXPECT_EQ(code, 1) << err;
+  EXPECT_TRUE(
+      printed("\n[a] [int] NOT NULL             [a] [int] NOT NULL\n"
+              "                             + [b] [int] NOT NULL\n"
+              "[c] [varchar] (10) NULL      ~ [c] [varchar] (20) NULL\n"))
+      << out;
+  EXPECT_EQ(run({"compare", "S/A", "S/B", "--aligned"}), 2);
+}
+
 }  // namespace
 }  // namespace qrel

@@ -1,7 +1,9 @@
 // Each kind of control both ways: what the model says is to be seen, what a person does reaches the model.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QListWidget>
@@ -314,6 +316,34 @@ TEST_F(BinderKindsTest, APaneIsSearched) {
   field.setText("nowhere");
   press(window, Qt::Key_F3);
   EXPECT_EQ(form.txtPane.selectionStart(), 8U) << "nothing found, nothing moved";
+}
+
+TEST_F(BinderKindsTest, APaneShowsItsRowsAndCopiesItsText) {
+  form.txtPane.setText("one\ntwo\nthree");
+  form.txtPane.setSelection(4, 3);
+  form.txtPane.setRows({{-1}, {0}, {-1}, {-1}, {1, 0xC0FFC0, {{1, 1}}}, {2}, {-1}});
+  show();
+  auto& pane = the<QPlainTextEdit>("txtPane");
+  EXPECT_EQ(fromQt(pane.toPlainText()), "\none\n\n\ntwo\nthree\n");
+  EXPECT_EQ(fromQt(pane.textCursor().selectedText()), "two");
+  pane.selectAll();
+  EXPECT_EQ(form.txtPane.selectedText(), "one\ntwo\nthree");
+  pane.copy();
+  EXPECT_EQ(fromQt(QApplication::clipboard()->text()), "one\ntwo\nthree") << "without the empty places";
+  form.txtPane.setRows({});
+  show();
+  EXPECT_EQ(fromQt(pane.toPlainText()), "one\ntwo\nthree");
+}
+
+TEST(Printing, NamesAFileAfterWhatIsPrinted) {
+  const std::pair<const char*, const char*> names[] = {{"Orders (Two, Shop)", "Orders (Two, Shop)"},
+                                                       {"a/b\\c:d*e?f\"g<h>i|j", "a-b-c-d-e-f-g-h-i-j"},
+                                                       {"..", "Print"},
+                                                       {"", "Print"},
+                                                       {"x\r\ny\x01.", "x y-"},
+                                                       {"../../etc", "-..-etc"}};
+  for (const auto& [text, name] : names) EXPECT_EQ(fileNameOf(text), QString::fromUtf8(name)) << text;
+  EXPECT_LE(fileNameOf(std::string(300, 'x')).size(), 100);
 }
 
 TEST(Printing, CutsLinesBetweenCharacters) {

@@ -27,6 +27,12 @@
 #include "tests/support.h"
 #include "ui/frmCompareAndPrint.h"
 #include "ui/frmMain.h"
+#include "ui/tools/frmAbout.h"
+#include "ui/tools/frmAttachDb.h"
+#include "ui/tools/frmGetDbInfo.h"
+#include "ui/tools/frmOptions.h"
+#include "ui/tools/frmSearchForObject_Gen.h"
+#include "ui/tools/frmTip.h"
 
 namespace qrel {
 namespace {
@@ -58,6 +64,12 @@ TEST(FormsTest, EveryFormFitsItsModel) {
   others.push_back(std::make_unique<frmSaveCompRun>(program));
   others.push_back(std::make_unique<frmDataAnalyze>(program));
   others.push_back(std::make_unique<frmDataView>(program));
+  others.push_back(std::make_unique<frmAbout>(program));
+  others.push_back(std::make_unique<frmAttachDb>(program));
+  others.push_back(std::make_unique<frmGetDbInfo>(program));
+  others.push_back(std::make_unique<frmOptions>(program));
+  others.push_back(std::make_unique<frmSearchForObject_Gen>(program));
+  others.push_back(std::make_unique<frmTip>(program));
 
   std::vector<Form*> forms{&main};
   for (const auto& each : others) forms.push_back(each.get());

@@ -7,6 +7,7 @@
 #include <QTableView>
 #include <QToolButton>
 
+#include "app/settings.h"
 #include "compare/structure/modMarkDifferences.h"
 #include "tests/desktop/desktopFixture.h"
 
@@ -166,6 +167,28 @@ TEST_F(MainWindowKeysTest, ComparingRecords) {
   whenBox(QMessageBox::No);
   click(main(), "cmdCompData");
   EXPECT_NE(boxText.find("Compared tables have different structures."), std::string::npos);
+}
+
+TEST_F(MainWindowKeysTest, ModifierKeysReachTheModels) {
+  showShops();
+  showTable("Lines");
+  const auto all = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier;
+  choose(main(), "pvlSqlObj_0", "Lines", Qt::ShiftModifier);
+  whenBox(QMessageBox::Ok);
+  choose(main(), "pvlSqlObj_1", "Orders", all);
+  ASSERT_TRUE(until([&] { return allDone(); }));
+  EXPECT_NE(boxText.find(", Name: Orders, Ref. Date: "), std::string::npos) << boxText;
+
+  // Shift asks for the options of a data comparison once.
+  SaveSetting(program, *findSetting("ShowDataCompOpt"), 0);
+  const auto cancelOptions = [](QWidget& window) { press(window, Qt::Key_Escape); };
+  showTable("Lines");
+  when("frmCompareDataOptions", cancelOptions);
+  press(main(), Qt::Key_F9, Qt::ShiftModifier);
+  EXPECT_TRUE(allDone());
+  when("frmCompareData", cancelOptions);
+  press(main(), Qt::Key_F9);
+  EXPECT_TRUE(allDone());
 }
 
 TEST_F(MainWindowKeysTest, FilteringBySchema) {

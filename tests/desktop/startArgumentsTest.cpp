@@ -31,5 +31,11 @@ TEST(StartArguments, WhatTheProgramDoesNotKnowIsLeftToTheCommandLine) {
   }
 }
 
+TEST(StartArguments, AThemeThatThereIsNotIsRefused) {
+  const auto whyNot = [](const char* theme) { return whyNotStart({false, false, theme, ""}); };
+  for (const char* theme : {"", "light", "dark"}) EXPECT_EQ(whyNot(theme), "") << theme;
+  EXPECT_EQ(whyNot("purple"), "There is no theme \"purple\". Use --theme light or --theme dark, or leave it out.");
+}
+
 }  // namespace
 }  // namespace qrel

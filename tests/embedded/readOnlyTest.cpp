@@ -77,6 +77,10 @@ TEST(ReadOnly, OnlyAProcedureCommandAttaches) {
   EXPECT_EQ(attach("[dbo].[SP_ATTACH_SINGLE_FILE_DB]", "Third", copy.string()), "");
   EXPECT_EQ(server.line("SELECT COUNT(*) FROM t", "Second") + server.line("SELECT COUNT(*) FROM t", "third"), "00");
   EXPECT_NE(attach("sp_attach_db", "Second", copy.string()), "") << "there is one of this name";
+  const auto changing = server.folder.write("changing.mdf", "");
+  std::filesystem::copy_file(copy, changing, std::filesystem::copy_options::overwrite_existing);
+  server.folder.write("changing.mdf-journal", "half of a change");
+  EXPECT_NE(attach("sp_attach_db", "Fourth", changing.string()).find("It is being changed"), std::string::npos);
   EXPECT_NE(attach("sp_rename", "t", "u").find("EXECUTE permission was denied"), std::string::npos);
   EXPECT_NE(attach("sp_executesql", "EXEC sp_attach_db 'Fourth', '" + copy.string() + "'", "@x int").find("denied"),
             std::string::npos);

@@ -72,6 +72,33 @@ class OdbcClient {
     std::vector<SQLWCHAR> text = wide(sql);
     return noted(SQLExecDirectW(statement, text.data(), static_cast<SQLINTEGER>(text.size())));
   }
+  SQLRETURN prepare(const std::string& sql) {
+    SQLFreeStmt(statement, SQL_CLOSE);
+    std::vector<SQLWCHAR> text = wide(sql);
+    return noted(SQLPrepareW(statement, text.data(), static_cast<SQLINTEGER>(text.size())));
+  }
+  SQLRETURN execute() { return noted(SQLExecute(statement)); }
+  // A parameter that is a text on this side; 1-based, kept until unbind.
+  void bindText(int number, const std::string& value, SQLSMALLINT sqlType = SQL_WLONGVARCHAR, SQLULEN size = 0,
+                SQLSMALLINT digits = 0) {
+    Bound& bound = *bound_.emplace_back(std::make_unique<Bound>());
+    bound.text = wide(value);
+    bound.length = static_cast<SQLLEN>(2 * bound.text.size());
+    EXPECT_TRUE(
+        SQL_SUCCEEDED(SQLBindParameter(statement, static_cast<SQLUSMALLINT>(number), SQL_PARAM_INPUT, SQL_C_WCHAR,
+                                       sqlType, size, digits, bound.text.data(), bound.length, &bound.length)));
+  }
+  void unbind() {
+    SQLFreeStmt(statement, SQL_RESET_PARAMS);
+    bound_.clear();
+  }
+  // Whether the driver knows that the line is gone.
+  bool dead() const {
+    SQLUINTEGER gone = SQL_CD_FALSE;
+    SQLGetConnectAttr(connection_, SQL_ATTR_CONNECTION_DEAD, &gone, 0, nullptr);
+    return gone == SQL_CD_TRUE;
+  }
+  SQLHDBC connection() const { return connection_; }
   SQLRETURN fetch() { return noted(SQLFetch(statement)); }
   SQLRETURN nextResult() { return noted(SQLMoreResults(statement)); }
 
@@ -115,6 +142,10 @@ class OdbcClient {
   bool connected = false;
 
  private:
+  struct Bound {
+    std::vector<SQLWCHAR> text;
+    SQLLEN length = 0;
+  };
   static std::vector<SQLWCHAR> wide(const std::string& text) {
     const std::string bytes = tds::toUtf16(text);
     std::vector<SQLWCHAR> units(bytes.size() / 2);
@@ -140,6 +171,7 @@ class OdbcClient {
 
   SQLHENV environment_ = nullptr;
   SQLHDBC connection_ = nullptr;
+  std::vector<std::unique_ptr<Bound>> bound_;
 };
 
 }  // namespace qrel

@@ -70,8 +70,10 @@ TEST_F(MainCommands, TheBarHasWhatCanBeDone) {
        "400 &S&QL\n-410 Build SQL CREATE Statement - &Source\n-420 Build SQL CREATE Statement - &Target\n500 &Tools\n"},
       {"Tools",
        "500 &Tools\n-501 &Add Server\n-502 &Remove Server\n-503 Data Analyzer\n--504 Analyze Data in Source Table\n"
-       "--505 Analyze Data in Target Table\n-510 List All Ignored Columns - &Data Comparisons\n"
-       "-511 List All Ignored Columns - &Structure Comparisons\n"}};
+       "--505 Analyze Data in Target Table\n-506 &Find Object\n--507 In &Source Database\n--508 In &Target Database\n"
+       "-509 Atta&ch Database\n-510 List All Ignored Columns - &Data Comparisons\n"
+       "-511 List All Ignored Columns - &Structure Comparisons\n-513 &Options...\n"},
+      {"Help", "600 &Help\n-610 &Index...\n-620 &Tip of the Day...\n-630 Technical &Support\n-660 &About...\n"}};
   for (const auto& [name, part] : parts) EXPECT_TRUE(has(menus, part)) << name << " in\n" << menus;
   EXPECT_EQ(form.barCommands.menus()[0].items[0].toolTip, "Connect to the server (F5)");
   EXPECT_EQ(form.barCommands.menus()[0].items[1].toolTip, "");
@@ -205,20 +207,21 @@ TEST_F(MainCommands, TheContextMenuIsEnabledWhileAPaneHasText) {
   EXPECT_TRUE(host.menus.empty()) << "the window isn't active yet";
   form.activate();
   form.cmdConnect.personClicks();
-  EXPECT_EQ(contextMenu(0), "700 | 710 | 730 740 | 750 (760) | 770 780 ");
+  EXPECT_EQ(contextMenu(0), "700 | 710 720 | 730 740 | 750 (760) | 770 780 ");
   std::string captions;
   for (const MenuItem& item : host.menus.back()) captions += item.caption + "|";
   EXPECT_EQ(captions,
-            "Refresh|Show Color Schema|Ignore Columns|Compare Highlighted Sections|Build SQL CREATE Statement|"
+            "Refresh|Show Color Schema|Visualize Differences|Ignore Columns|Compare Highlighted Sections|Build SQL "
+            "CREATE Statement|"
             "Find references to non-existent objects|Print|Print Source And Target|");
   work.txtTXProc[0].setText("");
   EXPECT_TRUE(has(contextMenu(0), "700 ")) << "the other pane's text counts";
   work.txtTXProc[1].setText("  ");
-  EXPECT_EQ(contextMenu(0), "(700) | (710) | (730) (740) | (750) (760) | (770) (780) ");
+  EXPECT_EQ(contextMenu(0), "(700) | (710) (720) | (730) (740) | (750) (760) | (770) (780) ");
   work.txtTXProc[0].setText("x");
   work.cmbType.tag = "OFF";
   chooseType(objViews);
-  EXPECT_EQ(contextMenu(0), "700 | 710 | (730) 740 | 750 760 | 770 780 ") << "columns are those of tables";
+  EXPECT_EQ(contextMenu(0), "700 | 710 720 | (730) 740 | 750 760 | 770 780 ") << "columns are those of tables";
   const std::size_t opened = host.menus.size();
   work.txtTXProc[0].onMouseUp(1);
   work.mblnBusy = true;

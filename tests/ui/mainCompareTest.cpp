@@ -126,12 +126,67 @@ TEST_F(Comparing, APrintRunPrintsThePairThatDiffersUnderItsNames) {
   EXPECT_EQ(host.printed[0].header, "Source: Orders (Database: Shop, Server: One)");
   EXPECT_EQ(host.printed[1].header, "Target: Orders (Database: ShopTest, Server: Two)");
   EXPECT_EQ(host.printed[1].title, "Quorrel");
+  EXPECT_EQ(host.printed[1].name, "Orders (Two, ShopTest)");
+  EXPECT_TRUE(host.printed[1].pageNumbers);
+  // The colours of the pane's lines, one each.
+  std::set<std::uint32_t> colours(host.printed[1].lineColours.begin(), host.printed[1].lineColours.end());
+  EXPECT_EQ(host.printed[1].lineColours.size(), work.txtTXProc[1].lineCount());
+  EXPECT_TRUE(colours.count(GetMarkColor(markUnchanged)) && colours.size() > 1);
   EXPECT_NE(host.printed[1].text.find("[Paid]"), std::string::npos);
+  host.printed.clear();
+  work.txtTXProc[1].setText(work.txtTXProc[0].text());
+  form.cmdCompare.personClicks();
+  EXPECT_TRUE(host.printed.empty()) << "identical";
   work.txtTXProc[1].setText("  ");
   form.PrintStructure(1, true, "");
   EXPECT_TRUE(host.boxes.empty()) << "silent";
   form.PrintStructure(1, false, "");
   EXPECT_EQ(lastBox(), "Cannot continue - there is no structure displayed for selected table.");
+}
+
+// The pane's rows as line numbers from 1 on, "." an empty place, "!" behind what has a colour.
+std::string rowsOf(const TextPane& pane) {
+  std::string text;
+  for (const TextPane::Row& row : pane.rows())
+    text += (row.line < 0 ? "." : std::to_string(row.line + 1)) + (row.line < 0 || row.colour == 0xFFFFFF ? "" : "!");
+  return text;
+}
+
+TEST_F(Comparing, TextsThatDifferStandSideBySideWhenAskedTo) {
+  auto& [source, target] = work.txtTXProc;
+  const auto compare = [&](const char* first, const char* second) {
+    source.setText(first);
+    target.setText(second);
+    host.windows.push_back([](Form&) {});
+    form.cmdCompare.personClicks();
+  };
+  EXPECT_FALSE(form.chkAligned.checked()) << "at first";
+  compare("[a] int\n[b] int", "[x] int\n[a] int\n[B] int");
+  EXPECT_EQ(rowsOf(source), "") << "not asked for";
+  const std::vector<TextPane::Range> marks = target.backgrounds();
+  form.chkAligned.personSets(true);
+  EXPECT_EQ(rowsOf(source), ".12!");
+  EXPECT_EQ(rowsOf(target), "1!23!");
+  set("CaseSensitive", 0);
+  form.AlignPanes();
+  EXPECT_EQ(source.rows()[2].colour, target.rows()[2].colour);
+  EXPECT_NE(source.rows()[2].colour, GetMarkColor(markChanged)) << "only in what doesn't count";
+  EXPECT_EQ(target.backgrounds().size(), marks.size());
+  EXPECT_EQ(target.text(), "[x] int\n[a] int\n[B] int");
+
+  target.personScrolls(2);
+  EXPECT_EQ(source.topLine(), 2U) << "row by row";
+  form.PrintStructure(0, false, "");
+  EXPECT_EQ(host.printed.back().text, "\n[a] int\n[b] int");
+  EXPECT_EQ(host.printed.back().lineColours.size(), 3U);
+
+  target.setText("other");
+  EXPECT_TRUE(source.rows().empty()) << "nothing to stand beside";
+  compare("a", "b");
+  EXPECT_EQ(rowsOf(source), "1!.");
+  compare("a", "a");
+  EXPECT_TRUE(source.rows().empty() && target.rows().empty());
+  EXPECT_TRUE(frmMain(program).chkAligned.checked()) << "kept";
 }
 
 TEST_F(Comparing, AWholeDatabaseStopsAtCancelWithoutAReport) {

@@ -69,13 +69,7 @@ GO
 CREATE PROCEDURE GetB AS SELECT 2
 )";
 
-  int tips = 0;
-  MainWindowSteps steps() {
-    MainWindowSteps s;
-    s.ShowTip = [this] { ++tips; };
-    return s;
-  }
-  frmMain form{program, steps()};
+  frmMain form{program};
   Workspace& work = form.workspace;
 
  private:

@@ -242,7 +242,7 @@ TEST_F(Replaying, TheProgramClosesWhenTheProcessAsksForIt) {
   program.main.glngRunSavedCompId = GetSavedProcessId(program, "p");
   host.boxes.clear();
   for (int i = 0; i < 3; ++i) host.windows.push_back(progress);  // progress, export, differences
-  frmMain started(program, steps());
+  frmMain started(program);
   host.show(started);
   EXPECT_TRUE(host.boxes.empty()) << host.boxes.front().text;
   EXPECT_TRUE(started.closed());

@@ -6,8 +6,8 @@
 namespace qrel {
 
 frmIgnoreColumnsAdd::frmIgnoreColumnsAdd(Program& program) : Form("frmIgnoreColumnsAdd"), program_(program) {
-  for (Control* control :
-       std::initializer_list<Control*>{&lblGen0, &lblTableName, &pvlSqlObj0, &lblGen2, &lblGen3, &cmdOK, &cmdCancel})
+  for (Control* control : std::initializer_list<Control*>{&lblGen0, &lblTableName, &lblSide, &pvlSqlObj0, &lblGen2,
+                                                          &lblGen3, &cmdOK, &cmdCancel})
     add(*control);
   caption = "Ignore Columns";
   lblGen2.setText("Select All");
@@ -44,6 +44,7 @@ void frmIgnoreColumnsAdd::load() {
 
 void frmIgnoreColumnsAdd::setTexts() {
   lblTableName.setText("Table: " + table_);
+  lblSide.setText((side_ == 0 ? "Source: database " : "Target: database ") + database_ + ", server " + server_);
   const auto instruct = [this](const char* strKind, const char* strWork) {
     caption = std::string("Ignore Columns - ") + strKind;
     lblGen0.setText(std::string("Deselect columns which you want to be ignored during ") + strWork + ".");

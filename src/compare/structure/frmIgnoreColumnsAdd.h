@@ -15,6 +15,7 @@ class frmIgnoreColumnsAdd : public Form {
 
   Label lblGen0{"lblGen(0)"};  // the instruction
   Label lblTableName{"lblTableName"};
+  Label lblSide{"lblSide"};              // "Target: database Shop, server One"
   CheckList pvlSqlObj0{"pvlSqlObj(0)"};  // a tick: the column takes part
   LinkLabel lblGen2{"lblGen(2)"};        // ticks all
   LinkLabel lblGen3{"lblGen(3)"};        // unticks all

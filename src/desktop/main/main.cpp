@@ -7,6 +7,7 @@
 
 #include "console/commands.h"
 #include "db/odbcChoices.h"
+#include "desktop/layout.h"
 #include "desktop/qtHost.h"
 #include "desktop/startArguments.h"
 #include "desktop/theme.h"
@@ -14,8 +15,10 @@
 #include "embedded/instance/instances.h"
 #include "platform/store/folders.h"
 #include "platform/system.h"
+#include "platform/visibleText.h"
 #include "process/replayOutcome.h"
 #include "ui/startUp.h"
+#include "ui/tools/frmTip.h"
 
 namespace {
 
@@ -28,16 +31,20 @@ int runWithoutWindow(const char* programFile, const std::string& id) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  constexpr int cannotStart = 3;
-  if (const qrel::StartArguments asked = qrel::readStartArguments(argc, argv); asked.help || asked.version) {
+  constexpr int wrongUsage = 2, cannotStart = 3;
+  const qrel::StartArguments asked = qrel::readStartArguments(argc, argv);
+  if (asked.help || asked.version) {
     std::fputs((asked.help ? qrel::startHelp() : std::string("Quorrel ") + qrel::programVersion + "\n").c_str(),
                stdout);
     return 0;
   }
+  if (const std::string why = qrel::whyNotStart(asked); !why.empty()) {
+    std::fputs(("quorrel: " + qrel::visibleLines(why) + "\n").c_str(), stderr);
+    return wrongUsage;
+  }
   // Qt would end the process without a word that a person could use.
   if (!qrel::system::hasDisplay()) {
-    if (const std::string id = std::to_string(qrel::RunSavedCompId(qrel::readStartArguments(argc, argv).commandLine));
-        id != "0")
+    if (const std::string id = std::to_string(qrel::RunSavedCompId(asked.commandLine)); id != "0")
       return runWithoutWindow(argv[0], id);
     std::fputs("quorrel: there is no display. Start it on a desktop, set DISPLAY, or use the console program qrel.\n",
                stderr);
@@ -59,12 +66,21 @@ int main(int argc, char** argv) {
   data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
   qrel::KeyStore store(folders.settings);
   qrel::QtHost host(store);
+  host.helpFolder = folders.help.string();
   qrel::Program program(host, data, store);
   data.add(qrel::makeOdbcProvider([&program] { return qrel::ReadOdbcChoices(program); }, &data.stopAsked));
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   program.commandLine = arguments.commandLine;
-  qrel::StartUp startUp(program);
+  program.state<qrel::TipsState>().strInstalledFolder = folders.installed.string();
+  qrel::MainWindowSteps steps;
+  const qrel::StartUp* running = nullptr;
+  const auto mainWindow = [&]() -> QWidget& { return host.windowOf(*running->mainWindow())->widget(); };
+  steps.ApplySmallScreenLayout = [&] { qrel::whenShown([&] { qrel::applySmallScreenLayout(mainWindow()); }); };
+  steps.SetSplitterHeight = [&] { qrel::setSplitterHeight(mainWindow()); };
+  steps.CloseOtherWindows = [&host] { host.closeOtherWindows(); };
+  qrel::StartUp startUp(program, steps);
+  running = &startUp;
   qrel::Main(program, startUp);
   if (!startUp.mainWindow()) return cannotStart;
   host.run();

@@ -7,6 +7,7 @@
 
 #include "embedded/change/changes.h"
 #include "embedded/change/parts.h"
+#include "embedded/change/properties.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/sqlite/storageNames.h"
 #include "platform/system.h"
@@ -183,6 +184,7 @@ void removeObject(sqlite::Database& database, std::int64_t id) {
         "delete from cat_permissions where class = 1 and major_id = ?1", "delete from cat_objects where id = ?1"}) {
     database.cached(sql).bind(1, id).run();
   }
+  removeAllProperties(database, id);
 }
 
 void writeComment(sqlite::Database& database, std::int64_t id, std::string_view text, bool encrypted) {
@@ -201,45 +203,44 @@ void writeComment(sqlite::Database& database, std::int64_t id, std::string_view 
   }
 }
 
-void CatalogueChanges::createModule(const ObjectName& name, const std::string& xtype, const std::string& text,
-                                    bool replace, bool encrypted, const ObjectName* parent) {
+void CatalogueChanges::createModule(const ModuleDef& module, bool replace) {
   std::int64_t parentId = 0;
-  std::string schema = name.schema;
-  if (parent) {
-    const auto target = catalogue_.find(parent->schema, parent->name);
+  std::string schema = module.name.schema;
+  if (module.parent) {
+    const auto target = catalogue_.find(module.parent->schema, module.parent->name);
     if (!target || (target->xtype != "U" && target->xtype != "V")) {
-      refuse("The object '" + fullName(parent->schema, parent->name) +
+      refuse("The object '" + fullName(module.parent->schema, module.parent->name) +
                  "' does not exist or is invalid for this operation.",
              errorNumber::invalidObjectName);
     }
     parentId = target->id;
     schema = target->schema;
   }
-  const auto existing = catalogue_.find(schema, name.name);
-  if (!existing || !replace) {
-    const std::int64_t id = addObject(database_, name.name, requireSchema(database_, schema), xtype, parentId);
-    writeComment(database_, id, text, encrypted);
-    return;
-  }
-  if (existing->xtype != xtype) {
-    refuse("Cannot perform alter on '" + fullName(name.schema, name.name) +
+  const auto existing = catalogue_.find(schema, module.name.name);
+  if (existing && replace && existing->xtype != module.xtype) {
+    refuse("Cannot perform alter on '" + fullName(module.name.schema, module.name.name) +
            "' because it is an incompatible object type.");
   }
-  writeComment(database_, existing->id, text, encrypted);
-  database_.cached("update cat_objects set parent_obj = ?2 where id = ?1")
-      .bind(1, existing->id)
-      .bind(2, parentId)
-      .run();
+  const std::int64_t id = existing && replace ? existing->id
+                                              : addObject(database_, module.name.name, requireSchema(database_, schema),
+                                                          module.xtype, parentId);
+  writeComment(database_, id, module.text, module.encrypted);
+  setProperties(database_, {PropertyOwner::Class::Object, id}, module.properties);
+  if (!existing) return;
+  database_.cached("update cat_objects set parent_obj = ?2 where id = ?1").bind(1, id).bind(2, parentId).run();
 }
 
-void CatalogueChanges::createPlain(const ObjectName& name, const std::string& xtype) {
-  addObject(database_, name.name, requireSchema(database_, name.schema), xtype, 0);
+void CatalogueChanges::createPlain(const ObjectName& name, const std::string& xtype, const Properties& properties) {
+  const std::int64_t id = addObject(database_, name.name, requireSchema(database_, name.schema), xtype, 0);
+  setProperties(database_, {PropertyOwner::Class::Object, id}, properties);
 }
 
-void CatalogueChanges::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment) {
+void CatalogueChanges::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment,
+                                      const Properties& properties) {
   const std::int64_t id = addObject(database_, name.name, requireSchema(database_, name.schema), "SO", 0);
   auto& insert = database_.cached("insert into cat_sequences values(?1,?2,?3)");
   insert.bind(1, id).bind(2, start).bind(3, increment).run();
+  setProperties(database_, {PropertyOwner::Class::Object, id}, properties);
 }
 
 std::int64_t CatalogueChanges::nextSequenceValue(const ObjectName& name) {

@@ -122,6 +122,7 @@ class StatementRun {
   Translator translator() { return Translator(context(), reader); }
   // Of a translated expression.
   Value evaluate(const std::string& sql) const;
+  Value evaluate(const TypedSql& value) const { return as(value.kind, evaluate(value.sql)); }
   // Binds a translated text's variables; refuses those whose value isn't known.
   void bind(sqlite::Statement& statement) const;
   void assign(const std::string& variable, const Value& value);

@@ -36,8 +36,8 @@ void readRow(StatementRun& run, InsertPlan& plan) {
       if (reader.acceptWord("DEFAULT")) {
         if (run.running() && index < plan.given) value = defaultOf(run, defaultFor(run, *plan.columns[index].column));
       } else if (!readNextValue(run, value)) {
-        const std::string sql = run.translator().expression();
-        if (run.running()) value = run.evaluate(sql);
+        const TypedSql written = run.translator().typedExpression();
+        if (run.running()) value = run.evaluate(written);
       }
     }
     if (run.running() && index < plan.given && !value.null) value = convertTo(plan.columns[index].column->type, value);
@@ -100,9 +100,11 @@ void insertValues(StatementRun& run, InsertPlan& plan) {
 }
 
 void insertQuery(StatementRun& run, InsertPlan& plan) {
-  const std::string sql = run.translator().select();
+  std::vector<DataType> kinds;
+  const std::string sql = run.translator().select(nullptr, &kinds);
   if (!run.act()) return;
   if (run.memory.rowLimit) run.notUnderstood("SET ROWCOUNT is in force");
+  kinds.resize(plan.given);
   std::vector<std::vector<Value>> rows;  // all of them first: the query may read the table that grows
   {
     sqlite::Statement query(run.database(), sql);
@@ -114,7 +116,7 @@ void insertQuery(StatementRun& run, InsertPlan& plan) {
     }
     while (query.step()) {
       auto& row = rows.emplace_back();
-      for (std::size_t i = 0; i < count; ++i) row.push_back(sqlite::valueOf(query, static_cast<int>(i)));
+      for (std::size_t i = 0; i < count; ++i) row.push_back(as(kinds[i], sqlite::valueOf(query, static_cast<int>(i))));
     }
   }
   run.atomically([&] {

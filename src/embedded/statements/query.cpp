@@ -1,6 +1,8 @@
 #include "embedded/statements/query.h"
 
 #include <algorithm>
+#include <set>
+#include <utility>
 
 #include "embedded/run/rows.h"
 #include "platform/text.h"
@@ -15,9 +17,35 @@ bool readsAssigned(const std::vector<Token>& tokens, std::size_t begin, std::siz
   std::size_t named = 0;
   for (std::size_t i = begin; i < end; ++i) {
     if (tokens[i].kind != TokenKind::Variable) continue;
-    named += std::find(assigned.begin(), assigned.end(), lowerCase(tokens[i].raw)) != assigned.end() ? 1 : 0;
+    const bool isAssigned = std::find(assigned.begin(), assigned.end(), lowerCase(tokens[i].raw)) != assigned.end();
+    const std::string_view sign = tokens[i + 1].raw;  // "+=" reads what it sets
+    named += !isAssigned ? 0 : sign.size() == 2 && sign[1] == '=' ? 2 : 1;
   }
   return named > assigned.size();
+}
+
+// Whether an item of the list reads a variable that one before it sets: a server goes from left to right, SQLite sees
+// what was there before the query.
+bool readsSetBefore(const std::vector<Token>& tokens, std::size_t begin, std::size_t end) {
+  std::set<std::string> set;
+  std::string setHere;
+  int depth = 0;
+  for (std::size_t i = begin + 1; i < end && !(depth == 0 && tokens[i].is("FROM")); ++i) {
+    if (tokens[i].isSymbol("(")) ++depth;
+    if (tokens[i].isSymbol(")")) --depth;
+    if (depth == 0 && tokens[i].isSymbol(",")) set.insert(std::exchange(setHere, {}));
+    if (tokens[i].kind != TokenKind::Variable) continue;
+    const std::string name = lowerCase(tokens[i].raw);
+    const bool first = i == begin + 1 || (depth == 0 && tokens[i - 1].isSymbol(","));
+    if (first && tokens[i + 1].isSymbol("=")) {
+      setHere = name;
+    } else if (set.contains(name)) {
+      return true;
+    } else if (first) {
+      setHere = name;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -32,6 +60,8 @@ void selectStatement(StatementRun& run) {
   if (!run.act()) return;
   if (!assigned.empty()) {
     if (run.memory.rowLimit) run.notUnderstood("SET ROWCOUNT is in force");
+    if (readsSetBefore(run.text.tokens, begin, reader.position()))
+      run.notUnderstood("a variable that the same query sets can't be read in it");
     sqlite::Statement rows(run.database(), sql);
     run.bind(rows);
     std::vector<Value> last;

@@ -118,6 +118,10 @@ void attachDatabase(StatementRun& run, const std::vector<Argument>& arguments, s
   Value file = argumentOf(arguments, 1, "@filename1");
   if (file.null) file = argumentOf(arguments, 1, "@physname");
   const fs::path target = fileForNewDatabase(*run.open, name);
+  // A copy without it would pass for whole and have half of a change.
+  if (std::error_code none; fs::file_size(file.text + "-journal", none) > 0 && !none)
+    refuse("Unable to open the physical file \"" + file.text +
+           "\". It is being changed, or a program that changed it ended before it was done.");
   const fs::path fresh = run.open->facts.folder / ("." + name + ".attaching");
   std::error_code error;
   fs::copy_file(file.text, fresh, fs::copy_options::overwrite_existing, error);

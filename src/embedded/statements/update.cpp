@@ -30,17 +30,17 @@ const TableInfo::Column& columnToChange(const TableInfo& table, const std::strin
 }
 
 void applyUpdate(StatementRun& run, const TableInfo& table, const std::vector<const TableInfo::Column*>& columns,
-                 const std::string& rowsSql) {
+                 const RowChange& change) {
   std::vector<std::pair<std::int64_t, std::vector<Value>>> rows;  // all of them first: values are those from before
   {
     std::set<std::int64_t> seen;  // a row that several joined rows meet is changed once
-    sqlite::Statement query(run.database(), rowsSql);
+    sqlite::Statement query(run.database(), change.rows);
     run.bind(query);
     while (query.step()) {
       if (!seen.insert(query.integer(0)).second) continue;
       auto& row = rows.emplace_back(query.integer(0), std::vector<Value>());
       for (std::size_t i = 0; i < columns.size(); ++i)
-        row.second.push_back(sqlite::valueOf(query, static_cast<int>(i) + 1));
+        row.second.push_back(as(change.kinds[i], sqlite::valueOf(query, static_cast<int>(i) + 1)));
     }
   }
   std::string set;
@@ -73,22 +73,20 @@ void updateStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   reader.next();
   if (reader.peek().is("STATISTICS")) return skipWithoutEffect(run);
-  if (reader.peek().is("TOP")) run.notUnderstood("UPDATE TOP");
   if (reader.peek().kind == TokenKind::Variable) run.notUnderstood("table variables aren't kept");
   const RowChange change = run.translator().update();
   const auto table = tableToChange(run, change.table);
   if (!table) return;
   std::vector<const TableInfo::Column*> columns;
   for (const std::string& name : change.columns) columns.push_back(&columnToChange(*table, name));
-  run.atomically([&] { applyUpdate(run, *table, columns, change.rows); });
+  run.atomically([&] { applyUpdate(run, *table, columns, change); });
 }
 
 void deleteStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   reader.next();
-  if (reader.peek().is("TOP")) run.notUnderstood("DELETE TOP");
-  reader.acceptWord("FROM");
-  if (reader.peek().kind == TokenKind::Variable) run.notUnderstood("table variables aren't kept");
+  if (reader.peek(reader.peek().is("FROM") ? 1 : 0).kind == TokenKind::Variable)
+    run.notUnderstood("table variables aren't kept");
   const RowChange change = run.translator().deletion();
   const auto table = tableToChange(run, change.table);
   if (!table) return;

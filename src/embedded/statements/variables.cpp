@@ -21,8 +21,8 @@ void declareVariable(StatementRun& run) {
   if (run.session.variableTypes.insert_or_assign(name, std::move(type)).second) run.session.variables[name] = Value();
   if (!reader.acceptSymbol("=")) return;
   if (run.running()) run.memory.unknown.insert(name);  // until it has its value
-  const std::string sql = run.translator().expression();
-  if (run.running()) run.assign(name, run.evaluate(sql));
+  const TypedSql value = run.translator().typedExpression();
+  if (run.running()) run.assign(name, run.evaluate(value));
 }
 
 }  // namespace
@@ -42,8 +42,8 @@ void setStatement(StatementRun& run) {
   reader.next();
   if (reader.peek().kind != TokenKind::Variable) return setOption(run);
   const Token& variable = reader.next();
-  const std::string sql = run.translator().newValue(variable);
-  if (run.act()) run.assign(std::string(variable.raw), run.evaluate(sql));
+  const TypedSql value = run.translator().newValue(variable);
+  if (run.act()) run.assign(std::string(variable.raw), run.evaluate(value));
 }
 
 }  // namespace qrel::tsql

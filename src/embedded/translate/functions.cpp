@@ -138,6 +138,12 @@ Expression Translation::specialFunction(const std::string& name, bool& found) {
   if (name == "cast" || name == "try_cast") return cast(true, name[0] == 't');
   if (name == "convert" || name == "try_convert") return cast(false, name[0] == 't');
   Expression out;
+  if (name == "scope_identity") {  // no trigger is run, so that there is one scope alone
+    reader_.expectSymbol("(");
+    reader_.expectSymbol(")");
+    out.sql = parameterOfVariable("@@identity");
+    return out;
+  }
   if (name == "iif") {
     reader_.expectSymbol("(");
     out.sql = "case when " + condition();

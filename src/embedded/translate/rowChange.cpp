@@ -13,6 +13,14 @@ namespace qrel::tsql {
 RowChange Translation::rowChange(bool update) {
   const Nesting nesting(*this);
   RowChange out;
+  Scope none;
+  std::string limit;
+  if (reader_.peek().is("top")) {
+    const ScopeGuard guard(scope_, &none);
+    limit = readTop().limit;
+  }
+  if (!update) reader_.acceptWord("from");
+  if (reader_.peek().kind == TokenKind::Variable) refuse("table variables aren't kept");
   out.table = readObjectName(reader_);
   if (reader_.acceptWord("with")) reader_.skipParentheses();
   if (update) reader_.expectWord("SET");
@@ -32,7 +40,7 @@ RowChange Translation::rowChange(bool update) {
     tables = target(out.table);
   }
   out.rows = "select " + changedRow(out.table);
-  if (update) out.rows += newValues(out.columns);
+  if (update) out.rows += newValues(out);
   refuseOutput();
   if (from != 0) {
     if (reader_.position() != from) refuse("what is set isn't understood");
@@ -44,6 +52,9 @@ RowChange Translation::rowChange(bool update) {
     out.rows += " where " + condition();
   }
   if (reader_.acceptWord("option")) reader_.skipParentheses();
+  if (limit.empty()) return out;
+  if (from != 0) refuse("TOP with FROM");  // joined rows aren't rows of the table
+  out.rows += " limit " + limit;
   return out;
 }
 
@@ -74,24 +85,28 @@ std::string Translation::changedRow(ObjectName& table) const {
   return quoteName(alias) + "._rowid_";
 }
 
-// SET's list: adds the columns' names and gives the SQL of their values, each with a comma in front.
-std::string Translation::newValues(std::vector<std::string>& columns) {
+// SET's list: adds the columns' names and kinds and gives the SQL of their values, each with a comma in front.
+std::string Translation::newValues(RowChange& change) {
   std::string sql;
+  const auto add = [&](const Expression& value) {
+    sql += ", " + value.sql;
+    change.kinds.push_back(value.kind);
+  };
   do {
     if (reader_.peek().kind == TokenKind::Variable) refuse("UPDATE that sets a variable");
     const std::size_t begin = reader_.position();
-    columns.push_back(readObjectName(reader_).name);
+    change.columns.push_back(readObjectName(reader_).name);
     const std::string_view operation = assignmentOperator();
     if (reader_.peek().is("default")) refuse("UPDATE with DEFAULT");
     if (operation.empty()) {
-      sql += ", " + expression().sql;
+      add(expression());
       continue;
     }
     const std::size_t value = reader_.position();
     reader_.moveTo(begin);
     Expression column = primary();
     reader_.moveTo(value);
-    sql += ", " + operated(std::move(column), operation).sql;
+    add(operated(std::move(column), operation));
   } while (reader_.acceptSymbol(","));
   return sql;
 }

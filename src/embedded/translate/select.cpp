@@ -299,10 +299,12 @@ Translation::SelectItem Translation::selectItem() {
       reader_.next();
       reader_.next();
     }
-  } else if (token.kind == TokenKind::Variable && reader_.peek(1).raw.size() == 2 && reader_.peek(1).raw[1] == '=') {
-    refuse("a compound assignment can't be translated");
   }
-  const Expression value = expression();
+  // "@a += 5": over several rows the values would gather, which whoever carries it out refuses.
+  const bool compound =
+      token.kind == TokenKind::Variable && reader_.peek(1).raw.size() == 2 && reader_.peek(1).raw[1] == '=';
+  if (compound) item.assigned = lowerCase(reader_.next().raw);
+  const Expression value = compound ? newValue(token) : expression();
   if (!named && item.assigned.empty() && (reader_.acceptWord("as") || isAlias(reader_.peek()))) {
     alias = columnAlias();
     named = true;

@@ -137,7 +137,7 @@ class Translation {
   // rowChange.cpp
   std::string target(const ObjectName& name);
   std::string changedRow(ObjectName& table) const;
-  std::string newValues(std::vector<std::string>& columns);
+  std::string newValues(RowChange& change);
   std::string_view assignmentOperator();
   Expression operated(Expression left, std::string_view operation);
   void refuseOutput() const;

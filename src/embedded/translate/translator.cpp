@@ -6,9 +6,17 @@
 
 namespace qrel::tsql {
 
-std::string Translator::select(std::vector<std::string>* assigned) {
+Value as(DataType kind, Value value) {
+  if (kind == DataType::Decimal && value.type == DataType::Text) value.type = kind;
+  return value;
+}
+
+std::string Translator::select(std::vector<std::string>* assigned, std::vector<DataType>* kinds) {
   if (assigned) assigned->clear();
-  return Translation(context_, reader_).query(assigned).sql;
+  Query query = Translation(context_, reader_).query(assigned);
+  if (kinds && query.columns.complete)
+    for (const OutputColumn& column : query.columns.list) kinds->push_back(column.kind);
+  return std::move(query.sql);
 }
 
 bool Translator::atSelect() const { return Translation(context_, reader_).atSelect(); }
@@ -21,8 +29,14 @@ RowChange Translator::update() { return Translation(context_, reader_).rowChange
 
 RowChange Translator::deletion() { return Translation(context_, reader_).rowChange(false); }
 
-std::string Translator::newValue(const Token& variable) {
-  return Translation(context_, reader_).newValue(variable).sql;
+TypedSql Translator::typedExpression() {
+  Expression expression = Translation(context_, reader_).expression();
+  return {std::move(expression.sql), expression.kind};
+}
+
+TypedSql Translator::newValue(const Token& variable) {
+  Expression value = Translation(context_, reader_).newValue(variable);
+  return {std::move(value.sql), value.kind};
 }
 
 namespace {

@@ -26,10 +26,19 @@ struct TranslateContext {
   const std::map<std::string, TypeRef>* variables = nullptr;
 };
 
+// A translated expression or column; `kind` is Empty where the type isn't known before it runs. SQLite gives an exact
+// number as text: `as` makes it a number again.
+struct TypedSql {
+  std::string sql;
+  DataType kind = DataType::Empty;
+};
+Value as(DataType kind, Value value);
+
 // What UPDATE and DELETE change.
 struct RowChange {
   ObjectName table;                  // the target as written, or the table that FROM has under this name
   std::vector<std::string> columns;  // that SET names, without their table
+  std::vector<DataType> kinds;       // of the values of these columns, as in TypedSql
   std::string rows;  // a query: a row's number and, behind it, the columns' values. A row may come twice.
 };
 
@@ -43,18 +52,20 @@ class Translator {
   Translator(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
 
   // SELECT ... (also WITH cte AS, UNION, ORDER BY, TOP, OFFSET/FETCH). `assigned` (may be null) receives the variables
-  // of SELECT @a = x, @b = y in order of the result's columns; a query without assignments leaves it empty.
-  std::string select(std::vector<std::string>* assigned = nullptr);
+  // of SELECT @a = x, @b = y in order of the result's columns; a query without assignments leaves it empty. `kinds`
+  // (may be null) receives the columns' kinds, as many as are known.
+  std::string select(std::vector<std::string>* assigned = nullptr, std::vector<DataType>* kinds = nullptr);
   // True where a query begins: SELECT, WITH, or "(" that leads to SELECT.
   bool atSelect() const;
   std::string expression();
+  TypedSql typedExpression();
   // A condition as in WHERE and IF.
   std::string condition();
   // UPDATE and DELETE from their target on. That it is no table is left to who carries them out.
   RowChange update();
   RowChange deletion();
   // What SET makes of the variable in front of the reader: "= 5", "+= 5".
-  std::string newValue(const Token& variable);
+  TypedSql newValue(const Token& variable);
 
  private:
   const TranslateContext& context_;

@@ -214,6 +214,9 @@ class CheckList : public Control {
   std::function<void()> onClick;
   // The face tells that a person clicked a row twice; it is selected.
   std::function<void()> onDoubleClick;
+  // The face tells that a mouse button or a key went up over the rows while modifier keys were held: the sum of 1
+  // Shift, 2 Ctrl and 4 Alt.
+  std::function<void(int shift)> onRowEvent;
 
  private:
   struct Row {

@@ -29,7 +29,16 @@ void TextPane::setText(std::string text) {
   }
   lineStarts_.clear();
   backgrounds_.clear();
+  rows_.clear();
   selectionStart_ = selectionLength_ = topLine_ = 0;
+  changed();
+  if (onNewText) onNewText();
+}
+
+void TextPane::setRows(std::vector<Row> rows) {
+  if (rows.empty() && rows_.empty()) return;
+  rows_ = std::move(rows);
+  topLine_ = 0;
   changed();
 }
 

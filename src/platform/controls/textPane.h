@@ -46,7 +46,25 @@ class TextPane : public Control {
   void setBackgrounds(std::vector<Range> backgrounds);
   void clearBackgrounds();
 
-  // The line that a face shows at the top. A person's scrolling raises the event, code doesn't.
+  // Another order of lines for a face to show: the text's lines, with empty places between them. The text itself, all
+  // offsets and what is selected stay as they are. None: the lines as they are. They are gone with the text.
+  struct Row {
+    long line = -1;                   // 0-based; -1: an empty place
+    std::uint32_t colour = 0xFFFFFF;  // 0x00BBGGRR
+    std::vector<Range> stronger =
+        {};  // of that line, from its start, what stands out of it; without a colour of its own
+  };
+  const std::vector<Row>& rows() const { return rows_; }
+  void setRows(std::vector<Row> rows);
+  // The text was put in anew.
+  std::function<void()> onNewText;
+
+  // What prints on each page besides the text; see app/modTextPane.h.
+  std::string header;
+  bool pageNumbers = false;
+
+  // The line, or the row where there are rows, that a face shows at the top. A person's scrolling raises the event,
+  // code doesn't.
   std::size_t topLine() const { return topLine_; }
   void setTopLine(std::size_t line);
   void personScrolls(std::size_t line);
@@ -72,6 +90,7 @@ class TextPane : public Control {
   std::size_t selectionLength_ = 0;
   std::size_t topLine_ = 0;
   std::vector<Range> backgrounds_;
+  std::vector<Row> rows_;
 };
 
 }  // namespace qrel

@@ -40,6 +40,9 @@ struct PrintJob {
   std::string text;
   std::string header;        // on each page; empty: none
   bool pageNumbers = false;  // "Page: x of y" at the foot
+  // The ground of each line, 0x00BBGGRR; lines beyond have none.
+  std::vector<std::uint32_t> lineColours = {};
+  std::string name = {};  // of what is printed, for a file that takes it; empty: the title
 };
 
 class Host {
@@ -63,6 +66,8 @@ class Host {
   virtual void beep() {}
   // Opens a file or an URL with the program that the desktop has for it; false when that fails.
   virtual bool openUrl(const std::string& url) = 0;
+  // Opens the program's help at a topic, by its number. A host without help does nothing.
+  virtual void showHelp(long topic) { static_cast<void>(topic); }
   // The chosen path; empty when the person cancelled.
   virtual std::string saveFileDialog(const FileDialog& dialog) = 0;
   virtual std::string openFileDialog(const FileDialog& dialog) = 0;

@@ -26,6 +26,7 @@ class ScriptedHost : public Host {
   std::deque<Answer> answers;                      // for boxes with more than one button
   std::deque<std::function<void(Form&)>> windows;  // what a person does in each modal window, in order
   std::vector<std::string> opened;                 // URLs and files
+  std::vector<long> helpTopics;                    // topics of the help shown
   std::vector<std::string> shown;                  // names of all windows shown, in order
   std::function<void()> onDoEvents;                // what a person does while a run yields
   std::deque<std::string> files;                   // answers of file dialogs; an empty one cancels
@@ -48,6 +49,7 @@ class ScriptedHost : public Host {
   void doEvents() override;
   void beep() override { ++beeps; }
   bool openUrl(const std::string& url) override;
+  void showHelp(long topic) override { helpTopics.push_back(topic); }
   std::string saveFileDialog(const FileDialog& dialog) override;
   std::string openFileDialog(const FileDialog& dialog) override { return saveFileDialog(dialog); }
   void setClipboardText(const std::string& text) override { clipboard = text; }

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -238,6 +239,13 @@ UserFolders userFolders() {
   folders.settings = firstSet(fromEnvironment("XDG_CONFIG_HOME"), folders.home / ".config");
   folders.data = firstSet(fromEnvironment("XDG_DATA_HOME"), folders.home / ".local" / "share");
   return folders;
+}
+
+int terminalColumns() {
+  winsize size{};
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  const std::string columns = fromEnvironment("COLUMNS").string();
+  return columns.size() < 5 ? std::atoi(columns.c_str()) : 0;
 }
 
 bool isTerminal(Stream stream) { return ::isatty(stream == Stream::Output ? STDOUT_FILENO : STDERR_FILENO) != 0; }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "embedded/language/lexer.h"
 #include "platform/text.h"
 #include "tests/support/tds/failure.h"
 #include "tests/support/tds/resultSender.h"
@@ -65,7 +66,7 @@ std::string handleParameter(std::int64_t handle) {
 }  // namespace
 
 void Session::note(const Call& call, const Statement& statement) const {
-  Request request{.procedure = call.procedure, .text = statement.text};
+  Request request{.connection = number_, .database = database_, .procedure = call.procedure, .text = statement.text};
   for (const Value& value : statement.values) request.parameters.push_back(value.null ? "NULL" : textOf(value.cell()));
   shared_.traffic.add(std::move(request));
 }
@@ -108,9 +109,13 @@ std::string Session::callPrepared(const Call& call) {
     const Prepared prepared{parameterAt(call, 2).text, parameterAt(call, 1).text};
     prepared_[++lastHandle_] = prepared;
     const bool runs = name == "sp_prepexec";
-    const Statement statement{prepared.text, prepared.declarations, valuesFrom(call, runs ? 3 : 4)};
+    const Statement statement{prepared.text, prepared.declarations,
+                              valuesFrom(call, runs ? 3 : call.parameters.size())};
     note(call, statement);
-    if (runs) send(statement, DoneToken::DoneInProcedure);
+    if (runs)
+      send(statement, DoneToken::DoneInProcedure);
+    else
+      describe(prepared);
     return handleParameter(lastHandle_);
   }
   if (name == "sp_execute") {
@@ -129,6 +134,19 @@ std::string Session::callPrepared(const Call& call) {
     callProcedure(call);
   }
   return {};
+}
+
+// The columns of its first result, found by running it with Nulls for parameters.
+void Session::describe(const Prepared& prepared) {
+  const auto tokens = tsql::lex(prepared.declarations);
+  Statement statement{prepared.text, prepared.declarations, {}};
+  statement.values.resize(static_cast<std::size_t>(std::count_if(
+      tokens.begin(), tokens.end(), [](const tsql::Token& each) { return each.kind == tsql::TokenKind::Variable; })));
+  const auto connection = connect();
+  const CommandResult result = connection->execute(requestFor(statement));
+  if (!result.rows) return;
+  sendColumns(stream_, *result.rows);
+  stream_.write(doneToken(DoneToken::DoneInProcedure, done::more));
 }
 
 void Session::callProcedure(const Call& call) {

@@ -1,17 +1,19 @@
 #include "tests/support/tds/resultSender.h"
 
 #include <algorithm>
+#include <exception>
 #include <string>
 #include <vector>
 
 #include "platform/data/columnStore.h"
+#include "platform/error.h"
 #include "tests/support/tds/tokens.h"
 
 namespace qrel::tds {
 
 namespace {
 
-constexpr std::size_t rowsAtOnce = 500, longRowsAtOnce = 16;
+constexpr std::size_t rowsAtOnce = 500, longRowsAtOnce = 16, rowsBetweenLooks = 64;
 constexpr char rowMark = static_cast<char>(0xD1);
 
 // Whether no value of the expression that a column is goes beyond the types of limited length.
@@ -39,31 +41,62 @@ std::vector<WireColumn> wireColumns(const std::vector<ColumnInfo>& columns, cons
   throw LineGone();
 }
 
+// Puts the next rows in the place of those before; none are left at the end. The rows in front of a failure are sent
+// before it is told.
+void fetchInto(ColumnStore& store, RowSource& rows, std::size_t most, std::exception_ptr& failure) {
+  store.clear();
+  if (failure) return;
+  try {
+    rows.fetch(store, most);
+  } catch (const RuntimeError&) {
+    failure = std::current_exception();
+  }
+}
+
+// Until the client asks for an end, or has gone where that isn't heard.
+[[noreturn]] void stall(PacketStream& stream, const Switches& switches) {
+  stream.flush();
+  while (!stream.interruptedWithin(-1)) {
+  }
+  while (switches.ignoreAttention) stream.receive();
+  throw Interrupted();
+}
+
 }  // namespace
 
 std::uint64_t sendRows(PacketStream& stream, RowSource& rows, const Switches& switches) {
-  const std::int64_t cutAfter = switches.cutAfterRows;
+  // -1 is a number that no count of rows reaches.
+  const auto cutAfter = static_cast<std::uint64_t>(switches.cutAfterRows);
+  const auto stallAfter = static_cast<std::uint64_t>(switches.stallAfterRows);
   ColumnStore store(rows.columns());
+  std::exception_ptr failure;
   // The types of expressions are known for sure only from all their values: those of a short result.
-  std::size_t got = rows.fetch(store, rowsAtOnce);
-  const std::vector<WireColumn> columns = wireColumns(rows.columns(), got < rowsAtOnce ? &store : nullptr);
+  fetchInto(store, rows, rowsAtOnce, failure);
+  const bool isAll = store.rowCount() < rowsAtOnce;
+  const std::vector<WireColumn> columns = wireColumns(rows.columns(), isAll ? &store : nullptr);
   const bool isLong =
       std::any_of(columns.begin(), columns.end(), [](const WireColumn& column) { return column.type.isLong(); });
   stream.write(columnsToken(columns));
   std::uint64_t count = 0;
   std::string line;
-  for (; got > 0; got = rows.fetch(store, isLong ? longRowsAtOnce : rowsAtOnce)) {
-    for (std::size_t row = 0; row < got; ++row) {
+  while (store.rowCount() > 0) {
+    for (std::size_t row = 0; row < store.rowCount(); ++row) {
       line.assign(1, rowMark);
       for (std::size_t i = 0; i < columns.size(); ++i) columns[i].type.append(line, store.cell(i, row));
-      if (cutAfter >= 0 && count == static_cast<std::uint64_t>(cutAfter)) cut(stream, line);
+      if (count == cutAfter) cut(stream, line);
+      if (count == stallAfter) stall(stream, switches);
       stream.write(line);
-      ++count;
-      if (count % 64 == 0 && !switches.ignoreAttention && stream.interruptionWaiting()) throw Interrupted();
+      if (++count % rowsBetweenLooks == 0 && !switches.ignoreAttention && stream.interruptionWaiting())
+        throw Interrupted();
     }
-    store.clear();
+    fetchInto(store, rows, isLong ? longRowsAtOnce : rowsAtOnce, failure);
   }
+  if (failure) std::rethrow_exception(failure);
   return count;
+}
+
+void sendColumns(PacketStream& stream, RowSource& rows) {
+  stream.write(columnsToken(wireColumns(rows.columns(), nullptr)));
 }
 
 }  // namespace qrel::tds

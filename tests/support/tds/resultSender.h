@@ -16,5 +16,7 @@ struct Interrupted {};
 // Raises Interrupted between two rows, LineGone, and RuntimeError for what can't be read or sent: the rows before it
 // have gone out then.
 std::uint64_t sendRows(PacketStream& stream, RowSource& rows, const Switches& switches);
+// The columns alone.
+void sendColumns(PacketStream& stream, RowSource& rows);
 
 }  // namespace qrel::tds

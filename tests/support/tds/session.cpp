@@ -32,7 +32,7 @@ std::string currentDatabase(ProviderConnection& connection) {
 
 }  // namespace
 
-Session::Session(Shared& shared, int socket, std::uint16_t number) : shared_(shared), stream_(socket) {
+Session::Session(Shared& shared, int socket, std::uint16_t number) : shared_(shared), number_(number), stream_(socket) {
   stream_.setSession(static_cast<std::uint16_t>(50 + number));
 }
 
@@ -60,7 +60,8 @@ void Session::run() {
       }
     }
   } catch (const LineGone&) {
-  } catch (const BadMessage&) {
+  } catch (const std::exception&) {
+    // What a client can't have meant ends its connection, and nothing else.
   }
 }
 
@@ -142,7 +143,7 @@ std::unique_ptr<ProviderConnection> Session::connect() const {
 void Session::answerBatch(std::string_view body) {
   Statement statement;
   statement.text = fromUtf16(body);
-  shared_.traffic.add({.text = statement.text});
+  shared_.traffic.add({.connection = number_, .database = database_, .text = statement.text});
   send(statement, DoneToken::Done);
 }
 
@@ -191,7 +192,7 @@ void Session::sendFirst(DoneToken token) {
 }
 
 void Session::send(const Statement& statement, DoneToken token) {
-  if (const auto failure = shared_.switches.takeFailure()) {
+  if (const auto failure = shared_.switches.takeFailure(statement.text)) {
     sendFailure(*failure, token);
     if (!shared_.switches.closeAfterError) return;
     stream_.finish();
@@ -205,17 +206,20 @@ void Session::send(const Statement& statement, DoneToken token) {
   }
 }
 
+// A statement with parameters runs as the server's own procedure for such, which knows their declarations.
+CommandRequest Session::requestFor(const Statement& statement) {
+  if (statement.values.empty()) return {statement.text, 0, {}};
+  CommandRequest request{"sp_executesql", 0, {}, true};
+  request.parameters = {Value::ofText(statement.text), Value::ofText(statement.declarations)};
+  request.parameters.insert(request.parameters.end(), statement.values.begin(), statement.values.end());
+  return request;
+}
+
 void Session::sendResults(const Statement& statement, DoneToken token) {
   const auto connection = connect();
   const std::vector<std::string> parts = batchParts(statement.text);
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    CommandRequest request{parts[i], 0, {}};
-    if (!statement.values.empty()) {
-      request = {"sp_executesql", 0, {}, true};
-      request.parameters = {Value::ofText(parts[i]), Value::ofText(statement.declarations)};
-      request.parameters.insert(request.parameters.end(), statement.values.begin(), statement.values.end());
-    }
-    const CommandResult result = connection->execute(request);
+    const CommandResult result = connection->execute(requestFor({parts[i], statement.declarations, statement.values}));
     if (token == DoneToken::Done && mayUse(parts[i])) tellDatabase(currentDatabase(*connection));
     sendFirst(token);
     const unsigned more = token != DoneToken::Done || i + 1 < parts.size() ? done::more : 0;

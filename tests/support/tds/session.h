@@ -53,6 +53,7 @@ class Session {
   void answerTransaction(std::string_view body);
 
   // session.cpp: what a statement gives, each result ended by `token`.
+  static CommandRequest requestFor(const Statement& statement);
   void send(const Statement& statement, DoneToken token);
   void sendResults(const Statement& statement, DoneToken token);
   void sendFirst(DoneToken token);
@@ -63,10 +64,12 @@ class Session {
   // procedures.cpp
   void answerCall(const Call& call, bool last);
   std::string callPrepared(const Call& call);
+  void describe(const Prepared& prepared);
   void callProcedure(const Call& call);
   void note(const Call& call, const Statement& statement) const;
 
   Shared& shared_;
+  std::uint16_t number_;
   PacketStream stream_;
   std::string database_;
   std::map<std::int64_t, Prepared> prepared_;

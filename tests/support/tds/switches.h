@@ -27,32 +27,40 @@ struct Switches {
   std::atomic<bool> muteAfterLogin = false;     // statements aren't answered, nor is their cancelling
   std::atomic<bool> ignoreAttention = false;    // a cancelled statement goes on, and nothing says so
   std::atomic<std::int64_t> cutAfterRows = -1;  // the line ends in the middle of the row behind so many of a result
-  std::atomic<int> countsFirst = 0;             // numbers of rows, 1 to this, in front of every result
-  std::atomic<bool> messageFirst = false;       // a message (50000, severity 10) in front of every result
-  std::atomic<bool> closeAfterError = false;    // an error that failNext has asked for ends the line
+  std::atomic<std::int64_t> stallAfterRows =
+      -1;                                     // behind so many rows nothing more comes until the client cancels or goes
+  std::atomic<int> countsFirst = 0;           // numbers of rows, 1 to this, in front of every result
+  std::atomic<bool> messageFirst = false;     // a message (50000, severity 10) in front of every result
+  std::atomic<bool> closeAfterError = false;  // an error that failNext has asked for ends the line
 
-  // The next statements fail in this way, one after the other.
-  void failNext(ServerMessage message) {
+  // The next statement fails in this way, or the next one whose text holds `within`; several wait for theirs.
+  void failNext(ServerMessage message, std::string within = {}) {
     const std::lock_guard lock(mutex_);
-    failures_.push_back(std::move(message));
+    failures_.emplace_back(std::move(within), std::move(message));
   }
-  std::optional<ServerMessage> takeFailure() {
+  // The failure that was asked for a statement; each is given once.
+  std::optional<ServerMessage> takeFailure(const std::string& text) {
     const std::lock_guard lock(mutex_);
-    if (failures_.empty()) return {};
-    ServerMessage first = std::move(failures_.front());
-    failures_.pop_front();
-    return first;
+    for (auto each = failures_.begin(); each != failures_.end(); ++each) {
+      if (text.find(each->first) == std::string::npos) continue;
+      ServerMessage found = std::move(each->second);
+      failures_.erase(each);
+      return found;
+    }
+    return {};
   }
 
  private:
   std::mutex mutex_;
-  std::deque<ServerMessage> failures_;
+  std::deque<std::pair<std::string, ServerMessage>> failures_;
 };
 
 // A statement, or the call of a procedure.
 struct Request {
-  std::string procedure{};  // empty for a batch
-  std::string text{};       // the batch, or the statement that the procedure runs
+  std::uint16_t connection = 0;  // 1 for the first that was taken
+  std::string database{};        // the one that the connection is at
+  std::string procedure{};       // empty for a batch
+  std::string text{};            // the batch, or the statement that the procedure runs
   std::vector<std::string>
       parameters{};  // their text forms, "NULL" for Null; without the statement and its declarations
 };

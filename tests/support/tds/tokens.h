@@ -27,7 +27,7 @@ std::string doneToken(DoneToken token, unsigned status, std::uint64_t rows = 0, 
 // What a server says with a number. From severity 11 on it is an error, below a message beside the results.
 struct ServerMessage {
   std::int32_t number = 50000;
-  std::string text;
+  std::string text{};
   std::uint8_t severity = 16;
   std::uint8_t state = 1;
   std::uint32_t line = 1;

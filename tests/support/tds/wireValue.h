@@ -15,6 +15,9 @@ constexpr std::size_t decimalWidth(int precision) {
   return precision <= 9 ? 4 : precision <= 19 ? 8 : precision <= 28 ? 12 : 16;
 }
 
+// Raises the DataError of a value that isn't of its column's type.
+[[noreturn]] void notOfType(const Cell& cell);
+
 // Without the length in front. `width` is that of the type in bytes (for decimals decimalWidth), `scale` the digits of
 // a decimal's or second's fraction. Raises DataError for a value that isn't of the type.
 std::string scalarValue(WireKind kind, std::size_t width, int scale, const Cell& cell);
