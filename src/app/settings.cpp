@@ -16,6 +16,7 @@ constexpr const char* comparisons = "\\Comparisons";
 constexpr const char* panes = "\\TXText";
 constexpr auto flag = SettingKind::Flag;
 constexpr auto number = SettingKind::Number;
+constexpr auto textSetting = SettingKind::Text;
 using S = SettingsState;
 
 }  // namespace
@@ -41,6 +42,8 @@ const std::vector<Setting>& settingsTable() {
       {"AutoConnect", servers, flag, 0, nullptr, nullptr, "connect during start-up"},
       {"CursorConnectionUseServer", servers, flag, 1, nullptr, &S::glngCursorLocation,
        "server-side cursor; otherwise client-side"},
+      {"OdbcDriver", servers, textSetting, 0, nullptr, nullptr,
+       "ODBC driver for servers that aren't embedded; empty: the newest that is installed"},
       {"ShowDataCompOpt", comparisons, flag, 1, nullptr, nullptr, "show the options before each data comparison"},
       {"PromptToSave", comparisons, flag, 1, nullptr, nullptr, "kept for the options window"},
       {"CaseSensitive", comparisons, flag, 1, &S::CaseSensitive, nullptr, "object texts compare case-sensitively"},
@@ -75,6 +78,12 @@ std::int32_t ReadNumber(Program& program, std::string_view strName) {
 }
 
 bool ReadFlag(Program& program, std::string_view strName) { return ReadNumber(program, strName) == 1; }
+
+std::string ReadText(Program& program, std::string_view strName) {
+  const Setting* setting = findSetting(strName);
+  if (!setting) throw RuntimeError(5, "There is no setting " + std::string(strName));
+  return GetSettingString(program.store, HKEY_CURRENT_USER, settingKey(*setting), setting->name, "");
+}
 
 void applySetting(Program& program, const Setting& setting, std::int32_t lngValue) {
   if (setting.global) program.settings.*setting.global = lngValue == 1;

@@ -14,6 +14,7 @@ namespace qrel {
 enum class SettingKind : std::uint8_t {
   Flag,    // true if the stored number is 1
   Number,  // the stored number as it stands
+  Text,    // the stored text; empty without one
 };
 
 // One row of the table. `global` or `globalNumber` is the working copy that ReadOptions fills at start; a row with
@@ -38,6 +39,7 @@ std::string settingKey(const Setting& setting);
 // The stored number, or the default: for a flag test it with ReadFlag. The name must be one of the table.
 std::int32_t ReadNumber(Program& program, std::string_view strName);
 bool ReadFlag(Program& program, std::string_view strName);
+std::string ReadText(Program& program, std::string_view strName);
 
 // Writes a setting to the store and to its working copy. Raises RuntimeError when it can't be kept.
 void SaveSetting(Program& program, const Setting& setting, std::int32_t lngValue);

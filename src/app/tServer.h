@@ -19,6 +19,10 @@ struct tServer {
   bool SchemaCheckPerformed = false;
   bool AddSchema = false;
   bool LocalDb = false;  // reached with the other provider
+  // How a server is reached by way of ODBC.
+  std::string Encrypt;                  // "no" or "strict"; empty: encrypted
+  bool TrustServerCertificate = false;  // its certificate isn't checked
+  std::string OdbcDriver;               // empty: the one that is chosen for all
 };
 
 }  // namespace qrel

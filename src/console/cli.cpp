@@ -46,17 +46,25 @@ void addLoad(CLI::App& app, CommandLine& line) {
 }
 
 void addServers(CLI::App& app, CommandLine& line) {
-  CLI::App* servers = app.add_subcommand("servers", "List, add or remove servers");
+  CLI::App* servers = app.add_subcommand("servers", "List, add, test or remove servers");
   CLI::App* add = servers->add_subcommand("add", "Add a server; a password comes from QREL_PASSWORD");
   add->add_option("NAME", line.addServer.name)->required();
   add->add_option("--database", line.addServer.database, "the database to begin with")->capture_default_str();
   add->add_option("--login", line.addServer.login, "SQL Server authentication under this name");
   add->add_flag("--localdb", line.addServer.localDb, "a LocalDB instance, (localdb)\\Name");
+  add->add_option("--port", line.addServer.port, "the same as NAME,PORT")->check(CLI::Range(1, 65535));
+  add->add_option("--encrypt", line.addServer.encrypt, "no for a server that can't; strict: Microsoft's driver 18")
+      ->check(CLI::IsMember({"yes", "no", "strict"}));
+  add->add_flag("--trust-certificate", line.addServer.trustCertificate, "encrypt, whoever the server may be");
+  add->add_option("--driver", line.addServer.driver, "its ODBC driver, when it isn't that of the option OdbcDriver");
+  CLI::App* test = servers->add_subcommand("test", "Connect to a server and tell how it is reached");
+  test->add_option("NAME", line.name, "of the list; or any other, with Windows authentication")->required();
   CLI::App* remove = servers->add_subcommand("remove", "Remove a server from the list");
   remove->add_option("NAME", line.name)->required();
-  servers->callback([&line, add, remove] {
-    line.command = [&line, add, remove](Console& console) {
+  servers->callback([&line, add, remove, test] {
+    line.command = [&line, add, remove, test](Console& console) {
       if (add->parsed()) return runServersAdd(console, line.addServer);
+      if (test->parsed()) return runServersTest(console, line.name);
       if (remove->parsed()) return runServersRemove(console, line.name);
       return runServers(console);
     };

@@ -27,10 +27,16 @@ struct AddServerArguments {
   std::string database = "master";
   std::string login;
   bool localDb = false;
+  std::string encrypt;  // "yes", "no", "strict"; empty: yes
+  std::string driver;   // of ODBC; empty: the one for all
+  std::string port;
+  bool trustCertificate = false;
 };
 ExitCode runServers(Console& console);
 ExitCode runServersAdd(Console& console, const AddServerArguments& arguments);
 ExitCode runServersRemove(Console& console, const std::string& name);
+// Connects and tells over which road, how fast, and to what.
+ExitCode runServersTest(Console& console, const std::string& name);
 
 ExitCode runDatabases(Console& console, const std::string& server);
 ExitCode runObjects(Console& console, const std::string& side, const std::string& type);

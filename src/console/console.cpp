@@ -12,6 +12,7 @@
 #include "db/mdlData.h"
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
+#include "db/odbcChoices.h"
 #include "db/readFailures.h"
 #include "embedded/embeddedProvider.h"
 #include "platform/error.h"
@@ -56,6 +57,7 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
       host(messages),
       program(host, data, store) {
   data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
+  data.add(makeOdbcProvider([this] { return ReadOdbcChoices(program); }, &data.stopAsked));
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   ConnectIgnoredColumns(program);
@@ -99,6 +101,8 @@ void Console::applySet(const std::string& set) {
   if (equals == std::string::npos || !setting)
     throw CommandFailure{ExitCode::Usage,
                          "--set " + set + ": expected OPTION=VALUE with an option of \"qrel options\"."};
+  if (setting->kind == SettingKind::Text)
+    return store.setOverride(settingKey(*setting), setting->name, set.substr(equals + 1));
   const std::string value = lowerCase(set.substr(equals + 1));
   const bool digits = !value.empty() && value.find_first_not_of("0123456789") == std::string::npos && value.size() < 10;
   std::int32_t number = 0;

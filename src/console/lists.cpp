@@ -56,7 +56,10 @@ ExitCode runText(Console& console, const std::string& sideText, const std::strin
 
 ExitCode runOptions(Console& console) {
   for (const Setting& setting : settingsTable())
-    console.out << setting.name << '\t' << ReadNumber(console.program, setting.name) << '\t' << setting.meaning << '\n';
+    console.out << setting.name << '\t'
+                << (setting.kind == SettingKind::Text ? visibleText(ReadText(console.program, setting.name))
+                                                      : std::to_string(ReadNumber(console.program, setting.name)))
+                << '\t' << setting.meaning << '\n';
   return ExitCode::Identical;
 }
 

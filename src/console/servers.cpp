@@ -26,7 +26,11 @@ ExitCode runServersAdd(Console& console, const AddServerArguments& arguments) {
   console.host.windows.push_back([&](Form& window) {
     auto& form = dynamic_cast<frmAddServer&>(window);
     if (arguments.localDb) form.chkLocalDb.personSets(true);
-    form.txtServer.personTypes(arguments.name);
+    form.txtServer.personTypes(arguments.port.empty() ? arguments.name : arguments.name + "," + arguments.port);
+    // Encrypted is what nothing needs to be said about.
+    if (arguments.encrypt != "yes") form.strEncrypt = arguments.encrypt;
+    form.blnTrustServerCertificate = arguments.trustCertificate;
+    form.strOdbcDriver = arguments.driver;
     form.txtDatabase.personTypes(arguments.database);
     if (!arguments.login.empty()) {
       const char* password = std::getenv("QREL_PASSWORD");
@@ -38,7 +42,10 @@ ExitCode runServersAdd(Console& console, const AddServerArguments& arguments) {
   });
   // Whether the server is there is what the window asks and tells.
   const AskedScope asked(console.program);
-  return MenuAddServer(console.program) ? ExitCode::Identical : ExitCode::CannotRead;
+  if (MenuAddServer(console.program)) return ExitCode::Identical;
+  const std::string& why = console.program.state<ServerTestState>().strReason;
+  if (!why.empty()) console.err << "qrel: " << visibleText(why) << '\n';
+  return ExitCode::CannotRead;
 }
 
 ExitCode runServersRemove(Console& console, const std::string& name) {

@@ -84,6 +84,9 @@ tServer frmAddServer::serverFromInput() const {
   server.Password = txtPassword.text();
   server.MRUDb = txtDatabase.text();
   server.LocalDb = chkLocalDb.checked();
+  server.Encrypt = strEncrypt;
+  server.TrustServerCertificate = blnTrustServerCertificate;
+  server.OdbcDriver = strOdbcDriver;
   return server;
 }
 

@@ -10,6 +10,10 @@ class frmAddServer : public Form {
  public:
   explicit frmAddServer(Program& program);
 
+  // What no control shows: how the server is reached by way of ODBC, as in tServer.
+  std::string strEncrypt, strOdbcDriver;
+  bool blnTrustServerCertificate = false;
+
   TextBox txtServer{"txtServer"};
   TextBox txtDatabase{"txtDatabase"};
   OptionButton optGen0{"optGen(0)"};  // Windows authentication

@@ -13,10 +13,19 @@ namespace qrel {
 
 namespace {
 
+// What an ODBC driver is told of this server beside the usual.
+std::string roadPart(const tServer& server) {
+  std::string text;
+  if (!server.Encrypt.empty()) text += ";Encrypt=" + ConnectionString::quoted(server.Encrypt);
+  if (server.TrustServerCertificate) text += ";TrustServerCertificate=yes";
+  if (!server.OdbcDriver.empty()) text += ";OdbcDriver=" + ConnectionString::quoted(server.OdbcDriver);
+  return text;
+}
+
 std::string loginPart(const tServer& server) {
-  if (!server.SQLAuth) return "Integrated Security=SSPI";
+  if (!server.SQLAuth) return "Integrated Security=SSPI" + roadPart(server);
   return "Password=" + ConnectionString::quoted(server.Password) +
-         ";User ID=" + ConnectionString::quoted(server.LoginName);
+         ";User ID=" + ConnectionString::quoted(server.LoginName) + roadPart(server);
 }
 
 ConnectionPtr openConnection(Program& program, const std::string& connectionString) {

@@ -49,6 +49,9 @@ tServer readServer(Program& program, std::int32_t index) {
   server.RegIndex = index;
   server.Version = text("Version");
   server.LocalDb = flag("LocalDb");
+  server.Encrypt = text("Encrypt");
+  server.TrustServerCertificate = flag("TrustServerCertificate");
+  server.OdbcDriver = text("OdbcDriver");
   return server;
 }
 
@@ -63,6 +66,10 @@ void writeServer(Program& program, std::int32_t index, const tServer& server) {
   SaveSettingString(store, HKEY_CURRENT_USER, key, "MRUDb", server.MRUDb);
   SaveSettingString(store, HKEY_CURRENT_USER, key, "Version", server.Version);
   SaveSettingDWord(store, HKEY_CURRENT_USER, key, "LocalDb", server.LocalDb ? 1 : 0);
+  // Servers that are reached in the usual way have no more values than these.
+  if (!server.Encrypt.empty()) SaveSettingString(store, HKEY_CURRENT_USER, key, "Encrypt", server.Encrypt);
+  if (server.TrustServerCertificate) SaveSettingDWord(store, HKEY_CURRENT_USER, key, "TrustServerCertificate", 1);
+  if (!server.OdbcDriver.empty()) SaveSettingString(store, HKEY_CURRENT_USER, key, "OdbcDriver", server.OdbcDriver);
 }
 
 void writeCount(Program& program, std::int32_t count) {
@@ -121,6 +128,9 @@ void copyServerRecord(const tServer& from, tServer& to) {
   to.RegIndex = from.RegIndex;
   to.Version = from.Version;
   to.LocalDb = from.LocalDb;
+  to.Encrypt = from.Encrypt;
+  to.TrustServerCertificate = from.TrustServerCertificate;
+  to.OdbcDriver = from.OdbcDriver;
 }
 
 void GetServerData(Program& program, tServer& server) {
@@ -191,15 +201,17 @@ bool TestServerConnection(Program& program, const tServer& server) {
   const std::string strDb = server.MRUDb.empty() ? "master" : server.MRUDb;
   program.mdlData.gblnNoConnErrMsg = true;
   RecordsetPtr rs;
+  AdoExtras extras;
   std::int32_t result = -1;
   if (lowerCase(strDb) == "master") {
-    result = GetAdoRS(program, server, adCmdText, "SELECT TOP 1 name FROM sysdatabases", rs, strDb);
+    result = GetAdoRS(program, server, adCmdText, "SELECT TOP 1 name FROM sysdatabases", rs, strDb, &extras);
   } else {
-    result = GetAdoRS(program, server, adCmdText, "SELECT TOP 1 name FROM sys.databases", rs, strDb);
-    if (result == -1) result = GetAdoRS(program, server, adCmdText, "", rs, "");
+    result = GetAdoRS(program, server, adCmdText, "SELECT TOP 1 name FROM sys.databases", rs, strDb, &extras);
+    if (result == -1) result = GetAdoRS(program, server, adCmdText, "", rs, "", &extras);
   }
   // This region alone ends by switching the messages on, whatever was before.
   program.mdlData.gblnNoConnErrMsg = false;
+  program.state<ServerTestState>().strReason = result == -1 ? extras.errDescription : "";
   return result != -1;
 }
 

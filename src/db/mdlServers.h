@@ -31,8 +31,11 @@ void AppendServer(Program& program, const tServer& server);
 void RemoveServer(Program& program, const std::string& strName);
 // Whether the name is in the list, without regard to case.
 bool IsServerInList(Program& program, const std::string& strName);
-// Whether a server that isn't in the list yet can be reached. Silent.
+// Whether a server that isn't in the list yet can be reached. Silent; why not is in the state.
 bool TestServerConnection(Program& program, const tServer& server);
+struct ServerTestState {
+  std::string strReason;  // the data access layer's own sentence; empty when the last test succeeded
+};
 
 // Writes one text value of a server's registry key, by the way (settings.h): a failure is told once. Nothing is written
 // when the key holds another server by now than the list in memory.

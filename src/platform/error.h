@@ -24,6 +24,7 @@ constexpr std::int32_t argumentsOutOfRange = 3001;
 constexpr std::int32_t operationNotAllowed = 3219;
 constexpr std::int32_t objectClosed = 3704;
 constexpr std::int32_t cannotConnect = static_cast<std::int32_t>(0x80004005);
+constexpr std::int32_t permissionDenied = static_cast<std::int32_t>(0x80040E09);
 constexpr std::int32_t badSql = static_cast<std::int32_t>(0x80040E14);
 constexpr std::int32_t cancelled = static_cast<std::int32_t>(0x80040E4E);
 constexpr std::int32_t timeout = static_cast<std::int32_t>(0x80040E31);

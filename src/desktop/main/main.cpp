@@ -6,6 +6,7 @@
 #include <string>
 
 #include "console/commands.h"
+#include "db/odbcChoices.h"
 #include "desktop/layout.h"
 #include "desktop/qtHost.h"
 #include "desktop/startArguments.h"
@@ -67,6 +68,7 @@ int main(int argc, char** argv) {
   qrel::QtHost host(store);
   host.helpFolder = folders.help.string();
   qrel::Program program(host, data, store);
+  data.add(qrel::makeOdbcProvider([&program] { return qrel::ReadOdbcChoices(program); }, &data.stopAsked));
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   program.commandLine = arguments.commandLine;

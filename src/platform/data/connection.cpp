@@ -39,7 +39,9 @@ CommandResult Command::run() {
   request.timeoutSeconds = CommandTimeout;
   request.isProcedure = CommandType == adCmdStoredProc;
   for (const Parameter& parameter : Parameters) {
-    if (parameter.Direction != adParamReturnValue) request.parameters.push_back(parameter.Value);
+    if (parameter.Direction == adParamReturnValue) continue;
+    request.parameters.push_back(parameter.Value);
+    request.comesBack.push_back(parameter.Direction != adParamInput);
   }
   CommandResult result = execute(*ActiveConnection->provider(), request);
   std::size_t next = 0;

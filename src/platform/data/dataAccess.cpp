@@ -21,11 +21,11 @@ bool startsNoCase(std::string_view text, std::string_view prefix) {
   return equalNoCase(text.substr(0, prefix.size()), prefix);
 }
 
-std::string missingServer(const std::string& name, const std::string& database) {
+std::string missingServer(const std::string& name, const std::string& database, bool others) {
   const std::string side = name + "/" + (database.empty() ? "DATABASE" : database);
   return "SQL Server '" + name +
          "' does not exist or access denied. There is no embedded server of that name: make one " +
-         "with \"qrel load " + side + " FILE\"; this build has no ODBC provider.";
+         "with \"qrel load " + side + " FILE\"" + (others ? "." : "; this build has no ODBC provider.");
 }
 
 }  // namespace
@@ -44,7 +44,8 @@ std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
     refuse("Provider '" + provider + "' cannot be found. Use SQLOLEDB.1, or SQLNCLI11 for (localdb) servers.");
   }
   std::string server = connectionString.server();
-  if (startsNoCase(server, localDbPrefix)) {
+  const bool local = startsNoCase(server, localDbPrefix);
+  if (local) {
     if (!native) {
       refuse("SQL Server '" + server +
              "' does not exist or access denied. Provider SQLOLEDB.1 cannot reach (localdb) " +
@@ -53,9 +54,10 @@ std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
     server.erase(0, localDbPrefix.size());
   }
   if (server.empty()) refuse("No server name was given: the connection string has no Data Source.");
-  const auto serving =
-      std::find_if(providers_.begin(), providers_.end(), [&](const auto& each) { return each->serves(server); });
-  if (serving == providers_.end()) refuse(missingServer(server, connectionString.database()));
+  const auto serving = std::find_if(providers_.begin(), providers_.end(), [&](const auto& each) {
+    return (!local || each->isLocal()) && each->serves(server);
+  });
+  if (serving == providers_.end()) refuse(missingServer(server, connectionString.database(), local));
   connectionString.pairs.emplace_back("Data Source", server);
   return (*serving)->open(connectionString);
 }

@@ -18,7 +18,10 @@ class DataAccess {
   DataAccess& operator=(const DataAccess&) = delete;
 
   // Whoever puts the program together hands the providers over. Of several that serve a server the first one is asked.
-  void add(std::unique_ptr<Provider> provider) { providers_.push_back(std::move(provider)); }
+  // One that isn't there is left out.
+  void add(std::unique_ptr<Provider> provider) {
+    if (provider) providers_.push_back(std::move(provider));
+  }
 
   // Asked every few milliseconds while a command runs or its rows come. It may let the window system run, but must
   // run nothing on the same connection. True ends the command or the fetch with "Operation canceled".

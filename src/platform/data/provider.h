@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/data/value.h"
@@ -42,6 +43,7 @@ struct CommandRequest {
   int timeoutSeconds = 30;        // 0 waits without end
   std::vector<Value> parameters;  // in order of their creation, without the return value
   bool isProcedure = false;       // the parameters are the procedure's, in order
+  std::vector<bool> comesBack{};  // parallel to the parameters: those that are outputs as well; may be shorter
 };
 
 struct CommandResult {
@@ -60,6 +62,8 @@ class ProviderConnection {
   // Ends a running execute or fetch from another thread or a signal-safe place; it raises
   // errorNumber::cancelled, "Operation canceled".
   virtual void interrupt() = 0;
+  // What a person may want to know of the road to the server ("driver", "encryption", ...), a name and a text each.
+  virtual std::vector<std::pair<std::string, std::string>> facts() { return {}; }
 };
 
 class Provider {
@@ -67,6 +71,8 @@ class Provider {
   virtual ~Provider() = default;
   // Whether it reaches the server of this name, "(localdb)\" cut off.
   virtual bool serves(const std::string& server) const = 0;
+  // Whether servers of this machine's user, "(localdb)\NAME", are among them.
+  virtual bool isLocal() const { return true; }
   virtual std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) = 0;
   // As long as the result lives, a database stays the one that it is when it is first opened from now on, whatever
   // takes its place meanwhile. Empty where the server itself sees to that.
