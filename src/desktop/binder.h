@@ -30,6 +30,7 @@
 //   columns    stringlist  CheckList: titles of the columns; without it one column and no header
 //   picture    string      buttons and tool buttons: `:/icons/<picture>.svg` (open the folder src/desktop/icons)
 //   pictures   bool        Tree: a picture before each node, another one for groups than for what lies in them
+//   onlyWide   bool        any: isn't shown while the window is too narrow for its buttons' words
 //   keepsPlace bool        any: keeps its room in the layout while it is invisible
 //
 // Captions and tips that the model sets win over the form's; a text that the model never set leaves the form's alone,
