@@ -10,6 +10,8 @@ class frmAddServer : public Form {
  public:
   explicit frmAddServer(Program& program);
 
+  Label lblKnown{"lblKnown"};
+  ComboBox cmbKnown{"cmbKnown"};  // servers that are known to be there and aren't in the list; both hidden without any
   TextBox txtServer{"txtServer"};
   TextBox txtDatabase{"txtDatabase"};
   OptionButton optGen0{"optGen(0)"};  // Windows authentication

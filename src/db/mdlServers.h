@@ -1,6 +1,7 @@
 // The list of servers: in the registry, in memory, and in the windows that show it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -33,6 +34,9 @@ void RemoveServer(Program& program, const std::string& strName);
 bool IsServerInList(Program& program, const std::string& strName);
 // Whether a server that isn't in the list yet can be reached. Silent.
 bool TestServerConnection(Program& program, const tServer& server);
+
+// The values of a server's key that hold the database each panel used last: Source, Target.
+inline constexpr std::array<const char*, 2> panelDatabaseValues = {"MRUDbSource", "MRUDbTarget"};
 
 // Writes one text value of a server's registry key, by the way (settings.h): a failure is told once. Nothing is written
 // when the key holds another server by now than the list in memory.

@@ -6,6 +6,8 @@
 #include "app/modTextPane.h"
 #include "app/settings.h"
 #include "app/trap.h"
+#include "compare/all/CompareAllControls.h"
+#include "compare/structure/modMarkDifferences.h"
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
 #include "db/modSchema.h"
@@ -43,6 +45,9 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
       cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
       cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
       cmdNonExistent(buttonPair("cmdNonExistent")),
+      lblMark(controlArray<Label, 4>("lblMark")),
+      lblCount(controlArray<Label, 2>("lblCount")),
+      txtFilter(controlArray<TextBox, 2>("txtFilter")),
       program_(program),
       steps_(std::move(steps)),
       compare_(program, *this),
@@ -52,6 +57,7 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
   wireEvents();
   wireCommands();
   wireTips();
+  wireLists();
 }
 
 void frmMain::registerControls() {
@@ -80,6 +86,9 @@ void frmMain::registerControls() {
   addPair(cmdFilterBySchema);
   addPair(cmdFilterByOwner);
   addPair(cmdNonExistent);
+  addPair(lblCount);
+  addPair(txtFilter);
+  addPair(lblMark);
   add(chkScrollTogether);
   add(lblStatus);
   add(barCommands);
@@ -105,6 +114,14 @@ void frmMain::setUpControls() {
   cmdDebugScript.setVisible(false);
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
+  constexpr std::array<std::pair<std::int32_t, const char*>, 4> legend{{{markChanged, "Changed"},
+                                                                        {markOnlyInSource, "Only in Source"},
+                                                                        {markOnlyInTarget, "Only in Target"},
+                                                                        {markUnchanged, "Not changed"}}};
+  for (std::size_t i = 0; i < legend.size(); ++i) {
+    lblMark[i].backColour = GetMarkColor(legend[i].first);
+    lblMark[i].setText(legend[i].second);
+  }
   lblSource.setText("Source");
   lblTarget.setText("Target");
   const std::string strCopy = "Copy selected object structure to the ";
@@ -112,6 +129,7 @@ void frmMain::setUpControls() {
     cmdCopyClip[side].setToolTip(strCopy + "clipboard (Alt + " + (side == 0 ? "O)" : "Y)"));
     cmdCopyToFile[side].setToolTip(strCopy + "file (Alt + " + (side == 0 ? "P)" : "I)"));
     cmdViewData[side].setToolTip(std::string("View data stored in selected table (Alt + ") + (side == 0 ? "V)" : "W)"));
+    txtFilter[side].placeholder = "Filter (Ctrl+L)";
     srtFiltering[side].setVisible(false);
     for (Button* button : {&cmdFilterByOwner[side], &cmdNonExistent[side]}) {
       button->setVisible(false);

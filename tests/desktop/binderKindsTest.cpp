@@ -339,7 +339,7 @@ TEST_F(BinderKindsTest, GridsColoursAndAMillionRows) {
   EXPECT_EQ(view.model()->rowCount(), 2);
   EXPECT_EQ(view.model()->headerData(1, Qt::Horizontal).toString(), "Name");
   EXPECT_EQ(cell(1, 1, Qt::DisplayRole), "Brown");
-  EXPECT_EQ(cell(1, 1, Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
+  EXPECT_EQ(cell(1, 1, Qt::ForegroundRole).value<QColor>().hsvHue(), 0) << "red, as dark as it must be to be read";
   EXPECT_EQ(cell(0, 0, Qt::BackgroundRole).value<QColor>(), QColor(0xC0, 0xFF, 0xC0));
   EXPECT_FALSE(cell(1, 1, Qt::BackgroundRole).isValid());
   EXPECT_EQ(view.columnWidth(1), 100);

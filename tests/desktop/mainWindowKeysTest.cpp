@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QTableView>
 #include <QToolButton>
 
@@ -123,6 +124,8 @@ TEST_F(MainWindowKeysTest, ComparingWholeDatabases) {
   showShops();
   std::string report;
   when("frmCompareAll", [&](QWidget& window) {
+    // All are ticked the first time.
+    for (int type = 0; type < 6; ++type) click(window, ("chkObjType_" + std::to_string(type)).c_str());
     whenBox(QMessageBox::Ok);
     press(window, Qt::Key_Return);
     EXPECT_EQ(boxText, "Please select at least one object type to be compared.");
@@ -137,9 +140,10 @@ TEST_F(MainWindowKeysTest, ComparingWholeDatabases) {
   EXPECT_NE(report.find("Orders"), std::string::npos) << report;
   EXPECT_TRUE(allDone());
 
-  // The form keeps nothing of the run before, and its Cancel button closes it.
+  // The boxes are as they were, and Cancel closes the window.
   when("frmCompareAll", [&](QWidget& window) {
-    EXPECT_FALSE(find<QCheckBox>(window, "chkObjType_0").isChecked());
+    EXPECT_TRUE(find<QCheckBox>(window, "chkObjType_0").isChecked());
+    EXPECT_FALSE(find<QCheckBox>(window, "chkObjType_1").isChecked());
     click(window, "cmdCancel");
   });
   click(main(), "cmdCompareAll");
@@ -238,6 +242,107 @@ TEST_F(MainWindowKeysTest, SavingAndCopyingAPane) {
   std::stringstream saved;
   saved << std::ifstream(file).rdbuf();
   EXPECT_EQ(saved.str().find("[r] [int] NULL"), 0U) << saved.str();
+}
+
+TEST_F(MainWindowKeysTest, PanesShowAndDontTake) {
+  showShops();
+  choose(main(), "pvlSqlObj_0", "Rates");
+  auto& pane = find<QPlainTextEdit>(main(), "txtTXProc_0");
+  pane.setFocus();
+  QTest::keyClicks(&pane, "typed");
+  press(main(), Qt::Key_Delete);
+  QApplication::clipboard()->setText("pasted");
+  press(main(), Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(paneText(0), "[r] [int] NULL");
+  EXPECT_EQ(startUp.mainWindow()->workspace.txtTXProc[0].givenText().find("typed"), std::string::npos);
+  press(main(), Qt::Key_A, Qt::ControlModifier);
+  press(main(), Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(fromQt(QApplication::clipboard()->text()), "[r] [int] NULL");
+  press(main(), Qt::Key_F, Qt::ControlModifier);
+  QTest::keyClicks(QApplication::focusWidget(), "int");
+  press(main(), Qt::Key_Return);
+  EXPECT_EQ(fromQt(pane.textCursor().selectedText()), "int");
+  press(main(), Qt::Key_Escape);
+  EXPECT_TRUE(pane.hasFocus());
+  press(main(), Qt::Key_Tab);
+  EXPECT_FALSE(pane.hasFocus()) << "Tab goes on";
+}
+
+TEST_F(MainWindowKeysTest, CtrlAndAClickLeaveTheDatabaseSelected) {
+  showShops();
+  choose(main(), "pvlDb_0", "Shop", Qt::ControlModifier);
+  EXPECT_EQ(objects(0), "Lines Orders Rates ");
+  auto& view = find<QAbstractItemView>(main(), "pvlDb_0");
+  EXPECT_TRUE(until([&] { return view.selectionModel()->isSelected(rowOf(view, "Shop")); })) << "and it shows";
+}
+
+TEST_F(MainWindowKeysTest, MenusOpenByKeyWhereTheFocusIs) {
+  showShops();
+  showTable("Orders");
+  auto& pane = find<QPlainTextEdit>(main(), "txtTXProc_0");
+  pane.setFocus();
+  const auto opens = [&](Qt::Key key, Qt::KeyboardModifiers held) {
+    bool opened = false;
+    when("QMenu", [&](QWidget& menu) {
+      opened = pane.rect().contains(pane.mapFromGlobal(menu.pos()));
+      actionOf(menu, "Refresh");
+      press(menu, Qt::Key_Escape);
+    });
+    press(main(), key, held);
+    EXPECT_TRUE(until([this] { return allDone(); }));
+    return opened;
+  };
+  EXPECT_TRUE(opens(Qt::Key_F10, Qt::ShiftModifier));
+  EXPECT_TRUE(opens(Qt::Key_Menu, Qt::NoModifier));
+}
+
+// Everything from connecting to closing without a mouse.
+TEST_F(MainWindowKeysTest, AWholeJobByKeyboard) {
+  start({"One", "Two"});
+  const auto tabTo = [&](const char* name) {
+    QWidget& wanted = find<QWidget>(main(), name);
+    for (int tabs = 0; !wanted.hasFocus() && tabs < 60; ++tabs) press(main(), Qt::Key_Tab);
+    EXPECT_TRUE(wanted.hasFocus()) << name;
+  };
+  const auto typeInList = [&](const char* name, Qt::Key key) {
+    tabTo(name);
+    QTest::qWait(QApplication::keyboardInputInterval() + 50);  // letters that come quicker are one word
+    press(main(), key);
+  };
+  press(main(), Qt::Key_F5);
+  tabTo("cmbServer_0");
+  typeInList("pvlDb_0", Qt::Key_S);
+  tabTo("cmbServer_1");
+  press(main(), Qt::Key_Down);
+  typeInList("pvlDb_1", Qt::Key_S);
+  typeInList("pvlSqlObj_0", Qt::Key_O);
+  typeInList("pvlSqlObj_1", Qt::Key_O);
+  std::string report;
+  when("frmReport", [&](QWidget& window) {
+    report = fromQt(find<QPlainTextEdit>(window, "txtReport").toPlainText());
+    press(window, Qt::Key_Escape);
+  });
+  press(main(), Qt::Key_F7);
+  EXPECT_NE(report.find("The selected tables are different."), std::string::npos) << report;
+  press(main(), Qt::Key_Down, Qt::AltModifier);
+  auto& status = find<QStatusBar>(main(), "lblStatus");
+  EXPECT_TRUE(status.currentMessage().startsWith("Marked block 1 of 1")) << fromQt(status.currentMessage());
+
+  typeInList("pvlSqlObj_0", Qt::Key_L);
+  typeInList("pvlSqlObj_1", Qt::Key_L);
+  bool compared = false;
+  when("frmCompareDataOptions", [](QWidget& window) { press(window, Qt::Key_Return); });
+  when("frmCompareData", [&](QWidget& window) {
+    compared = true;
+    press(window, Qt::Key_Escape);
+  });
+  press(main(), Qt::Key_F9);
+  EXPECT_TRUE(compared);
+  press(main(), Qt::Key_F, Qt::AltModifier);
+  QWidget* menu = QApplication::activePopupWidget();
+  ASSERT_NE(menu, nullptr);
+  press(*menu, Qt::Key_X);
+  EXPECT_TRUE(until([this] { return startUp.mainWindow()->closed(); }));
 }
 
 }  // namespace

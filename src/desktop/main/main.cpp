@@ -11,6 +11,7 @@
 #include "desktop/theme.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
+#include "embedded/load/embeddedScriptLoader.h"
 #include "platform/store/folders.h"
 #include "platform/system.h"
 #include "process/replayOutcome.h"
@@ -62,6 +63,8 @@ int main(int argc, char** argv) {
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   program.commandLine = arguments.commandLine;
+  qrel::EmbeddedScriptLoader loader(servers);
+  program.state<qrel::ScriptLoaderState>().loader = &loader;
   qrel::StartUp startUp(program);
   qrel::Main(program, startUp);
   if (!startUp.mainWindow()) return cannotStart;
