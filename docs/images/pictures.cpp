@@ -22,9 +22,11 @@
 #include "desktop/theme.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
+#include "embedded/load/embeddedScriptLoader.h"
 #include "platform/store/folders.h"
 #include "process/frmSaveCompRun.h"
 #include "process/frmSaveComparison.h"
+#include "ui/frmCompareAndPrint.h"
 #include "ui/startUp.h"
 
 namespace {
@@ -113,7 +115,6 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   menu("all", 202, {{"frmCompareAll", "cmdCompare"}});
   menu("type", 221, {{"frmCompareAllTables", "cmdCompare"}});
   menu("selective", 231);
-  menu("print", 250, {{"frmCompareAndPrint", "cmdCancel"}});
   program.settings.glngMaxRowsInDiffTable = 100;
   menu("data", 310,
        {{"frmCompareDataOptions", "cmdOK"}, {"frmCompareStatus", ""}, {"box", ""}, {"frmCompareData", "cmdExport"}});
@@ -122,6 +123,7 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   menu("analyze", 504, {{"frmDataAnalyze", "cmdStart"}});
   album.begin(QStringLiteral("view"), {});
   window.cmdViewData[0].personClicks();
+  menu("load", 901);
   menu("add", 501);
   menu("remove", 502);
   menu("ignored", 511);
@@ -148,6 +150,12 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   status.ShowHideControls(1);
   qrel::FormWindow shown(status, &face, program.store);
   album.save(shown.widget(), QStringLiteral("status-frmCompareStatus"));
+  qrel::MainCompare steps(program, window);
+  qrel::frmCompareAndPrint print(program, window.workspace, steps);
+  qrel::FormWindow shownPrint(print, &face, program.store);
+  print.lblCurProcName.setText("Customers");
+  print.lblTime.setText("00:00:07");
+  album.save(shownPrint.widget(), QStringLiteral("print-frmCompareAndPrint"));
   qrel::frmCompareDataValidation test(program);
   qrel::FormWindow shownTest(test, &face, program.store);
   test.lblServer1.setText("demo");
@@ -172,9 +180,11 @@ int main(int argc, char** argv) {
   qrel::EmbeddedServers servers(folders.servers);
   qrel::DataAccess data;
   data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
+  qrel::EmbeddedScriptLoader loader(servers);
   qrel::KeyStore store(folders.settings);
   qrel::QtHost host(store);
   qrel::Program program(host, data, store);
+  program.state<qrel::ScriptLoaderState>().loader = &loader;
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   qrel::StartUp startUp(program);

@@ -59,6 +59,8 @@ class PaneEdit::MarkStrip : public QWidget {
   PaneEdit* edit_;
 };
 
+QWidget* PaneEdit::strip() const { return strip_; }
+
 PaneEdit::PaneEdit(QWidget* parent)
     : QPlainTextEdit(parent),
       numbers_(new NumberArea(this)),

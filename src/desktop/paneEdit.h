@@ -23,6 +23,8 @@ class PaneEdit : public QPlainTextEdit {
   void refresh();
   // Opens the field for a text to search.
   void openSearch();
+  // The strip beside the scroll bar.
+  QWidget* strip() const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;

@@ -45,7 +45,7 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
       cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
       cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
       cmdNonExistent(buttonPair("cmdNonExistent")),
-      lblMark(controlArray<Label, 4>("lblMark")),
+      lblMark(controlArray<Label, 5>("lblMark")),
       lblCount(controlArray<Label, 2>("lblCount")),
       txtFilter(controlArray<TextBox, 2>("txtFilter")),
       program_(program),
@@ -114,10 +114,11 @@ void frmMain::setUpControls() {
   cmdDebugScript.setVisible(false);
   chkScrollTogether.setToolTip("Scroll both panes together when differences are marked");
   chkScrollTogether.setChecked(true);
-  constexpr std::array<std::pair<std::int32_t, const char*>, 4> legend{{{markChanged, "Changed"},
+  constexpr std::array<std::pair<std::int32_t, const char*>, 5> legend{{{markChanged, "Changed"},
                                                                         {markOnlyInSource, "Only in Source"},
                                                                         {markOnlyInTarget, "Only in Target"},
-                                                                        {markUnchanged, "Not changed"}}};
+                                                                        {markUnchanged, "Not changed"},
+                                                                        {markNone, "NA"}}};
   for (std::size_t i = 0; i < legend.size(); ++i) {
     lblMark[i].backColour = GetMarkColor(legend[i].first);
     lblMark[i].setText(legend[i].second);
