@@ -2,8 +2,8 @@
 #include <ostream>
 
 #include "compare/data/frmDataAnalyze.h"
-#include "console/exportTable.h"
-#include "console/oneTable.h"
+#include "console/tables/exportTable.h"
+#include "console/tables/oneTable.h"
 #include "platform/visibleText.h"
 
 namespace qrel {

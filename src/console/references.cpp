@@ -1,5 +1,6 @@
 // Words of objects' texts that name nothing in their database.
 #include <algorithm>
+#include <optional>
 #include <ostream>
 
 #include "app/trap.h"
@@ -34,6 +35,7 @@ class Search {
         sure_ ? ReadKnownNames(program, program.main.gtypSelServ[0], side_.database, known_)
               : GetListOfAllObjects(program, program.main.gtypSelServ[0], side_.database, arrObjects_, lngObjects_, 0);
     if (!read) throw CommandFailure{ExitCode::CannotRead, "Couldn't retrieve list of all objects."};
+    names_.emplace(arrObjects_, lngObjects_);
   }
 
   // The object whose text the panel shows.
@@ -43,7 +45,7 @@ class Search {
     std::vector<std::string> refs;
     auto& reports = console_.program.state<ErrorReportsState>();
     const std::size_t before = reports.lngShown;
-    FindRefToNonExistentObjects(console_.program, type, text, arrObjects_, lngObjects_, count, refs);
+    FindRefToNonExistentObjects(console_.program, type, text, *names_, count, refs);
     if (reports.lngShown != before) incomplete = true;
     if (refs.empty()) {
       if (alone && reports.lngShown == before)
@@ -81,6 +83,7 @@ class Search {
   bool found_ = false;
   std::vector<TwoStr> arrObjects_;
   long lngObjects_ = 0;
+  std::optional<ObjectNames> names_;
   KnownNames known_;
 };
 

@@ -6,7 +6,7 @@
 #include "compare/data/frmCompareDataValidation.h"
 #include "console/commands.h"
 #include "console/panel.h"
-#include "console/tableColumns.h"
+#include "console/tables/tableColumns.h"
 #include "db/mdlObjects.h"
 #include "db/readFailures.h"
 #include "platform/text.h"

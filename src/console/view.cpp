@@ -3,8 +3,8 @@
 
 #include "app/modStrings.h"
 #include "compare/data/frmDataView.h"
-#include "console/exportTable.h"
-#include "console/oneTable.h"
+#include "console/tables/exportTable.h"
+#include "console/tables/oneTable.h"
 #include "platform/visibleText.h"
 
 namespace qrel {

@@ -15,7 +15,6 @@ using caseTable::CaseRange;
 
 // A malformed byte is told from all real characters by a number in the range of low surrogates.
 constexpr char32_t malformedBase = 0xDC00;
-constexpr char32_t replacementCharacter = 0xFFFD;
 
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }

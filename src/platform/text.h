@@ -10,6 +10,9 @@
 
 namespace qrel {
 
+// What stands for bytes that are no character.
+inline constexpr char32_t replacementCharacter = 0xFFFD;
+
 // Upper and lower case, letter by letter (Latin, Greek, Cyrillic, ...); letters without a single counterpart stay.
 // Bytes that are not UTF-8 are copied unchanged.
 std::string upperCase(std::string_view text);

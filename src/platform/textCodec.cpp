@@ -8,8 +8,6 @@
 namespace qrel {
 namespace {
 
-constexpr char32_t unreadableCharacter = 0xFFFD;
-
 // Windows-1252 from 0x80 to 0x9F; the five bytes that it leaves free stand for the control characters of that number.
 constexpr std::array<char16_t, 32> codePageHigh = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                                    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
@@ -27,10 +25,10 @@ std::string validUtf8(std::string_view bytes, bool& malformed) {
       continue;
     }
     const std::size_t start = offset;
-    if (nextCodePoint(bytes, offset) != unreadableCharacter || offset - start > 1) continue;
+    if (nextCodePoint(bytes, offset) != replacementCharacter || offset - start > 1) continue;
     malformed = true;
     out.append(bytes, copied, start - copied);
-    appendUtf8(out, unreadableCharacter);
+    appendUtf8(out, replacementCharacter);
     copied = offset;
   }
   return out.append(bytes, copied, std::string_view::npos);
@@ -53,12 +51,12 @@ std::string decodeUtf16(std::string_view bytes, bool bigEndian) {
         c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
         i += 2;
       } else {
-        c = unreadableCharacter;
+        c = replacementCharacter;
       }
     }
     appendUtf8(out, c);
   }
-  if (i < bytes.size()) appendUtf8(out, unreadableCharacter);
+  if (i < bytes.size()) appendUtf8(out, replacementCharacter);
   return out;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <unordered_set>
 
 #include "app/modStrings.h"
 #include "app/trap.h"
@@ -58,9 +59,26 @@ bool isAs(std::string_view strToken) { return upperCase(strToken) == "AS"; }
 
 }  // namespace
 
+ObjectNames::ObjectNames(const std::vector<TwoStr>& arrObjects, long lngCount) {
+  const std::size_t count = lngCount < 1 ? 0 : std::min(arrObjects.size(), static_cast<std::size_t>(lngCount));
+  names_.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) names_.insert(arrObjects[i].strName);
+}
+
+bool ObjectNames::has(std::string_view strToken) const {
+  const std::string strLower = lowerCase(trimBlanks(strToken));
+  return !strLower.empty() && names_.contains(strLower);
+}
+
 bool FindRefToNonExistentObjects(Program& program, long enmObjectType, std::string strText,
                                  const std::vector<TwoStr>& arrObjects, long lngObjectCount, long& lngRefCount,
                                  std::vector<std::string>& arrRefs) {
+  return FindRefToNonExistentObjects(program, enmObjectType, std::move(strText),
+                                     ObjectNames(arrObjects, lngObjectCount), lngRefCount, arrRefs);
+}
+
+bool FindRefToNonExistentObjects(Program& program, long enmObjectType, std::string strText, const ObjectNames& names,
+                                 long& lngRefCount, std::vector<std::string>& arrRefs) {
   arrRefs.clear();
   lngRefCount = 0;
   return trap(program, inModNonExistObjects, "FindRefToNonExistentObjects", false, [&] {
@@ -81,7 +99,7 @@ bool FindRefToNonExistentObjects(Program& program, long enmObjectType, std::stri
       }
       if (!blnAfterAs || isFiltered(strToken)) continue;
       if (IsItVariable(strToken, arrVariables, lngVariableCount)) continue;
-      if (IsItDbObject(strToken, arrObjects, lngObjectCount)) continue;
+      if (names.has(strToken)) continue;
       arrRefs.push_back(strToken);
       ++lngRefCount;
     }
@@ -140,8 +158,11 @@ bool IsItMathOperand(std::string_view strToken) { return isOneOf(mathOperands, s
 
 bool IsItSqlKeyword(std::string_view strToken) {
   const std::string_view strTrimmed = trimBlanks(strToken);
-  static const std::vector<std::string> words = splitAt(reservedWords, ' ');
-  return !strTrimmed.empty() && isOneOf(words, upperCase(strTrimmed));
+  static const auto words = [] {
+    const std::vector<std::string> list = splitAt(reservedWords, ' ');
+    return std::unordered_set<std::string>(list.begin(), list.end());
+  }();
+  return !strTrimmed.empty() && words.contains(upperCase(strTrimmed));
 }
 
 bool IsItSpecialWord(std::string_view strToken) { return isOneOf(specialWords, lowerCase(strToken)); }

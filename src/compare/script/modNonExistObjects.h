@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "app/Program.h"
@@ -11,12 +12,25 @@
 
 namespace qrel {
 
+// The first lngCount names of a list, which must outlive this: IsItDbObject's answers without a walk through the list.
+class ObjectNames {
+ public:
+  ObjectNames(const std::vector<TwoStr>& arrObjects, long lngCount);
+  bool has(std::string_view strToken) const;
+
+ private:
+  std::unordered_set<std::string_view> names_;
+};
+
 // The words behind the text's first AS that pass every filter below, in their order, each as often as it stands there.
 // Comments are left out whatever IgnoreComments says. arrObjects: from GetListOfAllObjects. True when there is one. An
 // error is reported and gives False: ErrorReportsState tells it from a text without any.
 bool FindRefToNonExistentObjects(Program& program, long enmObjectType, std::string strText,
                                  const std::vector<TwoStr>& arrObjects, long lngObjectCount, long& lngRefCount,
                                  std::vector<std::string>& arrRefs);
+// The same for many texts and one list.
+bool FindRefToNonExistentObjects(Program& program, long enmObjectType, std::string strText, const ObjectNames& names,
+                                 long& lngRefCount, std::vector<std::string>& arrRefs);
 
 // All tokens, from index 0, empty ones too; lower case but for what stands in double quotes. False for an empty text.
 bool GetTokens(Program& program, const std::string& strText, std::vector<std::string>& arrTokens, long& lngCount);

@@ -43,6 +43,8 @@ create table cat_sequences(object_id integer primary key, next integer, incremen
 create table cat_permissions(class integer, major_id integer, minor_id integer, type text, permission_name text,
   state text, grantee text collate q_text);
 create index cat_permissions_object on cat_permissions(major_id);
+create table cat_properties(object_id integer, class integer, minor_id integer, name text, value text,
+  primary key(object_id, class, minor_id, name)) without rowid;
 insert into cat_schemas values(1, 'dbo');
 )";
 

@@ -14,6 +14,9 @@
 //   cat_comments(object_id, colid, text)             rows of 4,000 characters from colid 1; text Null when encrypted
 //   cat_sequences(object_id PK, next, increment)     next is what NEXT VALUE FOR gives
 //   cat_permissions(class, major_id, minor_id, type, permission_name, state, grantee)
+//   cat_properties(object_id, class, minor_id, name, value)   PK all but value: what the other tables have no column
+//               for, under the name that it has in the sys views; class and minor_id as in PropertyOwner. What is
+//               not there is 0, or what a server takes where nothing is written
 // The views that queries see (sysobjects, sys.objects, ...) are temporary
 // views over them, made per connection by createCatalogueViews, since they depend on the server's version. A user table
 // schema.name is the SQLite table "schema.name".
@@ -33,6 +36,12 @@
 
 namespace qrel::tsql {
 
+// Under the name that it has in the sys views; flags are "1".
+struct Property {
+  std::string name, value;
+};
+using Properties = std::vector<Property>;
+
 struct ColumnDef {
   std::string name;
   TypeRef type;
@@ -44,6 +53,7 @@ struct ColumnDef {
   std::string defaultName;   // empty with a default: the server makes one up
   std::string computedText;  // as the server keeps it; empty: an ordinary column
   bool rowGuid = false;
+  Properties properties;
 };
 
 enum class KeyKind : std::uint8_t { PrimaryKey, Unique, Index };
@@ -57,7 +67,9 @@ struct IndexDef {
   std::vector<std::string> columns;
   std::vector<bool> descending;
   std::vector<std::string> included;
-  std::string filter;  // text behind WHERE, empty: none
+  std::string filter;         // text behind WHERE, empty: none
+  bool dropExisting = false;  // takes the place of the index of its name
+  Properties properties;
 };
 
 struct ForeignKeyDef {
@@ -65,12 +77,14 @@ struct ForeignKeyDef {
   std::vector<std::string> columns;
   ObjectName referenced;
   std::vector<std::string> referencedColumns;  // empty: the primary key's
+  Properties properties;
 };
 
 struct CheckDef {
   std::string name;    // empty: made up
   std::string column;  // for the made-up name; empty for a table constraint
   std::string text;    // in brackets
+  Properties properties;
 };
 
 struct TableDef {

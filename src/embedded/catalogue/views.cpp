@@ -22,6 +22,8 @@ struct View {
 //   35, 99, 167, 175, 231, 239: the texts, which have a collation (xml has none);
 //   165, 167, 173, 175, 231, 239: what is declared with a size (isCharacter, isBinary);
 //   48 tinyint, 52 smallint, 56 int, 59 real, 60 money, 62 float, 106 decimal, 108 numeric, 122 smallmoney, 127 bigint;
+// "#c.name#" in a query is the number of a property of column c, "#i.name#" of index i, "#o.name#" of object o (of
+// cat_objects) and "#v.name#" of object o (of sys.objects), 0 where there is none; "#c.name|default#" is its text.
 //   40 date, 41 time, 42 datetime2, 43 datetimeoffset, 58 smalldatetime, 61 datetime.
 // Types of a database's own begin at 257, firstAliasType.
 
@@ -42,7 +44,8 @@ constexpr View oldViews[] = {
   xusertype as usertype, null as printfmt, nullif(prec, 0) as prec,
   case when xtype in (34,35,36,98,99,104,165,167,173,175,189,231,239,240,241) then null else scale end as scale,
   coalesce(computed_text, '') <> '' as iscomputed, 0 as isoutparam, nullable as isnullable,
-  case when xtype in (35,99,167,175,231,239) then 'SQL_Latin1_General_CP1_CI_AS' end as collation from cat_columns)"},
+  case when xtype in (35,99,167,175,231,239) then #c.collation_name|'SQL_Latin1_General_CP1_CI_AS'# end as collation
+  from cat_columns c)"},
     {"syscomments", R"(select c.object_id as id, case when o.xtype in ('P', 'X') then 1 else 0 end as number, c.colid,
   c.text is null as status, c.text as ctext, 2 as texttype, 0 as language, c.text is null as encrypted,
   0 as compressed, c.text from cat_comments c join cat_objects o on o.id = c.object_id)"},
@@ -86,7 +89,8 @@ constexpr View oldViews[] = {
   case when c.xtype in (48,52,56,59,60,62,106,108,122,127) then c.prec end as NUMERIC_PRECISION,
   case when c.xtype in (48,52,56,60,106,108,122,127) then c.scale end as NUMERIC_SCALE,
   case when c.xtype in (40,41,42,43,58,61) then c.scale end as DATETIME_PRECISION,
-  case when c.xtype in (35,99,167,175,231,239) then 'SQL_Latin1_General_CP1_CI_AS' end as COLLATION_NAME
+  case when c.xtype in (35,99,167,175,231,239) then #c.collation_name|'SQL_Latin1_General_CP1_CI_AS'# end
+  as COLLATION_NAME
   from cat_columns c join cat_objects o on o.id = c.object_id join cat_schemas s on s.id = o.schema_id
   join systypes t on t.xtype = c.xtype and t.xusertype = case when c.xtype = 240 then c.xusertype else c.xtype end
   where o.xtype in ('U', 'V'))"},
@@ -111,25 +115,50 @@ constexpr View newViews[] = {
   when 'SN' then 'SYNONYM' end collate q_text as type_desc, crdate as create_date, crdate as modify_date,
   0 as is_ms_shipped, 0 as is_published, 0 as is_schema_published from cat_objects)"},
     {"sys.all_objects", "select * from \"sys.objects\""},
-    {"sys.tables", "select * from \"sys.objects\" where type = 'U'"},
-    {"sys.views", "select * from \"sys.objects\" where type = 'V'"},
+    {"sys.tables", R"(select o.*, #v.temporal_type# as temporal_type, case #v.temporal_type# when 2 then
+  'SYSTEM_VERSIONED_TEMPORAL_TABLE' when 1 then 'HISTORY_TABLE' else 'NON_TEMPORAL_TABLE' end as temporal_type_desc,
+  nullif(#v.history_table_id#, 0) as history_table_id, 1 as uses_ansi_nulls, 0 as is_memory_optimized
+  from "sys.objects" o where type = 'U')"},
+    {"sys.views", R"(select o.*, 0 as is_replicated, 0 as has_replication_filter, 0 as has_opaque_metadata,
+  0 as has_unchecked_assembly_data, 0 as with_check_option, 0 as is_date_correlation_view from "sys.objects" o
+  where type = 'V')"},
     {"sys.procedures", "select * from \"sys.objects\" where type = 'P'"},
-    {"sys.sequences", "select * from \"sys.objects\" where type = 'SO'"},
-    {"sys.synonyms", "select * from \"sys.objects\" where type = 'SN'"},
+    {"sys.sequences",
+     R"(select o.*, #v.start_value# as start_value, s.increment, #v.minimum_value|-9223372036854775808# as minimum_value,
+  #v.maximum_value|9223372036854775807# as maximum_value, #v.is_cycling# as is_cycling, 1 - #v.is_not_cached#
+  as is_cached, nullif(#v.cache_size#, 0) as cache_size, #v.type_name|'bigint'# as type_name, s.next as current_value
+  from "sys.objects" o join cat_sequences s on s.object_id = o.object_id where type = 'SO')"},
+    {"sys.synonyms", R"(select o.*, #v.base_object_name|''# as base_object_name from "sys.objects" o
+  where type = 'SN')"},
     {"sys.triggers", R"(select name, object_id, 1 as parent_class, 'OBJECT_OR_COLUMN' as parent_class_desc,
-  parent_object_id as parent_id, type, type_desc, create_date, modify_date, 0 as is_ms_shipped, 0 as is_disabled,
-  0 as is_instead_of_trigger from "sys.objects" where type = 'TR')"},
+  parent_object_id as parent_id, type, type_desc, create_date, modify_date, 0 as is_ms_shipped,
+  #v.is_disabled# as is_disabled, #v.is_not_for_replication# as is_not_for_replication,
+  #v.is_instead_of_trigger# as is_instead_of_trigger from "sys.objects" o where type = 'TR')"},
+    {"sys.trigger_events", R"(select o.id as object_id, e.column1 as type, e.column2 as type_desc,
+  exists (select 1 from cat_properties p where p.object_id = o.id and p.name = 'first_on_' || lower(e.column2))
+  as is_first, exists (select 1 from cat_properties p where p.object_id = o.id and p.name = 'last_on_' ||
+  lower(e.column2)) as is_last, null as event_group_type, null as event_group_type_desc, 1 as is_trigger_event
+  from cat_objects o join (values (1, 'INSERT'), (2, 'UPDATE'), (3, 'DELETE')) e where o.xtype = 'TR' and
+  exists (select 1 from cat_properties p where p.object_id = o.id and p.class = 0 and
+  p.name = 'on_' || lower(e.column2)))"},
     {"sys.columns", R"(select object_id, name, colid as column_id, xtype as system_type_id, xusertype as user_type_id,
   length as max_length, case when xtype in (35,34,98,99,165,167,173,175,189,231,239,240,241,36) then 0 else prec end
   as precision, coalesce(scale, 0) as scale, case when xtype in (35,99,167,175,231,239) then
-  'SQL_Latin1_General_CP1_CI_AS' end as collation_name, nullable as is_nullable, 1 as is_ansi_padded,
-  0 as is_rowguidcol, is_identity, coalesce(computed_text, '') <> '' as is_computed, 0 as is_filestream,
-  cdefault as default_object_id, 0 as rule_object_id from cat_columns)"},
+  #c.collation_name|'SQL_Latin1_General_CP1_CI_AS'# end as collation_name, nullable as is_nullable,
+  1 - #c.is_not_ansi_padded# as is_ansi_padded, #c.is_rowguidcol# as is_rowguidcol, is_identity,
+  coalesce(computed_text, '') <> '' as is_computed, #c.is_filestream# as is_filestream,
+  cdefault as default_object_id, 0 as rule_object_id, #c.is_sparse# as is_sparse,
+  #c.generated_always_type# as generated_always_type, #c.is_hidden# as is_hidden,
+  #c.masking_function|''# <> '' as is_masked, #c.encryption|''# <> '' as is_encrypted from cat_columns c)"},
     {"sys.all_columns", "select * from \"sys.columns\""},
     {"sys.identity_columns", R"(select object_id, name, colid as column_id, xtype as system_type_id,
-  xusertype as user_type_id, seed as seed_value, increment as increment_value from cat_columns where is_identity)"},
-    {"sys.computed_columns", R"(select object_id, name, colid as column_id, computed_text as definition,
-  0 as is_persisted from cat_columns where coalesce(computed_text, '') <> '')"},
+  xusertype as user_type_id, seed as seed_value, increment as increment_value,
+  #c.is_not_for_replication# as is_not_for_replication from cat_columns c where is_identity)"},
+    {"sys.computed_columns", R"(select object_id, name, colid as column_id, xtype as system_type_id,
+  xusertype as user_type_id, nullable as is_nullable, computed_text as definition, #c.is_persisted# as is_persisted
+  from cat_columns c where coalesce(computed_text, '') <> '')"},
+    {"sys.masked_columns", R"(select object_id, name, colid as column_id, 1 as is_masked,
+  #c.masking_function|''# as masking_function from cat_columns c where #c.masking_function|''# <> '')"},
     {"sys.schemas", R"(select name, id as schema_id, 1 as principal_id from cat_schemas union all
   select column2, column1, column1 from (values (2, 'guest'), (3, 'INFORMATION_SCHEMA'), (4, 'sys')))"},
     {"sys.types", R"(select name, xtype as system_type_id, xusertype as user_type_id, case when xusertype < 257 then 4
@@ -139,33 +168,52 @@ constexpr View newViews[] = {
   from systypes)"},
     {"sys.indexes", R"(select object_id, name, indid as index_id, case when indid = 1 then 1 else 2 end as type,
   case when indid = 1 then 'CLUSTERED' else 'NONCLUSTERED' end as type_desc, is_unique, 1 as data_space_id,
-  0 as ignore_dup_key, kind = 'PK' as is_primary_key, kind = 'UQ' as is_unique_constraint, 0 as fill_factor,
-  0 as is_padded, 0 as is_disabled, 0 as is_hypothetical, filter is not null as has_filter,
-  filter as filter_definition from cat_indexes union all
-  select id, null, 0, 0, 'HEAP', 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, null from cat_objects o where xtype = 'U' and not exists
+  #i.ignore_dup_key# as ignore_dup_key, kind = 'PK' as is_primary_key, kind = 'UQ' as is_unique_constraint,
+  #i.fill_factor# as fill_factor, #i.is_padded# as is_padded, #i.is_disabled# as is_disabled, 0 as is_hypothetical,
+  filter is not null as has_filter, filter as filter_definition, #i.allow_row_locks|1# + 0 as allow_row_locks,
+  #i.allow_page_locks|1# + 0 as allow_page_locks,
+  #i.optimize_for_sequential_key# as optimize_for_sequential_key from cat_indexes i union all
+  select id, null, 0, 0, 'HEAP', 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, null, 1, 1, 0 from cat_objects o where xtype = 'U'
+  and not exists
   (select 1 from cat_indexes i where i.object_id = o.id and i.indid = 1))"},
+    {"sys.stats", R"(select object_id, name, indid as stats_id, 0 as auto_created, 0 as user_created,
+  #i.no_recompute# as no_recompute, filter is not null as has_filter, filter as filter_definition
+  from cat_indexes i)"},
+    {"sys.partitions", R"(select object_id * 8 + indid as partition_id, object_id, indid as index_id,
+  1 as partition_number, #i.data_compression_desc|'NONE'# as data_compression_desc, case
+  #i.data_compression_desc|'NONE'# when 'ROW' then 1 when 'PAGE' then 2 when 'COLUMNSTORE' then 3 else 0 end
+  as data_compression from cat_indexes i)"},
     {"sys.index_columns", R"(select object_id, indid as index_id, ordinal as index_column_id, colid as column_id,
   keyno as key_ordinal, 0 as partition_ordinal, descending as is_descending_key, keyno = 0 as is_included_column
   from cat_indexkeys)"},
     {"sys.foreign_keys", R"(select o.name, o.object_id, o.schema_id, o.parent_object_id, o.type, o.type_desc,
-  o.create_date, o.modify_date, r.rkeyid as referenced_object_id, 0 as is_disabled, 0 as is_not_trusted,
-  0 as delete_referential_action, 'NO_ACTION' as delete_referential_action_desc, 0 as update_referential_action,
-  'NO_ACTION' as update_referential_action_desc from "sys.objects" o
+  o.create_date, o.modify_date, r.rkeyid as referenced_object_id, #v.is_disabled# as is_disabled,
+  #v.is_not_trusted# as is_not_trusted, #v.is_not_for_replication# as is_not_for_replication,
+  #v.delete_referential_action# as delete_referential_action, case #v.delete_referential_action# when 1 then 'CASCADE'
+  when 2 then 'SET_NULL' when 3 then 'SET_DEFAULT' else 'NO_ACTION' end as delete_referential_action_desc,
+  #v.update_referential_action# as update_referential_action, case #v.update_referential_action# when 1 then 'CASCADE'
+  when 2 then 'SET_NULL' when 3 then 'SET_DEFAULT' else 'NO_ACTION' end as update_referential_action_desc,
+  #v.is_system_named# as is_system_named from "sys.objects" o
   join cat_references r on r.constid = o.object_id)"},
     {"sys.foreign_key_columns", R"(select r.constid as constraint_object_id, k.keyno as constraint_column_id,
   r.fkeyid as parent_object_id, k.fcolid as parent_column_id, r.rkeyid as referenced_object_id,
   k.rcolid as referenced_column_id from cat_references r join cat_referencekeys k on k.constid = r.constid)"},
     {"sys.default_constraints", R"(select o.*, (select colid from cat_columns c where c.object_id = o.parent_object_id
   and c.cdefault = o.object_id) as parent_column_id, (select text from cat_comments t where t.object_id = o.object_id
-  and t.colid = 1) as definition, 0 as is_system_named from "sys.objects" o where o.type = 'D')"},
-    {"sys.check_constraints", R"(select o.*, 0 as parent_column_id, (select text from cat_comments t
-  where t.object_id = o.object_id and t.colid = 1) as definition, 0 as is_disabled, 0 as is_not_trusted
-  from "sys.objects" o where o.type = 'C')"},
-    {"sys.key_constraints", R"(select o.*, i.indid as unique_index_id, 0 as is_system_named from "sys.objects" o
+  and t.colid = 1) as definition, #v.is_system_named# as is_system_named from "sys.objects" o where o.type = 'D')"},
+    {"sys.check_constraints", R"(select o.*, #v.parent_column_id# as parent_column_id, (select text from cat_comments t
+  where t.object_id = o.object_id and t.colid = 1) as definition, #v.is_disabled# as is_disabled,
+  #v.is_not_trusted# as is_not_trusted, #v.is_not_for_replication# as is_not_for_replication,
+  #v.is_system_named# as is_system_named from "sys.objects" o where o.type = 'C')"},
+    {"sys.key_constraints", R"(select o.*, i.indid as unique_index_id, #v.is_system_named# as is_system_named
+  from "sys.objects" o
   join cat_indexes i on i.constraint_id = o.object_id where o.type in ('PK', 'UQ'))"},
     {"sys.sql_modules", R"(select id as object_id, (select group_concat(text, '') from (select text from cat_comments c
-  where c.object_id = o.id order by c.colid)) as definition, 1 as uses_ansi_nulls, 1 as uses_quoted_identifier,
-  0 as is_schema_bound from cat_objects o where xtype in ('P', 'V', 'FN', 'IF', 'TF', 'TR'))"},
+  where c.object_id = o.id order by c.colid)) as definition, 1 - #o.ansi_nulls_off# as uses_ansi_nulls,
+  1 - #o.quoted_identifier_off# as uses_quoted_identifier, #o.is_schema_bound# as is_schema_bound,
+  0 as uses_database_collation, #o.is_recompiled# as is_recompiled, #o.null_on_null_input# as null_on_null_input,
+  nullif(#o.execute_as|''#, '') as execute_as, #o.uses_native_compilation# as uses_native_compilation
+  from cat_objects o where xtype in ('P', 'V', 'FN', 'IF', 'TF', 'TR'))"},
     {"sys.database_principals", R"(select column2 collate q_text as name, column1 as principal_id, column3 as type,
   column4 as type_desc from (values (0, 'public', 'R', 'DATABASE_ROLE'), (1, 'dbo', 'S', 'SQL_USER'),
   (2, 'guest', 'S', 'SQL_USER'), (3, 'INFORMATION_SCHEMA', 'S', 'SQL_USER'), (4, 'sys', 'S', 'SQL_USER'))
@@ -252,11 +300,46 @@ std::vector<std::string_view> viewNames(int serverMajor) {
   return names;
 }
 
+// What "#c.name#" or "#c.name|default#" stands for.
+std::string propertyQuery(std::string_view wanted) {
+  const std::string_view name = wanted.substr(2, wanted.find('|') - 2);
+  std::string owner = "p.object_id = ";
+  switch (wanted.front()) {
+    case 'c':
+      owner += "c.object_id and p.class = 1 and p.minor_id = c.colid";
+      break;
+    case 'i':
+      owner += "i.object_id and p.class = 7 and p.minor_id = i.indid";
+      break;
+    case 'o':
+      owner += "o.id and p.class = 0 and p.minor_id = 0";
+      break;
+    default:
+      owner += "o.object_id and p.class = 0 and p.minor_id = 0";
+  }
+  const std::size_t bar = wanted.find('|');
+  const bool number = bar == std::string_view::npos;
+  return std::string("coalesce((select ") + (number ? "cast(p.value as integer)" : "p.value") +
+         " from cat_properties p where " + owner + " and p.name = '" + std::string(name) + "'), " +
+         (number ? "0" : std::string(wanted.substr(bar + 1))) + ")";
+}
+
+std::string withProperties(std::string_view query) {
+  std::string sql;
+  for (std::size_t at; (at = query.find('#')) != std::string_view::npos;) {
+    const std::size_t end = query.find('#', at + 1);
+    sql += query.substr(0, at);
+    sql += propertyQuery(query.substr(at + 1, end - at - 1));
+    query.remove_prefix(end + 1);
+  }
+  return sql += query;
+}
+
 void append(std::string& sql, std::string_view name, std::string_view query) {
   sql += "create temp view \"";
   sql += name;
   sql += "\" as ";
-  sql += query;
+  sql += withProperties(query);
   sql += ";\n";
 }
 

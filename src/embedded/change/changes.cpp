@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "embedded/change/parts.h"
+#include "embedded/change/properties.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/sqlite/storageNames.h"
 #include "platform/text.h"
@@ -83,6 +84,7 @@ void insertColumn(sqlite::Database& database, std::int64_t table, const ColumnDe
     insert.bind(14, column.computedText);
   }
   insert.run();
+  setProperties(database, {PropertyOwner::Class::Column, table, colid}, column.properties);
 }
 
 bool hasClusteredIndex(sqlite::Database& database, std::int64_t table) {
@@ -145,6 +147,9 @@ class TableRows {
     const auto columns = check.column.empty() ? std::vector<std::string>() : std::vector<std::string>{check.column};
     const std::int64_t id = addConstraint(check.name, "CK", "C", columns);
     writeComment(database_, id, check.text);
+    setProperties(database_, {PropertyOwner::Class::Object, id}, check.properties);
+    if (const auto* column = check.column.empty() ? nullptr : table_.find(check.column))
+      setProperty(database_, {PropertyOwner::Class::Object, id}, "parent_column_id", std::to_string(column->colid));
   }
 
   // Returns the indid.
@@ -176,6 +181,7 @@ class TableRows {
       insert.bind(7, index.filter);
     }
     insert.run();
+    setProperties(database_, {PropertyOwner::Class::Index, table_.id, indid}, index.properties);
     addIndexKeys(index, indid);
     return static_cast<int>(indid);
   }
@@ -206,6 +212,7 @@ class TableRows {
         .bind(2, table_.id)
         .bind(3, referenced->id)
         .run();
+    setProperties(database_, {PropertyOwner::Class::Object, id}, key.properties);
     auto& insert = database_.cached("insert into cat_referencekeys values(?1,?2,?3,?4)");
     for (std::size_t i = 0; i < pairs.size(); ++i) {
       insert.bind(1, id).bind(2, static_cast<std::int64_t>(i + 1));
@@ -224,10 +231,12 @@ class TableRows {
 
   std::int64_t addConstraint(const std::string& name, std::string_view kind, std::string_view xtype,
                              const std::vector<std::string>& columns, std::string* used = nullptr) {
-    const std::string chosen =
-        name.empty() ? makeConstraintName(catalogue_, kind, table_.schema, table_.name, columns) : name;
+    const bool made = name.empty();  // `used` may be the name itself
+    const std::string chosen = made ? makeConstraintName(catalogue_, kind, table_.schema, table_.name, columns) : name;
     if (used) *used = chosen;
-    return addObject(database_, chosen, schema_, xtype, table_.id);
+    const std::int64_t id = addObject(database_, chosen, schema_, xtype, table_.id);
+    if (made) setProperty(database_, {PropertyOwner::Class::Object, id}, "is_system_named", "1");
+    return id;
   }
 
   void addIndexKeys(const IndexDef& index, std::int64_t indid) {
@@ -264,6 +273,7 @@ void removeIndex(sqlite::Database& database, const TableInfo& table, std::int64_
         .bind(2, indid)
         .run();
   }
+  removeProperties(database, {PropertyOwner::Class::Index, table.id, indid});
 }
 
 bool isEmptyTable(sqlite::Database& database, const TableInfo& table) {
@@ -432,6 +442,7 @@ void CatalogueChanges::dropColumn(const ObjectName& tableName, std::string_view 
       .bind(1, before->id)
       .bind(2, std::int64_t{found->colid})
       .run();
+  removeProperties(database_, {PropertyOwner::Class::Column, before->id, found->colid});
   catalogue_.forget();
 }
 
@@ -457,11 +468,21 @@ void CatalogueChanges::alterColumn(const ObjectName& tableName, const ColumnDef&
   update.bind(4, std::int64_t{column.type.xusertype}).bind(5, std::int64_t{column.type.length});
   update.bind(6, std::int64_t{column.type.prec}).bind(7, std::int64_t{column.type.scale});
   update.bind(8, std::int64_t{column.nullable}).run();
+  const PropertyOwner owner{PropertyOwner::Class::Column, before->id, found->colid};
+  // A collation that isn't written is the database's.
+  for (const char* each : {"collation_name", "is_persisted"}) setProperty(database_, owner, each, "");
+  setProperties(database_, owner, column.properties);
   catalogue_.forget();
   const auto after = requireTable(catalogue_, tableName);
   // The unique indexes treat columns with and without Null differently.
   if (storageDeclaration(found->type) != storageDeclaration(column.type) || found->nullable != column.nullable)
     rebuildStorageTable(database_, catalogue_, *after, found->name);
+}
+
+void CatalogueChanges::setColumnProperties(const ObjectName& tableName, std::string_view column,
+                                           const Properties& properties) {
+  const auto table = requireTable(catalogue_, tableName);
+  setProperties(database_, {PropertyOwner::Class::Column, table->id, requireColumn(*table, column).colid}, properties);
 }
 
 void CatalogueChanges::addIndex(const ObjectName& tableName, const IndexDef& index) {
@@ -470,6 +491,7 @@ void CatalogueChanges::addIndex(const ObjectName& tableName, const IndexDef& ind
     if (requireColumn(*info, name).nullable && index.kind == KeyKind::PrimaryKey)
       refuse("Cannot define PRIMARY KEY constraint on nullable column in table '" + info->name + "'.");
   }
+  if (index.dropExisting) dropIndex(tableName, index.name);
   const int indid = TableRows(database_, catalogue_, *info).addIndex(index);
   createStorageIndexes(database_, catalogue_, *info, indid);
 }

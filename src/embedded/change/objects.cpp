@@ -7,6 +7,7 @@
 
 #include "embedded/change/changes.h"
 #include "embedded/change/parts.h"
+#include "embedded/change/properties.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/sqlite/storageNames.h"
 #include "platform/system.h"
@@ -86,6 +87,38 @@ std::string permissionCode(const std::string& permission) {
   return code + std::string(4 - code.size(), ' ');
 }
 
+struct Secured {
+  std::int64_t kind, major, minor;
+};
+
+void insertPermission(sqlite::Database& database, const Permission& permission, const Secured& secured) {
+  auto& insert = database.cached("insert into cat_permissions values(?1,?2,?3,?4,?5,?6,?7)");
+  insert.bind(1, secured.kind).bind(2, secured.major).bind(3, secured.minor);
+  insert.bind(4, permissionCode(permission.name)).bind(5, permission.name);
+  insert.bind(6, std::string_view(&permission.state, 1)).bind(7, permission.grantee).run();
+}
+
+// A REVOKE on a column stays as a row of its own where the whole table's permission goes on.
+void setColumnPermission(sqlite::Database& database, const Permission& permission, std::int64_t table, int colid) {
+  const auto bound = [&](const char* sql) -> sqlite::Statement& {
+    auto& statement = database.cached(sql);
+    statement.bind(1, table).bind(2, std::int64_t{colid}).bind(3, permissionCode(permission.name));
+    return statement.bind(4, permission.grantee);
+  };
+  bound(
+      "delete from cat_permissions where class = 1 and major_id = ?1 and minor_id = ?2 and type = ?3 and grantee = ?4")
+      .run();
+  if (permission.state == 'R') {
+    auto& whole = bound(
+        "select ?2 from cat_permissions where class = 1 and major_id = ?1 and minor_id = 0 and type = ?3 and grantee = "
+        "?4");
+    const bool goesOn = whole.step();
+    whole.reset();
+    if (!goesOn) return;
+  }
+  insertPermission(database, permission, {1, table, colid});
+}
+
 // Another table's foreign key that points at this table; empty: none.
 std::string referencingKey(sqlite::Database& database, std::int64_t table) {
   auto& query = database.cached(
@@ -151,6 +184,7 @@ void removeObject(sqlite::Database& database, std::int64_t id) {
         "delete from cat_permissions where class = 1 and major_id = ?1", "delete from cat_objects where id = ?1"}) {
     database.cached(sql).bind(1, id).run();
   }
+  removeAllProperties(database, id);
 }
 
 void writeComment(sqlite::Database& database, std::int64_t id, std::string_view text, bool encrypted) {
@@ -169,45 +203,44 @@ void writeComment(sqlite::Database& database, std::int64_t id, std::string_view 
   }
 }
 
-void CatalogueChanges::createModule(const ObjectName& name, const std::string& xtype, const std::string& text,
-                                    bool replace, bool encrypted, const ObjectName* parent) {
+void CatalogueChanges::createModule(const ModuleDef& module, bool replace) {
   std::int64_t parentId = 0;
-  std::string schema = name.schema;
-  if (parent) {
-    const auto target = catalogue_.find(parent->schema, parent->name);
+  std::string schema = module.name.schema;
+  if (module.parent) {
+    const auto target = catalogue_.find(module.parent->schema, module.parent->name);
     if (!target || (target->xtype != "U" && target->xtype != "V")) {
-      refuse("The object '" + fullName(parent->schema, parent->name) +
+      refuse("The object '" + fullName(module.parent->schema, module.parent->name) +
                  "' does not exist or is invalid for this operation.",
              errorNumber::invalidObjectName);
     }
     parentId = target->id;
     schema = target->schema;
   }
-  const auto existing = catalogue_.find(schema, name.name);
-  if (!existing || !replace) {
-    const std::int64_t id = addObject(database_, name.name, requireSchema(database_, schema), xtype, parentId);
-    writeComment(database_, id, text, encrypted);
-    return;
-  }
-  if (existing->xtype != xtype) {
-    refuse("Cannot perform alter on '" + fullName(name.schema, name.name) +
+  const auto existing = catalogue_.find(schema, module.name.name);
+  if (existing && replace && existing->xtype != module.xtype) {
+    refuse("Cannot perform alter on '" + fullName(module.name.schema, module.name.name) +
            "' because it is an incompatible object type.");
   }
-  writeComment(database_, existing->id, text, encrypted);
-  database_.cached("update cat_objects set parent_obj = ?2 where id = ?1")
-      .bind(1, existing->id)
-      .bind(2, parentId)
-      .run();
+  const std::int64_t id = existing && replace ? existing->id
+                                              : addObject(database_, module.name.name, requireSchema(database_, schema),
+                                                          module.xtype, parentId);
+  writeComment(database_, id, module.text, module.encrypted);
+  setProperties(database_, {PropertyOwner::Class::Object, id}, module.properties);
+  if (!existing) return;
+  database_.cached("update cat_objects set parent_obj = ?2 where id = ?1").bind(1, id).bind(2, parentId).run();
 }
 
-void CatalogueChanges::createPlain(const ObjectName& name, const std::string& xtype) {
-  addObject(database_, name.name, requireSchema(database_, name.schema), xtype, 0);
+void CatalogueChanges::createPlain(const ObjectName& name, const std::string& xtype, const Properties& properties) {
+  const std::int64_t id = addObject(database_, name.name, requireSchema(database_, name.schema), xtype, 0);
+  setProperties(database_, {PropertyOwner::Class::Object, id}, properties);
 }
 
-void CatalogueChanges::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment) {
+void CatalogueChanges::createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment,
+                                      const Properties& properties) {
   const std::int64_t id = addObject(database_, name.name, requireSchema(database_, name.schema), "SO", 0);
   auto& insert = database_.cached("insert into cat_sequences values(?1,?2,?3)");
   insert.bind(1, id).bind(2, start).bind(3, increment).run();
+  setProperties(database_, {PropertyOwner::Class::Object, id}, properties);
 }
 
 std::int64_t CatalogueChanges::nextSequenceValue(const ObjectName& name) {
@@ -356,8 +389,8 @@ void CatalogueChanges::renameColumnOrIndex(const TableInfo* table, std::string_v
   createStorageIndexes(database_, catalogue_, *table);
 }
 
-void CatalogueChanges::setPermission(char state, const std::string& permission, const ObjectName* object,
-                                     const std::string& grantee) {
+void CatalogueChanges::setPermission(const Permission& permission, const ObjectName* object,
+                                     const std::vector<std::string>& columns) {
   std::int64_t kind = 0;
   std::int64_t major = 0;
   if (object) {
@@ -368,17 +401,27 @@ void CatalogueChanges::setPermission(char state, const std::string& permission, 
     }
     major = found->id;
   }
-  const std::string code = permissionCode(permission);
+  if (!columns.empty()) {
+    for (const std::string& column : columns) {
+      const auto table = object ? catalogue_.table(object->schema, object->name) : nullptr;
+      const auto* found = table ? table->find(column) : nullptr;
+      if (!found) {
+        refuse("Column '" + column + "' was not found in the object '" + (object ? object->name : std::string()) +
+               "': permissions on columns are kept for those of tables.");
+      }
+      setColumnPermission(database_, permission, major, found->colid);
+    }
+    return;
+  }
+  // What is said of an object takes back what was said of its columns.
+  const std::string code = permissionCode(permission.name);
   database_.cached("delete from cat_permissions where class = ?1 and major_id = ?2 and type = ?3 and grantee = ?4")
       .bind(1, kind)
       .bind(2, major)
       .bind(3, code)
-      .bind(4, grantee)
+      .bind(4, permission.grantee)
       .run();
-  if (state == 'R') return;
-  auto& insert = database_.cached("insert into cat_permissions values(?1,?2,0,?3,?4,?5,?6)");
-  insert.bind(1, kind).bind(2, major).bind(3, code).bind(4, permission).bind(5, std::string_view(&state, 1));
-  insert.bind(6, grantee).run();
+  if (permission.state != 'R') insertPermission(database_, permission, {kind, major, 0});
 }
 
 }  // namespace qrel::tsql

@@ -41,7 +41,9 @@ std::vector<UniqueIndex> uniqueIndexes(sqlite::Database& database, const TableIn
   auto& query = database.cached(
       "select i.indid, i.name, i.filter, k.colid, k.descending from cat_indexes i join cat_indexkeys k on "
       "k.object_id = i.object_id and k.indid = i.indid where i.object_id = ?1 and i.is_unique = 1 and k.keyno > 0 and "
-      "?2 in (0, i.indid) order by i.indid, k.keyno");
+      "?2 in (0, i.indid) and not exists (select 1 from cat_properties p where p.object_id = i.object_id and p.class = "
+      "7 "
+      "and p.minor_id = i.indid and p.name = 'is_disabled') order by i.indid, k.keyno");
   query.bind(1, table.id).bind(2, std::int64_t{onlyIndid});
   std::int64_t last = 0;
   while (query.step()) {

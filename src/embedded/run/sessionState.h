@@ -70,6 +70,13 @@ struct SessionMemory {
   std::set<std::string> lostCursors;      // names whose DECLARE wasn't understood
 };
 
+// What SET has set, and what is made under it keeps.
+struct SessionSettings {
+  bool quotedIdentifier = true;
+  bool ansiNulls = true;
+  bool ansiPadding = true;
+};
+
 // How many of each are running within one another.
 struct SessionDepths {
   int texts = 0;  // EXEC
@@ -90,6 +97,7 @@ struct SessionState {
   Rights rights;
   std::map<std::string, Value> variables;  // of the batch, by lower-case name with @
   std::map<std::string, TypeRef> variableTypes;
+  SessionSettings settings;
   SessionMemory memory;
   SessionDepths depths;
 };

@@ -57,14 +57,10 @@ void alterStatement(StatementRun& run) {
   const Token& word = reader.peek();
   if (reader.acceptWord("TABLE")) {
     alterTable(run);
-  } else if (isWithoutEffect(word) || word.is("INDEX")) {
-    const std::size_t start = reader.position();
+  } else if (reader.acceptWord("INDEX")) {
+    alterIndex(run);
+  } else if (isWithoutEffect(word)) {
     skipWithoutEffect(run);
-    for (std::size_t i = start; word.is("INDEX") && i < reader.position(); ++i) {
-      if (!run.text.tokens[i].is("DISABLE")) continue;
-      run.wasRead = true;
-      run.notUnderstood("indexes aren't disabled");
-    }
   } else {
     run.notUnderstood("ALTER " + upperCase(word.raw) + " isn't carried out");
   }

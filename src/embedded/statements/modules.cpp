@@ -40,26 +40,70 @@ std::string functionKind(const std::vector<Token>& tokens, std::size_t from) {
   return "FN";
 }
 
-// Whether the options in front of AS name ENCRYPTION.
-bool isEncrypted(const std::vector<Token>& tokens, std::size_t from) {
-  static constexpr std::array<std::string_view, 7> options{"ENCRYPTION",    "RECOMPILE", "SCHEMABINDING", "EXECUTE",
-                                                           "VIEW_METADATA", "RETURNS",   "EXEC"};
+// The flags that a module's options set, by their words.
+struct ModuleFlag {
+  std::string_view word, property;
+};
+constexpr std::array moduleFlags = std::to_array<ModuleFlag>({
+    {"RECOMPILE", "is_recompiled"},
+    {"SCHEMABINDING", "is_schema_bound"},
+    {"VIEW_METADATA", "has_view_metadata"},
+    {"NATIVE_COMPILATION", "uses_native_compilation"},
+    {"RETURNS", "null_on_null_input"},
+});
+
+// The options behind WITH, in front of AS: the token behind WITH; the end where there are none.
+std::size_t moduleOptionsAt(const std::vector<Token>& tokens, std::size_t from) {
+  static constexpr std::array<std::string_view, 9> options{"ENCRYPTION", "RECOMPILE",     "SCHEMABINDING",
+                                                           "EXECUTE",    "VIEW_METADATA", "RETURNS",
+                                                           "EXEC",       "CALLED",        "NATIVE_COMPILATION"};
   int brackets = 0;
   for (std::size_t i = from; i + 1 < tokens.size(); ++i) {
     if (tokens[i].isSymbol("(")) ++brackets;
     if (tokens[i].isSymbol(")")) --brackets;
-    if (tokens[i].is("BEGIN") || tokens[i].is("SELECT")) return false;  // the body has begun
+    if (tokens[i].is("BEGIN") || tokens[i].is("SELECT")) break;  // the body has begun
     if (brackets != 0 || !tokens[i].is("WITH")) continue;
-    bool known = false;
-    for (const std::string_view option : options) known = known || tokens[i + 1].is(option);
-    if (!known) continue;
-    for (std::size_t at = i + 1; at < tokens.size(); ++at) {
-      if (tokens[at].is("ENCRYPTION")) return true;
-      if (tokens[at].kind != TokenKind::Word && tokens[at].kind != TokenKind::String && !tokens[at].isSymbol(","))
-        return false;
-    }
+    for (const std::string_view option : options)
+      if (tokens[i + 1].is(option)) return i + 1;
   }
-  return false;
+  return tokens.size();
+}
+
+// Sets all that the options can set.
+void readModuleOptions(const std::vector<Token>& tokens, std::size_t from, ModuleDef& module) {
+  for (const ModuleFlag& flag : moduleFlags) module.properties.push_back({std::string(flag.property), ""});
+  Property& executeAs = module.properties.emplace_back("execute_as", "");
+  for (std::size_t at = moduleOptionsAt(tokens, from); at < tokens.size(); ++at) {
+    const Token& token = tokens[at];
+    if (token.kind != TokenKind::Word && token.kind != TokenKind::String && !token.isSymbol(",")) return;
+    if (token.is("AS") && !tokens[at - 1].is("EXECUTE") && !tokens[at - 1].is("EXEC")) return;
+    if (token.is("ENCRYPTION")) module.encrypted = true;
+    if (token.is("AS") && !tokens[at + 1].is("CALLER")) executeAs.value = tokens[at + 1].name();
+    if (token.is("AS")) ++at;
+    for (std::size_t i = 0; i < moduleFlags.size(); ++i)
+      if (token.is(moduleFlags[i].word)) module.properties[i].value = "1";
+  }
+}
+
+// FOR | AFTER | INSTEAD OF event, ... [NOT FOR REPLICATION]
+void readTriggerEvents(const std::vector<Token>& tokens, std::size_t from, ModuleDef& module) {
+  Property insteadOf{"is_instead_of_trigger", ""};
+  Property replication{"is_not_for_replication", ""};
+  std::array<Property, 3> events{Property{"on_insert", ""}, {"on_update", ""}, {"on_delete", ""}};
+  bool within = false;
+  for (std::size_t at = from; at < tokens.size() && !(within && tokens[at].is("AS")); ++at) {
+    const Token& token = tokens[at];
+    if (token.is("INSTEAD")) insteadOf.value = "1";
+    if (token.is("FOR") || token.is("AFTER") || token.is("INSTEAD")) within = true;
+    if (!within) continue;
+    if (token.is("INSERT")) events[0].value = "1";
+    if (token.is("UPDATE")) events[1].value = "1";
+    if (token.is("DELETE")) events[2].value = "1";
+    if (token.is("REPLICATION")) replication.value = "1";
+  }
+  for (Property& each : events) module.properties.push_back(std::move(each));
+  module.properties.push_back(std::move(insteadOf));
+  module.properties.push_back(std::move(replication));
 }
 
 // Whether a query goes on, for all that its text tells, with a word that begins statements.
@@ -108,14 +152,16 @@ void keepModule(StatementRun& run) {
   const std::string kind = moduleKind(reader.next());
   const ObjectName name = run.localName(readObjectName(reader));
   const std::size_t behindName = reader.position();
-  std::optional<ObjectName> parent;
-  std::string xtype = kind == "procedure" ? "P" : kind == "view" ? "V" : "TR";
-  if (kind == "function") xtype = functionKind(run.text.tokens, behindName);
+  ModuleDef module;
+  module.name = name;
+  module.xtype = kind == "procedure" ? "P" : kind == "view" ? "V" : "TR";
+  if (kind == "function") module.xtype = functionKind(run.text.tokens, behindName);
   if (kind == "trigger") {
     reader.expectWord("ON");
     if (reader.peek().is("DATABASE") || reader.peek().is("ALL"))
       run.notUnderstood("triggers on databases and servers aren't kept");
-    parent = run.localName(readObjectName(reader));
+    module.parent = run.localName(readObjectName(reader));
+    readTriggerEvents(run.text.tokens, reader.position(), module);
   }
   checkModuleBody(run.text, kind, behindName);
   reader.moveTo(run.text.end());
@@ -125,10 +171,11 @@ void keepModule(StatementRun& run) {
                     "Invalid object name '" + (name.schema.empty() ? "" : name.schema + ".") + name.name + "'.",
                     "42S02");
   }
-  run.atomically([&] {
-    run.changes().createModule(name, xtype, moduleText(run.text, create, kindAt), alter || orAlter,
-                               isEncrypted(run.text.tokens, behindName), parent ? &*parent : nullptr);
-  });
+  module.text = moduleText(run.text, create, kindAt);
+  readModuleOptions(run.text.tokens, behindName, module);
+  module.properties.push_back({"quoted_identifier_off", run.session.settings.quotedIdentifier ? "" : "1"});
+  module.properties.push_back({"ansi_nulls_off", run.session.settings.ansiNulls ? "" : "1"});
+  run.atomically([&] { run.changes().createModule(module, alter || orAlter); });
   run.made(kind);
 }
 

@@ -11,8 +11,22 @@ void skipWithoutEffect(StatementRun& run) {
 }
 
 void switchTrigger(StatementRun& run) {
-  if (!run.reader.peek(1).is("TRIGGER")) run.notUnderstood("unknown statement");
-  skipWithoutEffect(run);
+  TokenReader& reader = run.reader;
+  if (!reader.peek(1).is("TRIGGER")) run.notUnderstood("unknown statement");
+  const bool enabled = reader.next().is("ENABLE");
+  reader.next();
+  std::vector<std::string> names;
+  if (!reader.acceptWord("ALL")) {
+    do {
+      names.push_back(run.localName(readObjectName(reader)).name);
+    } while (reader.acceptSymbol(","));
+  }
+  reader.expectWord("ON");
+  // Triggers of databases and servers aren't kept, and were told when they were made.
+  if (reader.peek().is("DATABASE") || reader.peek().is("ALL")) return skipWithoutEffect(run);
+  const ObjectName table = run.localName(readObjectName(reader));
+  if (!run.act()) return;
+  run.atomically([&] { run.changes().switchTriggers(table, names, enabled); });
 }
 
 // What only looks or tidies up has no effect here.

@@ -57,9 +57,30 @@ void createSequence(StatementRun& run) {
     if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec == std::errc()) reader.next();
     if (negative) value = -value;
   };
+  Properties properties;
+  const auto limit = [&](const char* property) {
+    std::int64_t value = 0;
+    number(value);
+    properties.push_back({property, std::to_string(value)});
+  };
   const std::size_t end = run.plainEnd();
-  while (reader.position() < end) {  // of the options only these two count
-    if (reader.acceptWord("START")) {
+  while (reader.position() < end) {
+    if (reader.acceptWord("AS")) {
+      const std::size_t begin = reader.position();
+      readType(reader, &run.catalogue());
+      properties.push_back({"type_name", std::string(reader.sourceBetween(begin, reader.position()))});
+    } else if (reader.acceptWord("NO")) {
+      const Token& what = reader.next();
+      if (what.is("CACHE")) properties.push_back({"is_not_cached", "1"});
+    } else if (reader.acceptWord("MINVALUE")) {
+      limit("minimum_value");
+    } else if (reader.acceptWord("MAXVALUE")) {
+      limit("maximum_value");
+    } else if (reader.acceptWord("CYCLE")) {
+      properties.push_back({"is_cycling", "1"});
+    } else if (reader.acceptWord("CACHE")) {
+      if (reader.peek().kind == TokenKind::Number) limit("cache_size");
+    } else if (reader.acceptWord("START")) {
       reader.acceptWord("WITH");
       number(start);
     } else if (reader.acceptWord("INCREMENT")) {
@@ -70,7 +91,8 @@ void createSequence(StatementRun& run) {
     }
   }
   if (!run.act()) return;
-  run.changes().createSequence(name, start, increment);
+  properties.push_back({"start_value", std::to_string(start)});
+  run.changes().createSequence(name, start, increment, properties);
   run.made("sequence");
 }
 
@@ -78,9 +100,11 @@ void createSynonym(StatementRun& run) {
   TokenReader& reader = run.reader;
   const ObjectName name = run.localName(readObjectName(reader));
   reader.expectWord("FOR");
+  const std::size_t begin = reader.position();
   readObjectName(reader);
+  const std::string base(reader.sourceBetween(begin, reader.position()));
   if (!run.act()) return;
-  run.changes().createPlain(name, "SN");
+  run.changes().createPlain(name, "SN", {{"base_object_name", base}});
   run.made("synonym");
 }
 

@@ -9,6 +9,14 @@ namespace qrel::tsql {
 
 namespace {
 
+// What objects remember of the session that they were made in.
+void keepSetting(SessionSettings& settings, const std::string& option, bool on) {
+  if (option == "QUOTED_IDENTIFIER") settings.quotedIdentifier = on;
+  if (option == "ANSI_NULLS") settings.ansiNulls = on;
+  if (option == "ANSI_PADDING") settings.ansiPadding = on;
+  if (option == "ANSI_DEFAULTS") settings = {on, on, on};
+}
+
 // The value of an option, with those options that change what is run or read.
 void setRunOption(StatementRun& run, const std::string& option) {
   TokenReader& reader = run.reader;
@@ -59,12 +67,15 @@ void setOption(StatementRun& run) {
     return;
   }
   reader.acceptWord("STATISTICS");
-  std::string option;
+  std::vector<std::string> options;
   do {
-    option = upperCase(reader.expectIdentifier());
+    options.push_back(upperCase(reader.expectIdentifier()));
   } while (reader.acceptSymbol(","));
   reader.acceptSymbol("=");
-  setRunOption(run, option);
+  const bool on = reader.peek().is("ON");
+  setRunOption(run, options.back());
+  if (!run.running()) return;
+  for (const std::string& option : options) keepSetting(run.session.settings, option, on);
 }
 
 }  // namespace qrel::tsql

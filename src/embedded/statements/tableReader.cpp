@@ -23,16 +23,33 @@ bool isBinaryOperator(const Token& token) {
   return token.kind == TokenKind::Symbol && std::find(operators.begin(), operators.end(), token.raw) != operators.end();
 }
 
-// An index option list "(...)" or the old form "FILLFACTOR = 80".
-void skipWithOptions(TokenReader& reader) {
-  if (reader.peek().isSymbol("(")) {
-    reader.skipParentheses();
-    return;
-  }
-  do {
-    reader.expectIdentifier();
-    if (reader.acceptSymbol("=")) reader.next();
-  } while (reader.acceptSymbol(","));
+// What an index option of a script is called in the views, and the value that is a server's own: such a one isn't kept.
+struct IndexOption {
+  std::string_view word, property, usual;
+};
+constexpr std::array indexOptions = std::to_array<IndexOption>({
+    {"FILLFACTOR", "fill_factor", "0"},
+    {"PAD_INDEX", "is_padded", "0"},
+    {"IGNORE_DUP_KEY", "ignore_dup_key", "0"},
+    {"ALLOW_ROW_LOCKS", "allow_row_locks", "1"},
+    {"ALLOW_PAGE_LOCKS", "allow_page_locks", "1"},
+    {"STATISTICS_NORECOMPUTE", "no_recompute", "0"},
+    {"DATA_COMPRESSION", "data_compression_desc", "NONE"},
+    {"OPTIMIZE_FOR_SEQUENTIAL_KEY", "optimize_for_sequential_key", "0"},
+});
+
+void keepIndexOption(IndexDef& index, const Token& word, const std::string& value) {
+  if (word.is("DROP_EXISTING")) index.dropExisting = value == "1";
+  for (const IndexOption& option : indexOptions)
+    if (word.is(option.word))
+      index.properties.push_back({std::string(option.property), value == option.usual ? std::string() : value});
+}
+
+// "ON" and "OFF" are "1" and "0", as in the views; a word without "=" is on.
+std::string optionValue(TokenReader& reader) {
+  if (!reader.acceptSymbol("=")) return "1";
+  const Token& value = reader.next();
+  return value.is("ON") ? "1" : value.is("OFF") ? "0" : upperCase(value.raw);
 }
 
 int rankOf(const TypeRef& type) {
@@ -208,7 +225,10 @@ void DdlReader::checkPrimaryKey(const TableDef& table) const {
 bool DdlReader::columnOption(TableDef& table, ColumnDef& column) {
   static constexpr std::array<std::string_view, 7> constraintWords{"CONSTRAINT", "PRIMARY", "UNIQUE",    "FOREIGN",
                                                                    "CHECK",      "DEFAULT", "REFERENCES"};
-  static constexpr std::array<std::string_view, 4> bareWords{"SPARSE", "FILESTREAM", "HIDDEN", "PERSISTED"};
+  static constexpr std::array<std::array<std::string_view, 2>, 4> flags{{{"SPARSE", "is_sparse"},
+                                                                         {"FILESTREAM", "is_filestream"},
+                                                                         {"HIDDEN", "is_hidden"},
+                                                                         {"PERSISTED", "is_persisted"}}};
   const Token& token = reader_.peek();
   if (isOneOf(token, constraintWords)) {
     constraint(table, &column);
@@ -217,30 +237,57 @@ bool DdlReader::columnOption(TableDef& table, ColumnDef& column) {
   } else if (token.is("ROWGUIDCOL")) {
     reader_.next();
     column.rowGuid = true;
+    column.properties.push_back({"is_rowguidcol", "1"});
   } else if (token.is("COLLATE")) {
     reader_.next();
-    reader_.expectIdentifier();
-  } else if (isOneOf(token, bareWords)) {
-    reader_.next();
+    const std::string collation = reader_.expectIdentifier();
+    if (!equalNoCase(collation, "database_default")) column.properties.push_back({"collation_name", collation});
   } else if (token.is("NOT") && reader_.peek(1).is("FOR")) {
-    reader_.next();
-    reader_.next();
-    reader_.expectWord("REPLICATION");
+    notForReplication();
+    column.properties.push_back({"is_not_for_replication", "1"});
   } else if ((token.is("MASKED") || token.is("ENCRYPTED")) && reader_.peek(1).is("WITH")) {
     reader_.next();
     reader_.next();
+    const std::size_t begin = reader_.position();
     reader_.skipParentheses();
+    column.properties.push_back({token.is("MASKED") ? "masking_function" : "encryption",
+                                 std::string(reader_.sourceBetween(begin, reader_.position()))});
   } else if (token.is("GENERATED")) {
     while (!reader_.peek().is("START") && !reader_.peek().is("END")) {
       if (reader_.next().kind != TokenKind::Word) throw NotUnderstood{"GENERATED ALWAYS AS ...", token.line};
     }
-    reader_.next();
+    column.properties.push_back({"generated_always_type", reader_.next().is("START") ? "1" : "2"});
   } else if (token.is("INDEX")) {
     inlineIndex(table, &column);
   } else {
+    for (const auto& [word, property] : flags) {
+      if (!token.is(word)) continue;
+      reader_.next();
+      column.properties.push_back({std::string(property), "1"});
+      return true;
+    }
     return false;
   }
   return true;
+}
+
+void DdlReader::notForReplication() {
+  reader_.expectWord("NOT");
+  reader_.expectWord("FOR");
+  reader_.expectWord("REPLICATION");
+}
+
+// NO ACTION, CASCADE, SET NULL, SET DEFAULT, by their numbers in the views.
+int DdlReader::referentialAction() {
+  if (reader_.acceptWord("CASCADE")) return 1;
+  if (!reader_.acceptWord("SET")) {
+    reader_.expectWord("NO");
+    reader_.expectWord("ACTION");
+    return 0;
+  }
+  if (reader_.acceptWord("NULL")) return 2;
+  reader_.expectWord("DEFAULT");
+  return 3;
 }
 
 void DdlReader::identity(ColumnDef& column) {
@@ -353,15 +400,12 @@ void DdlReader::foreignKey(TableDef& table, const std::string& name, const Colum
   for (;;) {
     if (reader_.peek().is("ON") && (reader_.peek(1).is("DELETE") || reader_.peek(1).is("UPDATE"))) {
       reader_.next();
-      reader_.next();
-      if (!reader_.acceptWord("CASCADE")) {
-        reader_.next();  // NO ACTION, SET NULL, SET DEFAULT
-        reader_.next();
-      }
+      const std::string event = lowerCase(reader_.next().raw);
+      if (const int action = referentialAction(); action != 0)
+        key.properties.push_back({event + "_referential_action", std::to_string(action)});
     } else if (reader_.peek().is("NOT") && reader_.peek(1).is("FOR")) {
-      reader_.next();
-      reader_.next();
-      reader_.expectWord("REPLICATION");
+      notForReplication();
+      key.properties.push_back({"is_not_for_replication", "1"});
     } else {
       break;
     }
@@ -371,13 +415,13 @@ void DdlReader::foreignKey(TableDef& table, const std::string& name, const Colum
 
 void DdlReader::check(TableDef& table, const std::string& name, const ColumnDef* column) {
   reader_.expectWord("CHECK");
-  if (reader_.acceptWord("NOT")) {
-    reader_.expectWord("FOR");
-    reader_.expectWord("REPLICATION");
+  CheckDef def;
+  if (reader_.peek().is("NOT")) {
+    notForReplication();
+    def.properties.push_back({"is_not_for_replication", "1"});
   }
   const std::size_t begin = reader_.position();
   reader_.skipParentheses();
-  CheckDef def;
   def.name = name;
   if (column) def.column = column->name;
   def.text = storedExpression(reader_.sourceBetween(begin, reader_.position()), catalogue_.serverMajor());
@@ -446,7 +490,7 @@ void DdlReader::indexTail(IndexDef& index) {
     } else if (token.is("WITH") && !reader_.peek(1).is("VALUES") && !reader_.peek(1).is("CHECK") &&
                !reader_.peek(1).is("NOCHECK")) {
       reader_.next();
-      skipWithOptions(reader_);
+      readIndexOptions(index);
     } else if (token.is("ON") && !reader_.peek(1).is("DELETE") && !reader_.peek(1).is("UPDATE")) {
       reader_.next();
       reader_.next();
@@ -458,6 +502,24 @@ void DdlReader::indexTail(IndexDef& index) {
       return;
     }
   }
+}
+
+// A list in brackets, or the old form "FILLFACTOR = 80, PAD_INDEX".
+void DdlReader::readIndexOptions(IndexDef& index) {
+  const bool list = reader_.acceptSymbol("(");
+  do {
+    const Token& word = reader_.peek();
+    reader_.expectIdentifier();
+    keepIndexOption(index, word, optionValue(reader_));
+    while (list && !reader_.peek().isSymbol(",") && !reader_.peek().isSymbol(")")) {  // ON PARTITIONS (...), 5 MINUTES
+      if (reader_.peek().isSymbol("(")) {
+        reader_.skipParentheses();
+      } else if (reader_.next().kind == TokenKind::End) {
+        return;
+      }
+    }
+  } while (reader_.acceptSymbol(","));
+  if (list) reader_.expectSymbol(")");
 }
 
 IndexDef DdlReader::createIndex(ObjectName& table) {

@@ -24,6 +24,10 @@ class DdlReader {
   void checkPrimaryKey(const TableDef& table) const;
   // From the word CREATE's next one on: [UNIQUE] [CLUSTERED] INDEX name ON table (...) ...
   IndexDef createIndex(ObjectName& table);
+  // One option behind a column's type; false where none stands.
+  bool columnOption(TableDef& table, ColumnDef& column);
+  // What stands behind an index's WITH, and behind ALTER INDEX's SET.
+  void readIndexOptions(IndexDef& index);
   // Skips an expression by its shape and returns it as written.
   std::string_view expression();
 
@@ -36,7 +40,6 @@ class DdlReader {
 
  private:
   void constraint(TableDef& table, ColumnDef* column);
-  bool columnOption(TableDef& table, ColumnDef& column);
   void computedColumn(TableDef& table, ColumnDef& column);
   void identity(ColumnDef& column);
   void keyConstraint(TableDef& table, const std::string& name, bool primary, const ColumnDef* column);
@@ -48,6 +51,8 @@ class DdlReader {
   void keyColumns(IndexDef& index);
   void indexTail(IndexDef& index);
   void storageOptions();
+  void notForReplication();
+  int referentialAction();
   std::vector<std::string> nameList();
   void operand();
   TypeRef inferType(std::size_t begin, std::size_t end, const TableDef& table) const;

@@ -5,6 +5,7 @@
 #include "embedded/change/parts.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/statements/columnValues.h"
+#include "embedded/statements/noEffect.h"
 #include "embedded/statements/tableReader.h"
 #include "platform/text.h"
 
@@ -37,7 +38,18 @@ void fillColumns(StatementRun& run, const ObjectName& name, const std::vector<Co
   }
 }
 
-void alterTableAdd(StatementRun& run, const ObjectName& name) {
+// WITH NOCHECK: the rows that are there aren't looked at. (Neither are they for replication's constraints.)
+void markUntrusted(TableDef& table, bool unchecked) {
+  const auto mark = [&](Properties& properties) {
+    const bool replicated = std::any_of(properties.begin(), properties.end(),
+                                        [](const Property& each) { return each.name == "is_not_for_replication"; });
+    if (unchecked || replicated) properties.push_back({"is_not_trusted", "1"});
+  };
+  for (CheckDef& check : table.checks) mark(check.properties);
+  for (ForeignKeyDef& key : table.foreignKeys) mark(key.properties);
+}
+
+void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
   TokenReader& reader = run.reader;
   reader.expectWord("ADD");
   const auto before = run.catalogue().table(name.schema, name.name);
@@ -55,6 +67,7 @@ void alterTableAdd(StatementRun& run, const ObjectName& name) {
     ddl.tableElement(table);
   } while (reader.acceptSymbol(","));
   if (!run.act()) return;
+  markUntrusted(table, unchecked);
   std::vector<ColumnDef> columns(table.columns.begin() + existing, table.columns.end());
   run.atomically([&] {
     if (!columns.empty()) {
@@ -126,17 +139,52 @@ void alterTableDrop(StatementRun& run, const ObjectName& name) {
   run.schemaChanged();
 }
 
+// "column ADD | DROP ROWGUIDCOL", and the like.
+void alterColumnProperty(StatementRun& run, const ObjectName& name) {
+  TokenReader& reader = run.reader;
+  const std::string column = reader.expectIdentifier();
+  const bool adds = reader.next().is("ADD");
+  TableDef extra;
+  ColumnDef options;
+  if (!DdlReader(reader, run.catalogue()).columnOption(extra, options)) {
+    if (!reader.acceptWord("MASKED")) run.notUnderstood("an option of a column is expected");
+    options.properties.push_back({"masking_function", ""});
+  }
+  if (!run.act()) return;
+  if (!adds)
+    for (Property& each : options.properties) each.value.clear();
+  run.atomically([&] { run.changes().setColumnProperties(name, column, options.properties); });
+}
+
+// [CHECK | NOCHECK] CONSTRAINT, [ENABLE | DISABLE] TRIGGER name, ... or ALL.
+void alterTableSwitch(StatementRun& run, const ObjectName& name, bool checked) {
+  TokenReader& reader = run.reader;
+  const Token& word = reader.next();
+  const bool enabled = word.is("CHECK") || word.is("ENABLE");
+  const bool triggers = word.is("ENABLE") || word.is("DISABLE");
+  reader.expectWord(triggers ? "TRIGGER" : "CONSTRAINT");
+  std::vector<std::string> names;
+  if (!reader.acceptWord("ALL")) {
+    do {
+      names.push_back(reader.expectIdentifier());
+    } while (reader.acceptSymbol(","));
+  }
+  if (!run.act()) return;
+  run.atomically([&] {
+    if (triggers) {
+      run.changes().switchTriggers(name, names, enabled);
+    } else {
+      run.changes().switchConstraints(name, names, enabled, checked);
+    }
+  });
+}
+
 void alterTableColumn(StatementRun& run, const ObjectName& name) {
   TokenReader& reader = run.reader;
   reader.expectWord("ALTER");
   reader.expectWord("COLUMN");
   if ((reader.peek(1).is("ADD") || reader.peek(1).is("DROP")) && !reader.peek(2).isSymbol("(")) {
-    reader.next();  // ADD or DROP of ROWGUIDCOL, PERSISTED, SPARSE, ...
-    reader.next();
-    reader.next();
-    if (reader.acceptWord("WITH")) reader.skipParentheses();
-    run.act();
-    return;
+    return alterColumnProperty(run, name);
   }
   TableDef extra;
   ColumnDef column = DdlReader(reader, run.catalogue()).column(extra);
@@ -159,6 +207,7 @@ void createTable(StatementRun& run) {
   ddl.tableBody(table);
   if (!run.act()) return;
   ddl.checkPrimaryKey(table);
+  markUntrusted(table, false);
   run.atomically([&] { run.changes().createTable(table); });
   run.schemaChanged();
   run.made("table");
@@ -179,25 +228,22 @@ void createIndex(StatementRun& run) {
 void alterTable(StatementRun& run) {
   TokenReader& reader = run.reader;
   const ObjectName name = run.localName(readObjectName(reader));
+  bool checked = false;
+  bool unchecked = false;
   if (reader.peek().is("WITH") && (reader.peek(1).is("CHECK") || reader.peek(1).is("NOCHECK"))) {
     reader.next();
-    reader.next();
+    checked = reader.peek().is("CHECK");
+    unchecked = reader.next().is("NOCHECK");
   }
   const Token& word = reader.peek();
   if (word.is("ADD")) {
-    alterTableAdd(run, name);
+    alterTableAdd(run, name, unchecked);
   } else if (word.is("DROP")) {
     alterTableDrop(run, name);
   } else if (word.is("ALTER") && reader.peek(1).is("COLUMN")) {
     alterTableColumn(run, name);
   } else if (word.is("CHECK") || word.is("NOCHECK") || word.is("ENABLE") || word.is("DISABLE")) {
-    reader.next();  // CONSTRAINT or TRIGGER, and names
-    if (!reader.acceptWord("CONSTRAINT")) reader.expectWord("TRIGGER");
-    do {
-      reader.expectIdentifier();
-    } while (reader.acceptSymbol(","));
-    run.withoutEffect();
-    run.act();
+    alterTableSwitch(run, name, checked);
   } else if (word.is("SET") || word.is("REBUILD") || word.is("SWITCH")) {
     if (word.is("SWITCH")) run.notUnderstood("partitions aren't kept");
     reader.next();
@@ -208,6 +254,36 @@ void alterTable(StatementRun& run) {
   } else {
     run.notUnderstood("unknown form of ALTER TABLE");
   }
+}
+
+// ALTER INDEX name | ALL ON table REBUILD | DISABLE | SET (...) | REORGANIZE; from the name on.
+void alterIndex(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  std::string index;
+  if (!reader.acceptWord("ALL")) index = reader.expectIdentifier();
+  reader.expectWord("ON");
+  const ObjectName table = run.localName(readObjectName(reader));
+  using Change = CatalogueChanges::IndexChange;
+  Change change = Change::Set;
+  IndexDef options;
+  DdlReader ddl(reader, run.catalogue());
+  if (reader.acceptWord("DISABLE")) {
+    change = Change::Disable;
+  } else if (reader.acceptWord("REBUILD")) {
+    change = Change::Rebuild;
+    if (reader.acceptWord("PARTITION")) {
+      reader.expectSymbol("=");
+      reader.next();
+    }
+    if (reader.acceptWord("WITH")) ddl.readIndexOptions(options);
+  } else if (reader.acceptWord("SET")) {
+    ddl.readIndexOptions(options);
+  } else {
+    return skipWithoutEffect(run);  // REORGANIZE, PAUSE, ...
+  }
+  if (!run.act()) return;
+  run.atomically([&] { run.changes().alterIndexes(table, index, change, options.properties); });
+  run.schemaChanged();
 }
 
 void truncateStatement(StatementRun& run) {

@@ -9,6 +9,7 @@ namespace qrel::tsql {
 void createTable(StatementRun& run);
 void createIndex(StatementRun& run);
 void alterTable(StatementRun& run);
+void alterIndex(StatementRun& run);
 void truncateStatement(StatementRun& run);
 
 }  // namespace qrel::tsql

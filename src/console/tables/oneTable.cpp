@@ -1,4 +1,4 @@
-#include "console/oneTable.h"
+#include "console/tables/oneTable.h"
 
 #include "app/modStrings.h"
 #include "console/panel.h"

@@ -1,4 +1,4 @@
-#include "console/tableColumns.h"
+#include "console/tables/tableColumns.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "console/differencesTable.h"
+#include "console/tables/differencesTable.h"
 
 #include <algorithm>
 #include <ostream>

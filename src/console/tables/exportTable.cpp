@@ -1,4 +1,4 @@
-#include "console/exportTable.h"
+#include "console/tables/exportTable.h"
 
 #include "console/stopWatch.h"
 #include "platform/files.h"
