@@ -60,8 +60,7 @@ class Comparing : public testing::Test, public MainWindow {
   void compareAll(const std::function<void(frmCompareAll&)>& atStart) {
     host.windows.push_back([atStart](Form& shown) {
       auto& window = dynamic_cast<frmCompareAll&>(shown);
-      window.parts.chkObjType[0].setChecked(true);
-      window.parts.chkObjType[1].setChecked(true);
+      for (std::size_t type = 2; type < 8; ++type) window.parts.chkObjType[type].setChecked(false);
       atStart(window);
       window.parts.cmdCompare.personClicks();
     });

@@ -97,6 +97,12 @@ void TextPane::clearBackgrounds() {
   changed();
 }
 
+std::size_t TextPane::lineAt(std::size_t offset) const {
+  findLines();
+  const auto behind = std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset);
+  return static_cast<std::size_t>(behind - lineStarts_.begin()) - 1;
+}
+
 std::string TextPane::lineText(std::size_t line) const {
   const long start = lineOffset(line);
   if (start < 0) return {};
