@@ -140,7 +140,7 @@ TEST_F(MainMarks, EachPanelComesBackToItsOwnDatabase) {
   work.cmbServer[1].select(0);
   chooseDb(1, "Archive");
   chooseDb(0, "Shop");
-  frmMain again(program, steps());
+  frmMain again(program);
   again.load();
   again.activate();
   again.cmdConnect.personClicks();
