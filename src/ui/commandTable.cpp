@@ -145,8 +145,8 @@ void InitializeMenus_Help(CommandTable& commands) {
   commands.push_back({660, path, "&About...", Guard::none, [](frmMain& window) { window.ShowAbout(); }, "", true});
 }
 
-void InitializeMenus_Navigate(CommandTable& commands) {
-  const std::string path = "Navigate";
+void InitializeMenus_Seek(CommandTable& commands) {
+  const std::string path = "Seek";
   const auto add = [&](long lngId, const char* caption, const char* key, bool separator,
                        std::function<void(frmMain&)> action) {
     commands.push_back({.id = lngId,
@@ -156,7 +156,7 @@ void InitializeMenus_Navigate(CommandTable& commands) {
                         .key = key,
                         .separatorBefore = separator});
   };
-  commands.push_back({900, "", "&Navigate", Guard::none, nullptr});
+  commands.push_back({900, "", "See&k", Guard::none, nullptr});
   add(902, "&Next Marked Block", "Alt+Down", false, [](frmMain& window) { window.MoveToMark(1); });
   add(903, "&Previous Marked Block", "Alt+Up", false, [](frmMain& window) { window.MoveToMark(-1); });
   add(904, "&Find in Text...", "Ctrl+F", true, [](frmMain& window) { window.FindInPane(); });
@@ -223,7 +223,7 @@ CommandTable MainCommands() {
   InitializeMenus_DataComp(commands);
   InitializeMenus_SQL(commands);
   InitializeMenus_Tools(commands);
-  InitializeMenus_Navigate(commands);
+  InitializeMenus_Seek(commands);
   InitializeMenus_Help(commands);
   addContextMenu(commands);
   addKeys(commands);
