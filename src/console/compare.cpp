@@ -4,9 +4,9 @@
 
 #include "compare/structure/modCompareSelected.h"
 #include "compare/structure/modMarkDifferences.h"
-#include "console/tables/alignedTable.h"
 #include "console/commands.h"
 #include "console/panel.h"
+#include "console/tables/alignedTable.h"
 #include "db/mdlObjects.h"
 #include "db/readFailures.h"
 #include "platform/text.h"

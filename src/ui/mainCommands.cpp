@@ -46,9 +46,9 @@ void frmMain::wireTips() {
   const auto showTip = [this](Control& control) {
     control.onPointedAt = [this, &control](bool here) { lblStatus.setText(here ? control.toolTip() : ""); };
   };
-  for (Control* control : std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll,
-                                                          &cmdCompData, &cmdDebugScript, &cmdHelp, &chkScrollTogether,
-                                                          &chkAligned})
+  for (Control* control :
+       std::initializer_list<Control*>{&workspace.cmbType, &cmdConnect, &cmdCompare, &cmdCompareAll, &cmdCompData,
+                                       &cmdDebugScript, &cmdHelp, &chkScrollTogether, &chkAligned})
     showTip(*control);
   for (auto* buttons : {&cmdCopyClip, &cmdCopyToFile, &cmdViewData, &cmdAnalyzeData, &cmdDbInfo, &cmdFind,
                         &srtFiltering, &cmdFilterBySchema})
