@@ -9,6 +9,7 @@
 #include "app/Program.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
+#include "embedded/load/embeddedScriptLoader.h"
 #include "embedded/load/loader.h"
 #include "platform/host/scriptedHost.h"
 #include "tests/platform/temporaryFolder.h"
@@ -42,6 +43,7 @@ class TestServers {
 
   TemporaryFolder folder;
   EmbeddedServers servers;
+  EmbeddedScriptLoader loader{servers};
   DataAccess data;
   KeyStore store;
 };

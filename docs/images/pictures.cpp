@@ -25,9 +25,11 @@
 #include "desktop/theme.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
+#include "embedded/load/embeddedScriptLoader.h"
 #include "platform/store/folders.h"
 #include "process/frmSaveCompRun.h"
 #include "process/frmSaveComparison.h"
+#include "ui/frmCompareAndPrint.h"
 #include "ui/startUp.h"
 #include "ui/tools/frmTip.h"
 
@@ -149,6 +151,7 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   menu("analyze", 504, {{"frmDataAnalyze", "cmdStart"}});
   album.begin(QStringLiteral("view"), {});
   window.cmdViewData[0].personClicks();
+  menu("load", 901);
   menu("add", 501);
   menu("remove", 502);
   menu("ignored", 511);
@@ -185,6 +188,12 @@ void goThrough(qrel::Program& program, qrel::QtHost& host, qrel::frmMain& window
   status.ShowHideControls(1);
   qrel::FormWindow shown(status, &face, program.store);
   album.save(shown.widget(), QStringLiteral("status-frmCompareStatus"));
+  qrel::MainCompare steps(program, window);
+  qrel::frmCompareAndPrint print(program, window.workspace, steps);
+  qrel::FormWindow shownPrint(print, &face, program.store);
+  print.lblCurProcName.setText("Customers");
+  print.lblTime.setText("00:00:07");
+  album.save(shownPrint.widget(), QStringLiteral("print-frmCompareAndPrint"));
   qrel::frmCompareDataValidation test(program);
   qrel::FormWindow shownTest(test, &face, program.store);
   test.lblServer1.setText("demo");
@@ -209,9 +218,11 @@ int main(int argc, char** argv) {
   qrel::EmbeddedServers servers(folders.servers);
   qrel::DataAccess data;
   data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
+  qrel::EmbeddedScriptLoader loader(servers);
   qrel::KeyStore store(folders.settings);
   PaperHost host(store, QString::fromLocal8Bit(argv[1]));
   qrel::Program program(host, data, store);
+  program.state<qrel::ScriptLoaderState>().loader = &loader;
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   host.helpFolder = folders.help.string();

@@ -1,7 +1,7 @@
 #include <ostream>
 
 #include "console/commands.h"
-#include "console/loadReport.h"
+#include "embedded/load/loadReport.h"
 #include "platform/visibleText.h"
 
 namespace qrel {

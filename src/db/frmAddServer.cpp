@@ -4,6 +4,7 @@
 #include "app/settings.h"
 #include "app/trap.h"
 #include "db/mdlServers.h"
+#include "db/readFailures.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -14,10 +15,18 @@ constexpr const char* alreadyAdded = "This server is already added to the list."
 
 frmAddServer::frmAddServer(Program& program) : Form("frmAddServer"), program_(program) {
   for (Control* control :
-       std::initializer_list<Control*>{&txtServer, &txtDatabase, &optGen0, &optGen1, &lblLogin, &lblPassword, &txtLogin,
-                                       &txtPassword, &chkLocalDb, &cmdOK, &cmdCancel})
+       std::initializer_list<Control*>{&lblKnown, &cmbKnown, &txtServer, &txtDatabase, &optGen0, &optGen1, &lblLogin,
+                                       &lblPassword, &txtLogin, &txtPassword, &chkLocalDb, &cmdOK, &cmdCancel})
     add(*control);
   caption = "Add SQL Server";
+  for (const std::string& strServer : program.data.knownServers())
+    if (!IsServerInList(program, strServer)) cmbKnown.add(strServer);
+  lblKnown.setVisible(cmbKnown.count() > 0);
+  cmbKnown.setVisible(cmbKnown.count() > 0);
+  cmbKnown.onClick = [this] {
+    chkLocalDb.setChecked(false);
+    txtServer.setText(cmbKnown.text());
+  };
   txtDatabase.setText("master");
   txtPassword.password = true;
   optGen0.setText("Windows authentication");
@@ -109,9 +118,12 @@ void frmAddServer::ok() {
     if (!inputIsValid()) return;
     const tServer server = serverFromInput();
     if (!TestServerConnection(program_, server)) {
+      const auto& failures = program_.state<ReadFailuresState>().arrFailures;
+      const std::string strWhy = failures.empty() ? "" : "\r\n\r\n" + failures.back().strDescription;
       program_.host.messageBox(
           "Cannot connect to the server - server does not exist or access denied.\r\n\r\nPlease enter correct server "
-          "data.",
+          "data." +
+              strWhy,
           Icon::Warning, "Cannot Connect To The Server");
       txtServer.setFocus(true);
       return;

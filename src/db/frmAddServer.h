@@ -14,6 +14,8 @@ class frmAddServer : public Form {
   std::string strEncrypt, strOdbcDriver;
   bool blnTrustServerCertificate = false;
 
+  Label lblKnown{"lblKnown"};
+  ComboBox cmbKnown{"cmbKnown"};  // servers that are known to be there and aren't in the list; both hidden without any
   TextBox txtServer{"txtServer"};
   TextBox txtDatabase{"txtDatabase"};
   OptionButton optGen0{"optGen(0)"};  // Windows authentication

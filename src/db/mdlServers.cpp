@@ -188,10 +188,23 @@ void RemoveServer(Program& program, const std::string& strName) {
   KeyStore::Change change(program.store);
   const std::int32_t count = GetServersCount(program);
   std::vector<tServer> kept;
-  for (const tServer& server : program.servers.gtypServers)
-    if (server.Name != strName) kept.push_back(server);
+  std::vector<std::array<std::string, 2>> panelDatabases;
+  for (std::int32_t i = 1; const tServer& server : program.servers.gtypServers) {
+    if (server.Name != strName) {
+      kept.push_back(server);
+      panelDatabases.push_back(
+          {storedText(program, i, panelDatabaseValues[0]), storedText(program, i, panelDatabaseValues[1])});
+    }
+    ++i;
+  }
   for (std::int32_t i = 1; i <= count; ++i) DeleteRegKey(program.store, HKEY_CURRENT_USER, serverKey(i));
-  for (std::size_t i = 0; i < kept.size(); ++i) writeServer(program, static_cast<std::int32_t>(i + 1), kept[i]);
+  for (std::size_t i = 0; i < kept.size(); ++i) {
+    const auto index = static_cast<std::int32_t>(i + 1);
+    writeServer(program, index, kept[i]);
+    for (std::size_t side = 0; side < 2; ++side)
+      if (const std::string& strDb = panelDatabases[i][side]; !strDb.empty())
+        SaveSettingString(program.store, HKEY_CURRENT_USER, serverKey(index), panelDatabaseValues[side], strDb);
+  }
   writeCount(program, static_cast<std::int32_t>(kept.size()));
   change.commit();
 }

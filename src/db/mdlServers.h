@@ -1,6 +1,7 @@
 // The list of servers: in the registry, in memory, and in the windows that show it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -36,6 +37,9 @@ bool TestServerConnection(Program& program, const tServer& server);
 struct ServerTestState {
   std::string strReason;  // the data access layer's own sentence; empty when the last test succeeded
 };
+
+// The values of a server's key that hold the database each panel used last: Source, Target.
+inline constexpr std::array<const char*, 2> panelDatabaseValues = {"MRUDbSource", "MRUDbTarget"};
 
 // Writes one text value of a server's registry key, by the way (settings.h): a failure is told once. Nothing is written
 // when the key holds another server by now than the list in memory.

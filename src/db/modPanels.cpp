@@ -61,18 +61,27 @@ void fillDatabases(Program& program, const tServer& server, Recordset& rs, Check
   listDb.setRedraw(true);
 }
 
-// Selects the database used last, by its exact name and without an event, and returns the working database.
-std::string chooseDatabase(Program& program, const tServer& server, CheckList& listDb, bool pblnLoadMRUDb) {
-  std::string strDb = Workspace::selectedText(listDb);
-  if (!pblnLoadMRUDb || !ReadFlag(program, "PreserveDbSel") || server.MRUDb.empty()) return strDb;
-  for (std::size_t row = 0; row < listDb.count(); ++row) {
-    if (listDb.cell(row, 0) != server.MRUDb) continue;
+// Selects the database by its exact name and without an event; false without it.
+bool selectDatabase(CheckList& listDb, const std::string& strDb) {
+  for (std::size_t row = 0; !strDb.empty() && row < listDb.count(); ++row) {
+    if (listDb.cell(row, 0) != strDb) continue;
     listDb.tag = "OFF";
     listDb.select(row);
     listDb.tag.clear();
-    return server.MRUDb;
+    return true;
   }
-  return strDb;
+  return false;
+}
+
+// Selects the database that this panel used last, else the one that was used last on either, and returns the working
+// database.
+std::string chooseDatabase(Program& program, const tServer& server, CheckList& listDb, bool pblnLoadMRUDb, int Index) {
+  if (pblnLoadMRUDb && ReadFlag(program, "PreserveDbSel")) {
+    const char* strPanel = panelDatabaseValues[static_cast<std::size_t>(Index)];
+    const std::string strOwn = server.RegIndex > 0 ? ReadServerValue(program, server.RegIndex, strPanel) : "";
+    if (!selectDatabase(listDb, strOwn)) selectDatabase(listDb, server.MRUDb);
+  }
+  return Workspace::selectedText(listDb);
 }
 
 }  // namespace
@@ -91,7 +100,7 @@ bool LoadServer(Program& program, Workspace& workspace, bool pblnLoadMRUDb, int 
     fillDatabases(program, server, *rs, workspace.pvlDb[side], Index);
     rs->Close();
     program.host.doEvents();
-    const std::string strDb = chooseDatabase(program, server, workspace.pvlDb[side], pblnLoadMRUDb);
+    const std::string strDb = chooseDatabase(program, server, workspace.pvlDb[side], pblnLoadMRUDb, Index);
     LoadOwners(program, server, strDb, workspace.cmbType, workspace.cmbOwners[side]);
     program.host.doEvents();
     ReloadObjects(program, workspace, workspace.objectType(), strDb, Index, mblnActivated);

@@ -1,14 +1,21 @@
 #include "desktop/binder.h"
 
 #include <QBuffer>
-#include <QEvent>
+#include <QComboBox>
+#include <QContextMenuEvent>
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QRegularExpression>
 #include <QStatusBar>
 #include <QTabBar>
+#include <QTableView>
 #include <QUiLoader>
+#include <QUrl>
 
 #include "desktop/paneEdit.h"
 #include "desktop/text.h"
@@ -22,6 +29,14 @@ namespace {
 bool isFree(const QString& name) {
   static const QRegularExpression free(QStringLiteral("^(ui[A-Z]|qt_)"));
   return name.isEmpty() || name.contains(free);
+}
+
+// Qt names a field by the label in front of it, but neither a list nor a table.
+void nameByLabel(QWidget& window, QWidget& widget) {
+  if (!widget.accessibleName().isEmpty() || !qobject_cast<QAbstractScrollArea*>(&widget)) return;
+  for (const QLabel* label : window.findChildren<QLabel*>())
+    if (label->buddy() == &widget)
+      widget.setAccessibleName(label->text().remove(QLatin1Char('&')).remove(QLatin1Char(':')));
 }
 
 }  // namespace
@@ -95,6 +110,21 @@ class Binder::Watcher : public QObject {
       case QEvent::KeyRelease:
         tellRowEvent(control, event);
         break;
+      case QEvent::ContextMenu:
+        if (control.onMouseUp) return openMenu(control, *static_cast<QContextMenuEvent*>(event));
+        break;
+      case QEvent::DragEnter:
+      case QEvent::DragMove:
+      case QEvent::Drop:
+        if (control.onFilesDropped) return drop(control, *static_cast<QDropEvent*>(event));
+        break;
+      case QEvent::ShortcutOverride:
+        // A list that drops down has its own use for Alt and an arrow.
+        if (const auto* key = static_cast<QKeyEvent*>(event); qobject_cast<QComboBox*>(watched) &&
+                                                              key->modifiers() == Qt::AltModifier &&
+                                                              (key->key() == Qt::Key_Down || key->key() == Qt::Key_Up))
+          event->accept();
+        break;
       default:
         break;
     }
@@ -112,6 +142,31 @@ class Binder::Watcher : public QObject {
     QMetaObject::invokeMethod(
         this, [this, list, shift] { binder_.inHandler_([list, shift] { list->onRowEvent(shift); }); },
         Qt::QueuedConnection);
+  }
+
+  // A menu that the pointer asks for opens when its button goes up, by MouseButtonRelease.
+  bool openMenu(Control& control, QContextMenuEvent& event) {
+    if (event.reason() != QContextMenuEvent::Keyboard) return true;
+    binder_.menuPlace_ = event.globalPos();
+    binder_.inHandler_([&control] { control.onMouseUp(2); });
+    binder_.menuPlace_.reset();
+    event.accept();
+    return true;
+  }
+
+  // The handler may open a window, which the system that still holds what was dragged would wait for.
+  bool drop(Control& control, QDropEvent& event) {
+    std::vector<std::string> paths;
+    for (const QUrl& url : event.mimeData()->urls())
+      if (url.isLocalFile()) paths.push_back(fromQt(url.toLocalFile()));
+    if (paths.empty()) return false;
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+    if (event.type() == QEvent::Drop)
+      QMetaObject::invokeMethod(
+          this, [this, &control, paths] { binder_.inHandler_([&control, &paths] { control.onFilesDropped(paths); }); },
+          Qt::QueuedConnection);
+    return true;
   }
 
   Binder& binder_;
@@ -157,6 +212,7 @@ Binder::~Binder() {
   for (auto& [control, bound] : bound_) {
     control->observer = nullptr;
     control->onFocus = nullptr;
+    if (auto* pane = dynamic_cast<TextPane*>(control)) pane->onSearchAsked = nullptr;
   }
 }
 
@@ -178,6 +234,7 @@ void Binder::bind(Control& control, QWidget& widget) {
     return;
   }
   bound_[&control] = {&widget, std::move(show), !widget.toolTip().isEmpty()};
+  nameByLabel(*window_, widget);
   control.observer = this;
   control.onFocus = [this, &control, &widget] {
     flush();
@@ -188,6 +245,12 @@ void Binder::bind(Control& control, QWidget& widget) {
   auto* area = qobject_cast<QAbstractScrollArea*>(&widget);
   watcher_->watch(control, widget);
   if (area) watcher_->watch(control, *area->viewport());
+  if (auto* table = qobject_cast<QTableView*>(&widget))
+    watcher_->watch(control, *table->horizontalHeader()->viewport());
+  if (control.onFilesDropped) {
+    widget.setAcceptDrops(true);
+    if (area) area->viewport()->setAcceptDrops(true);
+  }
   if (control.onMouseUp) widget.setContextMenuPolicy(Qt::PreventContextMenu);
   if (widget.property("keepsPlace").toBool()) {
     QSizePolicy policy = widget.sizePolicy();

@@ -28,8 +28,10 @@
 // Dynamic properties of a widget (Add Dynamic Property in Designer):
 //   ticks      bool        CheckList: rows have a check box
 //   columns    stringlist  CheckList: titles of the columns; without it one column and no header
+//   notes      bool        CheckList: what is known of a row stands behind its cells, in a column of its own
 //   picture    string      buttons and tool buttons: `:/icons/<picture>.svg` (open the folder src/desktop/icons)
 //   pictures   bool        Tree: a picture before each node, another one for groups than for what lies in them
+//   onlyWide   bool        any: isn't shown while the window is too narrow for its buttons' words
 //   keepsPlace bool        any: keeps its room in the layout while it is invisible
 //
 // Captions and tips that the model sets win over the form's; a text that the model never set leaves the form's alone,
@@ -42,6 +44,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -73,6 +76,10 @@ class Binder : public ControlObserver {
   // What doesn't fit: controls without a widget, widgets without a control, names that occur twice, widgets of a kind
   // that the control can't be shown by. Empty when all is well.
   const std::vector<std::string>& mismatches() const { return mismatches_; }
+
+  // Where a menu that a key has opened belongs on the screen, by the control that has the focus; nothing while the
+  // pointer opens menus.
+  std::optional<QPoint> menuPlace() const { return menuPlace_; }
 
   // Changes are noted and shown together, at the latest when Qt is idle; this shows them now.
   void flush();
@@ -120,6 +127,7 @@ class Binder : public ControlObserver {
   QObject* context_ = nullptr;  // of all connections: the watcher
   std::map<Control*, Bound> bound_;
   std::set<Control*> changed_;
+  std::optional<QPoint> menuPlace_;
   bool flushing_ = false;
   bool queued_ = false;
   std::vector<std::string> mismatches_;

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCompleter>
 #include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
@@ -142,6 +143,17 @@ Binder::Show Binder::bindTextBox(TextBox& box, QWidget& widget) {
     QObject::connect(line, &QLineEdit::textEdited, context_, [this, &box](const QString& text) {
       inHandler_([&box, text] { box.personTypes(fromQt(text)); });
     });
+    if (!box.placeholder.empty()) line->setPlaceholderText(toQt(box.placeholder));
+    if (!box.suggestions.empty()) {
+      QStringList texts;
+      for (const std::string& text : box.suggestions) texts.push_back(toQt(text));
+      auto* completer = new QCompleter(texts, line);
+      completer->setCaseSensitivity(Qt::CaseInsensitive);
+      line->setCompleter(completer);
+      QObject::connect(
+          completer, qOverload<const QString&>(&QCompleter::activated), context_,
+          [this, &box](const QString& text) { inHandler_([&box, text] { box.personTypes(fromQt(text)); }); });
+    }
     return [&box, line] {
       line->setReadOnly(box.readOnly);
       if (const QString text = toQt(box.text()); line->text() != text) line->setText(text);
@@ -222,7 +234,9 @@ Binder::Show Binder::bindCheckList(CheckList& list, QWidget& widget) {
   auto* tree = qobject_cast<QTreeView*>(&widget);
   if (!view || qobject_cast<QListWidget*>(&widget)) return nullptr;
   const QStringList titles = widget.property("columns").toStringList();
-  auto* model = new CheckListModel(list, titles, widget.property("ticks").toBool(), view);
+  const bool notes = widget.property("notes").toBool();
+  auto* model = new CheckListModel(list, titles, widget.property("ticks").toBool(), notes, view);
+  view->setItemDelegate(new TipWhereCut(view));
   view->setModel(model);
   view->setSelectionBehavior(QAbstractItemView::SelectRows);
   view->setSelectionMode(list.multipleSelection ? QAbstractItemView::ExtendedSelection
@@ -232,6 +246,11 @@ Binder::Show Binder::bindCheckList(CheckList& list, QWidget& widget) {
     tree->setRootIsDecorated(false);
     tree->setUniformRowHeights(true);
     tree->setHeaderHidden(titles.isEmpty());
+    if (notes) {
+      tree->header()->setStretchLastSection(false);
+      tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+      tree->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    }
   }
   model->onTick = [this, &list](std::size_t row, bool ticked) {
     inHandler_([&list, row, ticked] { list.personTicks(row, ticked); });
@@ -251,7 +270,9 @@ Binder::Show Binder::bindCheckList(CheckList& list, QWidget& widget) {
     QItemSelection wanted;
     int first = -1;
     for (int row = 0; row < model->rowCount(); ++row) {
-      if (!list.isSelected(static_cast<std::size_t>(row))) continue;
+      const auto at = static_cast<std::size_t>(row);
+      if (tree && tree->isRowHidden(row, {}) == list.passes(at)) tree->setRowHidden(row, {}, !list.passes(at));
+      if (!list.isSelected(at)) continue;
       if (first < 0) first = row;
       wanted.select(model->index(row, 0), model->index(row, model->columnCount() - 1));
     }
@@ -270,6 +291,10 @@ Binder::Show Binder::bindPane(TextPane& pane, QWidget& widget) {
   auto* edit = dynamic_cast<PaneEdit*>(&widget);
   if (!edit) return nullptr;
   edit->bind(pane, inHandler_);
+  pane.onSearchAsked = [this, edit] {
+    flush();
+    edit->openSearch();
+  };
   return [edit] { edit->refresh(); };
 }
 
@@ -340,6 +365,11 @@ Binder::Show Binder::bindTree(Tree& tree, QWidget& widget) {
                      if (flushing_ || !current.isValid()) return;
                      inHandler_([&tree, node = current.data(Qt::UserRole).toInt()] { tree.select(node); });
                    });
+  const auto expand = [this, &tree](const QModelIndex& index, bool expanded) {
+    inHandler_([&tree, node = index.data(Qt::UserRole).toInt(), expanded] { tree.personExpands(node, expanded); });
+  };
+  QObject::connect(view, &QTreeView::expanded, context_, [expand](const QModelIndex& index) { expand(index, true); });
+  QObject::connect(view, &QTreeView::collapsed, context_, [expand](const QModelIndex& index) { expand(index, false); });
   const bool pictures = view->property("pictures").toBool();
   return [&tree, view, model, pictures] {
     model->clear();

@@ -1,7 +1,9 @@
 #include "desktop/formWindow.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QDialog>
 #include <QFile>
 #include <QKeyEvent>
@@ -31,7 +33,24 @@ bool takesEnter(const QWidget* focus) {
   return edit && !edit->isReadOnly();
 }
 
+// The menu key, where the system doesn't do it, and Shift+F10 ask what has the focus for its menu.
+bool asksForMenu(const QKeyEvent& event) {
+  return event.key() == Qt::Key_Menu || (event.key() == Qt::Key_F10 && event.modifiers() == Qt::ShiftModifier);
+}
+
+void openMenuOf(QWidget* focus) {
+  if (!focus) return;
+  QWidget* target = focus;
+  QRect place = focus->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+  if (auto* view = qobject_cast<QAbstractItemView*>(focus)) place = view->visualRect(view->currentIndex());
+  if (auto* area = qobject_cast<QAbstractScrollArea*>(focus)) target = area->viewport();
+  const QPoint at = (place.isValid() ? place : target->rect()).center();
+  QContextMenuEvent asked(QContextMenuEvent::Keyboard, at, target->mapToGlobal(at));
+  QApplication::sendEvent(target, &asked);
+}
+
 void passKey(FormWindow& window, QKeyEvent* event) {
+  if (asksForMenu(*event)) return openMenuOf(QApplication::focusWidget());
   if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) return event->ignore();
   QWidget* focus = QApplication::focusWidget();
   if (takesEnter(focus)) return;

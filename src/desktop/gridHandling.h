@@ -19,7 +19,8 @@ class GridHandling : public QObject {
   GridHandling(QTableView& view, const Grid& grid);
 
   // The view shows the grid's latest content: widths that the grid has got since are taken over, and a column that is
-  // cut off while there is room beside the columns is widened, once.
+  // cut off while there is room beside the columns is widened. A person who has set a width has the last word, for as
+  // long as the window lasts.
   void shown();
 
  protected:
@@ -27,12 +28,17 @@ class GridHandling : public QObject {
 
  private:
   int contentWidth(int column) const;  // pixels, no wider than the view
-  void fitOnce();
+  void fit();
 
   QTableView& view_;
   const Grid& grid_;
-  std::vector<int> taken_;  // the widths as last taken from the grid
-  bool fitted_ = false;
+  std::vector<int> taken_;      // the widths as last taken from the grid
+  std::size_t fittedRows_ = 0;  // how many the columns were last fitted to
+  int fittedWidth_ = 0;         // and the room there was
+  bool fitting_ = false;
+  bool byHand_ = false;
+  QByteArray beforeReset_;
+  int columnsBefore_ = 0;
 };
 
 }  // namespace qrel

@@ -30,6 +30,8 @@ CompactButtons::CompactButtons(QWidget& window) : QObject(&window), window_(wind
   for (QToolButton* button : window.findChildren<QToolButton*>())
     if (button->toolButtonStyle() == Qt::ToolButtonTextBesideIcon && !button->property("picture").isNull())
       buttons_.push_back(button);
+  for (QWidget* each : window.findChildren<QWidget*>())
+    if (each->property("onlyWide").toBool()) onlyWide_.push_back(each);
   if (buttons_.isEmpty()) return;
   window.installEventFilter(this);
 }
@@ -53,11 +55,13 @@ void CompactButtons::fit() {
   int words = 0;
   for (const QToolButton* button : buttons_)
     if (!button->isHidden()) words += wordsWidth(*button);
+  for (const QWidget* each : onlyWide_) words += each->sizeHint().width();
   const int least = leastWidth() - (compact_ ? 0 : words);
   const bool compact = window_.width() < least + words;
   if (window_.minimumWidth() != least) window_.setMinimumWidth(least);
   if (compact == compact_) return;
   compact_ = compact;
+  for (QWidget* each : onlyWide_) each->setVisible(!compact);
   for (QToolButton* button : buttons_)
     button->setToolButtonStyle(compact ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon);
 }

@@ -9,7 +9,8 @@ class QWidget;
 
 namespace qrel {
 
-// Tool buttons with their words beside the picture lose the words while the window is too narrow for them. The window
+// Tool buttons with their words beside the picture lose the words while the window is too narrow for them, and widgets
+// with the property onlyWide (a label that explains) aren't shown then. The window
 // can't be made narrower than it is without them, so that nothing ever lies over anything else.
 class CompactButtons : public QObject {
  public:
@@ -25,6 +26,7 @@ class CompactButtons : public QObject {
 
   QWidget& window_;
   QList<QToolButton*> buttons_;
+  QList<QWidget*> onlyWide_;
   bool compact_ = false;
 };
 

@@ -11,6 +11,13 @@ namespace qrel {
 
 namespace {
 
+// Qt takes the first of several marked letters for the access key; the last one is free of another menu's.
+QString withOneMark(QString caption) {
+  for (qsizetype mark = caption.indexOf('&'); mark >= 0 && caption.count('&') > 1; mark = caption.indexOf('&'))
+    caption.remove(mark, 1);
+  return caption;
+}
+
 QMenu* addPopup(QWidget& menu, const QString& caption) {
   if (auto* bar = qobject_cast<QMenuBar*>(&menu)) return bar->addMenu(caption);
   if (auto* popup = qobject_cast<QMenu*>(&menu)) return popup->addMenu(caption);
@@ -31,7 +38,7 @@ void addItems(QWidget& menu, const std::vector<MenuItem>& items, const std::func
     // The key is shown only: pressing it is up to the window's keys.
     const QString caption = toQt(item.caption) + (item.key.empty() ? QString() : "\t" + toQt(item.key));
     if (item.popup) {
-      QMenu* popup = addPopup(menu, caption);
+      QMenu* popup = addPopup(menu, withOneMark(caption));
       popup->setEnabled(item.enabled);
       addItems(*popup, item.items, choose);
       continue;

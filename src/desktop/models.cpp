@@ -1,29 +1,44 @@
 #include "desktop/models.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QPalette>
+#include <QToolTip>
 
 #include "desktop/text.h"
 
 namespace qrel {
 
-CheckListModel::CheckListModel(CheckList& list, QStringList titles, bool ticks, QObject* parent)
+CheckListModel::CheckListModel(CheckList& list, QStringList titles, bool ticks, bool notes, QObject* parent)
     : QAbstractTableModel(parent),
       list_(list),
       titles_(std::move(titles)),
       ticks_(ticks),
+      notes_(notes),
       shownRows_(static_cast<int>(list.count())) {}
 
 int CheckListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : shownRows_; }
 
 int CheckListModel::columnCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : qMax(1, static_cast<int>(titles_.size()));
+  return parent.isValid() ? 0 : qMax(1, static_cast<int>(titles_.size())) + (notes_ ? 1 : 0);
 }
 
 QVariant CheckListModel::data(const QModelIndex& index, int role) const {
   const auto row = static_cast<std::size_t>(index.row());
   if (!index.isValid() || row >= list_.count()) return {};
+  if (notes_ && index.column() == columnCount() - 1) {
+    if (role == Qt::DisplayRole) return toQt(list_.note(row));
+    if (role == Qt::FontRole) {
+      QFont font;
+      font.setItalic(true);
+      return font;
+    }
+    return {};
+  }
+  if (role == Qt::AccessibleTextRole && notes_ && index.column() == 0 && !list_.note(row).empty())
+    return toQt(list_.cell(row, 0) + ", " + list_.note(row));
   if (role == Qt::DisplayRole) return toQt(list_.cell(row, static_cast<std::size_t>(index.column())));
   if (role == Qt::CheckStateRole && ticks_ && index.column() == 0)
     return list_.ticked(row) ? Qt::Checked : Qt::Unchecked;
@@ -75,8 +90,20 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
       if (const std::uint32_t colour = grid_.backColour(row, column); colour != Grid::noColour)
         return shownBackground(colour, QApplication::palette());
       return {};
-    case Qt::ForegroundRole:
-      return shownText(grid_.textColour(row, column), QApplication::palette());
+    case Qt::ForegroundRole: {
+      const QPalette palette = QApplication::palette();
+      const std::uint32_t ground = grid_.backColour(row, column);
+      return readableOn(shownText(grid_.textColour(row, column), palette),
+                        ground == Grid::noColour ? palette.color(QPalette::Base) : shownBackground(ground, palette));
+    }
+    case Qt::FontRole:
+      // What a colour says is said without it, too.
+      if (grid_.textColour(row, column) != 0) {
+        QFont font;
+        font.setBold(true);
+        return font;
+      }
+      return {};
     default:
       return {};
   }
@@ -107,6 +134,14 @@ void GridModel::refresh() {
   shownRows_ = rows;
   shownColumns_ = columns;
   endResetModel();
+}
+
+bool TipWhereCut::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) {
+  const bool cut = index.isValid() && sizeHint(option, index).width() > view->visualRect(index).width();
+  if (event->type() != QEvent::ToolTip || !cut) return QStyledItemDelegate::helpEvent(event, view, option, index);
+  QToolTip::showText(event->globalPos(), index.data().toString(), view);
+  return true;
 }
 
 void FramedSelection::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {

@@ -11,10 +11,11 @@
 
 namespace qrel {
 
-// The rows of a CheckList, with a check box in the first column when `ticks` is set.
+// The rows of a CheckList, with a check box in the first column when `ticks` is set and its notes as the last column
+// when `notes` is.
 class CheckListModel : public QAbstractTableModel {
  public:
-  CheckListModel(CheckList& list, QStringList titles, bool ticks, QObject* parent);
+  CheckListModel(CheckList& list, QStringList titles, bool ticks, bool notes, QObject* parent);
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
@@ -29,7 +30,7 @@ class CheckListModel : public QAbstractTableModel {
  private:
   CheckList& list_;
   QStringList titles_;
-  bool ticks_;
+  bool ticks_, notes_;
   int shownRows_ = 0;
 };
 
@@ -47,6 +48,14 @@ class GridModel : public QAbstractTableModel {
   Grid& grid_;
   int shownRows_ = 0;
   int shownColumns_ = 0;
+};
+
+// Shows a row's whole text as its tip where the column cuts it off; elsewhere the list's own tip comes up.
+class TipWhereCut : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+  bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) override;
 };
 
 // Paints a selected cell with a frame, so that its colours stay to be seen.

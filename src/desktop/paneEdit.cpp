@@ -17,6 +17,8 @@ namespace {
 
 constexpr int searchCharacters = 36;                      // width of the field for a search
 constexpr int numberMargin = 5;                           // pixels on each side of the line numbers
+constexpr int stripWidth = 9;                             // pixels
+constexpr int linesAbove = 3;                             // a line that was gone to isn't the first one shown
 constexpr std::size_t longText = std::size_t{256} << 10;  // bytes; laying it out may take longer than a blink
 
 bool sameRanges(const std::vector<TextPane::Range>& left, const std::vector<TextPane::Range>& right) {
@@ -43,8 +45,29 @@ class PaneEdit::NumberArea : public QWidget {
   PaneEdit* edit_;
 };
 
+class PaneEdit::MarkStrip : public QWidget {
+ public:
+  explicit MarkStrip(PaneEdit* edit) : QWidget(edit), edit_(edit) { setCursor(Qt::PointingHandCursor); }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    edit_->paintStrip(painter, rect());
+  }
+  void mousePressEvent(QMouseEvent* event) override { edit_->goToStrip(static_cast<int>(event->position().y())); }
+
+ private:
+  PaneEdit* edit_;
+};
+
+QWidget* PaneEdit::strip() const { return strip_; }
+
 PaneEdit::PaneEdit(QWidget* parent)
-    : QPlainTextEdit(parent), numbers_(new NumberArea(this)), search_(new QLineEdit(this)) {
+    : QPlainTextEdit(parent),
+      numbers_(new NumberArea(this)),
+      strip_(new MarkStrip(this)),
+      search_(new QLineEdit(this)) {
+  search_->setAccessibleName(QStringLiteral("Text to find"));
   search_->setPlaceholderText(QStringLiteral("Find (Enter: next, Esc: close)"));
   search_->installEventFilter(this);
   search_->hide();
@@ -66,8 +89,13 @@ void PaneEdit::bind(TextPane& pane, std::function<void(std::function<void()>)> i
   inHandler_ = std::move(inHandler);
   setReadOnly(pane.readOnly);
   setUndoRedoEnabled(!pane.readOnly);
+  setTabChangesFocus(pane.readOnly);
   if (pane.readOnly) setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   connect(this, &QPlainTextEdit::selectionChanged, this, [this] { tellSelection(); });
+  connect(this, &QPlainTextEdit::cursorPositionChanged, this, [this] {
+    numbers_->update();
+    tellSelection();
+  });
   connect(this, &QPlainTextEdit::textChanged, this, [this] {
     if (refreshing_ || pane_->readOnly) return;
     shownText_ = fromQt(toPlainText());
@@ -114,6 +142,7 @@ void PaneEdit::tellSelection() {
   const QTextCursor cursor = textCursor();
   const std::size_t start = toOffset(cursor.selectionStart());
   const std::size_t end = toOffset(cursor.selectionEnd());
+  if (start == pane_->selectionStart() && end - start == pane_->selectionLength()) return;
   inHandler_([this, start, end] { pane_->setSelection(start, end - start); });
 }
 
@@ -168,6 +197,7 @@ void PaneEdit::findStretches() {
                    [](const PaneStretch& a, const PaneStretch& b) { return a.block < b.block; });
   stretches_ = std::move(found);
   viewport()->update();
+  strip_->update();
 }
 
 void PaneEdit::showRows() {
@@ -214,22 +244,48 @@ void PaneEdit::fitNumberArea() {
   int digits = 2;
   for (int lines = blockCount(); lines >= 100; lines /= 10) ++digits;
   const int width = 2 * numberMargin + digits * fontMetrics().horizontalAdvance(QLatin1Char('9'));
-  setViewportMargins(width, 0, 0, 0);
+  setViewportMargins(width, 0, stripWidth, 0);
   numbers_->setFont(font());
   const QRect area = contentsRect();
   numbers_->setGeometry(area.left(), area.top(), width, area.height());
+  strip_->setGeometry(area.left() + width + viewport()->width(), area.top(), stripWidth, viewport()->height());
+}
+
+// Of a long text, lines that share a pixel show the colour of the last one that has any.
+void PaneEdit::paintStrip(QPainter& painter, const QRect& area) const {
+  painter.fillRect(area, palette().color(QPalette::AlternateBase));
+  const QColor ground = palette().color(QPalette::Base);
+  const double step = std::min(static_cast<double>(area.height()) / std::max(blockCount(), 1),
+                               static_cast<double>(fontMetrics().lineSpacing()));
+  for (const PaneStretch& each : stretches_) {
+    const QColor colour = shownBackground(each.colour, palette());
+    if (colour == ground) continue;
+    painter.fillRect(QRectF(area.left() + 1, each.block * step, area.width() - 2, std::max(step, 2.0)),
+                     isDark(palette()) ? colour.lighter(150) : colour.darker(150));
+  }
+}
+
+void PaneEdit::goToStrip(int y) {
+  const double step = std::min(static_cast<double>(strip_->height()) / std::max(blockCount(), 1),
+                               static_cast<double>(fontMetrics().lineSpacing()));
+  const int line = std::min(static_cast<int>(y / step), blockCount() - 1);
+  verticalScrollBar()->setValue(std::max(0, line - linesAbove));
 }
 
 void PaneEdit::paintNumbers(const QRect& area) {
   QPainter painter(numbers_);
   painter.fillRect(area, palette().color(QPalette::AlternateBase));
   if (document()->isEmpty()) return;
-  painter.setPen(palette().color(QPalette::PlaceholderText));
+  const int caretLine = textCursor().blockNumber();
   for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
     const QRectF place = blockBoundingGeometry(block).translated(contentOffset());
     if (place.top() > area.bottom()) break;
     const long line = rows_.lineOf(block.blockNumber());
     if (line < 0) continue;
+    const bool caret = block.blockNumber() == caretLine;
+    if (caret)
+      painter.fillRect(QRectF(0, place.top(), numbers_->width(), place.height()), palette().color(QPalette::Highlight));
+    painter.setPen(palette().color(caret ? QPalette::HighlightedText : QPalette::PlaceholderText));
     painter.drawText(QRectF(0, place.top(), numbers_->width() - numberMargin, fontMetrics().height()),
                      Qt::AlignRight | Qt::AlignVCenter, QString::number(line + 1));
   }
@@ -248,14 +304,22 @@ void PaneEdit::keyPressEvent(QKeyEvent* event) {
   QPlainTextEdit::keyPressEvent(event);
 }
 
+// The line that a menu is asked for is the caret's.
+void PaneEdit::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::RightButton && !textCursor().hasSelection())
+    setTextCursor(cursorForPosition(event->position().toPoint()));
+  QPlainTextEdit::mousePressEvent(event);
+}
+
 void PaneEdit::mouseDoubleClickEvent(QMouseEvent* event) {
   QPlainTextEdit::mouseDoubleClickEvent(event);
   if (pane_->onLineChosen && event->button() == Qt::LeftButton)
     chooseLine(cursorForPosition(event->position().toPoint()).blockNumber());
 }
 
-void PaneEdit::chooseLine(int line) {
-  inHandler_([this, line] { pane_->onLineChosen(static_cast<std::size_t>(line)); });
+void PaneEdit::chooseLine(int block) {
+  const long line = rows_.lineOf(block);
+  if (line >= 0) inHandler_([this, line] { pane_->onLineChosen(static_cast<std::size_t>(line)); });
 }
 
 // The window has its own use for Enter and Esc.

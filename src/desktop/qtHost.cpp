@@ -169,7 +169,10 @@ long QtHost::popUpMenu(const std::vector<MenuItem>& items) {
   QMenu menu(frontWindow());
   long chosen = 0;
   addItems(menu, items, [&chosen](long id) { chosen = id; });
-  menu.exec(QCursor::pos());
+  std::optional<QPoint> place;
+  for (FormWindow* each : open_)
+    if (each->binder().menuPlace()) place = each->binder().menuPlace();
+  menu.exec(place.value_or(QCursor::pos()));
   return chosen;
 }
 
@@ -226,7 +229,24 @@ std::string QtHost::openFileDialog(const FileDialog& dialog) {
                                              filterOf(dialog)));
 }
 
-void QtHost::setClipboardText(const std::string& text) { QApplication::clipboard()->setText(qrel::toQt(text)); }
+std::vector<std::string> QtHost::openFilesDialog(const FileDialog& dialog) {
+  flush();
+  std::vector<std::string> files;
+  for (const QString& file : QFileDialog::getOpenFileNames(frontWindow(), qrel::toQt(dialog.title),
+                                                           startOf(dialog).filePath(), filterOf(dialog)))
+    files.push_back(fromQt(file));
+  return files;
+}
+
+std::string QtHost::openFolderDialog(const std::string& title) {
+  flush();
+  return fromQt(QFileDialog::getExistingDirectory(frontWindow(), qrel::toQt(title)));
+}
+
+// Qt gives Windows' programs a CR before each LF by itself.
+void QtHost::setClipboardText(const std::string& text) {
+  QApplication::clipboard()->setText(qrel::toQt(replaceAll(text, "\r\n", "\n")));
+}
 
 void QtHost::print(const PrintJob& job) {
   QPrinter printer(QPrinter::HighResolution);

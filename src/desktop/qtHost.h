@@ -34,6 +34,8 @@ class QtHost : public Host {
   void showHelp(long topic) override;
   std::string saveFileDialog(const FileDialog& dialog) override;
   std::string openFileDialog(const FileDialog& dialog) override;
+  std::vector<std::string> openFilesDialog(const FileDialog& dialog) override;
+  std::string openFolderDialog(const std::string& title) override;
   void setClipboardText(const std::string& text) override;
   // On the default printer; without one a file dialog asks for a PDF file.
   void print(const PrintJob& job) override;

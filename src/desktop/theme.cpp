@@ -19,7 +19,7 @@ QPalette lightPalette() {
   palette.setColor(QPalette::Highlight, QColor(38, 110, 182));
   palette.setColor(QPalette::HighlightedText, Qt::white);
   palette.setColor(QPalette::Link, QColor(0, 87, 174));
-  palette.setColor(QPalette::PlaceholderText, QColor(120, 124, 128));
+  palette.setColor(QPalette::PlaceholderText, QColor(102, 106, 110));
   return palette;
 }
 

@@ -28,6 +28,7 @@ class EmbeddedProvider : public Provider {
   // `stopAsked` (may be null) is asked now and then while a command runs or its rows come; true ends it.
   explicit EmbeddedProvider(EmbeddedServers& servers, const std::function<bool()>* stopAsked = nullptr);
   ~EmbeddedProvider() override;
+  std::vector<std::string> knownServers() const override { return servers_.list(); }
   bool serves(const std::string& server) const override { return servers_.exists(server); }
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override;
   std::shared_ptr<void> holdState() override;

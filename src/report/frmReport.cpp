@@ -4,6 +4,7 @@
 
 #include "app/modTextPane.h"
 #include "app/trap.h"
+#include "platform/controls/menu.h"
 #include "platform/files.h"
 #include "process/frmSaveComparison.h"
 #include "process/modSavedProcess.h"
@@ -45,6 +46,10 @@ frmReport::frmReport(Program& program) : Form(inFrmReport), program_(program) {
        std::initializer_list<Control*>{&txtReport, &cmdCopyClip, &cmdCopyToFile, &cmdPrint, &cmdSave, &cmdExit})
     add(*control);
   txtReport.readOnly = true;
+  txtReport.onMouseUp = [this](int button) {
+    constexpr int rightButton = 2;
+    if (button == rightButton) openMenu();
+  };
   cmdExit.isCancel = true;
   cmdExit.onClick = [this] { close(); };
   cmdCopyClip.onClick = [this] {
@@ -81,12 +86,36 @@ void frmReport::showModal(bool blnCanSave) {
 }
 
 void frmReport::load() {
-  if (lineChosen)
-    txtReport.onLineChosen = [this](std::size_t line) {
-      trapAlone(program_, mblnBusy, inFrmReport, "txtReport_DblClick", [&] { lineChosen(txtReport.lineText(line)); });
-    };
+  if (lineChosen) txtReport.onLineChosen = [this](std::size_t line) { chooseLine(line); };
   InitializeTXTextControl(program_, txtReport);
   txtReport.setText(program_.report.gstrReportText);
+}
+
+void frmReport::chooseLine(std::size_t line) {
+  if (canChoose && !canChoose(line)) return;
+  trapAlone(program_, mblnBusy, inFrmReport, "txtReport_DblClick", [&] { lineChosen(line); });
+}
+
+void frmReport::openMenu() {
+  constexpr long compareObject = 1, copySelected = 2, search = 3;
+  if (mblnBusy) return;
+  const std::size_t line = txtReport.lineAt(txtReport.selectionStart());
+  std::vector<MenuItem> items;
+  const auto add = [&](long lngId, const char* strCaption, const char* strKey, bool enabled) {
+    MenuItem item;
+    item.id = lngId;
+    item.caption = strCaption;
+    item.key = strKey;
+    item.enabled = enabled;
+    items.push_back(std::move(item));
+  };
+  if (lineChosen) add(compareObject, "Co&mpare This Object", "Enter", !canChoose || canChoose(line));
+  add(copySelected, "&Copy", "Ctrl+C", txtReport.selectionLength() > 0);
+  add(search, "&Find...", "Ctrl+F", true);
+  const long lngChosen = program_.host.popUpMenu(items);
+  if (lngChosen == compareObject) chooseLine(line);
+  if (lngChosen == copySelected) program_.host.setClipboardText(txtReport.selectedText());
+  if (lngChosen == search) txtReport.askSearch();
 }
 
 void frmReport::activate() {

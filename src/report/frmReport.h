@@ -44,8 +44,10 @@ class frmReport : public Form {
   Button cmdSave{"cmdSave"};
   Button cmdExit{"cmdExit"};
 
-  // A person chose a line of the report (a double click, Enter); set before ShowUp where there is something to do.
-  std::function<void(const std::string& strLine)> lineChosen;
+  // Set before ShowUp where lines name something that can be acted with. A person chose a line of the report (a double
+  // click, Enter, the context menu), and whether that does anything with it.
+  std::function<void(std::size_t line)> lineChosen;
+  std::function<bool(std::size_t line)> canChoose;
 
   // Shows the report text and waits until the window is closed. With blnAuto the first activation writes it to the
   // export path and prints it, and closes the window when the program is to close after the run.
@@ -60,6 +62,8 @@ class frmReport : public Form {
 
  private:
   void showModal(bool blnCanSave);
+  void openMenu();
+  void chooseLine(std::size_t line);
   void copyToFile();
   void save();
   void PrintReport();

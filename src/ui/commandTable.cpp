@@ -43,6 +43,11 @@ void InitializeMenus_File(CommandTable& commands) {
       {103, path, "Refresh - &Target", Guard::CheckMdac, [](frmMain& window) { window.RefreshSourceTarget(1); }});
   commands.push_back({104, path, "&Run Saved Comparison Process", Guard::CheckMdac,
                       [](frmMain& window) { window.RunSavedProcess(0); }, "", true});
+  commands.push_back({.id = 901,
+                      .path = path,
+                      .caption = "&Load Scripts...",
+                      .action = [](frmMain& window) { window.MenuLoadScripts({}, -1); },
+                      .key = "Ctrl+O"});
   commands.push_back({105, path, "E&xit", Guard::none, [](frmMain& window) { window.close(); }, "", true});
 }
 
@@ -140,6 +145,24 @@ void InitializeMenus_Help(CommandTable& commands) {
   commands.push_back({660, path, "&About...", Guard::none, [](frmMain& window) { window.ShowAbout(); }, "", true});
 }
 
+void InitializeMenus_Navigate(CommandTable& commands) {
+  const std::string path = "Navigate";
+  const auto add = [&](long lngId, const char* caption, const char* key, bool separator,
+                       std::function<void(frmMain&)> action) {
+    commands.push_back({.id = lngId,
+                        .path = path,
+                        .caption = caption,
+                        .action = std::move(action),
+                        .key = key,
+                        .separatorBefore = separator});
+  };
+  commands.push_back({900, "", "&Navigate", Guard::none, nullptr});
+  add(902, "&Next Marked Block", "Alt+Down", false, [](frmMain& window) { window.MoveToMark(1); });
+  add(903, "&Previous Marked Block", "Alt+Up", false, [](frmMain& window) { window.MoveToMark(-1); });
+  add(904, "&Find in Text...", "Ctrl+F", true, [](frmMain& window) { window.FindInPane(); });
+  add(905, "Filter &Objects", "Ctrl+L", false, [](frmMain& window) { window.FocusFilter(); });
+}
+
 void addContextMenu(CommandTable& commands) {
   const std::string path = contextMenuPath;
   commands.push_back({700, path, "Refresh", Guard::CheckMdac, [](frmMain& window) { window.RefreshPopupPanel(); }});
@@ -200,6 +223,7 @@ CommandTable MainCommands() {
   InitializeMenus_DataComp(commands);
   InitializeMenus_SQL(commands);
   InitializeMenus_Tools(commands);
+  InitializeMenus_Navigate(commands);
   InitializeMenus_Help(commands);
   addContextMenu(commands);
   addKeys(commands);

@@ -32,7 +32,8 @@ inline constexpr const char* contextMenuPath = "Text pane";
 // The path of what is in no menu: its key runs it at once, also while the window is busy.
 inline constexpr const char* keysPath = "Keys";
 
-// All commands in display order.
+// All commands in display order. Those from 900 on are this program's own, beside the ones whose ids are told: 901
+// loads scripts, 902 to 905 find the way in what is shown.
 CommandTable MainCommands();
 // Null without an entry; popups and what has no number have none.
 const MenuCommand* FindCommand(const CommandTable& commands, long lngId);

@@ -6,6 +6,8 @@
 #include "app/modTextPane.h"
 #include "app/settings.h"
 #include "app/trap.h"
+#include "compare/all/CompareAllControls.h"
+#include "compare/structure/modMarkDifferences.h"
 #include "db/mdlObjects.h"
 #include "db/mdlServers.h"
 #include "db/modSchema.h"
@@ -45,6 +47,9 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
       cmdFilterBySchema(buttonPair("cmdFilterBySchema")),
       cmdFilterByOwner(buttonPair("cmdFilterByOwner")),
       cmdNonExistent(buttonPair("cmdNonExistent")),
+      lblMark(controlArray<Label, 5>("lblMark")),
+      lblCount(controlArray<Label, 2>("lblCount")),
+      txtFilter(controlArray<TextBox, 2>("txtFilter")),
       program_(program),
       steps_(std::move(steps)),
       compare_(program, *this),
@@ -54,6 +59,7 @@ frmMain::frmMain(Program& program, MainWindowSteps steps)
   wireEvents();
   wireCommands();
   wireTips();
+  wireLists();
 }
 
 void frmMain::registerControls() {
@@ -85,6 +91,9 @@ void frmMain::registerControls() {
   addPair(cmdFilterBySchema);
   addPair(cmdFilterByOwner);
   addPair(cmdNonExistent);
+  addPair(lblCount);
+  addPair(txtFilter);
+  addPair(lblMark);
   add(chkScrollTogether);
   add(chkAligned);
   add(lblStatus);
@@ -115,6 +124,15 @@ void frmMain::setUpControls() {
   chkScrollTogether.setChecked(true);
   chkAligned.setToolTip("Lines that belong together stand side by side when differences are marked");
   chkAligned.setChecked(ReadFlag(program_, "AlignedView"));
+  constexpr std::array<std::pair<std::int32_t, const char*>, 5> legend{{{markChanged, "Changed"},
+                                                                        {markOnlyInSource, "Only in Source"},
+                                                                        {markOnlyInTarget, "Only in Target"},
+                                                                        {markUnchanged, "Not changed"},
+                                                                        {markNone, "NA"}}};
+  for (std::size_t i = 0; i < legend.size(); ++i) {
+    lblMark[i].backColour = GetMarkColor(legend[i].first);
+    lblMark[i].setText(legend[i].second);
+  }
   lblSource.setText("Source");
   lblTarget.setText("Target");
   const std::string strCopy = "Copy selected object structure to the ";
@@ -124,6 +142,7 @@ void frmMain::setUpControls() {
     cmdViewData[side].setToolTip(std::string("View data stored in selected table (Alt + ") + (side == 0 ? "V)" : "W)"));
     cmdDbInfo[side].setToolTip(std::string("Database information (F1") + (side == 0 ? "0)" : "1)"));
     cmdFind[side].setToolTip(std::string("Find an object in the ") + (side == 0 ? "Source" : "Target") + " database");
+    txtFilter[side].placeholder = "Filter (Ctrl+L)";
     srtFiltering[side].setVisible(false);
     for (Button* button : {&cmdFilterByOwner[side], &cmdNonExistent[side]}) {
       button->setVisible(false);

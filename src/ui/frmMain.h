@@ -9,15 +9,18 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "app/Program.h"
 #include "app/Workspace.h"
 #include "platform/controls/form.h"
 #include "ui/commandTable.h"
 #include "ui/mainCompare.h"
+#include "ui/markedLines.h"
 
 namespace qrel {
 
+struct ObjectVerdict;
 struct tSavedProcess;
 
 // What the main window asks of its face. A step that isn't set does nothing.
@@ -67,6 +70,9 @@ class frmMain : public Form {
   Label lblStatus{"lblStatus"};  // the status bar's pane: the tip of the control under the pointer or with the focus
   CheckBox chkScrollTogether{"chkScrollTogether"};  // both panes show the same place of two marked texts
   CheckBox chkAligned{"chkAligned"};  // two marked texts stand side by side line by line; kept between runs
+  std::array<Label, 5> lblMark;                     // what the colours of marked lines mean, each on its colour
+  std::array<Label, 2> lblCount;     // how many objects a side's list has, and how many of them are shown
+  std::array<TextBox, 2> txtFilter;  // only objects with this in their name are shown
   CommandBars barCommands{"barCommands"};
 
   bool mblnActivated = false;  // the first activation has been handled
@@ -93,6 +99,9 @@ class frmMain : public Form {
   // A mouse button went up over pane Index; the right one (2) opens the context menu.
   void txtTXProc_MouseUp(int Index, int Button);
   void RefreshPopupPanel();
+  // Scripts into an embedded server: from the menu, or files dropped on a panel, which then shows what was loaded
+  // (Index -1: none does). mainLoad.cpp.
+  void MenuLoadScripts(const std::vector<std::string>& paths, int Index);
   // The dialog for the table of the context menu's pane; both panes must show one.
   void MenuPopUpIgnoreColumns();
   void MenuListIgnoredColumns(long enmList);
@@ -156,6 +165,18 @@ class frmMain : public Form {
   void GetNamesOfSelServerDbAndObject(int Index, std::string& strServer, std::string& strDb, std::string& strObject,
                                       long& lngObjId) const;
 
+  // Finding one's way (mainMarks.cpp). The first, the next (1) or the previous (-1) marked block comes to the top of
+  // both panes, seen from the lines that the carets are in; the status bar says which of how many it is.
+  void ShowFirstMark();
+  void MoveToMark(int step);
+  // The pane that the pointer or the focus was in last asks for a text to search.
+  void FindInPane();
+  void FocusFilter();
+  // Writes what the last whole-database run has found beside the listed objects of its types.
+  void ShowObjectStates();
+  // Selects an object of that run on the sides that have it, and compares the pair: its records after a run over data.
+  void CompareObjectOfReport(const ObjectVerdict& verdict);
+
   // The filters (mainFilters.cpp).
   void cmdFilterBySchema_Click(int Index);
   void cmdFilterByOwner_Click(int Index);
@@ -177,8 +198,8 @@ class frmMain : public Form {
   // Runs a saved process again; below 1 the person chooses it (replay.h).
   void RunSavedProcess(std::int32_t lngId);
   void RunProcess(const tSavedProcess& process);
-  // The records of the two tables of that name, which are selected first; nothing where a side doesn't list it.
-  void CompareDataOfTable(const std::string& strTable);
+  // The records of the two selected tables, for a person who sees a report of many.
+  void CompareDataOfSelection();
   // The records of the tables that a person selects, and of all tables, in the databases of the panels.
   void MenuDataCompSelective();
   void DataCompareAll();
@@ -219,6 +240,10 @@ class frmMain : public Form {
   void wireEvents();
   void wireCommands();
   void wireTips();
+  void wireLists();
+  void showCount(std::size_t side);
+  void showMark(std::size_t number);
+  void showLoaded(const std::string& strServer, const std::string& strDb, int Index);
   void setUpControls();
   void fillControls();
   void clearPanel(std::size_t side);
@@ -249,7 +274,9 @@ class frmMain : public Form {
   MainWindowSteps steps_;
   MainCompare compare_;
   CommandTable commands_;
-  bool filtering_ = false;  // a filter command is running
+  bool filtering_ = false;          // a filter command is running
+  std::size_t lastSide_ = 0;        // the panel that the pointer or the focus was in last
+  std::vector<MarkedPlace> marks_;  // as last asked for
 };
 
 // Selects the row with exactly that text and raises the list's event. False, and no change, without such a row.

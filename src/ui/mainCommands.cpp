@@ -149,7 +149,7 @@ void frmMain::scrollOtherPane(std::size_t side) {
   const TextPane& pane = workspace.txtTXProc[side];
   TextPane& other = workspace.txtTXProc[1 - side];
   if (!chkScrollTogether.checked() || pane.backgrounds().empty() || other.backgrounds().empty()) return;
-  if (!pane.rows().empty()) return other.setTopLine(pane.topLine());
+  if (!pane.rows().empty()) return other.setTopRow(pane.topLine());
   other.setTopLine(CounterpartLine(pane, other, pane.topLine()));
 }
 

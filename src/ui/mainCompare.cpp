@@ -5,8 +5,8 @@
 #include "app/mdlMain.h"
 #include "app/modTextPane.h"
 #include "app/trap.h"
+#include "compare/all/reportObjects.h"
 #include "compare/data/dataCompareCommands.h"
-#include "compare/data/modCompareAllData.h"
 #include "compare/data/modCompareData.h"
 #include "compare/structure/frmColorSchema.h"
 #include "db/mdlQueryCode.h"
@@ -62,6 +62,7 @@ void MainCompare::ShowReport(const PairReport& report) {
   input.strExportPath = replay.mstrReplayExportPath;
   input.blnPrint = replay.mblnReplayPrint;
   program_.state<ReplayOutcome>().blnIdentical = report.blnIdentical;
+  if (!report.blnIdentical) window_.ShowFirstMark();
   frmReport(program_).ShowUp(std::move(input));
 }
 
@@ -87,11 +88,12 @@ void MainCompare::ShowReport(const CompareAllReportCall& call) {
   input.arrSource = call.selection.arrSelectedSource;
   input.arrTarget = call.selection.arrSelectedTarget;
   frmReport report(program_);
-  if (call.lngCompType == compData)
-    report.lineChosen = [this](const std::string& strLine) {
-      if (const std::string strTable = TableOfReportLine(strLine); !strTable.empty())
-        window_.CompareDataOfTable(strTable);
-    };
+  window_.ShowObjectStates();
+  // The pairs that are compared from here on are no run: what this one has found is kept as it is.
+  const std::vector<ObjectVerdict> arrVerdicts = program_.state<modCompareAllState>().arrVerdicts;
+  const auto objectAt = [&](std::size_t line) { return ObjectOfReportLine(arrVerdicts, report.txtReport, line); };
+  report.canChoose = [&](std::size_t line) { return objectAt(line) != nullptr; };
+  report.lineChosen = [&](std::size_t line) { window_.CompareObjectOfReport(*objectAt(line)); };
   report.ShowUp(std::move(input));
 }
 

@@ -40,11 +40,8 @@ void frmMain::MenuToolsDataAnalyzerTable(int Index) {
   });
 }
 
-void frmMain::CompareDataOfTable(const std::string& strTable) {
-  trap(program_, "frmMain", "CompareDataOfTable", [&] {
-    ShowObjectType(objTables);
-    for (CheckList& list : workspace.pvlSqlObj)
-      if (!SelectRowByText(list, strTable)) return;
+void frmMain::CompareDataOfSelection() {
+  trap(program_, "frmMain", "CompareDataOfSelection", [&] {
     auto& state = program_.state<modCompareDataState>();
     state.mainWindow = &workspace;
     tDataCompResult result;

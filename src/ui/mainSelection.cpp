@@ -165,6 +165,7 @@ void frmMain::pvlDb_Click(int Index) {
     if (static_cast<std::size_t>(server.RegIndex) <= servers.size())
       servers[static_cast<std::size_t>(server.RegIndex - 1)].MRUDb = strDb;
     SaveServerValue(program_, server.RegIndex, "MRUDb", strDb);
+    SaveServerValue(program_, server.RegIndex, panelDatabaseValues[side], strDb);
   });
 }
 

@@ -30,6 +30,7 @@ TEST_F(CompareAllWindows, SeveralTypesOneAfterTheOther) {
     form = dynamic_cast<frmCompareAll*>(&shown);
     EXPECT_EQ(form->parts.txtTXProc[1].pageWidth, 20000) << "the hidden panes are set up";
     EXPECT_FALSE(form->parts.chkObjType[6].visible() || form->parts.chkObjType[7].visible());
+    for (CheckBox& box : form->parts.chkObjType) box.personSets(false);
     form->personPressesEnter();
     EXPECT_EQ(test.host.boxes.back().text, "Please select at least one object type to be compared.");
     form->parts.chkObjType[6].setChecked(true);
@@ -40,6 +41,7 @@ TEST_F(CompareAllWindows, SeveralTypesOneAfterTheOther) {
     test.host.onDoEvents = [&] { test.host.tickCount = 3723999; };
     form->personPressesEnter();
     EXPECT_TRUE(form->closed());
+    EXPECT_EQ(form->lblDatabases.text(), "Source: S.A\nTarget: S.B");
     for (const Label& label : form->parts.lblComparing)
       if (label.visible()) labels += label.text() + "|";
   });
@@ -56,6 +58,33 @@ TEST_F(CompareAllWindows, SeveralTypesOneAfterTheOther) {
   EXPECT_EQ(call.intCompSubType * 100 + call.intDetailType, 1000);
   EXPECT_EQ(state().lngSourceOnly, 1);
   EXPECT_EQ(program.report.gstrReportText, "") << "cleared once it was shown";
+}
+
+TEST_F(CompareAllWindows, TypesAreTickedAsLastTime) {
+  const auto ticks = [&] {
+    const frmCompareAll window(program);
+    return FlagsOfBoxes(window.parts);
+  };
+  EXPECT_EQ(ticks(), "1,1,1,1,1,1,0,0") << "all that are in use";
+  load(procedure("p"), procedure("p"));
+  std::string progress;
+  OnChange* watched = nullptr;
+  test.host.windows.push_back([&](Form& shown) {
+    auto& window = dynamic_cast<frmCompareAll&>(shown);
+    for (CheckBox& box : window.parts.chkObjType) box.personSets(false);
+    window.cmdSelectAll.personClicks();
+    EXPECT_EQ(FlagsOfBoxes(window.parts), "1,1,1,1,1,1,0,0");
+    window.parts.chkObjType[0].personSets(false);
+    OnChange each(window.parts.lblProgress, [&] { progress += window.parts.lblProgress.text() + "|"; });
+    watched = &each;
+    window.personPressesEnter();
+  });
+  cmdCompareAll_Click(program, *this, {});
+  EXPECT_NE(watched, nullptr);
+  EXPECT_EQ(progress, "1 of 1 in Source:||1 of 1 in Target:|");
+  EXPECT_EQ(ticks(), "0,1,1,1,1,1,0,0");
+  program.settings.AnalyzeConstraints = true;
+  EXPECT_EQ(ticks(), "0,1,1,1,1,1,1,0") << "a type that came into use since";
 }
 
 TEST_F(CompareAllWindows, SavedProcessStartsAtOnce) {

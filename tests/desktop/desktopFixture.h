@@ -25,6 +25,7 @@ class DesktopTest : public testing::Test, public TestServers {
  protected:
   DesktopTest() {
     program.programFolder = folder.path().string();
+    program.state<ScriptLoaderState>().loader = &loader;
     watch();
   }
   ~DesktopTest() override {

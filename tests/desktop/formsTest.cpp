@@ -1,80 +1,19 @@
 // Every window's form and model name the same controls.
 #include <QDir>
 
-#include "app/frmErrorReport.h"
-#include "compare/all/frmCompareAll.h"
-#include "compare/all/frmCompareAllTables.h"
-#include "compare/all/frmListObjects.h"
-#include "compare/data/frmCompareData.h"
-#include "compare/data/frmCompareDataOptions.h"
-#include "compare/data/frmCompareDataValidation.h"
-#include "compare/data/frmCompareStatus.h"
-#include "compare/data/frmDataAnalyze.h"
-#include "compare/data/frmDataView.h"
-#include "compare/structure/frmColorSchema.h"
-#include "compare/structure/frmIgnoreColumnsAdd.h"
-#include "compare/structure/frmIgnoreColumnsView.h"
-#include "db/frmAddServer.h"
-#include "db/frmDeleteServer.h"
-#include "db/frmFilterBySchema.h"
 #include "desktop/formWindow.h"
 #include "desktop/text.h"
-#include "process/frmSaveCompRun.h"
-#include "process/frmSaveComparison.h"
-#include "report/frmExport.h"
-#include "report/frmReport.h"
+#include "tests/desktop/allForms.h"
 #include "tests/desktop/boundForm.h"
-#include "tests/support.h"
-#include "ui/frmCompareAndPrint.h"
-#include "ui/frmMain.h"
-#include "ui/tools/frmAbout.h"
-#include "ui/tools/frmAttachDb.h"
-#include "ui/tools/frmGetDbInfo.h"
-#include "ui/tools/frmOptions.h"
-#include "ui/tools/frmSearchForObject_Gen.h"
-#include "ui/tools/frmTip.h"
 
 namespace qrel {
 namespace {
 
 TEST(FormsTest, EveryFormFitsItsModel) {
   TestProgram test;
-  Program& program = test.program;
-  frmMain main(program);
-  MainCompare steps(program, main);
-  std::vector<std::unique_ptr<Form>> others;
-  others.push_back(std::make_unique<frmReport>(program));
-  others.push_back(std::make_unique<frmExport>(program));
-  others.push_back(std::make_unique<frmCompareAll>(program));
-  others.push_back(std::make_unique<frmCompareAllTables>(program));
-  others.push_back(std::make_unique<frmListObjects>(program));
-  others.push_back(std::make_unique<frmAddServer>(program));
-  others.push_back(std::make_unique<frmDeleteServer>(program));
-  others.push_back(std::make_unique<frmErrorReport>(test.host, tErrorReport{}));
-  others.push_back(std::make_unique<frmFilterBySchema>(program));
-  others.push_back(std::make_unique<frmColorSchema>());
-  others.push_back(std::make_unique<frmCompareAndPrint>(program, main.workspace, steps));
-  others.push_back(std::make_unique<frmIgnoreColumnsAdd>(program));
-  others.push_back(std::make_unique<frmIgnoreColumnsView>(program));
-  others.push_back(std::make_unique<frmCompareDataOptions>(program));
-  others.push_back(std::make_unique<frmCompareStatus>(program));
-  others.push_back(std::make_unique<frmCompareDataValidation>(program));
-  others.push_back(std::make_unique<frmCompareData>(program));
-  others.push_back(std::make_unique<frmSaveComparison>(program));
-  others.push_back(std::make_unique<frmSaveCompRun>(program));
-  others.push_back(std::make_unique<frmDataAnalyze>(program));
-  others.push_back(std::make_unique<frmDataView>(program));
-  others.push_back(std::make_unique<frmAbout>(program));
-  others.push_back(std::make_unique<frmAttachDb>(program));
-  others.push_back(std::make_unique<frmGetDbInfo>(program));
-  others.push_back(std::make_unique<frmOptions>(program));
-  others.push_back(std::make_unique<frmSearchForObject_Gen>(program));
-  others.push_back(std::make_unique<frmTip>(program));
-
-  std::vector<Form*> forms{&main};
-  for (const auto& each : others) forms.push_back(each.get());
+  AllForms forms(test);
   std::set<QString> known;
-  for (Form* form : forms) {
+  for (Form* form : forms.all) {
     known.insert(toQt(form->name) + ".ui");
     const QByteArray text = formText(form->name);
     ASSERT_FALSE(text.isEmpty()) << form->name;

@@ -92,6 +92,23 @@ TEST_F(GridsTest, ColumnsAreWidenedAtFirstAndOnRequest) {
   EXPECT_EQ(view.columnWidth(0), 200);
 }
 
+TEST_F(GridsTest, AWidthSetByHandLastsAsLongAsTheWindow) {
+  QHeaderView& header = *view.horizontalHeader();
+  const QPoint border(header.sectionViewportPosition(0) + header.sectionSize(0) - 1, header.height() / 2);
+  QTest::mousePress(header.viewport(), Qt::LeftButton, Qt::NoModifier, border);
+  QTest::mouseMove(header.viewport(), border + QPoint(20, 0));
+  QTest::mouseMove(header.viewport(), border + QPoint(40, 0));
+  QTest::mouseRelease(header.viewport(), Qt::LeftButton, Qt::NoModifier, border + QPoint(40, 0));
+  const int chosen = view.columnWidth(0), other = view.columnWidth(1);
+  EXPECT_GT(chosen, 60);
+  form.rpcTable.clear();
+  bound.binder.flush();
+  form.addRow("Somebody with a name longer than any before", "Rio", "");
+  bound.binder.flush();
+  EXPECT_EQ(view.columnWidth(0), chosen);
+  EXPECT_EQ(view.columnWidth(1), other);
+}
+
 TEST_F(GridsTest, TablesAreLaidOutOnPages) {
   TemporaryFolder folder;
   const auto pages = [&](int columns, int rows) {

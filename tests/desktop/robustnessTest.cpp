@@ -42,7 +42,6 @@ class RobustnessTest : public DesktopTest {
   bool runAllTables(const std::function<void(QWidget&)>& act) {
     bool acted = false;
     when("frmCompareAll", [&](QWidget& window) {
-      click(window, "chkObjType_0");
       const QPointer<QWidget> guarded(&window);
       during([guarded] { return guarded && !find<QLabel>(*guarded, "lblCurProcName").text().isEmpty(); },
              [&, guarded] {

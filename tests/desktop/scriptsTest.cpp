@@ -23,7 +23,7 @@ TEST_F(DesktopTest, ScriptsComeUpInTheReportWindow) {
     press(window, Qt::Key_Escape);
   };
   when("frmReport", read);
-  chooseInMenu(main(), "&S&QL", "Build SQL CREATE Statement - &Target");
+  chooseInMenu(main(), "S&QL", "Build SQL CREATE Statement - &Target");
   EXPECT_EQ(title, "SQL CREATE Statement");
   EXPECT_NE(text.find("CREATE TABLE [dbo].[Orders] (\n[id] [int] NOT NULL,\n[placed] [datetime] NULL"),
             std::string::npos)

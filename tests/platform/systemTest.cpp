@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <fstream>
 
 #include "tests/platform/temporaryFolder.h"
@@ -92,6 +93,28 @@ TEST(System, NewFilesAreTheirOwnersAloneWhenAsked) {
     EXPECT_EQ(othersMay(made), usual);
   }
   umask(before);
+}
+
+// The variable, the desktop's own file, the English name.
+TEST(System, TheDocumentsFolderIsTheDesktops) {
+  const TemporaryFolder folder;
+  const std::vector<const char*> names = {"HOME", "XDG_CONFIG_HOME", "XDG_DOCUMENTS_DIR"};
+  std::vector<std::string> before;
+  for (const char* name : names) before.emplace_back(std::getenv(name) ? std::getenv(name) : "");
+  setenv("HOME", "/home/me", 1);
+  setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+  unsetenv("XDG_DOCUMENTS_DIR");
+  const auto documents = [&](const char* line) {
+    folder.write("user-dirs.dirs", std::string("# made by a tool\nXDG_MUSIC_DIR=\"$HOME/M\"\n") + line + "\n");
+    return system::userFolders().documents.string();
+  };
+  EXPECT_EQ(documents("XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\""), "/home/me/Dokumente");
+  EXPECT_EQ(documents("XDG_DOCUMENTS_DIR=\"/data/a \\\"b\\\" c\""), "/data/a \"b\" c");
+  EXPECT_EQ(documents("XDG_DOCUMENTS_DIR=broken"), "/home/me/Documents");
+  setenv("XDG_DOCUMENTS_DIR", "/asked/for", 1);
+  EXPECT_EQ(documents("XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\""), "/asked/for");
+  for (std::size_t i = 0; i < names.size(); ++i)
+    before[i].empty() ? unsetenv(names[i]) : setenv(names[i], before[i].c_str(), 1);
 }
 
 }  // namespace

@@ -60,8 +60,7 @@ class Comparing : public testing::Test, public MainWindow {
   void compareAll(const std::function<void(frmCompareAll&)>& atStart) {
     host.windows.push_back([atStart](Form& shown) {
       auto& window = dynamic_cast<frmCompareAll&>(shown);
-      window.parts.chkObjType[0].setChecked(true);
-      window.parts.chkObjType[1].setChecked(true);
+      for (std::size_t type = 2; type < 8; ++type) window.parts.chkObjType[type].setChecked(false);
       atStart(window);
       window.parts.cmdCompare.personClicks();
     });
@@ -176,6 +175,8 @@ TEST_F(Comparing, TextsThatDifferStandSideBySideWhenAskedTo) {
 
   target.personScrolls(2);
   EXPECT_EQ(source.topLine(), 2U) << "row by row";
+  source.setTopLine(0);
+  EXPECT_EQ(source.topLine(), 1U) << "the row that shows the line";
   form.PrintStructure(0, false, "");
   EXPECT_EQ(host.printed.back().text, "\n[a] int\n[b] int");
   EXPECT_EQ(host.printed.back().lineColours.size(), 3U);

@@ -38,6 +38,7 @@ struct CompareAllControls {
   std::array<Control, 2> fraContainer = controlArray<Control, 2>("fraContainer");  // 0 the type boxes, 1 the progress
   std::array<CheckBox, 8> chkObjType = controlArray<CheckBox, 8>("chkObjType");
   std::array<Label, 8> lblComparing = controlArray<Label, 8>("lblComparing");  // the types done and at work, from 0
+  Label lblProgress{"lblProgress"};  // which of how many objects lblCurProcName names
   Label lblCurProcName{"lblCurProcName"};
   Label lblTime{"lblTime"};                                                    // elapsed, hh:mm:ss
   std::array<Control, 15> shpStatus = controlArray<Control, 15>("shpStatus");  // one of them is visible at a time

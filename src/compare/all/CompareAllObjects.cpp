@@ -101,7 +101,12 @@ bool CompareAllObjects::nameIsCut(const Item& item) {
 void CompareAllObjects::notCompared(const Item& item, const std::string& strWhy) {
   if (!notCompared_.insert(item.strPrinted).second) return;
   run_.report.addNotCompared(item.strPrinted);
+  noteVerdict(item, VerdictState::NotCompared);
   program_.state<modCompareAllState>().arrNotCompared.push_back({type_, item.strPrinted, strWhy});
+}
+
+void CompareAllObjects::noteVerdict(const Item& item, VerdictState state) {
+  program_.state<modCompareAllState>().arrVerdicts.push_back({type_, item.strPrinted, state});
 }
 
 bool CompareAllObjects::findNamesake(int side, const std::string& strName, long lngId, long& lngOtherId,
@@ -114,12 +119,23 @@ bool CompareAllObjects::findNamesake(int side, const std::string& strName, long 
                                            run_.server(other), run_.database(other), lngId, lngOtherId, blnProceed);
 }
 
+std::size_t CompareAllObjects::countOfItems(int side) const {
+  const CheckList& list = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)];
+  if (!run_.input.blnSelective) return list.count();
+  std::size_t count = 0;
+  for (std::size_t row = 0; row < list.count(); ++row) count += proceed(list.cell(row, 0)) ? 1 : 0;
+  return count;
+}
+
 bool CompareAllObjects::eachItem(int side, const std::function<bool(const Item&)>& handle) {
   const std::size_t count = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)].count();
+  const std::string strOf = " of " + std::to_string(countOfItems(side)) + (side == 0 ? " in Source:" : " in Target:");
+  std::size_t number = 0;
   for (std::size_t row = 0; row < count; ++row) {
     if (!run_.pulse.goOn()) return false;
     const Item item = itemAt(side, row);
     if (!proceed(item.strPrinted)) continue;
+    run_.frm.lblProgress.setText(std::to_string(++number) + strOf);
     run_.frm.lblCurProcName.setText(item.strPrinted);
     if (!handle(item)) return false;
   }
@@ -128,6 +144,7 @@ bool CompareAllObjects::eachItem(int side, const std::function<bool(const Item&)
 
 bool CompareAllObjects::sourcePass() {
   if (!eachItem(0, [this](const Item& item) { return compareItem(item); })) return false;
+  run_.frm.lblProgress.setText("");
   run_.frm.lblCurProcName.setText("");
   run_.report.endSourcePass();
   return true;
@@ -148,6 +165,7 @@ void CompareAllObjects::countUnlisted() {
     const Item item = itemAt(side, row);
     if (!proceed(item.strPrinted)) continue;
     ++(side == 0 ? state.lngSourceOnly : state.lngTargetOnly);
+    noteVerdict(item, side == 0 ? VerdictState::SourceOnly : VerdictState::TargetOnly);
   }
 }
 

@@ -81,6 +81,7 @@ class CompareAllObjects {
   // Whether the name by which the item would be looked up is another than its own; told then.
   bool nameIsCut(const Item& item);
   void notCompared(const Item& item, const std::string& strWhy = {});
+  void noteVerdict(const Item& item, VerdictState state);
   bool isNotCompared(const Item& item) const { return notCompared_.contains(item.strPrinted); }
   // "table Orders"
   std::string wordsFor(const std::string& strName) const;
@@ -93,6 +94,7 @@ class CompareAllObjects {
   const long type_;
 
  private:
+  std::size_t countOfItems(int side) const;  // those that take part
   // False: stopped. blnRead: both lists are whole.
   bool loadLists(bool& blnRead);
   Item itemAt(int side, std::size_t row) const;

@@ -40,10 +40,13 @@ void CompareAllSection::decide(const Item& item, Pair& pair, const ReadWatch& re
     notCompared(item);
   } else if (!blnInTarget) {
     report.addSourceOnly(item.strPrinted);
+    noteVerdict(item, VerdictState::SourceOnly);
   } else if (blnSame) {
     report.addIdentical(item.strPrinted + pair.strSuffix);
+    noteVerdict(item, VerdictState::Identical);
   } else {
     report.addDifferent(item.strPrinted + pair.strSuffix);
+    noteVerdict(item, VerdictState::Different);
     if (!run_.input.blnDetails) return;
     if (!pair.blnTooLong) return report.addDetails(program_, item.strName, pair.arrTexts[0], pair.arrTexts[1]);
     program_.state<modCompareAllState>().arrWithoutDetails.push_back(
@@ -171,10 +174,12 @@ bool CompareAllSection::lookForItem(const Item& item, const NamesInRecordset& na
   } catch (const std::exception&) {
     if (!reads.failed()) throw;
   }
-  if (reads.failed())
+  if (reads.failed()) {
     notCompared(item);
-  else if (!blnExists)
+  } else if (!blnExists) {
     run_.report.addTargetOnly(item.strPrinted);
+    noteVerdict(item, VerdictState::TargetOnly);
+  }
   return true;
 }
 

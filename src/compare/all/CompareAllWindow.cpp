@@ -26,8 +26,8 @@ CompareAllWindow::CompareAllWindow(Program& program, std::string formName)
     add(shape);
     shape.setVisible(&shape == &parts.shpStatus.front());
   }
-  for (Control* control : std::initializer_list<Control*>{&parts.lblCurProcName, &parts.lblTime, &parts.tmrStatus,
-                                                          &parts.cmdCompare, &parts.cmdCancel})
+  for (Control* control : std::initializer_list<Control*>{&parts.lblProgress, &parts.lblCurProcName, &parts.lblTime,
+                                                          &parts.tmrStatus, &parts.cmdCompare, &parts.cmdCancel})
     add(*control);
   for (std::size_t i = 0; i < compareAllTypes.size(); ++i) parts.chkObjType[i].setText(boxCaption(compareAllTypes[i]));
   parts.chkObjType.at(6).setVisible(program.settings.AnalyzeConstraints);

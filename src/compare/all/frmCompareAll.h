@@ -9,7 +9,11 @@ class frmCompareAll : public CompareAllWindow {
  public:
   explicit frmCompareAll(Program& program);
 
-  // Modal. blnResult tells whether a comparison came to its end; strTypesFlags then receives the flags of its types.
+  Label lblDatabases{"lblDatabases"};  // what is compared with what
+  Button cmdSelectAll{"cmdSelectAll"};
+
+  // Modal. The boxes are ticked as they were when a person last started a comparison, all of them the first time.
+  // blnResult tells whether a comparison came to its end; strTypesFlags then receives the flags of its types.
   void ShowUp(const std::string& strSourceDb, const std::string& strTargetDb, std::string& strTypesFlags,
               bool& blnResult);
   // The same for a saved process: the boxes follow the eight flags and the comparison starts at once.
@@ -20,6 +24,8 @@ class frmCompareAll : public CompareAllWindow {
 
  private:
   void compare();
+  void tickAsLastTime();
+  void keepTicks();
   bool runComparison() override;
 
   CompareAllInput input_;

@@ -39,6 +39,15 @@ struct NotComparedObject {
   std::string strWhy;   // half a sentence; empty: the failed reads say it (db/readFailures.h)
 };
 
+enum class VerdictState : std::uint8_t { Identical, Different, SourceOnly, TargetOnly, NotCompared };
+
+// What a run has found about one object.
+struct ObjectVerdict {
+  long lngType = 0;
+  std::string strName;  // as listed, in Target for one that is there alone, else in Source
+  VerdictState state = VerdictState::NotCompared;
+};
+
 struct modCompareAllState {
   bool gblnCancelCompare = false;  // the stop flag of bulk runs; Cancel sets it
 
@@ -50,7 +59,11 @@ struct modCompareAllState {
   std::vector<UnreadableObject> arrUnreadable;
   std::vector<NotComparedObject> arrNotCompared;
   std::vector<NotComparedObject> arrWithoutDetails;  // that differ, but whose lines couldn't be listed
-  long lngTypesRead = 0;                             // types of which both lists could be read
+  // Of all objects that took part, in the order in which they were met. The first one about an object is what is known
+  // for certain: what differs may be told as not compared to its end behind that.
+  std::vector<ObjectVerdict> arrVerdicts;
+  bool blnDataCompared = false;  // the verdicts are about records
+  long lngTypesRead = 0;         // types of which both lists could be read
 };
 
 struct CompareAllInput {

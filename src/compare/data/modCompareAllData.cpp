@@ -20,6 +20,7 @@ class DataSection : public CompareAllObjects {
   void beginReport() override { run_.report.beginData(run_.input); }
   bool compareItem(const Item& item) override;
   bool targetPass() override;
+  void addSourceOnly(const Item& item);
   bool lookForItem(const Item& item);
   bool hasText(int side, const Item& item, long lngId);
   void compareRecords(const Item& item, long lngTargetId, const ReadWatch& reads);
@@ -58,8 +59,13 @@ bool DataSection::compareItem(const Item& item) {
   else if (reads.failed())
     notCompared(item);
   else
-    run_.report.addSourceOnly(item.strPrinted);
+    addSourceOnly(item);
   return true;
+}
+
+void DataSection::addSourceOnly(const Item& item) {
+  run_.report.addSourceOnly(item.strPrinted);
+  noteVerdict(item, VerdictState::SourceOnly);
 }
 
 // A table that couldn't be read to its end counts as differing, by what was found, and is listed as not compared too.
@@ -77,10 +83,13 @@ void DataSection::compareRecords(const Item& item, long lngTargetId, const ReadW
   lngEnd = DataCompEnd::NotRead;
   PerformDataComparison(program_, request, blnShowOptionsOnce, result);
   const bool blnComplete = !reads.failed() && (lngEnd == DataCompEnd::Done || result.blnStopped);
-  if (!result.blnIdentical)
+  if (!result.blnIdentical) {
     run_.report.addDifferent(item.strPrinted + " - " + std::to_string(result.lngDiffs) + std::string(differentRecords));
-  else if (blnComplete)
+    noteVerdict(item, VerdictState::Different);
+  } else if (blnComplete) {
     run_.report.addIdentical(item.strPrinted);
+    noteVerdict(item, VerdictState::Identical);
+  }
   if (!blnComplete) notCompared(item, reads.failed() ? "" : "an error ended it on the way");
 }
 
@@ -97,10 +106,12 @@ bool DataSection::lookForItem(const Item& item) {
   bool blnProceed = false;
   if (!findNamesake(1, item.strName, item.lngId, lngSourceId, blnProceed) || !run_.pulse.goOn()) return false;
   const bool blnInSource = blnProceed && hasText(0, item, lngSourceId);
-  if (reads.failed())
+  if (reads.failed()) {
     notCompared(item);
-  else if (!blnInSource)
+  } else if (!blnInSource) {
     run_.report.addTargetOnly(item.strPrinted);
+    noteVerdict(item, VerdictState::TargetOnly);
+  }
   return run_.pulse.goOn();
 }
 
@@ -122,17 +133,11 @@ bool compareAll(CompareAllRun& run) {
 
 bool CompareAll_Data(Program& program, CompareAllControls& frmOwner, const CompareAllInput& input) {
   program.state<modCompareAllState>() = {};
+  program.state<modCompareAllState>().blnDataCompared = true;
   const auto heldState = program.data.holdState();
   CompareAllRun run(program, frmOwner, input);
   const CompareAllRunEnd end(run);
   return trap(program, "modCompareAll", "CompareAll_Data", false, [&] { return compareAll(run); });
-}
-
-std::string TableOfReportLine(std::string_view strLine) {
-  if (!strLine.starts_with('\t') || !strLine.ends_with(differentRecords)) return {};
-  strLine = strLine.substr(1, strLine.size() - 1 - differentRecords.size());
-  const std::size_t end = strLine.rfind(" - ");
-  return end == std::string_view::npos ? "" : std::string(strLine.substr(0, end));
 }
 
 }  // namespace qrel

@@ -12,7 +12,4 @@ namespace qrel {
 // has no meaning here.
 bool CompareAll_Data(Program& program, CompareAllControls& frmOwner, const CompareAllInput& input);
 
-// The table, as it is listed, of a report's line that says how many of its records differ; empty for any other line.
-std::string TableOfReportLine(std::string_view strLine);
-
 }  // namespace qrel

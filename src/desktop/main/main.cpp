@@ -13,6 +13,7 @@
 #include "desktop/theme.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/instance/instances.h"
+#include "embedded/load/embeddedScriptLoader.h"
 #include "platform/store/folders.h"
 #include "platform/system.h"
 #include "platform/visibleText.h"
@@ -72,6 +73,8 @@ int main(int argc, char** argv) {
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   program.commandLine = arguments.commandLine;
+  qrel::EmbeddedScriptLoader loader(servers);
+  program.state<qrel::ScriptLoaderState>().loader = &loader;
   program.state<qrel::TipsState>().strInstalledFolder = folders.installed.string();
   qrel::MainWindowSteps steps;
   const qrel::StartUp* running = nullptr;

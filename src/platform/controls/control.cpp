@@ -114,7 +114,12 @@ void ComboBox::select(int index) {
 }
 
 void CheckList::rowsChanged() {
-  if (redraw_) changed();
+  if (redraw_) tellRows();
+}
+
+void CheckList::tellRows() {
+  changed();
+  if (onRows) onRows();
 }
 
 std::size_t CheckList::add(std::string text) {
@@ -184,6 +189,7 @@ void CheckList::clearSelection() {
 
 void CheckList::personSelects(const std::vector<std::size_t>& rows) {
   if (!enabled()) return;
+  if (rows.empty() && !multipleSelection) return rowsChanged();
   for (Row& each : rows_) each.selected = false;
   for (std::size_t row : rows) {
     rows_.at(row).selected = true;
@@ -203,7 +209,21 @@ int CheckList::find(std::string_view text, std::size_t from) const {
 void CheckList::setRedraw(bool on) {
   const bool was = redraw_;
   redraw_ = on;
-  if (on && !was) changed();
+  if (on && !was) tellRows();
+}
+
+void CheckList::setNote(std::size_t row, std::string note) {
+  rows_.at(row).note = std::move(note);
+  rowsChanged();
+}
+
+void CheckList::setFilter(std::string filter) {
+  filter_ = lowerCase(filter);
+  rowsChanged();
+}
+
+bool CheckList::passes(std::size_t row) const {
+  return filter_.empty() || lowerCase(rows_.at(row).cells.front()).find(filter_) != std::string::npos;
 }
 
 }  // namespace qrel

@@ -49,8 +49,11 @@ class Control {
   std::size_t focusRequests() const { return focusRequests_; }
   // The face tells that the mouse pointer or the keyboard focus came here (true) or went (false).
   std::function<void(bool here)> onPointedAt;
-  // The face tells that a mouse button went up over the control: 1 left, 2 right.
+  // The face tells that a mouse button went up over the control: 1 left, 2 right. The menu key and Shift+F10 count as
+  // the right one.
   std::function<void(int button)> onMouseUp;
+  // Files and folders that a person drags over the control can be dropped where this is set; it gets their paths.
+  std::function<void(const std::vector<std::string>& paths)> onFilesDropped;
   bool selectAllOnFocus() const { return selectAll_; }
 
  protected:
@@ -107,7 +110,9 @@ class TextBox : public TextControl {
   using TextControl::TextControl;
   bool password = false;
   bool readOnly = false;
-  bool numeric = false;  // a person can type digits only
+  bool numeric = false;                  // a person can type digits only
+  std::vector<std::string> suggestions;  // texts that a face offers to whoever types; set before the window is made
+  std::string placeholder;               // shown while the box is empty
   std::function<void()> onChange;
   void personTypes(std::string text);
 };
@@ -203,13 +208,24 @@ class CheckList : public Control {
   // By code: makes the row the one selection and raises the event unless muted.
   void select(std::size_t row);
   void clearSelection();
-  // A person's choice of rows.
+  // A person's choice of rows. Where one row can be selected it stays when a person takes it out (Ctrl and a click).
   void personSelects(const std::vector<std::size_t>& rows);
   // The row whose text equals `text` without case, from `from` on; -1 when there is none.
   int find(std::string_view text, std::size_t from = 0) const;
 
+  // What is known of a row beside its cells, in a word or two that a face shows behind them; empty unless it is set.
+  const std::string& note(std::size_t row) const { return rows_.at(row).note; }
+  void setNote(std::size_t row, std::string note);
+  // A face shows the rows that have this in their text, case not counting; empty: all. Whatever else is done with the
+  // rows, all of them take part.
+  const std::string& filter() const { return filter_; }
+  void setFilter(std::string filter);
+  bool passes(std::size_t row) const;
+
   // While redraw is off the observer isn't told; switching it on tells it once.
   void setRedraw(bool on);
+  // Told together with the observer: the window that the list stands in shows something of it elsewhere, too.
+  std::function<void()> onRows;
   std::vector<int> columnWidths;
   std::function<void()> onClick;
   // The face tells that a person clicked a row twice; it is selected.
@@ -221,12 +237,15 @@ class CheckList : public Control {
  private:
   struct Row {
     std::vector<std::string> cells;
+    std::string note;
     std::int32_t id = 0;
     bool ticked = false;
     bool selected = false;
   };
   void rowsChanged();
+  void tellRows();
   std::vector<Row> rows_;
+  std::string filter_;
   bool redraw_ = true;
 };
 

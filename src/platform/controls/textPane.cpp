@@ -43,7 +43,13 @@ void TextPane::setRows(std::vector<Row> rows) {
 }
 
 void TextPane::setTopLine(std::size_t line) {
-  topLine_ = line;
+  const auto row = std::find_if(rows_.begin(), rows_.end(),
+                                [line](const Row& each) { return each.line == static_cast<long>(line); });
+  setTopRow(row == rows_.end() ? line : static_cast<std::size_t>(row - rows_.begin()));
+}
+
+void TextPane::setTopRow(std::size_t row) {
+  topLine_ = row;
   changed();
 }
 
@@ -89,6 +95,12 @@ void TextPane::setBackgrounds(std::vector<Range> backgrounds) {
 void TextPane::clearBackgrounds() {
   backgrounds_.clear();
   changed();
+}
+
+std::size_t TextPane::lineAt(std::size_t offset) const {
+  findLines();
+  const auto behind = std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset);
+  return static_cast<std::size_t>(behind - lineStarts_.begin()) - 1;
 }
 
 std::string TextPane::lineText(std::size_t line) const {

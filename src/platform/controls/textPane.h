@@ -66,12 +66,20 @@ class TextPane : public Control {
   // The line, or the row where there are rows, that a face shows at the top. A person's scrolling raises the event,
   // code doesn't.
   std::size_t topLine() const { return topLine_; }
-  void setTopLine(std::size_t line);
+  void setTopLine(std::size_t line);  // or the row that shows it
+  void setTopRow(std::size_t row);
   void personScrolls(std::size_t line);
   std::function<void()> onScroll;
 
   // A person double-clicks a line, or presses Enter with the caret in it; only where lines can be chosen.
   std::function<void(std::size_t line)> onLineChosen;
+  // Asks the face to show the field for a text to search in the pane.
+  void askSearch() {
+    if (onSearchAsked) onSearchAsked();
+  }
+  std::function<void()> onSearchAsked;
+  // The line that holds an offset of the text; the last one for any beyond.
+  std::size_t lineAt(std::size_t offset) const;
   // Without its line end; empty when there is no such line.
   std::string lineText(std::size_t line) const;
 

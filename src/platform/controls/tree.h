@@ -34,6 +34,9 @@ class Tree : public Control {
     changed();
   }
 
+  // The face shows it by now, and isn't told.
+  void personExpands(int node, bool expanded) { nodes_.at(static_cast<std::size_t>(node)).expanded = expanded; }
+
   int selected() const { return selected_; }
   // Raises the event unless muted, by code too.
   void select(int node) {

@@ -30,6 +30,14 @@ std::string missingServer(const std::string& name, const std::string& database, 
 
 }  // namespace
 
+std::vector<std::string> DataAccess::knownServers() const {
+  std::vector<std::string> names;
+  for (const auto& provider : providers_)
+    for (std::string& name : provider->knownServers())
+      if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(std::move(name));
+  return names;
+}
+
 std::shared_ptr<void> DataAccess::holdState() {
   auto held = std::make_shared<std::vector<std::shared_ptr<void>>>();
   for (const auto& provider : providers_) held->push_back(provider->holdState());

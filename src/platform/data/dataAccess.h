@@ -23,6 +23,9 @@ class DataAccess {
     if (provider) providers_.push_back(std::move(provider));
   }
 
+  // The servers that the providers know to be there, in their order, each name once.
+  std::vector<std::string> knownServers() const;
+
   // Asked every few milliseconds while a command runs or its rows come. It may let the window system run, but must
   // run nothing on the same connection. True ends the command or the fetch with "Operation canceled".
   std::function<bool()> stopAsked;

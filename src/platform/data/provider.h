@@ -69,6 +69,9 @@ class ProviderConnection {
 class Provider {
  public:
   virtual ~Provider() = default;
+  // Names of servers that a person can be offered because they are known to be there, in order; empty where none are
+  // known without asking around.
+  virtual std::vector<std::string> knownServers() const { return {}; }
   // Whether it reaches the server of this name, "(localdb)\" cut off.
   virtual bool serves(const std::string& server) const = 0;
   // Whether servers of this machine's user, "(localdb)\NAME", are among them.

@@ -71,6 +71,14 @@ class Host {
   // The chosen path; empty when the person cancelled.
   virtual std::string saveFileDialog(const FileDialog& dialog) = 0;
   virtual std::string openFileDialog(const FileDialog& dialog) = 0;
+  // Any number of files that are there; none when the person cancelled.
+  virtual std::vector<std::string> openFilesDialog(const FileDialog& dialog) {
+    const std::string file = openFileDialog(dialog);
+    return file.empty() ? std::vector<std::string>() : std::vector<std::string>{file};
+  }
+  // A folder that is there; empty when the person cancelled.
+  virtual std::string openFolderDialog(const std::string& title) { return openFileDialog({title, {}, {}}); }
+  // Text with CR LF is put there with the line ends that the system's programs use.
   virtual void setClipboardText(const std::string& text) = 0;
   // One copy on the default printer. Raises RuntimeError when it can't be printed.
   virtual void print(const PrintJob& job) = 0;

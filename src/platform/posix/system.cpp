@@ -7,8 +7,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -232,11 +236,38 @@ fs::path programFile() {
   return fs::read_symlink("/proc/self/exe", ignored);
 }
 
+namespace {
+
+// The documents folder as the desktop of a language other than English calls it: a line of a file of shell assignments,
+// XDG_DOCUMENTS_DIR="$HOME/Dokumente". Empty when the file doesn't say.
+fs::path documentsOfDesktop(const fs::path& settings, const fs::path& home) {
+  constexpr std::string_view name = "XDG_DOCUMENTS_DIR=\"", atHome = "$HOME";
+  std::ifstream file(settings / "user-dirs.dirs");
+  fs::path found;
+  for (std::string line; std::getline(file, line);) {
+    line.erase(0, line.find_first_not_of(" \t"));
+    const std::size_t end = line.rfind('"');
+    if (!line.starts_with(name) || end < name.size()) continue;
+    std::string value;
+    for (std::size_t at = name.size(); at < end; ++at)
+      if (line[at] != '\\' || ++at < end) value += line[at];
+    if (value.starts_with(atHome))
+      found = home / value.substr(std::min(atHome.size() + 1, value.size()));
+    else if (value.starts_with('/'))
+      found = value;
+  }
+  return found;
+}
+
+}  // namespace
+
 UserFolders userFolders() {
   UserFolders folders;
   folders.home = firstSet(fromEnvironment("HOME"), ".");
-  folders.documents = firstSet(fromEnvironment("XDG_DOCUMENTS_DIR"), folders.home / "Documents");
   folders.settings = firstSet(fromEnvironment("XDG_CONFIG_HOME"), folders.home / ".config");
+  folders.documents =
+      firstSet(fromEnvironment("XDG_DOCUMENTS_DIR"),
+               firstSet(documentsOfDesktop(folders.settings, folders.home), folders.home / "Documents"));
   folders.data = firstSet(fromEnvironment("XDG_DATA_HOME"), folders.home / ".local" / "share");
   return folders;
 }

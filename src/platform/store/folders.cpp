@@ -21,12 +21,12 @@ fs::path fromEnvironment(const char* name) {
 fs::path findHelp(const fs::path& programFolder) {
   constexpr int deepestBuildFolder = 5;  // of a program below the source tree: build/dev/src/desktop
   std::error_code ignored;
-  if (const fs::path installed = programFolder.parent_path() / "share" / "quorrel" / "help";
+  if (fs::path installed = programFolder.parent_path() / "share" / "quorrel" / "help";
       fs::is_directory(installed, ignored))
     return installed;
   fs::path around = programFolder;
   for (int depth = 0; depth < deepestBuildFolder && !around.empty(); ++depth, around = around.parent_path())
-    if (const fs::path help = around / "docs" / "help"; fs::is_directory(help, ignored)) return help;
+    if (fs::path help = around / "docs" / "help"; fs::is_directory(help, ignored)) return help;
   return {};
 }
 

@@ -1,4 +1,4 @@
-#include "console/loadReport.h"
+#include "embedded/load/loadReport.h"
 
 #include <iomanip>
 #include <ostream>
