@@ -70,9 +70,9 @@ class frmMain : public Form {
   Label lblStatus{"lblStatus"};  // the status bar's pane: the tip of the control under the pointer or with the focus
   CheckBox chkScrollTogether{"chkScrollTogether"};  // both panes show the same place of two marked texts
   CheckBox chkAligned{"chkAligned"};  // two marked texts stand side by side line by line; kept between runs
-  std::array<Label, 5> lblMark;                     // what the colours of marked lines mean, each on its colour
-  std::array<Label, 2> lblCount;     // how many objects a side's list has, and how many of them are shown
-  std::array<TextBox, 2> txtFilter;  // only objects with this in their name are shown
+  std::array<Label, 5> lblMark;       // what the colours of marked lines mean, each on its colour
+  std::array<Label, 2> lblCount;      // how many objects a side's list has, and how many of them are shown
+  std::array<TextBox, 2> txtFilter;   // only objects with this in their name are shown
   CommandBars barCommands{"barCommands"};
 
   bool mblnActivated = false;  // the first activation has been handled
