@@ -42,10 +42,7 @@ ExitCode runServersAdd(Console& console, const AddServerArguments& arguments) {
   });
   // Whether the server is there is what the window asks and tells.
   const AskedScope asked(console.program);
-  if (MenuAddServer(console.program)) return ExitCode::Identical;
-  const std::string& why = console.program.state<ServerTestState>().strReason;
-  if (!why.empty()) console.err << "qrel: " << visibleText(why) << '\n';
-  return ExitCode::CannotRead;
+  return MenuAddServer(console.program) ? ExitCode::Identical : ExitCode::CannotRead;
 }
 
 ExitCode runServersRemove(Console& console, const std::string& name) {

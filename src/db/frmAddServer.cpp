@@ -4,7 +4,6 @@
 #include "app/settings.h"
 #include "app/trap.h"
 #include "db/mdlServers.h"
-#include "db/readFailures.h"
 #include "platform/text.h"
 
 namespace qrel {
@@ -118,8 +117,8 @@ void frmAddServer::ok() {
     if (!inputIsValid()) return;
     const tServer server = serverFromInput();
     if (!TestServerConnection(program_, server)) {
-      const auto& failures = program_.state<ReadFailuresState>().arrFailures;
-      const std::string strWhy = failures.empty() ? "" : "\r\n\r\n" + failures.back().strDescription;
+      const std::string& strReason = program_.state<ServerTestState>().strReason;
+      const std::string strWhy = strReason.empty() ? "" : "\r\n\r\n" + strReason;
       program_.host.messageBox(
           "Cannot connect to the server - server does not exist or access denied.\r\n\r\nPlease enter correct server "
           "data." +

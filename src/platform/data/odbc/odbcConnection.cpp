@@ -126,7 +126,7 @@ void Road::run(const Running& running, const CommandRequest& request, void (Stat
   if (const std::optional<DataError> failure = running.statement->failure()) throw *failure;
 }
 
-Running Road::attempt(std::shared_ptr<Session> session, const CommandRequest& request) {
+Running Road::attempt(const std::shared_ptr<Session>& session, const CommandRequest& request) {
   Running running{session, std::make_shared<Statement>(session->shared_from_this(), request)};
   if (!leavesNothing(request)) session->touched = true;
   session->busy = true;

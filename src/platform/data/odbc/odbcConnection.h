@@ -36,7 +36,7 @@ class Road {
   const Opening& opening() const { return opening_; }
 
  private:
-  Running attempt(std::shared_ptr<Session> session, const CommandRequest& request);
+  Running attempt(const std::shared_ptr<Session>& session, const CommandRequest& request);
   void run(const Running& running, const CommandRequest& request, void (Statement::*step)(), bool clocked);
   std::shared_ptr<Session> freeSession();
 

@@ -20,12 +20,13 @@ class OdbcProvider : public Provider {
 
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override {
     const OdbcChoices choices = choices_ ? choices_() : OdbcChoices{};
-    const std::shared_ptr<Environment> environment = manager();
+    const auto [environment, installed] = manager();
     Opening opening;
     opening.stopAsked = stopAsked_;
     try {
-      choose(opening, connectionString, choices, environment->drivers());
+      choose(opening, connectionString, choices, installed);
     } catch (DataError& error) {
+      forgetDrivers();  // somebody may install one now
       // Whoever misspells an embedded server's name comes here.
       error.description += " An embedded server '" + opening.target.server + "' isn't there either: \"qrel load " +
                            opening.target.server + "/DATABASE FILE\" makes one.";
@@ -51,17 +52,24 @@ class OdbcProvider : public Provider {
     opening.text = driverText(opening.driver, opening.target);
   }
 
-  // Made when it is first needed: whoever reads embedded servers only never loads a driver.
-  std::shared_ptr<Environment> manager() {
+  // Made when it is first needed: whoever reads embedded servers only never loads a driver. Which drivers there are is
+  // read from files, and asked with every query.
+  std::pair<std::shared_ptr<Environment>, std::vector<std::string>> manager() {
     const std::lock_guard lock(mutex_);
     if (!environment_) environment_ = std::make_shared<Environment>();
-    return environment_;
+    if (installed_.empty()) installed_ = environment_->drivers();
+    return {environment_, installed_};
+  }
+  void forgetDrivers() {
+    const std::lock_guard lock(mutex_);
+    installed_.clear();
   }
 
   std::function<OdbcChoices()> choices_;
   const std::function<bool()>* stopAsked_;
   std::mutex mutex_;
   std::shared_ptr<Environment> environment_;
+  std::vector<std::string> installed_;
   std::shared_ptr<SessionPool> pool_;
 };
 

@@ -74,7 +74,7 @@ std::shared_ptr<Session> Session::open(const std::shared_ptr<Environment>& envir
     Records failure;
     bool connected = false;
   };
-  const std::shared_ptr<Session> session(new Session(environment, opening));
+  std::shared_ptr<Session> session(new Session(environment, opening));
   const auto attempted = std::make_shared<Attempted>();
   Watch watch;
   watch.stopAsked = opening.stopAsked;

@@ -85,7 +85,7 @@ void Statement::execute() {
   std::vector<SQLWCHAR> text = wide(parameters_.text());
   const SQLRETURN result = SQLExecDirectW(handle_, text.data(), static_cast<SQLINTEGER>(text.size()));
   // A command without rows and without a count has no data, which is no failure.
-  if (!ok(result == SQL_NO_DATA ? SQL_SUCCESS : result)) return;
+  if (!ok(result == SQL_NO_DATA ? SQLRETURN{SQL_SUCCESS} : result)) return;
   toFirstResult(result);
 }
 
