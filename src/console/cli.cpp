@@ -47,7 +47,7 @@ void addLoad(CLI::App& app, CommandLine& line) {
 
 void addServers(CLI::App& app, CommandLine& line) {
   CLI::App* servers = app.add_subcommand("servers", "List, add, test or remove servers");
-  CLI::App* add = servers->add_subcommand("add", "Add a server; a password comes from QREL_PASSWORD");
+  CLI::App* add = servers->add_subcommand("add", "Add a server; a password comes from QREL_PASSWORD, or is asked for");
   add->add_option("NAME", line.addServer.name)->required();
   add->add_option("--database", line.addServer.database, "the database to begin with")->capture_default_str();
   add->add_option("--login", line.addServer.login, "SQL Server authentication under this name");
@@ -300,6 +300,7 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
     const StopWatch watch(console.servers.unfinished());
     console.colours = &out == &std::cout && system::isTerminal(system::Stream::Output);
     if (const int columns = system::terminalColumns(); columns > 0) console.columns = columns;
+    console.asks = &err == &std::cerr && system::isTerminal(system::Stream::Input);
     console.progress = &err == &std::cerr && system::isTerminal(system::Stream::Errors);
     const auto heldState = console.data.holdState();  // what a command prints is of one state of each database
     console.start(line.sets);

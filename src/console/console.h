@@ -40,6 +40,7 @@ class Console : private MainSteps {
   std::ostream& err;      // progress and messages
   bool colours = false;   // `out` is a terminal
   int columns = 130;      // of characters in a row of `out`
+  bool asks = false;      // a person at a terminal can be asked for a password
   bool progress = false;  // `err` is a terminal
   bool changed = false;   // what was asked for is done, and it has changed something: a stop comes too late
   Folders folders;

@@ -6,6 +6,7 @@
 #include "db/frmDeleteServer.h"
 #include "db/mdlServers.h"
 #include "db/readFailures.h"
+#include "platform/system.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
 
@@ -22,21 +23,34 @@ ExitCode runServers(Console& console) {
   return ExitCode::Identical;
 }
 
+namespace {
+
+// Of a login that is added: never an argument, which others on the machine could read.
+std::string passwordOf(const Console& console, const std::string& login) {
+  if (const char* password = std::getenv("QREL_PASSWORD")) return password;
+  if (!console.asks) return {};
+  const auto typed = system::readSecret("Password of " + visibleText(login) + ": ");
+  if (!typed) throw CommandFailure{ExitCode::Stopped, "No password was given; nothing was added."};
+  return *typed;
+}
+
+}  // namespace
+
 ExitCode runServersAdd(Console& console, const AddServerArguments& arguments) {
+  const std::string password = arguments.login.empty() ? std::string() : passwordOf(console, arguments.login);
   console.host.windows.push_back([&](Form& window) {
     auto& form = dynamic_cast<frmAddServer&>(window);
     if (arguments.localDb) form.chkLocalDb.personSets(true);
     form.txtServer.personTypes(arguments.port.empty() ? arguments.name : arguments.name + "," + arguments.port);
-    // Encrypted is what nothing needs to be said about.
-    if (arguments.encrypt != "yes") form.strEncrypt = arguments.encrypt;
-    form.blnTrustServerCertificate = arguments.trustCertificate;
+    form.chkEncrypt.personSets(arguments.encrypt != "no");
+    form.blnStrict = arguments.encrypt == "strict";
+    form.chkTrustCertificate.personSets(arguments.trustCertificate);
     form.strOdbcDriver = arguments.driver;
     form.txtDatabase.personTypes(arguments.database);
     if (!arguments.login.empty()) {
-      const char* password = std::getenv("QREL_PASSWORD");
       form.optGen1.choose();
       form.txtLogin.personTypes(arguments.login);
-      form.txtPassword.personTypes(password ? password : "");
+      form.txtPassword.personTypes(password);
     }
     form.personPressesEnter();
   });

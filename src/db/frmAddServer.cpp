@@ -13,9 +13,9 @@ constexpr const char* alreadyAdded = "This server is already added to the list."
 }
 
 frmAddServer::frmAddServer(Program& program) : Form("frmAddServer"), program_(program) {
-  for (Control* control :
-       std::initializer_list<Control*>{&lblKnown, &cmbKnown, &txtServer, &txtDatabase, &optGen0, &optGen1, &lblLogin,
-                                       &lblPassword, &txtLogin, &txtPassword, &chkLocalDb, &cmdOK, &cmdCancel})
+  for (Control* control : std::initializer_list<Control*>{
+           &lblKnown, &cmbKnown, &txtServer, &txtDatabase, &optGen0, &optGen1, &lblLogin, &lblPassword, &txtLogin,
+           &txtPassword, &chkLocalDb, &chkEncrypt, &chkTrustCertificate, &cmdOK, &cmdCancel})
     add(*control);
   caption = "Add SQL Server";
   for (const std::string& strServer : program.data.knownServers())
@@ -40,6 +40,8 @@ frmAddServer::frmAddServer(Program& program) : Form("frmAddServer"), program_(pr
   };
   optGen1.onClick = [this] { enableLogin(true); };
   chkLocalDb.onClick = [this] { chooseLocalDb(); };
+  chkEncrypt.setChecked(true);
+  chkEncrypt.onClick = [this] { chkTrustCertificate.setEnabled(chkEncrypt.checked()); };
   cmdOK.isDefault = true;
   cmdOK.onClick = [this] { ok(); };
   cmdCancel.isCancel = true;
@@ -92,8 +94,9 @@ tServer frmAddServer::serverFromInput() const {
   server.Password = txtPassword.text();
   server.MRUDb = txtDatabase.text();
   server.LocalDb = chkLocalDb.checked();
-  server.Encrypt = strEncrypt;
-  server.TrustServerCertificate = blnTrustServerCertificate;
+  // Encrypted is what nothing needs to be said about.
+  server.Encrypt = !chkEncrypt.checked() ? "no" : blnStrict ? "strict" : "";
+  server.TrustServerCertificate = chkEncrypt.checked() && chkTrustCertificate.checked();
   server.OdbcDriver = strOdbcDriver;
   return server;
 }

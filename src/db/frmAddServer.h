@@ -10,9 +10,10 @@ class frmAddServer : public Form {
  public:
   explicit frmAddServer(Program& program);
 
-  // What no control shows: how the server is reached by way of ODBC, as in tServer.
-  std::string strEncrypt, strOdbcDriver;
-  bool blnTrustServerCertificate = false;
+  // What no control shows of how a server is reached by way of ODBC: its driver, as in tServer, and the strict
+  // encryption of later versions.
+  std::string strOdbcDriver;
+  bool blnStrict = false;
 
   Label lblKnown{"lblKnown"};
   ComboBox cmbKnown{"cmbKnown"};  // servers that are known to be there and aren't in the list; both hidden without any
@@ -25,6 +26,9 @@ class frmAddServer : public Form {
   TextBox txtLogin{"txtLogin"};
   TextBox txtPassword{"txtPassword"};
   CheckBox chkLocalDb{"chkLocalDb"};
+  // Of connections by way of ODBC alone.
+  CheckBox chkEncrypt{"chkEncrypt"};
+  CheckBox chkTrustCertificate{"chkTrustCertificate"};  // encrypt without asking whose certificate it is
   Button cmdOK{"cmdOK"};
   Button cmdCancel{"cmdCancel"};
 

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <tuple>
 
@@ -160,8 +162,11 @@ struct UserFolders {
 };
 UserFolders userFolders();
 
-enum class Stream : std::uint8_t { Output, Errors };
+enum class Stream : std::uint8_t { Input, Output, Errors };
 bool isTerminal(Stream stream);
+// A line typed at the terminal of standard input without being shown there, behind `prompt`, which goes to standard
+// error. Nothing when it is given up (Ctrl+C, Ctrl+D) or can't be read.
+std::optional<std::string> readSecret(std::string_view prompt);
 // Characters in a row of the terminal that standard output is, or as the user's settings say; 0 when unknown.
 int terminalColumns();
 // Past all buffers; what can't be written is lost.

@@ -5,6 +5,7 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -279,7 +280,34 @@ int terminalColumns() {
   return columns.size() < 5 ? std::atoi(columns.c_str()) : 0;
 }
 
-bool isTerminal(Stream stream) { return ::isatty(stream == Stream::Output ? STDOUT_FILENO : STDERR_FILENO) != 0; }
+bool isTerminal(Stream stream) {
+  const int file = stream == Stream::Input ? STDIN_FILENO : stream == Stream::Output ? STDOUT_FILENO : STDERR_FILENO;
+  return ::isatty(file) != 0;
+}
+
+std::optional<std::string> readSecret(std::string_view prompt) {
+  termios before{};
+  if (::tcgetattr(STDIN_FILENO, &before) != 0) return std::nullopt;
+  termios silent = before;
+  // Ctrl+C comes as a character: the terminal has to show again what is typed before the program ends.
+  silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
+  if (::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) != 0) return std::nullopt;
+  writeToErrors(prompt);
+  constexpr char controlC = 3;
+  std::optional<std::string> line = std::string();
+  for (char c = 0; c != '\n';) {
+    const ssize_t count = ::read(STDIN_FILENO, &c, 1);
+    if (count < 0 && errno == EINTR) continue;
+    if (count != 1 || c == controlC) {
+      line.reset();
+      break;
+    }
+    if (c != '\n') *line += c;
+  }
+  ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
+  writeToErrors("\n");
+  return line;
+}
 
 void writeToErrors(std::string_view text) {
   while (!text.empty()) {

@@ -165,7 +165,9 @@ std::string driverText(const Driver& driver, const Target& target) {
   if (!words.validated && target.encrypt == "yes" && !target.trustCertificate)
     refuse("SQL Server '" + target.server + "' can't be told from somebody who passes for it: " + driver.name +
            " encrypts, but checks no certificate. If you trust the network in between, add the server with "
-           "\"--trust-certificate\" (with \"--encrypt no\" when it can't encrypt): \"qrel servers add\". Otherwise "
+           "\"--trust-certificate\" (with \"--encrypt no\" when it can't encrypt): \"qrel servers add\"; in the "
+           "window, \"Trust "
+           "any certificate\" and \"Encrypted\". Otherwise "
            "install Microsoft's driver (docs/servers.md).");
   if (words.trusted) text += target.trustCertificate ? words.trusted : words.validated;
   return text + words.always;

@@ -73,18 +73,21 @@ std::string cannotEncrypt(const Attempt& attempt) {
   return unreachableServer(
       attempt, "it ended the connection during the login. " +
                    std::string(attempt.encrypted ? "Encryption is asked for: if this server can't encrypt, and the "
-                                                   "network in between is yours, add it with \"--encrypt no\". "
+                                                   "network in between is yours, add it with \"--encrypt no\" "
+                                                   "(without \"Encrypted\" in the window). "
                                                  : "If it takes encrypted connections only, add it without "
                                                    "\"--encrypt no\". ") +
                    "Otherwise check that it is SQL Server that listens there.");
 }
 
 std::string certificateRefused(const Attempt& attempt, const Records& records) {
-  return unreachableServer(attempt,
-                           "its certificate isn't trusted. Have the authority that issued it installed on this "
-                           "machine, name the server by the name in the certificate, or, if you are sure of the "
-                           "server, add it with \"--trust-certificate\". The driver says: " +
-                               textOf(records));
+  return unreachableServer(
+      attempt,
+      "its certificate isn't trusted. Have the authority that issued it installed on this "
+      "machine, name the server by the name in the certificate, or, if you are sure of the "
+      "server, add it with \"--trust-certificate\" (\"Trust any certificate\" in the window). The driver "
+      "says: " +
+          textOf(records));
 }
 
 std::string connectSentence(const Records& records, const Attempt& attempt) {
