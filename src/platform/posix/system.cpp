@@ -290,10 +290,11 @@ std::optional<std::string> readSecret(std::string_view prompt) {
   if (::tcgetattr(STDIN_FILENO, &before) != 0) return std::nullopt;
   termios silent = before;
   // Ctrl+C comes as a character: the terminal has to show again what is typed before the program ends.
+  constexpr char controlC = 3;
   silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
+  silent.c_cc[VEOL] = controlC;  // a line's end, too: what is typed is handed over by lines
   if (::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) != 0) return std::nullopt;
   writeToErrors(prompt);
-  constexpr char controlC = 3;
   std::optional<std::string> line = std::string();
   for (char c = 0; c != '\n';) {
     const ssize_t count = ::read(STDIN_FILENO, &c, 1);
