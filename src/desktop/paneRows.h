@@ -16,9 +16,9 @@ namespace qrel {
 struct PaneStretch {
   enum class Look : std::uint8_t { Plain, Stronger, EmptyPlace };
 
-  int block;
-  int from, to;  // UTF-16 positions in the block
-  std::uint32_t colour;
+  int block = 0;
+  int from = 0, to = 0;  // UTF-16 positions in the block
+  std::uint32_t colour = 0;
   Look look = Look::Plain;
 };
 

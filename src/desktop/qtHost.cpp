@@ -254,7 +254,7 @@ void QtHost::print(const PrintJob& job) {
   const auto askForFile = [&] {
     const QString name = fileNameOf(job.name.empty() ? job.title : job.name) + QStringLiteral(".pdf");
     if (pdfFolder_.isEmpty()) pdfFolder_ = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    const std::string file = saveFileDialog(
+    std::string file = saveFileDialog(
         {"Print to a PDF file", "PDF files (*.pdf)|*.pdf", fromQt(QDir(pdfFolder_).filePath(name)), "pdf"});
     if (!file.empty()) pdfFolder_ = QFileInfo(qrel::toQt(file)).path();
     return file;

@@ -1,4 +1,7 @@
 // What of a table is switched on and off: constraints, triggers, indexes.
+#include <algorithm>
+#include <initializer_list>
+
 #include "embedded/change/changes.h"
 #include "embedded/change/parts.h"
 #include "embedded/change/properties.h"
@@ -10,16 +13,19 @@ namespace {
 
 // The objects of a parent with these xtypes: the named ones, or all. Refuses a name that is none of them.
 std::vector<std::int64_t> partsOf(const Catalogue& catalogue, const ObjectInfo& parent,
-                                  const std::vector<std::string>& names, const std::string& xtypes,
+                                  const std::vector<std::string>& names, std::initializer_list<std::string_view> xtypes,
                                   const std::string& what) {
   std::vector<std::int64_t> ids;
   const auto isOfKind = [&](std::string_view xtype) {
-    return (',' + xtypes + ',').find(',' + std::string(xtype) + ',') != std::string::npos;
+    return std::find(xtypes.begin(), xtypes.end(), xtype) != xtypes.end();
   };
   for (const std::string& name : names) {
     const auto part = catalogue.find(parent.schema, name);
-    if (!part || part->parent != parent.id || !isOfKind(part->xtype))
-      refuse(what + " '" + name + "' does not exist on '" + parent.name + "'.");
+    if (!part || part->parent != parent.id || !isOfKind(part->xtype)) {
+      std::string sentence = what;
+      sentence.append(" '").append(name).append("' does not exist on '").append(parent.name).append("'.");
+      refuse(sentence);
+    }
     ids.push_back(part->id);
   }
   if (!names.empty()) return ids;
@@ -44,7 +50,7 @@ ObjectInfo requireParent(const Catalogue& catalogue, const ObjectName& name) {
 void CatalogueChanges::switchConstraints(const ObjectName& table, const std::vector<std::string>& names, bool enabled,
                                          bool checked) {
   const ObjectInfo parent = requireParent(catalogue_, table);
-  for (const std::int64_t id : partsOf(catalogue_, parent, names, "C,F", "Constraint")) {
+  for (const std::int64_t id : partsOf(catalogue_, parent, names, {"C", "F"}, "Constraint")) {
     const PropertyOwner owner{PropertyOwner::Class::Object, id};
     setProperty(database_, owner, "is_disabled", enabled ? "" : "1");
     setProperty(database_, owner, "is_not_trusted", enabled && checked ? "" : "1");
@@ -53,7 +59,7 @@ void CatalogueChanges::switchConstraints(const ObjectName& table, const std::vec
 
 void CatalogueChanges::switchTriggers(const ObjectName& table, const std::vector<std::string>& names, bool enabled) {
   const ObjectInfo parent = requireParent(catalogue_, table);
-  for (const std::int64_t id : partsOf(catalogue_, parent, names, "TR", "Trigger"))
+  for (const std::int64_t id : partsOf(catalogue_, parent, names, {"TR"}, "Trigger"))
     setProperty(database_, {PropertyOwner::Class::Object, id}, "is_disabled", enabled ? "" : "1");
 }
 

@@ -72,7 +72,8 @@ std::size_t moduleOptionsAt(const std::vector<Token>& tokens, std::size_t from) 
 // Sets all that the options can set.
 void readModuleOptions(const std::vector<Token>& tokens, std::size_t from, ModuleDef& module) {
   for (const ModuleFlag& flag : moduleFlags) module.properties.push_back({std::string(flag.property), ""});
-  Property& executeAs = module.properties.emplace_back("execute_as", "");
+  module.properties.push_back({"execute_as", ""});
+  Property& executeAs = module.properties.back();
   for (std::size_t at = moduleOptionsAt(tokens, from); at < tokens.size(); ++at) {
     const Token& token = tokens[at];
     if (token.kind != TokenKind::Word && token.kind != TokenKind::String && !token.isSymbol(",")) return;

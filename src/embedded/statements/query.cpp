@@ -37,13 +37,9 @@ bool readsSetBefore(const std::vector<Token>& tokens, std::size_t begin, std::si
     if (tokens[i].kind != TokenKind::Variable) continue;
     const std::string name = lowerCase(tokens[i].raw);
     const bool first = i == begin + 1 || (depth == 0 && tokens[i - 1].isSymbol(","));
-    if (first && tokens[i + 1].isSymbol("=")) {
-      setHere = name;
-    } else if (set.contains(name)) {
-      return true;
-    } else if (first) {
-      setHere = name;
-    }
+    if (first) setHere = name;
+    const bool isRead = !first || !tokens[i + 1].isSymbol("=");  // "+=" reads what it sets
+    if (isRead && set.contains(name)) return true;
   }
   return false;
 }

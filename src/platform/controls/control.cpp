@@ -217,7 +217,7 @@ void CheckList::setNote(std::size_t row, std::string note) {
   rowsChanged();
 }
 
-void CheckList::setFilter(std::string filter) {
+void CheckList::setFilter(std::string_view filter) {
   filter_ = lowerCase(filter);
   rowsChanged();
 }

@@ -219,7 +219,7 @@ class CheckList : public Control {
   // A face shows the rows that have this in their text, case not counting; empty: all. Whatever else is done with the
   // rows, all of them take part.
   const std::string& filter() const { return filter_; }
-  void setFilter(std::string filter);
+  void setFilter(std::string_view filter);
   bool passes(std::size_t row) const;
 
   // While redraw is off the observer isn't told; switching it on tells it once.
