@@ -174,16 +174,16 @@ void frmOptions::LoadPage(int node) {
 
 bool frmOptions::ValidateData() {
   return trap(program_, inFrmOptions, "ValidateData", false, [&] {
-    const auto raise = [&](TextBox& box, std::int32_t lngLeast, const std::string& strWhat) {
+    const auto raise = [&](TextBox& box, std::int32_t lngLeast, const std::string& strWhat, Icon icon) {
       if (numberIn(box.text()) >= lngLeast) return;
       const std::string strLeast = std::to_string(lngLeast);
       program_.host.messageBox(strWhat + " cannot be smaller than " + strLeast +
                                    ".\r\n\r\nProgram will reset this value to " + strLeast + ".",
-                               Icon::Warning);
+                               icon);
       box.setText(strLeast);
     };
-    raise(txtMaxRows, leastRows, "Maximum number of rows displayed in differences table");
-    raise(txtCacheSize, leastCacheSize, "Cache Size");
+    raise(txtMaxRows, leastRows, "Maximum number of rows displayed in differences table", Icon::Warning);
+    raise(txtCacheSize, leastCacheSize, "Cache Size", Icon::None);
     return true;
   });
 }

@@ -60,8 +60,7 @@ void frmSearchForObject_Gen::showType() {
 void frmSearchForObject_Gen::cmbType_Click() {
   if (cmbType.selected() < 0) return;
   menmType = cmbType.itemData(static_cast<std::size_t>(cmbType.selected()));
-  pvlSqlObj.clear();
-  showType();
+  pvlSqlObj.clear();  // the words stay those of the type that the window was opened with
 }
 
 void frmSearchForObject_Gen::cmdFind_Click() {
