@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "tests/console/consoleTest.h"
 #include "tests/support.h"
+#include "tests/thorough.h"
 
 namespace qrel {
 namespace {
@@ -73,12 +74,12 @@ class FailedReads : public ConsoleTest {
  protected:
   // Runs a command whose n-th read fails; the exit code.
   template <class Command>
-  int withFault(int n, ReadFault& fault, Command&& command) {
+  int withFault(long n, ReadFault& fault, Command&& command) {
     std::ostringstream results, messages;
     Console console(findFolders("qrel"), results, messages);
     console.start({});
     console.data.wrapProviders([&](auto inner) { return std::make_unique<FaultyProvider>(std::move(inner), fault); });
-    fault = {n, false};
+    fault = {static_cast<int>(n), false};
     ExitCode code{};
     try {
       code = command(console);
@@ -102,8 +103,8 @@ class FailedReads : public ConsoleTest {
     const int good = withFault(0, fault, command);
     EXPECT_LE(good, 1) << err;
     const std::string report = withoutTime(out);
-    int n = 1, runs = 0, unaffected = 0;
-    for (; n < 1000; n += 1 + n / 12, ++runs) {
+    long n = 1, runs = 0, unaffected = 0;
+    for (; n < 1000; n = nextPlace(n), ++runs) {
       const int code = withFault(n, fault, command);
       if (!fault.hit) break;
       if (code >= 3) {
@@ -162,6 +163,15 @@ TEST_F(FailedReads, NorAreRecords) {
   arguments.target = "S/B";
   arguments.tables = {"Parent"};
   failEach([&](Console& console) { return runData(console, arguments); });
+}
+
+TEST_F(FailedReads, NorAreKeysAndManyTables) {
+  ASSERT_EQ(run({"load", "S/A", file("a.sql", objects)}), 0) << err;
+  ASSERT_EQ(run({"load", "S/B", file("b.sql", objects)}), 0) << err;
+  DataArguments arguments;
+  arguments.source = "S/A";
+  arguments.target = "S/B";
+  arguments.tables = {"Parent"};
   arguments.keys[0] = "a";
   failEach([&](Console& console) { return runValidate(console, arguments); });
   arguments.all = true;

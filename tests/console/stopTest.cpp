@@ -103,7 +103,7 @@ TEST_F(Stop, ALoadThatDoesNotListenIsEnded) {
 
 TEST_F(Stop, AReaderThatHasGoneIsNoFaultAndNothingIsSaid) {
   std::string script;
-  for (int i = 0; i < 2000; ++i) script += "CREATE TABLE t" + std::to_string(i) + " (a int)\n";
+  for (int i = 0; i < 500; ++i) script += "CREATE TABLE t" + std::to_string(i) + " (a int)\n";
   const std::string file = folder.write("many.sql", script).string();
   EXPECT_EQ(codeOf(start({"objects", file, "--type", "tables"}, true)), 5);
   EXPECT_EQ(err(), "");

@@ -5,6 +5,7 @@
 #include "platform/text.h"
 #include "tests/compare/data/recordModel.h"
 #include "tests/compare/data/twoTables.h"
+#include "tests/thorough.h"
 
 namespace qrel {
 namespace {
@@ -156,7 +157,7 @@ TEST_F(RecordWalk, GivesWhatTheSlowWayGives) {
   Random random(20);
   std::vector<ModelCase> cases;
   std::string scripts[2];
-  for (int number = 0; number < 400; ++number) {
+  for (int number = 0; number < rounds(400, 100); ++number) {
     cases.push_back(someCase(random));
     const std::string table = "T" + std::to_string(number);
     for (int side : {0, 1}) scripts[side] += scriptOf(cases.back(), side, table, cases.back().names[side].size());

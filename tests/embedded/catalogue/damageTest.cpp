@@ -4,6 +4,7 @@
 #include "embedded/sqlite/sqlite.h"
 #include "embedded/types/collations.h"
 #include "tests/embedded/embeddedServer.h"
+#include "tests/thorough.h"
 
 namespace qrel {
 namespace {
@@ -158,11 +159,15 @@ TEST_F(Damage, AMissingPartOfTheCatalogueIsNoEmptyOne) {
                                 "cat_comments", "cat_sequences", "cat_permissions"};
   for (const std::string table : tables) {
     restore();
-    EXPECT_EQ(errorsAmong(freshAnswers(server), right, table), 0);
     change("drop table " + table);
     EXPECT_EQ(errorsAmong(freshAnswers(server), right, table), static_cast<int>(right.size())) << table;
     EXPECT_EQ(errorsAmong(answersOf(server, server.provider), right, table), static_cast<int>(right.size())) << table;
   }
+  restore();
+  EXPECT_EQ(errorsAmong(freshAnswers(server), right, "restored"), 0);
+}
+
+TEST_F(Damage, NorIsAnEmptyOne) {
   for (const char* table :
        {"cat_schemas", "cat_columns", "cat_indexes", "cat_references", "cat_referencekeys", "cat_comments"}) {
     restore();
@@ -185,7 +190,8 @@ TEST_F(Damage, ZeroedPagesAndCutFiles) {
   constexpr std::uintmax_t page = 4096;
   const std::uintmax_t pages = fs::file_size(whole) / page;
   int noticed = 0;
-  for (std::uintmax_t i = 0; i < pages; ++i) {
+  std::uintmax_t tried = 0;
+  for (std::uintmax_t i = 0; i < pages; i += thorough() ? 1 : 3, ++tried) {
     restore();
     {
       std::fstream out(file, std::ios::binary | std::ios::in | std::ios::out);
@@ -197,13 +203,13 @@ TEST_F(Damage, ZeroedPagesAndCutFiles) {
     fs::resize_file(file, i * page + 100);
     EXPECT_GT(errorsAmong(freshAnswers(server), right, "cut at page " + std::to_string(i)), 0);
   }
-  EXPECT_GT(noticed, static_cast<int>(pages) / 2);
+  EXPECT_GT(noticed, static_cast<int>(tried) / 2);
 }
 
 TEST_F(Damage, NoFailedReadPassesForAnAnswer) {
   int failAt = 1;
-  int told = 0;
-  for (bool reached = true; reached; ++failAt) {
+  int told = 0, tried = 0;
+  for (bool reached = true; reached; failAt = static_cast<int>(nextPlace(failAt)), ++tried) {
     EmbeddedProvider provider(server.servers);
     std::vector<std::string> answers;
     {
@@ -217,7 +223,7 @@ TEST_F(Damage, NoFailedReadPassesForAnAnswer) {
     EXPECT_EQ(errorsAmong(answersOf(server, provider), right, what + ", afterwards"), 0);
   }
   EXPECT_GT(failAt, 40);
-  EXPECT_GT(told, failAt * 9 / 10);
+  EXPECT_GT(told, tried * 8 / 10);
 }
 
 }  // namespace

@@ -172,10 +172,10 @@ TEST(Nesting, EndsWithASentence) {
     return all;
   };
   const std::string scripts[] = {
-      many(10000, "IF 1=1 ") + "DROP TABLE victim",
-      "IF 1=0 " + many(10000, "IF 1=1 ") + "DROP TABLE victim\nDROP TABLE victim",
-      many(50000, "BEGIN ") + "DROP TABLE victim" + many(50000, " END"),
-      "IF 1 = " + many(100000, "(") + "1" + many(100000, ")") + " DROP TABLE victim",
+      many(4000, "IF 1=1 ") + "DROP TABLE victim",
+      "IF 1=0 " + many(4000, "IF 1=1 ") + "DROP TABLE victim\nDROP TABLE victim",
+      many(20000, "BEGIN ") + "DROP TABLE victim" + many(20000, " END"),
+      "IF 1 = " + many(30000, "(") + "1" + many(30000, ")") + " DROP TABLE victim",
       "DECLARE @s varchar(max) = 'EXEC (@s)' EXEC sp_executesql N'EXEC sp_executesql @s, N''@s nvarchar(max)'', @s',"
       " N'@s nvarchar(max)', N'EXEC sp_executesql @s, N''@s nvarchar(max)'', @s'",
   };
@@ -208,7 +208,7 @@ TEST(StopRequest, EndsWhatRuns) {
     Loading s;
     s.load("CREATE TABLE old (a int)");
     using Clock = std::chrono::steady_clock;
-    const auto asked = Clock::now() + std::chrono::milliseconds(400);
+    const auto asked = Clock::now() + std::chrono::milliseconds(150);
     LoadOptions options;
     options.replace = true;
     options.stop = [&] { return Clock::now() >= asked; };

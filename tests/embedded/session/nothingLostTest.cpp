@@ -4,6 +4,7 @@
 #include <random>
 
 #include "tests/embedded/loading.h"
+#include "tests/thorough.h"
 
 namespace qrel {
 namespace {
@@ -151,7 +152,7 @@ TEST(TornScripts, AddUp) {
   const std::string marks[] = {"'", "[", "(", ")", "END", "BEGIN", "CASE", ";", "ELSE", "/*", "*/", "\n", "IF", "GO\n"};
   std::mt19937 random(7);
   const auto upTo = [&](std::size_t size) { return random() % (size + 1); };
-  for (int round = 0; round < 120; ++round) {
+  for (int round = 0; round < rounds(120, 30); ++round) {
     std::string torn = script;
     const std::size_t from = upTo(torn.size());
     if (round % 3 == 0) torn.erase(from, upTo(torn.size() - from));
