@@ -294,6 +294,8 @@ class FailuresList {
   Console& console_;
 };
 
+const CommandFailure stopped{ExitCode::Stopped, "Operation cancelled by the user."};
+
 int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std::ostream& err) {
   try {
     Console console(findFolders(programFile), out, err);
@@ -310,9 +312,12 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
     // A reader that has had enough, as "| head" does, is no fault. What is changed stays changed.
     if (readerGone()) return static_cast<int>(console.changed ? code : ExitCode::Stopped);
     if (!out) return finish(err, ExitCode::CannotRead, "The output could not be written.");
+    // What a stop cut short may look like an empty answer or a failed one.
+    if (stopRequested() && !console.changed && code != ExitCode::Stopped) throw stopped;
     return static_cast<int>(code);
   } catch (const CommandFailure& failure) {
-    return finish(err, failure.code, failure.message);
+    const CommandFailure& told = stopRequested() && failure.code == ExitCode::CannotRead ? stopped : failure;
+    return finish(err, told.code, told.message);
   } catch (const std::exception& error) {
     return finish(err, ExitCode::CannotRead, describeError(error).description);
   }

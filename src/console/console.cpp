@@ -58,6 +58,8 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
       program(host, data, store) {
   data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
   data.add(makeOdbcProvider([this] { return ReadOdbcChoices(program); }, &data.stopAsked));
+  // A query that the server thinks about ends with the first Ctrl+C, whatever the command is.
+  data.stopAsked = stopRequested;
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   ConnectIgnoredColumns(program);
