@@ -62,9 +62,12 @@ std::string skippedKey(const SkippedStatement& statement) {
 }  // namespace
 
 void Collector::statementDone(const StatementOutcome& outcome) {
+  const bool shown = options_.progress && report_.statements() % statementsBetweenProgress == 0;
+  const bool good = outcome.kind != Kind::Skipped && outcome.kind != Kind::Failed;
+  if (good && outcome.messageCount == 0 && !shown) return count(outcome.kind);  // most are, and a place takes time
   const ScriptText::Place place = text_->placeOf(firstLine_ + outcome.line - 1);
   const std::string file = place.file.string();
-  if (options_.progress && report_.statements() % statementsBetweenProgress == 0) options_.progress(file, place.line);
+  if (shown) options_.progress(file, place.line);
   raised = raised || isRaised(outcome);
   tell(outcome, file, place.line);
 }
