@@ -18,12 +18,10 @@ constexpr std::int64_t statementsBetweenProgress = 64;
 
 // Statements that make nothing which has a name: of those that aren't run for one reason, one line says enough.
 constexpr std::array<std::string_view, 21> nameless{
-    "insert", "update", "delete", "merge", "select", "with",  "exec",      "execute", "declare", "open", "fetch",
+    "insert", "update", "delete", "merge", "select", "with",  "exec",      "execute", "declare", "open",      "fetch",
     "close",  "if",     "while",  "begin", "set",    "print", "raiserror", "throw",   "bulk",    "deallocate"};
 
-std::string lowerFirstWord(std::string_view words) {
-  return lowerCase(words.substr(0, words.find_first_of(" \t([;")));
-}
+std::string lowerFirstWord(std::string_view words) { return lowerCase(words.substr(0, words.find_first_of(" \t([;"))); }
 
 bool isRaised(const StatementOutcome& outcome) {
   const std::string word = lowerFirstWord(outcome.firstWords);
@@ -47,9 +45,10 @@ std::string skippedKey(const SkippedStatement& statement) {
     std::string_view target = statement.firstWords;
     for (int blanks = 0; blanks < 2 && !target.empty(); ++blanks)
       target.remove_prefix(std::min(target.find(' ') + 1, target.size()));
-    const std::string_view head = std::string_view(statement.firstWords)
-                                      .substr(0, statement.firstWords.size() - target.size());
-    const bool into = lowerCase(head).find(" into ") != std::string::npos || lowerCase(head).find(" from ") != std::string::npos;
+    const std::string_view head =
+        std::string_view(statement.firstWords).substr(0, statement.firstWords.size() - target.size());
+    const bool into =
+        lowerCase(head).find(" into ") != std::string::npos || lowerCase(head).find(" from ") != std::string::npos;
     key += lowerCase(head);
     if (into) key += lowerCase(target.substr(0, target.find_first_of(" (")));
     key += '\0';

@@ -17,8 +17,8 @@ class ScriptPaths {
   explicit ScriptPaths(std::filesystem::path root);
 
   const std::filesystem::path& root() const { return root_; }
-  // What `written` means in a file of the folder `base`, which lies below the root, or else from the root on: the file, or empty with `why` a
-  // reason that follows the path ("isn't there").
+  // What `written` means in a file of the folder `base`, which lies below the root, or else from the root on: the file,
+  // or empty with `why` a reason that follows the path ("isn't there").
   std::filesystem::path find(const std::filesystem::path& base, std::string_view written, std::string& why);
   // A path from the root on, as it lies there whatever its case: the first that fits; empty: none.
   std::filesystem::path below(const std::filesystem::path& folder, const std::vector<std::string>& parts);

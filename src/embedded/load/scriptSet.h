@@ -25,9 +25,9 @@ struct ScriptSet {
   std::size_t count() const;
 };
 
-// Files and folders as scriptFiles() has them, projects as readSqlProject() has them. A file of a folder that another one
-// of it names with :r is read there alone. `stop` is asked while files are looked through for that. Raises RuntimeError
-// with the path for what can't be read.
+// Files and folders as scriptFiles() has them, projects as readSqlProject() has them. A file of a folder that another
+// one of it names with :r is read there alone. `stop` is asked while files are looked through for that. Raises
+// RuntimeError with the path for what can't be read.
 ScriptSet scriptSet(const std::vector<std::filesystem::path>& paths, const std::function<bool()>& stop,
                     std::vector<LoadRemark>& remarks);
 

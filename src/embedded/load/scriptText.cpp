@@ -317,10 +317,10 @@ class ScriptReader {
     std::vector<ScriptText::Told>& list = quoted ? into_.quoted : into_.told;
     const auto [known, fresh] = undefined_.try_emplace({quoted, lowerCase(name)}, list.size());
     if (!fresh) return void(++list[known->second].what.times);
-    list.push_back({lines_,
-                    {file.string(), line, "$(" + std::string(name) + ")",
-                     "the variable has no value: :setvar or --variable " + std::string(name) +
-                         "=VALUE would give it one"}});
+    list.push_back(
+        {lines_,
+         {file.string(), line, "$(" + std::string(name) + ")",
+          "the variable has no value: :setvar or --variable " + std::string(name) + "=VALUE would give it one"}});
   }
 
   // The text's lines are counted as it grows.
@@ -351,9 +351,9 @@ class ScriptReader {
   ScriptVariables& variables_;
   const std::function<bool()>& stop_;
   std::vector<LoadRemark>& remarks_;
-  std::vector<fs::path> open_;                    // the files within one another
+  std::vector<fs::path> open_;                                     // the files within one another
   std::map<std::pair<bool, std::string>, std::size_t> undefined_;  // of the file that is read: places in the lists
-  std::size_t lines_ = 1;                         // the line that the text's end stands on
+  std::size_t lines_ = 1;                                          // the line that the text's end stands on
   std::size_t inclusions_ = 0;
   bool ended_ = false;
 };
@@ -383,8 +383,7 @@ std::vector<fs::path> includedFiles(const fs::path& file, ScriptPaths& paths, co
     if (word != "r") continue;
     std::string why;
     const std::string name = replaced(includedName(line), variables);
-    if (fs::path found = paths.find(file.parent_path(), name, why); !found.empty())
-      files.push_back(std::move(found));
+    if (fs::path found = paths.find(file.parent_path(), name, why); !found.empty()) files.push_back(std::move(found));
   }
   return files;
 }

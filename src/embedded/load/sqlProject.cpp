@@ -18,7 +18,8 @@ namespace {
 constexpr std::size_t namesInProjectRemark = 5;
 
 std::string unescaped(std::string text) {
-  for (const auto& [from, to] : {std::pair("&lt;", "<"), {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}, {"&amp;", "&"}})
+  for (const auto& [from, to] :
+       {std::pair("&lt;", "<"), {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}, {"&amp;", "&"}})
     text = replaceAll(text, from, to);
   return text;
 }
@@ -231,8 +232,8 @@ class ProjectReader {
   void take(const std::vector<std::string>& include, const std::vector<std::string>& exclude,
             std::vector<std::string>* missing) {
     const auto add = [&](const fs::path& path) {
-      const bool excluded = std::any_of(exclude.begin(), exclude.end(),
-                                        [&](const std::string& each) { return matches(path, each); });
+      const bool excluded =
+          std::any_of(exclude.begin(), exclude.end(), [&](const std::string& each) { return matches(path, each); });
       if (!excluded && taken_.insert(path).second) project_.build.push_back(path);
     };
     for (const std::string& written : include) {
@@ -275,7 +276,9 @@ class ProjectReader {
   }
 
   void tell() {
-    const auto remark = [&](std::string what, bool lost) { remarks_.push_back({file_.string(), std::move(what), lost}); };
+    const auto remark = [&](std::string what, bool lost) {
+      remarks_.push_back({file_.string(), std::move(what), lost});
+    };
     const auto names = [](const std::vector<std::string>& list) {
       std::string text;
       for (std::size_t i = 0; i < std::min(list.size(), namesInProjectRemark); ++i)

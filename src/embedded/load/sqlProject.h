@@ -21,8 +21,9 @@ bool isSqlProject(const std::filesystem::path& path);
 
 // Reads a project's Build, PreDeploy, PostDeploy and SqlCmdVariable items, with wildcards, Exclude and Remove; one of
 // the SDK's kind takes all .sql files below it unless it says otherwise. Files are found in any case, below the root of
-// `paths`, which is the project's folder. Remarks tell files that are missing or lie elsewhere, conditions, which aren't
-// evaluated, and references, which aren't followed. Raises RuntimeError when the file can't be read or is no project.
+// `paths`, which is the project's folder. Remarks tell files that are missing or lie elsewhere, conditions, which
+// aren't evaluated, and references, which aren't followed. Raises RuntimeError when the file can't be read or is no
+// project.
 SqlProject readSqlProject(const std::filesystem::path& file, ScriptPaths& paths, std::vector<LoadRemark>& remarks);
 
 }  // namespace qrel

@@ -58,9 +58,9 @@ std::string lastPart(const std::vector<Token>& tokens, std::size_t at) {
 // What others may wait for of a statement: the name of what it makes or changes; "*" where that can't be told, empty
 // where it makes nothing.
 std::string madeBy(const std::vector<Token>& tokens) {
-  static constexpr std::array<std::string_view, 13> kinds{"TABLE",    "VIEW",     "PROC",    "PROCEDURE", "FUNCTION",
-                                                          "TRIGGER",  "TYPE",     "SCHEMA",  "SEQUENCE",  "SYNONYM",
-                                                          "ROLE",     "USER",     "DEFAULT"};
+  static constexpr std::array<std::string_view, 13> kinds{"TABLE",   "VIEW", "PROC",   "PROCEDURE", "FUNCTION",
+                                                          "TRIGGER", "TYPE", "SCHEMA", "SEQUENCE",  "SYNONYM",
+                                                          "ROLE",    "USER", "DEFAULT"};
   if (tokens[0].is("EXEC") || tokens[0].is("EXECUTE")) {
     const std::string procedure = lowerCase(lastPart(tokens, 1));
     return procedure == "sp_addtype" || procedure == "sp_rename" ? anything : "";
@@ -69,7 +69,8 @@ std::string madeBy(const std::vector<Token>& tokens) {
   bool index = false;
   for (std::size_t i = 1; i + 1 < tokens.size(); ++i) {
     index = index || tokens[i].is("INDEX");
-    if (index ? tokens[i].is("ON") : std::any_of(kinds.begin(), kinds.end(), [&](auto kind) { return tokens[i].is(kind); }))
+    if (index ? tokens[i].is("ON")
+              : std::any_of(kinds.begin(), kinds.end(), [&](auto kind) { return tokens[i].is(kind); }))
       return tokens[i + 1].is("AUTHORIZATION") ? anything : lastPart(tokens, i + 1);
   }
   return anything;
@@ -205,7 +206,8 @@ struct WaitingStatements::Run {
 
   bool changing_ = false;
 
-  // Tables --------------------------------------------------------------------------------------------------------------
+  // Tables
+  // --------------------------------------------------------------------------------------------------------------
 
   struct Circle {
     std::size_t at = 0;

@@ -45,7 +45,8 @@ std::string terminatorText(std::string_view written) {
 std::string decodeBulkFile(std::string bytes, const BulkFormat& format) {
   if (format.wide && !bytes.starts_with("\xFF\xFE") && !bytes.starts_with("\xFE\xFF"))
     return decodeText("\xFF\xFE" + bytes);
-  const bool marked = bytes.starts_with("\xEF\xBB\xBF") || bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+  const bool marked =
+      bytes.starts_with("\xEF\xBB\xBF") || bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
   const bool western = format.codePage == "ACP" || format.codePage == "1252";
   return western && !marked ? fromCodePage(bytes) : decodeText(bytes);
 }

@@ -36,9 +36,8 @@ std::int64_t optionNumber(StatementRun& run, const std::string& name, const std:
 }
 
 void applyOption(StatementRun& run, BulkOptions& options, const std::string& name, const std::string& value) {
-  static constexpr std::string_view harmless[] = {"TABLOCK",   "BATCHSIZE",     "ROWS_PER_BATCH",
-                                                  "ORDER",     "FIRE_TRIGGERS", "KILOBYTES_PER_BATCH",
-                                                  "CHECK_CONSTRAINTS"};
+  static constexpr std::string_view harmless[] = {"TABLOCK",       "BATCHSIZE",           "ROWS_PER_BATCH",   "ORDER",
+                                                  "FIRE_TRIGGERS", "KILOBYTES_PER_BATCH", "CHECK_CONSTRAINTS"};
   const auto only = [&](std::initializer_list<std::string_view> known) {
     if (std::none_of(known.begin(), known.end(), [&](auto each) { return equalNoCase(each, value); }))
       run.notUnderstood("BULK INSERT with " + name + " = '" + value + "' isn't carried out");
@@ -121,8 +120,7 @@ class BulkLoad {
       : run_(run), table_(std::move(table)), options_(options) {
     std::vector<std::string> names;
     for (const auto& column : table_->columns) {
-      const bool kept =
-          !column.computed && !isVersionColumn(column) && (!column.identity || options.keepIdentity);
+      const bool kept = !column.computed && !isVersionColumn(column) && (!column.identity || options.keepIdentity);
       if (kept) names.push_back(column.name);
       kept_.push_back(kept);
     }
@@ -224,9 +222,9 @@ void bulkInsertStatement(StatementRun& run) {
   run.memory.inserted += load.count;
   run.countRows(load.count);
   if (load.errors > 0)
-    run.fail(StatementRun::Kind::Failed,
-             load.firstError + " " + std::to_string(load.errors) + (load.errors == 1 ? " row is" : " rows are") +
-                 " not loaded, " + std::to_string(load.count) + " are.");
+    run.fail(StatementRun::Kind::Failed, load.firstError + " " + std::to_string(load.errors) +
+                                             (load.errors == 1 ? " row is" : " rows are") + " not loaded, " +
+                                             std::to_string(load.count) + " are.");
 }
 
 }  // namespace qrel::tsql

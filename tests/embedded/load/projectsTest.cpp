@@ -39,8 +39,8 @@ TEST_F(Projects, FilesInAnyOrderAreMadeWhole) {
   for (int i = 0; i < tables; ++i) {
     const std::string own = std::to_string(i), next = std::to_string((i + 1) % tables);
     files.push_back("CREATE TABLE sales.T" + own + " (id int IDENTITY PRIMARY KEY, s sales.Sum, o int, CONSTRAINT FK" +
-                    own + " FOREIGN KEY (o) REFERENCES sales.T" + next + " (id))\nGO\nCREATE INDEX IX ON sales.T" + own +
-                    " (s)");
+                    own + " FOREIGN KEY (o) REFERENCES sales.T" + next + " (id))\nGO\nCREATE INDEX IX ON sales.T" +
+                    own + " (s)");
     files.push_back("SET IDENTITY_INSERT sales.T" + own + " ON\nDECLARE @v int = 7\nINSERT sales.T" + own +
                     " (id, s) VALUES (@v, 1)\nSET IDENTITY_INSERT sales.T" + own + " OFF\nUPDATE sales.T" + own +
                     " SET o = 3");
@@ -71,8 +71,10 @@ TEST_F(Projects, ADatabaseProjectIsItsItems) {
       "<ItemGroup><PreDeploy Include='deploy\\pre.sql'/><PostDeploy Include=\"Deploy\\Post.sql\"/>"
       "<SqlCmdVariable Include='Env'><DefaultValue>dev</DefaultValue></SqlCmdVariable></ItemGroup></Project>";
   for (const std::string& build :
-       {std::string("<Project Sdk='x'><!-- <Build Include='no.sql'/> --><ItemGroup><Build Remove='Old\\**'/></ItemGroup>"),
-        std::string("<Project><ItemGroup><Build Include='tables\\a.sql;Tables\\*.sql' Exclude='**\\x*'/></ItemGroup>")}) {
+       {std::string(
+            "<Project Sdk='x'><!-- <Build Include='no.sql'/> --><ItemGroup><Build Remove='Old\\**'/></ItemGroup>"),
+        std::string(
+            "<Project><ItemGroup><Build Include='tables\\a.sql;Tables\\*.sql' Exclude='**\\x*'/></ItemGroup>")}) {
     LoadOptions replace;
     replace.replace = true;
     const LoadReport report = load(write("p/shop.sqlproj", build + items), replace);
@@ -83,17 +85,17 @@ TEST_F(Projects, ADatabaseProjectIsItsItems) {
     EXPECT_EQ(reasons(report.skipped), "3: exit | the script ends here; what stands behind it is not run\n");
     EXPECT_TRUE(report.failed.empty() && report.remarks.empty());
   }
-  const LoadReport lacking =
-      load(write("p/shop.sqlproj", "<Project><Build Include='gone.sql;..\\x.sql'/></Project>"));
+  const LoadReport lacking = load(write("p/shop.sqlproj", "<Project><Build Include='gone.sql;..\\x.sql'/></Project>"));
   ASSERT_EQ(lacking.remarks.size(), 1u);
   EXPECT_EQ(lacking.remarks[0].what, "2 of its files could not be read: gone.sql, ..\\x.sql");
   EXPECT_TRUE(lacking.incomplete());
 }
 
 TEST_F(Projects, SqlcmdCommandsAreCarriedOutOrTold) {
-  write("s/main.sql",
-        ":setvar n a\r\n:r sub\\$(n).sql\r\nGO\r\n:r nowhere.sql\r\nPRINT '$(none)'\r\nPRINT '$(NONE)\r\n\r\n:r "
-        "kept\r\n'\r\n:connect x\r\nGO\r\n:on error exit\r\nRAISERROR('%s: %d', 16, 1, 'stop', 5)\r\nGO\r\nSELECT 1\r\n");
+  write(
+      "s/main.sql",
+      ":setvar n a\r\n:r sub\\$(n).sql\r\nGO\r\n:r nowhere.sql\r\nPRINT '$(none)'\r\nPRINT '$(NONE)\r\n\r\n:r "
+      "kept\r\n'\r\n:connect x\r\nGO\r\n:on error exit\r\nRAISERROR('%s: %d', 16, 1, 'stop', 5)\r\nGO\r\nSELECT 1\r\n");
   write("s/sub/a.sql", "CREATE TABLE a (x int)\nGO\n:r ../main.sql\nINSERT a VALUES (1)\n\nFLY");
   write("outside.sql", "FLY");
   const LoadReport report = load(at("s"));  // a.sql runs where main.sql names it, and nowhere else
@@ -116,7 +118,9 @@ TEST_F(Projects, BulkInsertReadsFilesBelowTheFolderAlone) {
   write("b.csv", "1,x");
   write("s/data/A.csv", "id,t,n\r\n5,\"a, \"\"b\"\"\r\nc\",\r\n6,,2\r\n7,x,y\r\n");
   write("s/b.txt", "1|z|1|2\n2||\n");
-  write("s/w.txt", std::string("1\0\t\0\xE9\0\t\0" "3\0\n\0", 12));
+  write("s/w.txt", std::string("1\0\t\0\xE9\0\t\0"
+                               "3\0\n\0",
+                               12));
   write("s/s.sql",
         "CREATE TABLE t (id int IDENTITY, t varchar(20) DEFAULT 'd', n varchar(5))\n"
         "BULK INSERT t FROM 'C:\\x\\Data\\a.csv' WITH (FORMAT = 'CSV', FIRSTROW = 2, LASTROW = 3, KEEPIDENTITY)\n"
@@ -135,7 +139,8 @@ TEST_F(Projects, BulkInsertReadsFilesBelowTheFolderAlone) {
             "Bulk load data conversion error (type mismatch or invalid character for the specified codepage) for row "
             "4, column 3 (n). 1 row is not loaded, 2 are.");
   EXPECT_EQ(report.skipped.size(), 1u) << reasons(report.skipped) << "FORMATFILE";
-  EXPECT_EQ(report.remarks.size(), 2u) << "$(root) in a text of a script without sqlcmd's commands; files that are no .sql files";
+  EXPECT_EQ(report.remarks.size(), 2u)
+      << "$(root) in a text of a script without sqlcmd's commands; files that are no .sql files";
 }
 
 TEST_F(Projects, WhatIsNotRunIsOneLineForEachKind) {
