@@ -34,8 +34,10 @@ using Command = std::function<ExitCode(Console&)>;
 void addLoad(CLI::App& app, CommandLine& line) {
   CLI::App* load = app.add_subcommand("load", "Load T-SQL scripts into a database of an embedded server");
   load->add_option("SERVER/DATABASE", line.load.target, "made when it isn't there")->required();
-  load->add_option("FILE-OR-FOLDER", line.load.paths, ".sql files, or folders of them")->required();
-  load->add_flag("--replace", line.load.replace, "empty an existing database first");
+  load->add_option("FILE-OR-FOLDER", line.load.paths, ".sql files, folders of them, or database projects (.sqlproj)")
+      ->required();
+  CLI::Option* replace = load->add_flag("--replace", line.load.replace, "empty an existing database first");
+  load->add_flag("--add", line.load.add, "add to what an existing database holds")->excludes(replace);
   CLI::Option* version = load->add_option("--version", line.load.version,
                                           "the server's product version, such as 8.00.2039 or 11.0.2100.60");
   load->add_option("--variable", line.load.variables, "NAME=VALUE for $(NAME) in the scripts")->allow_extra_args(false);

@@ -16,6 +16,7 @@ struct LoadArguments {
   std::string target;  // SERVER/DATABASE
   std::vector<std::string> paths;
   bool replace = false;
+  bool add = false;
   bool versionGiven = false;
   std::string version;
   std::vector<std::string> variables;  // NAME=VALUE

@@ -15,6 +15,7 @@
 #include "db/readFailures.h"
 #include "embedded/embeddedProvider.h"
 #include "embedded/load/loadReport.h"
+#include "embedded/load/sqlProject.h"
 #include "platform/error.h"
 #include "platform/store/profileFile.h"
 #include "platform/text.h"
@@ -30,7 +31,11 @@ constexpr std::size_t longestDatabaseName = 128;
 
 bool isScript(const fs::path& path) {
   std::error_code ignored;
-  return fs::is_directory(path, ignored) || lowerCase(path.extension().string()) == ".sql";
+  return fs::is_directory(path, ignored) || equalNoCase(path.extension().string(), ".sql") || isSqlProject(path);
+}
+
+bool namesScript(const std::string& text) {
+  return lowerCase(text).ends_with(".sql") || lowerCase(text).ends_with(".sqlproj");
 }
 
 // The name of a temporary database: that of the file or folder, as far as a database may have it.
@@ -158,9 +163,11 @@ Side Console::resolveSide(const std::string& text) {
   std::error_code ignored;
   if (fs::exists(text, ignored) && isScript(text)) return sideFromScripts(text);
   const std::size_t slash = text.find('/');
-  if (slash == std::string::npos || slash == 0 || slash + 1 == text.size() || lowerCase(text).ends_with(".sql"))
-    throw CommandFailure{lowerCase(text).ends_with(".sql") ? ExitCode::CannotRead : ExitCode::Usage,
-                         "\"" + text + "\" is neither SERVER/DATABASE nor a .sql file or a folder that exists."};
+  if (slash == std::string::npos || slash == 0 || slash + 1 == text.size() || namesScript(text))
+    throw CommandFailure{namesScript(text) ? ExitCode::CannotRead : ExitCode::Usage,
+                         "\"" + text +
+                             "\" is neither SERVER/DATABASE nor a script (.sql), a project (.sqlproj) or a folder that "
+                             "exists."};
   return {resolveServer(text.substr(0, slash)), text.substr(slash + 1), false};
 }
 

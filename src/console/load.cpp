@@ -29,6 +29,7 @@ ExitCode runLoad(Console& console, const LoadArguments& arguments) {
                                               "8.00.2039 or 11.0.2100.60."};
   LoadOptions options = console.loadOptions();
   options.replace = arguments.replace;
+  options.onlyIntoEmpty = !arguments.add;
   options.productVersion = arguments.version;
   readVariables(options, arguments.variables);
   options.waiting = [&] {
@@ -41,6 +42,11 @@ ExitCode runLoad(Console& console, const LoadArguments& arguments) {
                   {arguments.paths.begin(), arguments.paths.end()}, options);
   console.clearProgress();
   if (report.stopped) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user. Nothing was changed."};
+  if (report.occupied > 0)
+    throw CommandFailure{ExitCode::Usage, "The database \"" + visibleText(arguments.target) + "\" holds " +
+                                              withThousands(report.occupied) +
+                                              " objects already. --replace empties it first, --add adds to it. Nothing "
+                                              "was changed."};
   console.changed = true;
   listSkipped(console.err, report);
   printLoadReport(console.out, report);

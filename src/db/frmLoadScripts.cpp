@@ -16,7 +16,9 @@ constexpr const char* firstServer = "scripts";  // what the first server is call
 std::string nameOfPath(std::string strPath) {
   while (strPath.size() > 1 && (strPath.back() == '/' || strPath.back() == '\\')) strPath.pop_back();
   strPath = strPath.substr(strPath.find_last_of("/\\") + 1);
-  return lowerCase(strPath).ends_with(".sql") ? strPath.substr(0, strPath.size() - 4) : strPath;
+  for (const std::string strEnding : {".sql", ".sqlproj"})
+    if (lowerCase(strPath).ends_with(strEnding)) return strPath.substr(0, strPath.size() - strEnding.size());
+  return strPath;
 }
 
 }  // namespace
@@ -37,7 +39,7 @@ frmLoadScripts::frmLoadScripts(Program& program, ScriptLoader& loader)
   txtResult.readOnly = true;
   cmdLoad.isDefault = true;
   cmdCancel.isCancel = true;
-  const std::string strFilter = "SQL scripts (*.sql)|*.sql";
+  const std::string strFilter = "SQL scripts and projects (*.sql *.sqlproj)|*.sql *.sqlproj";
   cmdAddFiles.onClick = [this, strFilter] {
     addPaths(program_.host.openFilesDialog({"Add script files", strFilter, {}}));
   };
@@ -108,8 +110,21 @@ void frmLoadScripts::showRunning(bool running) {
 
 void frmLoadScripts::loadScripts() {
   if (running_ || !inputIsValid()) return;
-  ScriptLoadRequest request{txtServer.text(), txtDatabase.text(), {}, chkReplace.checked()};
+  ScriptLoadRequest request{txtServer.text(), txtDatabase.text(), {}, chkReplace.checked(), false};
   for (std::size_t row = 0; row < lstFiles.count(); ++row) request.paths.push_back(lstFiles.cell(row, 0));
+  const std::int64_t occupied = load(request);
+  if (occupied == 0) return;
+  const Answer answer = program_.host.messageBox(
+      "The database '" + request.database + "' of '" + request.server + "' holds " + std::to_string(occupied) +
+          " objects already.\n\nYes: empty it first.\nNo: add to what it holds.\nCancel: leave it as it is.",
+      Icon::Question, caption, Buttons::YesNoCancel, 3);
+  request.replace = answer == Answer::Yes;
+  request.add = answer == Answer::No;
+  if (request.replace || request.add) load(request);
+}
+
+// Loads and shows what became of it. Not 0: it was left alone because it holds so many objects.
+std::int64_t frmLoadScripts::load(const ScriptLoadRequest& request) {
   ScriptLoadProgress progress;
   progress.at = [this](const std::string& strFile, std::size_t line) {
     lblProgress.setText(strFile + ": line " + std::to_string(line));
@@ -124,11 +139,13 @@ void frmLoadScripts::loadScripts() {
   txtResult.setText({});
   lblProgress.setText("Loading ...");
   std::string strError;
+  std::int64_t occupied = 0;
   try {
     const PointerScope pointer(program_.host, Pointer::Hourglass);
     const ScriptLoadResult result = loader_.load(request, progress);
+    occupied = result.occupied;
     showResult(result);
-    if (!result.stopped) {
+    if (!result.stopped && occupied == 0) {
       strServer_ = request.server;
       strDb_ = request.database;
     }
@@ -138,10 +155,12 @@ void frmLoadScripts::loadScripts() {
   }
   showRunning(false);
   if (!strError.empty()) program_.host.messageBox(strError, Icon::Warning, "Cannot Load");
+  return occupied;
 }
 
 void frmLoadScripts::showResult(const ScriptLoadResult& result) {
   if (result.stopped) return lblProgress.setText("Operation cancelled by the user. Nothing was changed.");
+  if (result.occupied > 0) return lblProgress.setText("Nothing was changed.");
   lblProgress.setText(result.incomplete ? "Loaded, but not everything: what is missing is listed." : "Loaded.");
   txtResult.setText(result.skipped.empty() ? result.table : result.table + "\n" + result.skipped);
 }

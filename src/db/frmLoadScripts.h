@@ -1,6 +1,7 @@
 // The window that loads script files into a database of an embedded server.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,7 @@ class frmLoadScripts : public Form {
   bool refuse(Control& control, const std::string& strMessage);
   bool inputIsValid();
   void loadScripts();
+  std::int64_t load(const ScriptLoadRequest& request);
   void showRunning(bool running);
   void showResult(const ScriptLoadResult& result);
 

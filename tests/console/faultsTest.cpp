@@ -107,7 +107,7 @@ constexpr const char* newScript =
 
 TEST_F(Faults, ALoadLeavesTheOldDatabaseOrTheNewOne) {
   succeed({"load", "S/D", folder.write("old.sql", oldScript).string()});
-  const std::vector<std::string> command = {"load", "S/D", folder.write("new.sql", newScript).string()};
+  const std::vector<std::string> command = {"load", "S/D", folder.write("new.sql", newScript).string(), "--add"};
   keep();
   const std::string file = home() + "/servers/S/D.mdf";
   const std::string before = bytesOf(file);
@@ -143,7 +143,7 @@ TEST_F(Faults, ALoadLeavesTheOldDatabaseOrTheNewOne) {
 
 TEST_F(Faults, AFirstLoadLeavesAServerOrNone) {
   keep();
-  withEachFault({"load", "S/D", folder.write("new.sql", newScript).string()}, [&](const QrelRun& run) {
+  withEachFault({"load", "S/D", folder.write("new.sql", newScript).string(), "--add"}, [&](const QrelRun& run) {
     if (run.code == 0) {
       EXPECT_EQ(succeed({"databases", "S"}).out, "D\nmaster\n");
       EXPECT_EQ(succeed({"compare", "S/D", "S/D"}).code, 0);

@@ -46,7 +46,8 @@ TEST_F(ConsoleScripts, ACreateScriptMakesTheSameAgain) {
   const std::string again = file("again.sql", scripts);
   ASSERT_EQ(run({"load", "S/B", again}), 0) << out << err << scripts;
   EXPECT_EQ(run({"compare", "S/A", "S/B", "--types", "all"}), 0) << out;
-  EXPECT_EQ(run({"load", "S/A", again}), 0) << "over what is there: it is dropped first\n" << out << err;
+  EXPECT_EQ(run({"load", "S/A", again}), 2) << "it holds objects";
+  EXPECT_EQ(run({"load", "S/A", again, "--add"}), 0) << "over what is there: it is dropped first\n" << out << err;
   EXPECT_EQ(run({"compare", "S/A", "S/B", "--types", "all"}), 0) << out;
 }
 

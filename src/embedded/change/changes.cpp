@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 #include "embedded/change/parts.h"
 #include "embedded/change/properties.h"
@@ -123,6 +124,19 @@ std::vector<std::string> primaryKeyColumns(sqlite::Database& database, const Tab
   return names;
 }
 
+// Whether columns of a table, by colid, are all that one of its primary keys, unique constraints or unique indexes has.
+bool isCandidateKey(sqlite::Database& database, std::int64_t table, std::vector<std::int64_t> columns) {
+  std::sort(columns.begin(), columns.end());
+  auto& query = database.cached(
+      "select i.indid, k.colid from cat_indexes i join cat_indexkeys k on k.object_id = i.object_id and k.indid = "
+      "i.indid and k.keyno > 0 where i.object_id = ?1 and i.is_unique = 1 and i.filter is null order by 1, 2");
+  query.bind(1, table);
+  std::map<std::int64_t, std::vector<std::int64_t>> keys;
+  while (query.step()) keys[query.integer(0)].push_back(query.integer(1));
+  query.reset();
+  return std::any_of(keys.begin(), keys.end(), [&](const auto& key) { return key.second == columns; });
+}
+
 void setCdefault(sqlite::Database& database, std::int64_t table, int colid, std::int64_t id) {
   database.cached("update cat_columns set cdefault = ?3 where object_id = ?1 and colid = ?2")
       .bind(1, table)
@@ -195,10 +209,11 @@ class TableRows {
     }
     const auto names =
         key.referencedColumns.empty() ? primaryKeyColumns(database_, *referenced) : key.referencedColumns;
-    if (names.empty()) {
+    const auto refuseKey = [&] {
       refuse("There are no primary or candidate keys in the referenced table '" + target +
              "' that match the referencing column list in the foreign key '" + shown + "'.");
-    }
+    };
+    if (names.empty()) refuseKey();
     if (names.size() != key.columns.size()) {
       refuse("Number of referencing columns in foreign key differs from number of referenced columns, table '" +
              table_.name + "'.");
@@ -206,6 +221,9 @@ class TableRows {
     std::vector<std::pair<int, int>> pairs;
     for (std::size_t i = 0; i < names.size(); ++i)
       pairs.emplace_back(keyColumn(table_, key.columns[i], shown), keyColumn(*referenced, names[i], shown));
+    std::vector<std::int64_t> columns;
+    for (const auto& [own, other] : pairs) columns.push_back(other);
+    if (!isCandidateKey(database_, referenced->id, columns)) refuseKey();
     const std::int64_t id = addConstraint(key.name, "FK", "F", key.columns);
     database_.cached("insert into cat_references values(?1,?2,?3)")
         .bind(1, id)

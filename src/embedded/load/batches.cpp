@@ -46,103 +46,6 @@ bool isEmptyBatch(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isspace(c) != 0; });
 }
 
-// Goes through a script line by line and tells at which lines nothing quoted is open.
-class LineWalker {
- public:
-  explicit LineWalker(std::string_view text) : text_(text) {}
-
-  bool atEnd() const { return at_ >= text_.size(); }
-  std::size_t offset() const { return at_; }
-  std::size_t line() const { return line_; }
-  std::string_view current() const { return lineAt(text_, at_); }
-  // Moves behind the line end.
-  void skipLine() { moveTo(nextLine(text_, at_)); }
-  // Moves to the next line that starts outside of every quoted part and comment.
-  void skipText() {
-    std::size_t at = at_;
-    while (at < text_.size()) {
-      const char c = text_[at];
-      if (c == '\n' || c == '\r') {
-        moveTo(nextLine(text_, at));
-        return;
-      }
-      const std::size_t behind = tsql::skipQuotedOrComment(text_, at);
-      at = behind == at ? at + 1 : behind;
-    }
-    moveTo(text_.size());
-  }
-
- private:
-  static std::size_t nextLine(std::string_view text, std::size_t at) { return tsql::nextLine(text, at); }
-  void moveTo(std::size_t target) {
-    while (at_ < target) {
-      at_ = nextLine(text_, at_);
-      if (at_ <= target) ++line_;
-    }
-    at_ = target;
-  }
-
-  std::string_view text_;
-  std::size_t at_ = 0;
-  std::size_t line_ = 1;
-};
-
-using Variables = std::vector<std::pair<std::string, std::string>>;
-
-void setVariable(Variables& variables, std::string_view name, std::string value) {
-  const auto found =
-      std::find_if(variables.begin(), variables.end(), [&](const auto& pair) { return equalNoCase(pair.first, name); });
-  if (found != variables.end()) {
-    found->second = std::move(value);
-  } else {
-    variables.emplace_back(std::string(name), std::move(value));
-  }
-}
-
-// `rest` is what follows :setvar on its line.
-void runSetvar(Variables& variables, std::string_view rest) {
-  rest = skipBlanks(rest);
-  const std::size_t nameEnd = std::min(rest.find_first_of(" \t"), rest.size());
-  const std::string_view name = rest.substr(0, nameEnd);
-  rest = skipBlanks(rest.substr(nameEnd));
-  std::string value;
-  if (rest.starts_with('"')) {
-    for (std::size_t at = 1; at < rest.size(); ++at) {
-      if (rest[at] == '"' && (at + 1 == rest.size() || rest[++at] != '"')) break;
-      value += rest[at];
-    }
-  } else {
-    value = std::string(rest.substr(0, std::min(rest.find_first_of(" \t"), rest.size())));
-  }
-  if (!name.empty()) setVariable(variables, name, std::move(value));
-}
-
-void appendReplaced(std::string& out, std::string_view text, const Variables& variables) {
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t open = text.find("$(", at);
-    out += text.substr(at, open == std::string_view::npos ? open : open - at);
-    if (open == std::string_view::npos) return;
-    const std::size_t close = text.find(')', open);
-    const std::string_view name =
-        close == std::string_view::npos ? std::string_view() : text.substr(open + 2, close - open - 2);
-    const auto found = std::find_if(variables.begin(), variables.end(),
-                                    [&](const auto& pair) { return equalNoCase(pair.first, name); });
-    if (close == std::string_view::npos || found == variables.end()) {
-      out += "$(";
-      at = open + 2;
-    } else {
-      out += found->second;
-      at = close + 1;
-    }
-  }
-}
-
-bool isSqlcmdLine(std::string_view line) {
-  line = skipBlanks(line);
-  return line.starts_with("!!") ||
-         (line.size() > 1 && line[0] == ':' && std::isalpha(static_cast<unsigned char>(line[1])) != 0);
-}
-
 // A line that reads as GO, wherever it stands.
 struct GoLine {
   std::size_t begin = 0;
@@ -248,30 +151,6 @@ std::vector<Batch> splitBatches(std::string_view script) {
   }
   add(script.size(), 1);
   return batches;
-}
-
-std::string applySqlcmd(std::string_view script, Variables& variables, std::vector<SkippedStatement>& unknown) {
-  std::string out;
-  out.reserve(script.size());
-  LineWalker walker(script);
-  while (!walker.atEnd()) {
-    const std::size_t begin = walker.offset();
-    const std::string_view line = walker.current();
-    if (!isSqlcmdLine(line)) {
-      walker.skipText();
-      appendReplaced(out, script.substr(begin, walker.offset() - begin), variables);
-      continue;
-    }
-    const std::string_view command = trimRightBlanks(skipBlanks(line));
-    if (equalNoCase(command.substr(0, 7), ":setvar") && command.size() > 7 && isBlank(command[7])) {
-      runSetvar(variables, command.substr(7));
-    } else {
-      unknown.push_back({"", walker.line(), std::string(leftCharacters(command, 60)), "sqlcmd command"});
-    }
-    walker.skipLine();
-    out += script.substr(begin + line.size(), walker.offset() - begin - line.size());
-  }
-  return out;
 }
 
 }  // namespace qrel

@@ -1,4 +1,4 @@
-// A script file as batches: GO lines and sqlcmd's commands and variables.
+// A script file as batches: parted by GO lines.
 #pragma once
 
 #include <cstddef>
@@ -17,6 +17,7 @@ struct SkippedStatement {
   std::string firstWords;
   std::string reason;
   std::int64_t times = 1;
+  std::int64_t order = 0;  // among all that a load tells
 };
 
 // One batch of a script: its text, where it begins, how often it runs.
@@ -29,9 +30,5 @@ struct Batch {
 // strings, brackets or block comments. One that is never closed ends at a GO line all the same, so that the batch which
 // opens it is lost alone: whoever runs that finds something open at its end.
 std::vector<Batch> splitBatches(std::string_view script);
-// Replaces $(name) by its value and carries out :setvar; other sqlcmd commands (:r, :on error ...) are blanked and told
-// in `unknown` with their lines. An undefined $(name) stays as it is. Line count and line ends stay.
-std::string applySqlcmd(std::string_view script, std::vector<std::pair<std::string, std::string>>& variables,
-                        std::vector<SkippedStatement>& unknown);
 
 }  // namespace qrel

@@ -13,6 +13,7 @@ std::vector<std::string> EmbeddedScriptLoader::databases(const std::string& serv
 ScriptLoadResult EmbeddedScriptLoader::load(const ScriptLoadRequest& request, const ScriptLoadProgress& progress) {
   LoadOptions options;
   options.replace = request.replace;
+  options.onlyIntoEmpty = !request.add;
   options.progress = progress.at;
   options.stop = progress.stop;
   options.waiting = progress.waiting;
@@ -20,7 +21,8 @@ ScriptLoadResult EmbeddedScriptLoader::load(const ScriptLoadRequest& request, co
       loadScripts(servers_, request.server, request.database, {request.paths.begin(), request.paths.end()}, options);
   ScriptLoadResult result;
   result.stopped = report.stopped;
-  if (report.stopped) return result;
+  result.occupied = report.occupied;
+  if (report.stopped || report.occupied > 0) return result;
   result.incomplete = report.incomplete();
   std::ostringstream table, skipped;
   printLoadReport(table, report);

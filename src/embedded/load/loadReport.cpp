@@ -1,7 +1,10 @@
 #include "embedded/load/loadReport.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 #include "platform/visibleText.h"
 
@@ -9,14 +12,21 @@ namespace qrel {
 
 namespace {
 
-void list(std::ostream& out, const char* what, const std::vector<SkippedStatement>& statements, std::int64_t all) {
-  for (const SkippedStatement& each : statements) {
-    out << visibleText(each.file) << ':' << each.line << ": " << what << ": " << visibleText(each.firstWords) << " ("
-        << visibleText(each.reason) << ')';
-    if (each.times > 1) out << " (" << withThousands(each.times) << " times)";
-    out << '\n';
-    all -= each.times;
-  }
+struct Line {
+  const char* what;
+  const SkippedStatement* statement;
+};
+
+void print(std::ostream& out, const Line& line) {
+  const SkippedStatement& each = *line.statement;
+  out << visibleText(each.file) << ':' << each.line << ": " << line.what << ": " << visibleText(each.firstWords);
+  if (!each.reason.empty()) out << " (" << visibleText(each.reason) << ')';
+  if (each.times > 1) out << " (" << withThousands(each.times) << " times)";
+  out << '\n';
+}
+
+void tellMore(std::ostream& out, const char* what, const std::vector<SkippedStatement>& listed, std::int64_t all) {
+  for (const SkippedStatement& each : listed) all -= each.times;
   if (all > 0) out << "... and " << withThousands(all) << " more " << what << " that are not listed here.\n";
 }
 
@@ -54,8 +64,16 @@ void printLoadReport(std::ostream& out, const LoadReport& report) {
 void listSkipped(std::ostream& out, const LoadReport& report) {
   for (const LoadRemark& each : report.remarks)
     out << visibleText(each.path) << ": " << visibleText(each.what) << ".\n";
-  list(out, "skipped", report.skipped, report.statementsSkipped);
-  list(out, "refused", report.failed, report.statementsFailed);
+  std::vector<Line> lines;
+  for (const auto& [what, list] :
+       {std::pair("message", &report.messages), {"skipped", &report.skipped}, {"refused", &report.failed}})
+    for (const SkippedStatement& each : *list) lines.push_back({what, &each});
+  std::stable_sort(lines.begin(), lines.end(),
+                   [](const Line& a, const Line& b) { return a.statement->order < b.statement->order; });
+  for (const Line& each : lines) print(out, each);
+  tellMore(out, "messages", report.messages, report.messageCount);
+  tellMore(out, "skipped", report.skipped, report.statementsSkipped);
+  tellMore(out, "refused", report.failed, report.statementsFailed);
 }
 
 }  // namespace qrel

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <map>
 #include <set>
-#include <unordered_map>
 
+#include "embedded/load/collector.h"
 #include "embedded/load/workCopy.h"
 #include "embedded/session/session.h"
 #include "platform/error.h"
@@ -18,12 +18,6 @@ namespace qrel {
 namespace {
 
 namespace fs = std::filesystem;
-using tsql::StatementOutcome;
-
-constexpr std::int64_t statementsBetweenProgress = 64;
-// Texts of statements that are kept for another try, in bytes; those beyond stay refused.
-constexpr std::size_t mostPendingBytes = std::size_t{256} << 20;
-
 // What a database holds, for telling afterwards what is new.
 struct Contents {
   std::set<std::int64_t> objects;
@@ -58,168 +52,94 @@ void countNew(LoadReport& report, sqlite::Database& database, const Contents& be
   for (const auto& index : after.indexes) report.indexes += before.indexes.count(index) == 0;
 }
 
-// A statement that failed because something was missing which a later file may make.
-struct Pending {
-  std::size_t entry = 0;  // its place in LoadReport::failed; behind the last one when it isn't listed
-  std::string text;
-  std::int64_t times = 1;
-};
+void countObjects(LoadReport& report, sqlite::Database& database) {
+  sqlite::Statement objects(database, "select count(*) from cat_objects");
+  if (objects.step()) report.occupied = objects.integer(0);
+}
 
-// Collects what becomes of the statements of one file after the other.
-class Collector : public tsql::BatchListener {
+// Runs the files of one load.
+class ScriptRun {
  public:
-  Collector(LoadReport& report, const LoadOptions& options, bool tryAgain)
-      : report_(report), options_(options), tryAgain_(tryAgain) {}
+  ScriptRun(tsql::Session& session, sqlite::Database& database, const LoadOptions& options, LoadReport& report,
+            bool tryAgain)
+      : session_(session),
+        database_(database),
+        options_(options),
+        report_(report),
+        collector_(report, options, session, tryAgain) {}
 
-  void statementDone(const StatementOutcome& outcome) override {
-    const std::size_t line = firstLine_ + outcome.line - 1;
-    if (options_.progress && report_.statements() % statementsBetweenProgress == 0) options_.progress(file_, line);
-    if (outcome.kind == StatementOutcome::Kind::Skipped) {
-      skipped({file_, line, outcome.firstWords, outcome.what});
-    } else if (outcome.kind == StatementOutcome::Kind::Failed) {
-      ++report_.statementsFailed;
-      const std::size_t entry = note(report_.failed, "f", {file_, line, outcome.firstWords, outcome.what});
-      if (tryAgain_ && mayComeLater(outcome)) keep(entry, outcome.text);
-    } else {
-      count(report_, outcome.kind);
+  bool stopped() { return collector_.stopRequested(); }
+
+  void run(const ScriptSet& set, ScriptVariables variables) {
+    for (const auto& stage : set.stages) {
+      for (const ScriptSet::Script& script : stage)
+        if (!stopped()) runFile(script, variables);
+      if (!stopped()) collector_.tryAgain(database_);
     }
   }
-  bool useDatabase(const std::string&) override { return true; }
-  bool stopRequested() override {
-    if (!report_.stopped && options_.stop && options_.stop()) report_.stopped = true;
-    return report_.stopped;
-  }
-
-  static void count(LoadReport& report, StatementOutcome::Kind kind) {
-    ++(kind == StatementOutcome::Kind::Made  ? report.statementsMade
-       : kind == StatementOutcome::Kind::Ran ? report.statementsRan
-                                             : report.statementsWithoutEffect);
-  }
-  void startFile(std::string name) { file_ = std::move(name); }
-  void startBatch(std::size_t line) {
-    firstLine_ = line;
-    if (options_.progress) options_.progress(file_, line);
-  }
-  void skipped(SkippedStatement statement) {
-    ++report_.statementsSkipped;
-    note(report_.skipped, "s", std::move(statement));
-  }
-
-  std::vector<Pending> pending;
 
  private:
-  // Counts the statement with its likes, or lists it; its place in the list.
-  std::size_t note(std::vector<SkippedStatement>& list, const char* kind, SkippedStatement statement) {
-    std::string key = kind;
-    for (const std::string& part : {statement.file, std::to_string(statement.line), statement.firstWords})
-      key.append(part) += '\0';
-    key += statement.reason;
-    if (const auto found = places_.find(key); found != places_.end()) {
-      ++list[found->second].times;
-      return found->second;
+  void runFile(const ScriptSet::Script& script, ScriptVariables& variables) {
+    ScriptText text = readScriptText(script.file, *script.paths, variables, options_.stop, report_.remarks);
+    if (stopped()) return;
+    // Of a script without any command they are most likely no variables at all.
+    const bool sure = text.carriedOut > 0 || !text.told.empty() || !options_.variables.empty();
+    for (const ScriptText::Told& each : text.quoted) {
+      if (sure)
+        text.told.push_back(each);
+      else
+        report_.remarks.push_back({each.what.file,
+                                   "line " + std::to_string(each.what.line) + ": " + each.what.firstWords +
+                                       " stays as it is: " + each.what.reason,
+                                   false});
     }
-    const std::size_t place = list.size();
-    if (place >= LoadReport::mostListed) return place;
-    list.push_back(std::move(statement));
-    places_.emplace(std::move(key), place);
-    return place;
-  }
-  static bool mayComeLater(const StatementOutcome& outcome) {
-    const auto startsWith = [&](std::string_view word) {
-      return equalNoCase(std::string_view(outcome.firstWords).substr(0, word.size()), word);
+    std::stable_sort(text.told.begin(), text.told.end(), [](const auto& a, const auto& b) { return a.at < b.at; });
+    std::size_t told = 0;
+    const auto tellUpTo = [&](std::size_t line) {
+      for (; told < text.told.size() && text.told[told].at <= line; ++told) collector_.skipped(text.told[told].what);
     };
-    return outcome.errorNumber == errorNumber::invalidObjectName &&
-           (startsWith("create") || startsWith("alter") || startsWith("insert"));
-  }
-  void keep(std::size_t entry, const std::string& text) {
-    if (!pending.empty() && pending.back().entry == entry && pending.back().text == text) {
-      ++pending.back().times;
-    } else if (pendingBytes_ + text.size() <= mostPendingBytes) {
-      pendingBytes_ += text.size() + sizeof(Pending);
-      pending.push_back({entry, text});
-    }
-  }
-
-  LoadReport& report_;
-  const LoadOptions& options_;
-  bool tryAgain_;
-  std::string file_;
-  std::size_t firstLine_ = 1;
-  std::size_t pendingBytes_ = 0;
-  std::unordered_map<std::string, std::size_t> places_;
-};
-
-// Notices whether everything went well.
-class Attempt : public tsql::BatchListener {
- public:
-  explicit Attempt(Collector& collector) : collector_(collector) {}
-  void statementDone(const StatementOutcome& outcome) override {
-    good = good && outcome.kind != StatementOutcome::Kind::Failed && outcome.kind != StatementOutcome::Kind::Skipped;
-    kind = outcome.kind;
-  }
-  bool useDatabase(const std::string&) override { return true; }
-  bool stopRequested() override { return collector_.stopRequested(); }
-  bool good = true;
-  StatementOutcome::Kind kind = StatementOutcome::Kind::Ran;
-
- private:
-  Collector& collector_;
-};
-
-// Tries what has failed for want of something else, again and again while that helps.
-void retry(tsql::Session& session, Collector& collector, LoadReport& report) {
-  for (bool helps = true; helps && !report.stopped;) {
-    helps = false;
-    for (Pending& each : collector.pending) {
-      while (each.times > 0 && !collector.stopRequested()) {
-        Attempt attempt(collector);
-        session.run(each.text, &attempt);
-        if (!attempt.good || report.stopped) break;
-        helps = true;
-        --each.times;
-        --report.statementsFailed;
-        Collector::count(report, attempt.kind);
-        if (each.entry < report.failed.size()) --report.failed[each.entry].times;
+    collector_.startScript(text);
+    const std::vector<Batch> batches = splitBatches(text.text);
+    for (std::size_t i = 0; i < batches.size() && !stopped(); ++i) {
+      tellUpTo(batches[i].firstLine);
+      if (!runBatch(batches[i], text, *script.paths) && i + 1 < batches.size()) {
+        const ScriptText::Place place = text.placeOf(batches[i + 1].firstLine);
+        collector_.skipped({place.file.string(), place.line, ":on error exit",
+                            "the script has raised an error: what follows of it is not run"});
+        break;
       }
     }
+    tellUpTo(std::string::npos);
   }
-  std::erase_if(report.failed, [](const SkippedStatement& each) { return each.times == 0; });
-}
 
-bool mayUseSqlcmd(std::string_view script) {
-  if (script.find("$(") != std::string_view::npos) return true;
-  for (std::size_t at = 0; (at = script.find_first_of(":!", at)) != std::string_view::npos; ++at) {
-    std::size_t before = at;
-    while (before > 0 && (script[before - 1] == ' ' || script[before - 1] == '\t')) --before;
-    if (before == 0 || script[before - 1] == '\n' || script[before - 1] == '\r') return true;
-  }
-  return false;
-}
-
-void loadFile(const fs::path& file, tsql::Session& session, Collector& collector, LoadReport& report,
-              const std::function<bool()>& stop, std::vector<std::pair<std::string, std::string>>& variables) {
-  std::string script = readScript(file, stop, report.remarks);
-  if (collector.stopRequested()) return;
-  collector.startFile(file.string());
-  if (mayUseSqlcmd(script)) {
-    std::vector<SkippedStatement> unknown;
-    script = applySqlcmd(script, variables, unknown);
-    for (SkippedStatement& each : unknown) {
-      each.file = file.string();
-      collector.skipped(std::move(each));
-    }
-  }
-  if (collector.stopRequested()) return;
-  for (const Batch& batch : splitBatches(script)) {
+  // False when the script is to end here.
+  bool runBatch(const Batch& batch, const ScriptText& text, ScriptPaths& paths) {
+    const ScriptText::Place place = text.placeOf(batch.firstLine);
     if (batch.count == 0)
-      collector.skipped(
-          {file.string(), batch.firstLine, "GO 0", "the batch that begins here is to be run no time at all"});
-    for (int turn = 0; turn < batch.count && !collector.stopRequested(); ++turn) {
-      collector.startBatch(batch.firstLine);
-      session.run(batch.text, &collector);
+      collector_.skipped(
+          {place.file.string(), place.line, "GO 0", "the batch that begins here is to be run no time at all"});
+    session_.setDataFiles([&paths, folder = place.file.parent_path()](std::string_view written) {
+      std::string why;
+      const fs::path found = paths.find(folder, written, why);
+      if (found.empty())
+        throw DataError(errorNumber::badSql, "Cannot bulk load because the file \"" + std::string(written) +
+                                                 "\" could not be opened: below the script's folder it " + why + ".");
+      return found;
+    });
+    for (int turn = 0; turn < batch.count && !stopped(); ++turn) {
+      collector_.startBatch(batch.firstLine);
+      session_.run(batch.text, &collector_);
     }
+    const auto lines = static_cast<std::size_t>(std::count(batch.text.begin(), batch.text.end(), '\n'));
+    return !collector_.raised || !text.exitsOnError(batch.firstLine + lines);
   }
-}
+
+  tsql::Session& session_;
+  sqlite::Database& database_;
+  const LoadOptions& options_;
+  LoadReport& report_;
+  Collector collector_;
+};
 
 // One load from the search for its place to the end.
 class Load {
@@ -233,12 +153,14 @@ class Load {
   Load(const Load&) = delete;
   Load& operator=(const Load&) = delete;
 
-  void run(const std::vector<fs::path>& files) {
+  void run(const ScriptSet& files) {
     try {
       if (!findPlace() || stopped()) return;
       WorkCopy copy(target_, servers_.unfinished());
       copy_ = copy.path();
       if (!copy.fill(!options_.replace, options_.stop)) report_.stopped = true;
+      if (!report_.stopped && options_.onlyIntoEmpty && !options_.replace) lookForObjects(copy);
+      if (report_.occupied > 0) return;
       if (!report_.stopped) runScripts(copy, files);
       if (!report_.stopped && !copy.prepare(options_.stop)) report_.stopped = true;
       if (!report_.stopped) takePlace(copy);
@@ -303,7 +225,23 @@ class Load {
     return facts;
   }
 
-  void runScripts(const WorkCopy& copy, const std::vector<fs::path>& files) {
+  void lookForObjects(const WorkCopy& copy) {
+    sqlite::Database database(copy.path(), sqlite::OpenMode::ReadOnly);
+    countObjects(report_, database);
+  }
+
+  ScriptVariables variables(const ScriptSet& files) const {
+    ScriptVariables all = options_.variables;
+    all.insert(all.end(), files.variables.begin(), files.variables.end());
+    const std::string name = EmbeddedServers::databaseFileIn(folder_, database_).stem().string();
+    for (const auto& [known, value] : {std::pair("SQLCMDDBNAME", name), {"SQLCMDSERVER", instance_}})
+      all.emplace_back(known, value);
+    // A project's scripts may name their database in this way.
+    if (!files.variables.empty() || files.stages.size() > 1) all.emplace_back("DatabaseName", name);
+    return all;
+  }
+
+  void runScripts(const WorkCopy& copy, const ScriptSet& files) {
     const tsql::ServerFacts server = facts();
     int major = 0;
     std::from_chars(server.productVersion.data(), server.productVersion.data() + server.productVersion.size(), major);
@@ -312,12 +250,9 @@ class Load {
     open->database.execute("pragma synchronous = off; pragma locking_mode = exclusive; begin");
     const Contents before = contentsOf(open->database);
     tsql::Session session(open);
-    Collector collector(report_, options_, files.size() > 1);
-    auto variables = options_.variables;
-    for (const fs::path& file : files)
-      if (!collector.stopRequested()) loadFile(file, session, collector, report_, options_.stop, variables);
-    if (!collector.stopRequested()) retry(session, collector, report_);
-    if (collector.stopRequested()) return;
+    ScriptRun run(session, open->database, options_, report_, files.count() > 1);
+    run.run(files, variables(files));
+    if (run.stopped()) return;
     session.commitAll();
     report_.rows = session.rowsInserted();
     countNew(report_, open->database, before);
@@ -363,7 +298,7 @@ bool LoadReport::incomplete() const {
 LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std::string_view database,
                        const std::vector<fs::path>& paths, const LoadOptions& options) {
   LoadReport report;
-  const std::vector<fs::path> files = scriptFiles(paths, report.remarks);
+  const ScriptSet files = scriptSet(paths, options.stop, report.remarks);
   Load(servers, instance, database, options, report).run(files);
   return report;
 }

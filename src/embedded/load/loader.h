@@ -11,7 +11,7 @@
 
 #include "embedded/instance/instances.h"
 #include "embedded/load/batches.h"
-#include "embedded/load/scriptFiles.h"
+#include "embedded/load/scriptSet.h"
 
 namespace qrel {
 
@@ -28,8 +28,14 @@ struct LoadReport {
   static constexpr std::size_t mostListed = 10000;
   std::vector<SkippedStatement> skipped;
   std::vector<SkippedStatement> failed;
+  // What scripts have printed, as `firstWords`, with its place. Beyond mostMessages texts they are counted only.
+  static constexpr std::size_t mostMessages = 100;
+  std::vector<SkippedStatement> messages;
+  std::int64_t messageCount = 0;
   std::vector<LoadRemark> remarks;  // on files and folders
   bool stopped = false;
+  // Not 0: the database holds so many objects, and the load was to go into an empty one: nothing was changed.
+  std::int64_t occupied = 0;
 
   // Something of the scripts isn't in the database.
   bool incomplete() const;
@@ -38,6 +44,8 @@ struct LoadReport {
 struct LoadOptions {
   // An existing database is emptied first.
   bool replace = false;
+  // Without `replace`, a database that holds objects is left as it is.
+  bool onlyIntoEmpty = false;
   // The server's product version from this load on; empty: as it is, or the default one for a new server.
   std::string productVersion;
   // Told now and then where the load stands.
@@ -51,13 +59,15 @@ struct LoadOptions {
   std::vector<std::pair<std::string, std::string>> variables;
 };
 
-// Loads the files of scriptFiles in order into a database of a server, which is made when it isn't there. USE, CREATE
+// Loads the files of scriptSet in order into a database of a server, which is made when it isn't there. USE, CREATE
 // DATABASE and DROP DATABASE of the script don't lead elsewhere: everything goes into `database`. An existing database
-// without `replace` is added to. Work goes to a copy beside the database that takes its place when all files have run:
-// a failure, a full disk, a stop or a killed run leaves the database, its server's version and the list of servers as
-// they were. Only one load at a time works on a database; others wait. With several files, what a statement of an
-// earlier file misses may stand in a later one: such statements are tried again at the end, and only those that still
-// fail are told. Raises RuntimeError or DataError with path and reason for files that can't be read or written.
+// without `replace` is added to, or left alone with `onlyIntoEmpty`. Work goes to a copy beside the database that takes
+// its place when all files have run: a failure, a full disk, a stop or a killed run leaves the database, its server's
+// version and the list of servers as they were. Only one load at a time works on a database; others wait. With several
+// files, what a statement of an earlier file misses may stand in a later one: such statements are tried again at the
+// end, what makes objects before what changes rows, and only those that still fail are told, with their last reason.
+// Files may be script files, folders of them and database projects. Raises RuntimeError or DataError with path and
+// reason for files that can't be read or written.
 LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std::string_view database,
                        const std::vector<std::filesystem::path>& paths, const LoadOptions& options);
 

@@ -172,6 +172,40 @@ bool endsInCharacter(std::string_view bytes) {
   return (lead >= 0xC2 && behind < 1) || (lead >= 0xE0 && behind < 2) || (lead >= 0xF0 && behind < 3);
 }
 
+bool isUtf8(std::string_view bytes) {
+  for (std::size_t offset = 0; offset < bytes.size();) {
+    if (static_cast<unsigned char>(bytes[offset]) < 0x80) {
+      ++offset;
+      continue;
+    }
+    const std::size_t start = offset;
+    constexpr char32_t replacement = 0xFFFD;
+    if (nextCodePoint(bytes, offset) == replacement && offset - start == 1) return false;
+  }
+  return true;
+}
+
+// The byte order mark that a file of UTF-16 lacks, told by where its zeros are; empty: it isn't one.
+std::string_view missingMark(std::string_view bytes) {
+  constexpr std::size_t sample = 4096, least = 8;
+  bytes = bytes.substr(0, sample);
+  if (bytes.size() < least || bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) return {};
+  std::size_t zeros[2] = {};
+  for (std::size_t i = 0; i < bytes.size(); ++i) zeros[i % 2] += bytes[i] == '\0';
+  const std::size_t most = bytes.size() / 2;
+  if (zeros[1] > most / 2 && zeros[0] == 0) return "\xFF\xFE";
+  if (zeros[0] > most / 2 && zeros[1] == 0) return "\xFE\xFF";
+  return {};
+}
+
+// The text of a file's bytes, without a second copy where they are it already.
+std::string textOfBytes(std::string&& bytes) {
+  const bool utf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+  if (utf16 || !isUtf8(bytes)) return decodeText(bytes);
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+  return std::move(bytes);
+}
+
 }  // namespace
 
 std::vector<fs::path> scriptFiles(const std::vector<fs::path>& paths, std::vector<LoadRemark>& remarks) {
@@ -196,12 +230,15 @@ std::vector<fs::path> scriptFiles(const std::vector<fs::path>& paths, std::vecto
 
 std::string readScript(const fs::path& file, const std::function<bool()>& stop, std::vector<LoadRemark>& remarks) {
   std::string bytes = OpenScript(file).read(stop);
-  std::string encoding;
-  std::string text = decodeText(bytes, &encoding);
-  const bool utf16 = encoding.starts_with("UTF-16");
+  const std::string_view mark = missingMark(bytes);
+  bytes.insert(0, mark);
+  const bool utf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
   const bool marked = utf16 || bytes.starts_with("\xEF\xBB\xBF");
+  const bool cut = utf16 ? bytes.size() % 2 != 0 : marked && endsInCharacter(bytes);
+  std::string text = textOfBytes(std::move(bytes));
   const auto remark = [&](std::string what, bool lost) { remarks.push_back({file.string(), std::move(what), lost}); };
-  if (utf16 ? bytes.size() % 2 != 0 : marked && endsInCharacter(bytes)) remark(cutEnding, true);
+  if (cut) remark(cutEnding, true);
+  if (!mark.empty()) remark("it is read as UTF-16, although it has no byte order mark", false);
   if (const std::size_t zeros = countOf(text, std::string_view("\0", 1)); zeros > 0)
     remark("it holds " + std::to_string(zeros) + " NUL characters" +
                (marked ? "" : ": it may be no text, or UTF-16 without its byte order mark"),

@@ -4,8 +4,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
+
+#include "embedded/types/types.h"
+#include "platform/data/value.h"
 
 namespace qrel::tsql {
+
+// A variable as a statement has met it.
+struct StatementVariable {
+  std::string name;  // in lower case, with @
+  TypeRef type;
+  Value value;
+};
 
 // What became of one statement.
 struct StatementOutcome {
@@ -17,7 +28,13 @@ struct StatementOutcome {
   std::string firstWords;  // the statement's first words, one line, at most 60 characters
   std::int64_t rows = 0;   // inserted (positive)
   std::int32_t errorNumber = 0;
-  std::string text;  // of a failed statement, the whole of it
+  // Of a statement that failed or was skipped and could be run again by itself: the whole of it, and the variables in
+  // it. Empty where it has failed more than once, in a loop.
+  std::string text;
+  std::vector<StatementVariable> variables;
+  std::vector<std::string> messages;  // what it has printed; of many the first mostMessages
+  std::int64_t messageCount = 0;
+  static constexpr std::size_t mostMessages = 100;
 };
 
 // How a batch is run. A provider's command stops at the first error and raises it; the loader goes on with the next

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "embedded/run/identities.h"
+
 namespace qrel::tsql {
 
 SessionState::SessionState(std::shared_ptr<OpenDatabase> database)
@@ -14,6 +16,7 @@ void SessionState::moveTo(std::shared_ptr<OpenDatabase> other) {
 }
 
 void SessionState::commitAll() {
+  keepIdentities(open->database, memory.identities);
   if (memory.transactions == 0) return;
   memory.transactions = 0;
   if (sqlite3_get_autocommit(open->database.get()) != 0) return;  // what was interrupted has been taken back

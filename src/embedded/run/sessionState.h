@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -84,6 +85,12 @@ struct SessionDepths {
   int tries = 0;  // BEGIN TRY
 };
 
+// A foreign key that CREATE TABLE has left out because the table that it refers to isn't there yet.
+struct LaterKey {
+  ObjectName table;
+  ForeignKeyDef key;
+};
+
 struct SessionState {
   // A database that is open for reading gives the right to read alone.
   explicit SessionState(std::shared_ptr<OpenDatabase> database);
@@ -100,6 +107,11 @@ struct SessionState {
   SessionSettings settings;
   SessionMemory memory;
   SessionDepths depths;
+  // Where CREATE TABLE puts such keys; null: it is refused, as ever.
+  std::vector<LaterKey>* laterKeys = nullptr;
+  // The file that a path of the script means, by whoever runs it; raises the server's error when there is none. Empty:
+  // a script may name no files.
+  std::function<std::filesystem::path(std::string_view written)> dataFile;
 };
 
 }  // namespace qrel::tsql

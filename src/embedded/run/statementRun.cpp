@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "embedded/run/identities.h"
 #include "embedded/types/types.h"
 #include "platform/text.h"
 
@@ -61,6 +62,7 @@ void StatementRun::schemaChanged() {
   ++memory.changes;
   catalogue().forget();
   memory.plans.clear();
+  keepIdentities(database(), memory.identities);
   memory.identities.clear();
   memory.versions.clear();
 }

@@ -44,6 +44,8 @@ struct StatementResult {
   std::int32_t number = 0;
   std::int64_t rows = 0;
   std::vector<StatementOutcome> inside;  // of the text that it runs
+  std::string message;                   // what it prints; hasMessage: also an empty line is one
+  bool hasMessage = false;
 };
 
 // One per text that is run. Whoever runs it sets the place for each statement in turn; the statement reads itself,
@@ -97,6 +99,11 @@ class StatementRun {
   void made(std::string what);
   // Tells that a server would do something that isn't kept here: an option, a message, a login.
   void withoutEffect() { result.kind = Kind::WithoutEffect; }
+  // Tells a text that a server would send to whoever runs the script.
+  void print(std::string text) {
+    result.message = std::move(text);
+    result.hasMessage = true;
+  }
   // The number of rows that it has changed.
   void countRows(std::int64_t rows);
   // It comes to nothing; raises the error when there is nobody to tell.

@@ -14,6 +14,13 @@ bool sameTrouble(const StatementOutcome& a, const StatementOutcome& b) {
   return a.kind == b.kind && a.what == b.what && a.firstWords == b.firstWords;
 }
 
+// The messages of a further turn behind those that are kept.
+void addMessages(StatementOutcome& kept, StatementOutcome& fresh) {
+  kept.messageCount += fresh.messageCount;
+  for (std::string& each : fresh.messages)
+    if (kept.messages.size() < StatementOutcome::mostMessages) kept.messages.push_back(std::move(each));
+}
+
 // The statement in the same place of a text that was run again, or another one.
 void merge(std::vector<StatementOutcome>& kept, std::vector<StatementOutcome> fresh) {
   for (std::size_t i = 0; i < fresh.size(); ++i) {
@@ -21,6 +28,7 @@ void merge(std::vector<StatementOutcome>& kept, std::vector<StatementOutcome> fr
     if (again) {
       if (fresh[i].kind == Kind::Made) kept[i].kind = Kind::Made, kept[i].what = fresh[i].what;
       kept[i].rows += fresh[i].rows;
+      addMessages(kept[i], fresh[i]);
     } else if (std::none_of(kept.begin(), kept.end(), [&](const auto& each) { return sameTrouble(each, fresh[i]); })) {
       kept.push_back(std::move(fresh[i]));
     }
@@ -46,8 +54,11 @@ void Account::add(std::size_t begin, std::size_t end, StatementOutcome outcome, 
   }
   merge(entry.inside, std::move(inside));
   const std::int64_t rows = entry.outcome.rows + outcome.rows;
+  addMessages(entry.outcome, outcome);
   if (outcome.kind > entry.outcome.kind) {
     outcome.firstWords = entry.outcome.firstWords;
+    outcome.messages = std::move(entry.outcome.messages);
+    outcome.messageCount = entry.outcome.messageCount;
     entry.outcome = std::move(outcome);
   }
   entry.outcome.rows = rows;
@@ -70,6 +81,7 @@ std::pair<std::size_t, std::size_t> Account::unclaimed() const {
 std::vector<StatementOutcome> Account::take() {
   std::vector<StatementOutcome> outcomes;
   for (auto& [begin, entry] : entries_) {
+    if (entry.failures > 1) entry.outcome.text.clear();
     if (entry.failures > 1) entry.outcome.what += " (" + std::to_string(entry.failures) + " times)";
     outcomes.push_back(std::move(entry.outcome));
     for (StatementOutcome& each : entry.inside) outcomes.push_back(std::move(each));

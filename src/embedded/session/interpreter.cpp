@@ -293,11 +293,30 @@ StatementOutcome Interpreter::outcomeOf(std::size_t start) {
   if (!account_.knows(start)) outcome.firstWords = firstWords(start);
   outcome.rows = run_.result.rows;
   outcome.errorNumber = run_.result.number;
-  if (run_.result.kind == Kind::Failed) {
-    const bool module = start == 0 && text_.pieceStart == 0 && isModuleBatch(text_.batch);
-    outcome.text = module ? text_.batch : reader_.sourceBetween(start, reader_.position());
+  if (run_.result.hasMessage) {
+    outcome.messages.push_back(std::move(run_.result.message));
+    outcome.messageCount = 1;
   }
+  if (run_.result.kind == Kind::Failed || run_.result.kind == Kind::Skipped) keepText(outcome, start);
   return outcome;
+}
+
+// What it takes to run a statement again. Those of a loop belong to their turn.
+void Interpreter::keepText(StatementOutcome& outcome, std::size_t start) const {
+  if (depths_.loops > 0) return;
+  const bool module = start == 0 && text_.pieceStart == 0 && isModuleBatch(text_.batch);
+  const std::size_t end = module ? start : reader_.position();
+  outcome.text = module ? text_.batch : reader_.sourceBetween(start, end);
+  const auto& session = run_.session;
+  for (std::size_t i = start; i < end; ++i) {
+    if (text_.tokens[i].kind != TokenKind::Variable) continue;
+    const std::string name = lowerCase(text_.tokens[i].raw);
+    const auto type = session.variableTypes.find(name);
+    if (type == session.variableTypes.end()) continue;
+    const auto value = session.variables.find(name);
+    outcome.variables.push_back({name, type->second, value == session.variables.end() ? Value() : value->second});
+    if (run_.memory.unknown.count(name) != 0) outcome.text.clear();
+  }
 }
 
 void Interpreter::tell(StatementOutcome outcome) {

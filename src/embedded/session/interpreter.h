@@ -53,6 +53,7 @@ class Interpreter : private TextRunner {
   void record(std::size_t start);
   void takeEffect(std::size_t start);
   StatementOutcome outcomeOf(std::size_t start);
+  void keepText(StatementOutcome& outcome, std::size_t start) const;
   void tell(StatementOutcome outcome);
   void tellAll();
   void tellUnread();

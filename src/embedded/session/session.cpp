@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "embedded/change/changes.h"
 #include "embedded/session/interpreter.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -41,7 +42,16 @@ void startGlobals(std::map<std::string, Value>& variables) {
 }  // namespace
 
 CommandResult Session::run(std::string_view batch, BatchListener* listener, const std::vector<Value>* parameters) {
-  CommandResult result;
+  beginBatch();
+  if (parameters) {
+    for (std::size_t i = 0; i < parameters->size(); ++i)
+      state_.variables["@p" + std::to_string(i + 1)] = (*parameters)[i];
+  }
+  return runWith(batch, listener);
+}
+
+// The variables of the batch before are gone.
+void Session::beginBatch() {
   auto& variables = state_.variables;
   std::erase_if(variables, [](const auto& each) { return !each.first.starts_with("@@"); });
   state_.variableTypes.clear();
@@ -49,13 +59,47 @@ CommandResult Session::run(std::string_view batch, BatchListener* listener, cons
   std::erase_if(state_.memory.cursors, [](const auto& each) { return each.second.local; });
   startGlobals(variables);
   variables["@@trancount"] = Value::ofInteger(state_.memory.transactions);
-  if (parameters) {
-    for (std::size_t i = 0; i < parameters->size(); ++i) variables["@p" + std::to_string(i + 1)] = (*parameters)[i];
-  }
+}
+
+CommandResult Session::runWith(std::string_view batch, BatchListener* listener) {
+  CommandResult result;
   const std::shared_ptr<OpenDatabase> open = state_.open;  // USE may leave it behind
   const StopScope scope(open->database, listener);
   Interpreter(state_, listener, result).run(batch);
   return result;
+}
+
+void Session::runAgain(std::string_view statement, const std::vector<StatementVariable>& variables,
+                       const SessionSettings& settings, BatchListener* listener, std::vector<LaterKey>* later) {
+  beginBatch();
+  for (const StatementVariable& each : variables) {
+    state_.variables[each.name] = each.value;
+    state_.variableTypes[each.name] = each.type;
+  }
+  struct Changed {
+    SessionState& state;
+    SessionSettings before;
+    ~Changed() {
+      state.settings = before;
+      state.laterKeys = nullptr;
+    }
+  } changed{state_, state_.settings};
+  state_.settings = settings;
+  state_.laterKeys = later;
+  runWith(statement, listener);
+}
+
+void Session::addKeys(const std::vector<LaterKey>& keys) {
+  CatalogueChanges changes(state_.open->catalogue);
+  for (const LaterKey& each : keys) changes.addForeignKey(each.table, each.key);
+  forgetSchema();
+}
+
+void Session::forgetSchema() {
+  state_.open->catalogue.forget();
+  state_.memory.plans.clear();
+  state_.memory.identities.clear();
+  state_.memory.versions.clear();
 }
 
 CommandResult Session::runProcedure(std::string_view name, const std::vector<Value>& parameters) {

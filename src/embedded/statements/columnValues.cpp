@@ -1,6 +1,7 @@
 #include "embedded/statements/columnValues.h"
 
 #include "embedded/language/refusal.h"
+#include "embedded/run/identities.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/statements/literals.h"
 
@@ -73,21 +74,43 @@ Value generated(StatementRun& run, const TableInfo& table, const TableInfo::Colu
     value.type = DataType::Binary;
     return value;
   }
+  const std::int64_t increment = identityCounting(run, table, column).increment;
+  std::int64_t& last = lastIdentity(run, table, column);
+  last += increment;
+  run.setGlobal("@@identity", last);
+  return convertTo(column.type, Value::ofInteger(last));
+}
+
+IdentityCounting identityCounting(StatementRun& run, const TableInfo& table, const TableInfo::Column& column) {
   auto& seeds = run.database().cached("select seed, increment from cat_columns where object_id = ?1 and colid = ?2");
   seeds.bind(1, table.id).bind(2, std::int64_t{column.colid});
   seeds.step();
-  const std::int64_t seed = seeds.integer(0);
-  const std::int64_t increment = seeds.integer(1);
+  const IdentityCounting counting{seeds.integer(0), seeds.integer(1)};
   seeds.reset();
-  auto [kept, fresh] = run.memory.identities.try_emplace(table.id, seed - increment);
-  if (fresh) {
-    sqlite::Statement query(run.database(), highest);
-    const int end = increment < 0 ? 1 : 0;
-    if (query.step() && !query.isNull(end)) kept->second = query.integer(end);
-  }
-  kept->second += increment;
-  run.setGlobal("@@identity", kept->second);
-  return convertTo(column.type, Value::ofInteger(kept->second));
+  return counting;
+}
+
+std::int64_t& lastIdentity(StatementRun& run, const TableInfo& table, const TableInfo::Column& column) {
+  const auto [kept, fresh] = run.memory.identities.try_emplace(table.id, 0);
+  if (!fresh) return kept->second;
+  const IdentityCounting counting = identityCounting(run, table, column);
+  const bool down = counting.increment < 0;
+  kept->second = counting.seed - counting.increment;
+  const auto raise = [&](std::int64_t value) {
+    if (down ? value < kept->second : value > kept->second) kept->second = value;
+  };
+  sqlite::Statement rows(run.database(), "select max(" + quoteColumn(column.name) + "), min(" +
+                                             quoteColumn(column.name) + ") from " + quoteName(table.storage));
+  const int end = down ? 1 : 0;
+  if (rows.step() && !rows.isNull(end)) raise(rows.integer(end));
+  // What a load or a session before this one has counted to, or RESEED has set.
+  if (const auto before = keptIdentity(run.database(), table.id)) kept->second = *before;
+  return kept->second;
+}
+
+void forgetIdentity(StatementRun& run, const TableInfo& table) {
+  run.memory.identities.erase(table.id);
+  keepIdentity(run.database(), table.id, std::nullopt);
 }
 
 void refuseNull(const StatementRun& run, const TableInfo& table, const TableInfo::Column& column,

@@ -13,6 +13,15 @@ Value defaultOf(StatementRun& run, const InsertPlan::Column& source);
 // The next number of an identity column, the next stamp of a timestamp column.
 Value generated(StatementRun& run, const TableInfo& table, const TableInfo::Column& column);
 
+struct IdentityCounting {
+  std::int64_t seed = 0, increment = 0;
+};
+IdentityCounting identityCounting(StatementRun& run, const TableInfo& table, const TableInfo::Column& column);
+// The last number that an identity column has given, or was given above it; it outlives the rows and the load.
+std::int64_t& lastIdentity(StatementRun& run, const TableInfo& table, const TableInfo::Column& column);
+// Begins the numbers of a table anew, as TRUNCATE does.
+void forgetIdentity(StatementRun& run, const TableInfo& table);
+
 // `statement`: INSERT or UPDATE.
 [[noreturn]] void refuseNull(const StatementRun& run, const TableInfo& table, const TableInfo::Column& column,
                              std::string_view statement);

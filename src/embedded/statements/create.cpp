@@ -45,6 +45,8 @@ void createStatement(StatementRun& run) {
     createDatabase(run);
   } else if (isWithoutEffect(word) && !word.is("FULLTEXT")) {
     skipWithoutEffect(run);
+  } else if (reader.peek(1).is("INDEX") || (reader.peek(1).is("XML") && reader.peek(2).is("INDEX"))) {
+    run.notUnderstood(lowerCase(word.raw) + " indexes aren't kept");
   } else {
     run.notUnderstood("CREATE " + upperCase(word.raw) + " isn't kept");
   }

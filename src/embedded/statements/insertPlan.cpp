@@ -81,8 +81,8 @@ void insertRow(StatementRun& run, InsertPlan& plan, const std::vector<Value>& va
     if (value.null && !column.nullable) refuseNull(run, *plan.table, column, "INSERT");
     insert.bind(at, value);
     if (column.identity) {  // numbers go on behind the highest given one
-      auto kept = run.memory.identities.find(plan.table->id);
-      if (kept != run.memory.identities.end() && value.integer > kept->second) kept->second = value.integer;
+      std::int64_t& last = lastIdentity(run, *plan.table, column);
+      if (value.integer > last) last = value.integer;
     }
   }
   try {

@@ -1,5 +1,10 @@
 #include "embedded/statements/noEffect.h"
 
+#include <algorithm>
+#include <optional>
+
+#include "embedded/language/refusal.h"
+#include "embedded/statements/columnValues.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -29,11 +34,48 @@ void switchTrigger(StatementRun& run) {
   run.atomically([&] { run.changes().switchTriggers(table, names, enabled); });
 }
 
+namespace {
+
+// CHECKIDENT (table, RESEED [, number]), with RESEED at a token. Without a number the count is brought up to the rows,
+// where it always is.
+void reseed(StatementRun& run, std::size_t at) {
+  TokenReader& reader = run.reader;
+  const Token& named = run.text.tokens[run.start + 3];
+  const std::string text(named.name());
+  const auto tokens = lex(text);
+  TokenReader nameReader(text, tokens);
+  ObjectName name;
+  if (named.kind == TokenKind::String) {
+    name = readObjectName(nameReader);
+  } else {
+    reader.moveTo(run.start + 3);
+    name = readObjectName(reader);
+  }
+  name = run.localName(name);
+  reader.moveTo(at + 1);
+  std::optional<std::string> number;
+  if (reader.acceptSymbol(",")) number = run.translator().expression();
+  reader.expectSymbol(")");
+  if (reader.acceptWord("WITH")) reader.expectIdentifier();
+  if (!run.act() || !number) return;
+  const auto table = run.requireTable(name);
+  const auto column =
+      std::find_if(table->columns.begin(), table->columns.end(), [](const auto& each) { return each.identity; });
+  if (column == table->columns.end()) refuse("'" + name.name + "' does not contain an identity column.");
+  const std::int64_t value = run.evaluate(*number).integer;
+  std::int64_t& last = lastIdentity(run, *table, *column);
+  // Where no row has been there yet, the first one gets the number itself.
+  const IdentityCounting counting = identityCounting(run, *table, *column);
+  last = last == counting.seed - counting.increment ? value - counting.increment : value;
+}
+
+}  // namespace
+
 // What only looks or tidies up has no effect here.
 void dbccStatement(StatementRun& run) {
   if (run.reader.peek(1).is("CHECKIDENT")) {
     for (std::size_t i = run.start; i < run.plainEnd(); ++i)
-      if (run.text.tokens[i].is("RESEED")) run.notUnderstood("DBCC CHECKIDENT with RESEED isn't carried out");
+      if (run.text.tokens[i].is("RESEED")) return reseed(run, i);
   }
   skipWithoutEffect(run);
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "embedded/language/words.h"
+#include "embedded/statements/bulkInsert.h"
 #include "embedded/statements/create.h"
 #include "embedded/statements/cursors.h"
 #include "embedded/statements/databases.h"
@@ -73,7 +74,7 @@ constexpr std::array statements = std::to_array<Statement>({
     {"DEALLOCATE", closeCursor},
     {"MERGE", notCarriedOut},
     {"RESTORE", notCarriedOut},
-    {"BULK", notCarriedOut},
+    {"BULK", bulkInsertStatement},
     {"KILL", notCarriedOut},
     {"SHUTDOWN", notCarriedOut},
     {"END", strayEnd},

@@ -194,6 +194,18 @@ void alterTableColumn(StatementRun& run, const ObjectName& name) {
   run.schemaChanged();
 }
 
+// The foreign keys to tables that aren't there yet are left to whoever asked for that.
+void leaveOutKeys(StatementRun& run, TableDef& table) {
+  std::erase_if(table.foreignKeys, [&](const ForeignKeyDef& key) {
+    const ObjectName& other = key.referenced;
+    const bool itself = compareCollated(other.name, table.name) == 0 &&
+                        compareCollated(other.schema.empty() ? "dbo" : other.schema, table.schema) == 0;
+    if (itself || run.catalogue().table(other.schema, other.name)) return false;
+    run.session.laterKeys->push_back({{{}, {}, table.schema, table.name}, key});
+    return true;
+  });
+}
+
 }  // namespace
 
 void createTable(StatementRun& run) {
@@ -208,6 +220,7 @@ void createTable(StatementRun& run) {
   if (!run.act()) return;
   ddl.checkPrimaryKey(table);
   markUntrusted(table, false);
+  if (run.session.laterKeys) leaveOutKeys(run, table);
   run.atomically([&] { run.changes().createTable(table); });
   run.schemaChanged();
   run.made("table");
@@ -220,6 +233,8 @@ void createIndex(StatementRun& run) {
   const IndexDef index = ddl.createIndex(table);
   table = run.localName(table);
   if (!run.act()) return;
+  const auto object = run.catalogue().find(table.schema, table.name);
+  if (object && object->xtype == "V") run.notUnderstood("indexes of views aren't kept");
   run.atomically([&] { run.changes().addIndex(table, index); });
   run.schemaChanged();
   run.made("index");
@@ -301,7 +316,7 @@ void truncateStatement(StatementRun& run) {
     refuse("Cannot truncate table '" + table->name + "' because it is being referenced by a FOREIGN KEY constraint.");
   }
   run.database().execute("delete from " + quoteName(table->storage));
-  run.memory.identities.erase(table->id);
+  forgetIdentity(run, *table);
 }
 
 }  // namespace qrel::tsql

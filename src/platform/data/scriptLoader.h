@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -12,7 +13,8 @@ namespace qrel {
 struct ScriptLoadRequest {
   std::string server, database;    // both are made when they aren't there
   std::vector<std::string> paths;  // files and folders, in the order in which they run
-  bool replace = false;            // an existing database is emptied first; otherwise it is added to
+  bool replace = false;            // an existing database is emptied first
+  bool add = false;                // without `replace`: what an existing database holds is added to
 };
 
 struct ScriptLoadProgress {
@@ -26,10 +28,11 @@ struct ScriptLoadProgress {
 
 // What became of a load, in the words of `qrel load`; lines end in LF.
 struct ScriptLoadResult {
-  bool stopped = false;     // nothing was changed
-  bool incomplete = false;  // something of the scripts isn't in the database
-  std::string table;        // how many of what were made
-  std::string skipped;      // each statement that wasn't carried out, with its place and why; empty: none
+  std::int64_t occupied = 0;  // not 0: the database holds so many objects and was to be neither emptied nor added to
+  bool stopped = false;       // nothing was changed
+  bool incomplete = false;    // something of the scripts isn't in the database
+  std::string table;          // how many of what were made
+  std::string skipped;        // each statement that wasn't carried out, with its place and why; empty: none
 };
 
 class ScriptLoader {

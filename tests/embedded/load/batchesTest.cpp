@@ -43,18 +43,6 @@ TEST(SplitBatches, CutsAtGoLinesOnly) {
   for (const auto& each : cases) EXPECT_EQ(batchesOf(each.script), each.batches) << each.script;
 }
 
-TEST(Sqlcmd, ReplacesVariablesAndTellsOtherCommands) {
-  std::vector<std::pair<std::string, std::string>> variables = {{"Outer", "o"}};
-  std::vector<SkippedStatement> unknown;
-  const std::string script =
-      ":setvar Db \"My \"\"Db\"\"\"\r\n  :SETVAR n 5 rest\nUSE [$(db)] $(n)$(OUTER) $(none) $(\n:r other.sql\n'\n:r "
-      "kept\n'";
-  EXPECT_EQ(applySqlcmd(script, variables, unknown), "\r\n\nUSE [My \"Db\"] 5o $(none) $(\n\n'\n:r kept\n'");
-  ASSERT_EQ(unknown.size(), 1u);
-  EXPECT_EQ(unknown[0].line, 4u);
-  EXPECT_EQ(unknown[0].firstWords, ":r other.sql");
-}
-
 // Long batches are read in pieces; a piece must never part what belongs together.
 TEST(FindCut, OnlyBetweenWholeInserts) {
   const struct {

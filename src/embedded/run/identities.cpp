@@ -1,0 +1,37 @@
+#include "embedded/run/identities.h"
+
+#include <string>
+
+#include "embedded/change/properties.h"
+
+namespace qrel::tsql {
+
+namespace {
+
+constexpr const char* lastIdentityProperty = "last_identity";
+
+}  // namespace
+
+std::optional<std::int64_t> keptIdentity(sqlite::Database& database, std::int64_t table) {
+  auto& query = database.cached("select value from cat_properties where class = 0 and object_id = ?1 and name = ?2");
+  std::optional<std::int64_t> last;
+  if (query.bind(1, table).bind(2, std::string_view(lastIdentityProperty)).step())
+    last = std::stoll(std::string(query.text(0)));
+  query.reset();
+  return last;
+}
+
+void keepIdentity(sqlite::Database& database, std::int64_t table, std::optional<std::int64_t> last) {
+  auto& query = database.cached("select 1 from cat_objects where id = ?1");
+  const bool there = query.bind(1, table).step();
+  query.reset();
+  if (there)
+    setProperty(database, {PropertyOwner::Class::Object, table}, lastIdentityProperty,
+                last ? std::to_string(*last) : "");
+}
+
+void keepIdentities(sqlite::Database& database, const std::map<std::int64_t, std::int64_t>& identities) {
+  for (const auto& [table, last] : identities) keepIdentity(database, table, last);
+}
+
+}  // namespace qrel::tsql
