@@ -1,5 +1,6 @@
 #include "embedded/translate/operatorChain.h"
 
+#include "embedded/sqlite/quoting.h"
 #include "platform/error.h"
 
 namespace qrel::tsql {
@@ -21,6 +22,25 @@ Expression joinedTexts(const Expression& left, const Expression& right) {
   out.sql = cutToWidth("(" + left.sql + " || " + right.sql + ")", out.width);
   out.enclosed = true;
   return out;
+}
+
+std::string exactSide(const Expression& side) { return side.exact.empty() ? side.sql : quoteText(side.exact); }
+
+// In a type whose arithmetic is known. False: the kinds decide, or the values.
+bool typedArithmetic(const Expression& left, std::string_view symbol, const Expression& right, Expression& out) {
+  const char operation = symbol.front();
+  const bool bits = operation == '&' || operation == '|' || operation == '^';
+  if (out.type.isExact() && !bits) {
+    out.sql = std::string("q_decimal('") + operation + "', " + exactSide(left) + ", " + exactSide(right) + ", " +
+              std::to_string(out.type.prec) + ", " + std::to_string(out.type.scale) + ")";
+    out.kind = DataType::Decimal;
+    return true;
+  }
+  const bool whole = left.type.isWhole() && right.type.isWhole();
+  if (!whole || bits || operation == '/' || operation == '%') return false;
+  out.sql = "q_whole(" + quoteText(typeRef(out.type).name) + ", " + left.sql + " " + operation + " " + right.sql + ")";
+  out.kind = DataType::Integer;
+  return true;
 }
 
 // "+" joins texts and adds numbers; where the kinds don't tell, it decides at run time.
@@ -57,9 +77,16 @@ bool joinsTexts(const Expression& left, std::string_view symbol, const Expressio
 }
 
 Expression arithmetic(const Expression& left, std::string_view symbol, const Expression& right) {
-  if (symbol == "+") return sum(left, right);
   Expression out;
   out.enclosed = true;
+  out.type = resultType(symbol.front(), left.type, right.type);
+  if (typedArithmetic(left, symbol, right, out)) return out;
+  if (symbol == "+") {
+    const ExpressionType type = out.type;
+    out = sum(left, right);
+    out.type = type;
+    return out;
+  }
   if (isDateStep(left, symbol, right)) {
     out.sql = "q_dateplus(" + left.sql + ", -(" + right.sql + "))";
     out.kind = DataType::Date;
@@ -90,6 +117,7 @@ Expression withoutSql(const Expression& from) {
   Expression out;
   out.kind = from.kind;
   out.width = from.width;
+  out.type = from.type;
   return out;
 }
 
@@ -134,6 +162,7 @@ Expression OperatorChain::joinTexts(Expression left, std::size_t& link) {
   }
   Expression out;
   out.kind = DataType::Text;
+  out.type = typeOf(width);
   out.sql = cutToWidth(balanced(" || ", parts.data(), parts.data() + parts.size()), width);
   out.width = width;
   return out;
@@ -156,6 +185,7 @@ Expression OperatorChain::carryOut(const Expression& left, std::size_t& link) {
   }
   if (operands > operandsPerPack * mostPacks) refuseNesting();
   out.sql = "q_chain('" + operators + "', " + packs + "))";
+  if (out.kind == DataType::Decimal) out.kind = DataType::Double;  // so long a chain isn't exact
   return out;
 }
 

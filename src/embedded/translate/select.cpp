@@ -27,6 +27,19 @@ std::string columnList(const std::vector<std::string>& names) {
   return sql + ")";
 }
 
+// Puts another query's grouping in force and brings the one before back.
+class GroupingGuard {
+ public:
+  GroupingGuard(Grouping*& current, Grouping* next) : current_(current), before_(std::exchange(current, next)) {}
+  ~GroupingGuard() { current_ = before_; }
+  GroupingGuard(const GroupingGuard&) = delete;
+  GroupingGuard& operator=(const GroupingGuard&) = delete;
+
+ private:
+  Grouping*& current_;
+  Grouping* before_;
+};
+
 // A TOP of one of several queries goes for that one alone.
 void closeLimit(Query& query, std::string& limit) {
   if (!limit.empty()) query.sql = "select * from (" + query.sql + " limit " + limit + ")";
@@ -113,6 +126,7 @@ Query Translation::compoundQuery(std::vector<std::string>* assigned) {
   if (reader_.peek().is("order")) out.sql += orderBy(out.columns, compound);
   readLimit(limit);
   if (!limit.empty()) out.sql += " limit " + limit;
+  out.single = out.single || limit == "1";
   refuseForClause();
   return out;
 }
@@ -140,7 +154,9 @@ void Translation::append(Query& out, std::string_view operation, const Query& ne
     OutputColumn& column = out.columns.list[i];
     column.kind = commonKind(column.kind, next.columns.list[i].kind);
     column.width = either(column.width, next.columns.list[i].width);
+    column.type = commonType(column.type, next.columns.list[i].type);
   }
+  out.single = false;
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY; a TOP that was read before stays in `limit`.
@@ -218,8 +234,13 @@ Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& 
     reader_.moveTo(listStart);
   }
   Query out;
-  out.sql = top.distinct ? "select distinct " : "select ";
-  out.sql += selectList(out.columns, assigned) + fromSql;
+  Grouping grouping;
+  grouping.scope = &own;
+  {
+    const GroupingGuard reading(grouping_, &grouping);
+    out.sql = top.distinct ? "select distinct " : "select ";
+    out.sql += selectList(out.columns, assigned) + fromSql;
+  }
   if (reader_.peek().is("into")) {
     if (context_.readOnly) refuseAction("CREATE TABLE", context_.database);
     refuse("SELECT INTO can't be translated");
@@ -228,10 +249,49 @@ Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& 
     if (reader_.position() != from) refuse("the select list isn't understood");
     reader_.moveTo(afterFrom);
   }
-  if (reader_.acceptWord("where")) out.sql += " where " + condition();
-  if (reader_.peek().is("group")) out.sql += groupBy();
-  if (reader_.acceptWord("having")) out.sql += " having " + condition();
+  if (reader_.acceptWord("where")) {
+    const GroupingGuard reading(grouping_, nullptr);
+    out.sql += " where " + condition();
+  }
+  const bool grouped = reader_.peek().is("group");
+  Grouping groups;
+  groups.scope = &own;
+  if (grouped) {
+    const GroupingGuard reading(grouping_, &groups);
+    out.sql += groupBy();
+  }
+  if (reader_.acceptWord("having")) {
+    Grouping having;
+    having.scope = &own;
+    {
+      const GroupingGuard reading(grouping_, &having);
+      out.sql += " having " + condition();
+    }
+    grouping.aggregates = true;
+    refuseUngrouped(having.used, groups.used, "HAVING clause");
+  }
+  if (grouped || grouping.aggregates) refuseUngrouped(grouping.used, groups.used, "select list");
+  const bool oneRow = (grouping.aggregates && !grouped) || from == 0;
+  out.single = oneRow;
+  if (grouped || grouping.aggregates || top.distinct)
+    for (OutputColumn& column : out.columns.list) column.type.identity = false;
   return out;
+}
+
+// A column that no group has a value of. One that stands within an expression of GROUP BY is let through: whether it is
+// used in that very expression isn't looked at.
+void Translation::refuseUngrouped(const std::vector<ColumnUse>& used, const std::vector<ColumnUse>& grouped,
+                                  std::string_view place) const {
+  for (const ColumnUse& use : used) {
+    const bool found = std::any_of(grouped.begin(), grouped.end(), [&](const ColumnUse& each) {
+      return compareCollated(each.table, use.table) == 0 && compareCollated(each.column, use.column) == 0;
+    });
+    if (found) continue;
+    throw DataError(errorNumber::badSql,
+                    "Column '" + use.table + "." + use.column + "' is invalid in the " + std::string(place) +
+                        " because it is not contained in either an aggregate function or the GROUP BY clause.",
+                    "42000");
+  }
 }
 
 // The position of the FROM that belongs to the select list at the reader; 0 when there is none.
@@ -313,10 +373,11 @@ Translation::SelectItem Translation::selectItem() {
   if (!named && plain) alias = value.name;
   item.sql = value.sql;
   // What DISTINCT and UNION take for the same; a column has its collation, and a COLLATE that was written stays.
-  if (!value.column && value.kind == DataType::Text && item.assigned.empty() && !item.sql.ends_with(" collate binary)"))
-    item.sql += " collate q_text";
+  if (!value.column && item.assigned.empty() && !item.sql.ends_with(" collate binary)"))
+    item.sql += collationOf(value.kind);
   if (named || !plain) item.sql += " as " + quoteColumn(alias);
-  item.columns.push_back({alias, value.kind, value.column, value.width});
+  item.columns.push_back({alias, value.kind, value.column, value.width, value.type});
+  item.columns.back().type.identity = value.type.identity && plain;
   return item;
 }
 
@@ -334,6 +395,8 @@ Translation::SelectItem Translation::starItem(const Source* only) {
     if (only && only != &source) continue;
     item.complete = item.complete && source.columns.complete;
     item.columns.insert(item.columns.end(), source.columns.list.begin(), source.columns.list.end());
+    if (grouping_)
+      for (const OutputColumn& column : source.columns.list) grouping_->used.push_back({source.exposed, column.name});
   }
   return item;
 }
@@ -347,7 +410,7 @@ std::string Translation::groupBy() {
   for (bool first = true; first || reader_.acceptSymbol(","); first = false) {
     const Expression value = expression();
     sql += (first ? "" : ", ") + value.sql;
-    if (!value.column && value.kind == DataType::Text) sql += " collate q_text";
+    if (!value.column) sql += collationOf(value.kind);
   }
   if (reader_.peek().is("with") && (reader_.peek(1).is("rollup") || reader_.peek(1).is("cube")))
     refuse("WITH ROLLUP can't be translated");
@@ -372,9 +435,8 @@ std::string Translation::orderItem(const Columns& columns, bool compound) {
   std::string sql = value.sql;
   const bool isOutput = output && value.column;
   if (isOutput) sql = quoteColumn(output->name);
-  const bool text =
-      isOutput ? !output->column && output->kind == DataType::Text : !value.column && value.kind == DataType::Text;
-  if (text && !compound) sql += " collate q_text";
+  const bool made = isOutput ? !output->column : !value.column;
+  if (made && !compound) sql += collationOf(isOutput ? output->kind : value.kind);
   if (reader_.acceptWord("desc")) return sql + " desc";
   reader_.acceptWord("asc");
   return sql;
@@ -416,11 +478,16 @@ std::string Translation::joinKind() {
 
 std::string Translation::joinTail(std::string left) {
   for (std::string kind = joinKind(); !kind.empty(); kind = joinKind()) {
+    const std::size_t before = scope_->sources.size();
     std::string right = tablePrimary();
     if (kind == "cross join") {
       left += " cross join " + right;
       continue;
     }
+    // A row that finds no partner has Null in the other's columns.
+    for (std::size_t i = 0; kind != "inner join" && i < scope_->sources.size(); ++i)
+      if (kind == "full join" || (i >= before) == (kind == "left join"))
+        for (OutputColumn& column : scope_->sources[i].columns.list) column.type.nullable = true;
     // "a JOIN b JOIN c ON ... ON ...": the inner join closes first.
     if (!reader_.peek().is("on")) right = "(" + joinTail(std::move(right)) + ")";
     reader_.expectWord("on");
@@ -534,8 +601,12 @@ Translation::Table Translation::stored(const TableInfo& info, const ObjectName& 
   table.sql = quoteName(info.storage);
   table.source.exposed = name.name;
   table.source.schema = info.schema;
-  for (const auto& column : info.columns)
-    table.source.columns.list.push_back({column.name, column.type.dataType, true, TextWidth::ofType(column.type)});
+  for (const auto& column : info.columns) {
+    table.source.columns.list.push_back(
+        {column.name, column.type.dataType, true, TextWidth::ofType(column.type), expressionType(column.type)});
+    table.source.columns.list.back().type.nullable = column.nullable;
+    table.source.columns.list.back().type.identity = column.identity;
+  }
   return table;
 }
 
@@ -558,10 +629,11 @@ std::string Translation::valuesRows(Columns& columns) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       sql += (i ? ", " : "") + row[i].sql;
       if (first)
-        columns.list.push_back({"column" + std::to_string(i + 1), row[i].kind, false, row[i].width});
+        columns.list.push_back({"column" + std::to_string(i + 1), row[i].kind, false, row[i].width, row[i].type});
       else if (i < columns.list.size()) {
         columns.list[i].kind = commonKind(columns.list[i].kind, row[i].kind);
         columns.list[i].width = either(columns.list[i].width, row[i].width);
+        columns.list[i].type = commonType(columns.list[i].type, row[i].type);
       }
     }
     sql += ")";

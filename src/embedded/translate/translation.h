@@ -10,6 +10,7 @@
 #include "embedded/functions/registry.h"
 #include "embedded/translate/textWidth.h"
 #include "embedded/translate/translator.h"
+#include "embedded/types/expressionType.h"
 
 namespace qrel::tsql {
 
@@ -23,6 +24,8 @@ struct Expression {
   TextWidth width{};
   bool isCase = false;    // "case when ... end" and nothing around it
   bool enclosed = false;  // in brackets
+  ExpressionType type{};
+  std::string exact{};  // of a number that is written with a point: its digits, which `sql` may not hold all of
 };
 
 // A column that a table, a view or a query gives.
@@ -31,6 +34,7 @@ struct OutputColumn {
   DataType kind = DataType::Empty;
   bool column = false;  // keeps the collation of a stored column
   TextWidth width{};
+  ExpressionType type{};
 };
 
 struct Columns {
@@ -71,11 +75,25 @@ class ScopeGuard {
 struct Query {
   std::string sql;
   Columns columns;
+  bool single = false;  // gives one row at most
+};
+
+// A column of a query's own tables that is named in it outside aggregates.
+struct ColumnUse {
+  std::string table;  // its exposed name
+  std::string column;
+};
+
+// What a query with groups may name: columns used in its list and behind HAVING must be those of GROUP BY.
+struct Grouping {
+  Scope* scope = nullptr;  // the query's own
+  std::vector<ColumnUse> used;
+  bool aggregates = false;
 };
 
 class Translation {
  public:
-  Translation(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
+  Translation(const TranslateContext& context, TokenReader& reader);
 
   Query query(std::vector<std::string>* assigned = nullptr);
   bool atSelect() const;
@@ -165,6 +183,9 @@ class Translation {
   bool parenthesesHoldCondition() const;
   bool parenthesesHoldQuery() const;
 
+  void refuseUngrouped(const std::vector<ColumnUse>& used, const std::vector<ColumnUse>& grouped,
+                       std::string_view place) const;
+
   // functions.cpp
   Expression functionCall();
   Expression call(const Function& function);
@@ -199,8 +220,10 @@ class Translation {
 
   const TranslateContext& context_;
   TokenReader& reader_;
+  Scope ofTable_;  // what the context's table gives
   Scope* scope_ = nullptr;
   std::vector<std::pair<std::string, Columns>> commonTables_;
+  Grouping* grouping_ = nullptr;  // of the query whose list, GROUP BY or HAVING is being read
   int depth_ = 0;
   bool enclosed_ = false;  // the condition that was read last stands in brackets as a whole
 };
@@ -212,6 +235,11 @@ bool isAlias(const Token& token);
 bool isNumericKind(DataType kind);
 // "a op b" in the way the server compares: without case, by value, with texts read as numbers beside numbers.
 std::string compared(Expression left, std::string_view symbol, Expression right);
+// The SQL of what decides which of two such values of a query are the same and which comes first, with a blank in
+// front.
+std::string_view collationOf(DataType kind);
+// A value as the exact number of this type.
+std::string asExact(const Expression& value, const ExpressionType& type);
 // The kind of a result that may come from either.
 DataType commonKind(DataType a, DataType b);
 // Built-in functions by lower-case name, for the stored form of expressions.

@@ -21,7 +21,7 @@ std::string Translator::select(std::vector<std::string>* assigned, std::vector<D
 
 bool Translator::atSelect() const { return Translation(context_, reader_).atSelect(); }
 
-std::string Translator::expression() { return Translation(context_, reader_).expression().sql; }
+std::string Translator::expression() { return typedExpression().sql; }
 
 std::string Translator::condition() { return Translation(context_, reader_).condition(); }
 
@@ -31,12 +31,12 @@ RowChange Translator::deletion() { return Translation(context_, reader_).rowChan
 
 TypedSql Translator::typedExpression() {
   Expression expression = Translation(context_, reader_).expression();
-  return {std::move(expression.sql), expression.kind};
+  return {std::move(expression.sql), expression.kind, expression.type};
 }
 
 TypedSql Translator::newValue(const Token& variable) {
   Expression value = Translation(context_, reader_).newValue(variable);
-  return {std::move(value.sql), value.kind};
+  return {std::move(value.sql), value.kind, value.type};
 }
 
 namespace {

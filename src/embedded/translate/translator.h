@@ -9,6 +9,7 @@
 #include "embedded/catalogue/catalogue.h"
 #include "embedded/language/lexer.h"
 #include "embedded/sqlite/storageNames.h"
+#include "embedded/types/expressionType.h"
 
 namespace qrel::tsql {
 
@@ -24,6 +25,9 @@ struct TranslateContext {
   bool readOnly = false;
   // The batch's variables by lower-case name with @; may be null. Their types decide what "+" means.
   const std::map<std::string, TypeRef>* variables = nullptr;
+  // A table whose columns an expression or condition may name without a FROM: that of a computed column, a CHECK, an
+  // index. May be null: then nothing is known of the types of columns.
+  const TableInfo* table = nullptr;
 };
 
 // A translated expression or column; `kind` is Empty where the type isn't known before it runs. SQLite gives an exact
@@ -31,6 +35,7 @@ struct TranslateContext {
 struct TypedSql {
   std::string sql;
   DataType kind = DataType::Empty;
+  ExpressionType type{};  // as the server derives it
 };
 Value as(DataType kind, Value value);
 
