@@ -24,9 +24,7 @@ bool mayLoop(std::string_view text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace qrel;
   static TemporaryFolder folder;
-  static const bool apart = [] {
-    return setenv("QREL_HOME", folder.path().c_str(), 1) == 0;
-  }();
+  static const bool apart = [] { return setenv("QREL_HOME", folder.path().c_str(), 1) == 0; }();
   const std::string_view text = textOf(data, size);
   if (!apart || mayLoop(text)) return -1;
   const std::size_t line = text.find("\n----\n");

@@ -46,6 +46,9 @@ void rebuildStorageTable(sqlite::Database& database, const Catalogue& catalogue,
 // with this indid.
 void createStorageIndexes(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                           int onlyIndid = 0);
+// The one behind a unique index of a temporary table.
+void createTemporaryIndex(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
+                          const IndexDef& index);
 void dropStorageIndex(sqlite::Database& database, const TableInfo& table, std::string_view indexName);
 
 }  // namespace qrel::tsql

@@ -87,7 +87,7 @@ std::string storageColumn(const Catalogue& catalogue, const TableInfo& table, co
 void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                         const std::string& storage) {
   const auto sql = [&](bool plain) {
-    std::string text = "create table " + quoteName(storage) + " (";
+    std::string text = (table.temporary ? "create temp table " : "create table ") + quoteName(storage) + " (";
     for (std::size_t i = 0; i < table.columns.size(); ++i)
       text += (i == 0 ? "" : ", ") + storageColumn(catalogue, table, table.columns[i], plain);
     return text + ")";
@@ -157,6 +157,29 @@ void createStorageIndexes(sqlite::Database& database, const Catalogue& catalogue
       refuse("The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name '" +
              table.storage + "' and the index name '" + index.name + "'.");
     }
+  }
+}
+
+void createTemporaryIndex(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
+                          const IndexDef& index) {
+  std::string columns;
+  for (std::size_t i = 0; i < index.columns.size(); ++i) {
+    const auto* column = table.find(index.columns[i]);
+    if (!column) refuse("Column name '" + index.columns[i] + "' does not exist in the target table or view.");
+    columns += (columns.empty() ? "" : ", ") + indexColumn(*column, false);
+  }
+  std::string sql = "create unique index temp." + quoteName(indexStorage(table, index.name)) + " on " +
+                    quoteName(table.storage) + " (" + columns + ")";
+  try {
+    if (!index.filter.empty()) sql += " where " + translated(catalogue, table, index.filter, true);
+    database.execute(sql);
+  } catch (const NotUnderstood&) {
+    return;
+  } catch (const sqlite::EngineError& error) {
+    if (isRefusedExpression(error)) return;
+    if (error.engineText.find("UNIQUE constraint failed") == std::string::npos) throw;
+    refuse("The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo." +
+           table.name + "' and the index name '" + index.name + "'.");
   }
 }
 

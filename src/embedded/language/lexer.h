@@ -81,5 +81,7 @@ struct ObjectName {
 };
 // Reads a one- to four-part name; "a..b" has an empty schema.
 ObjectName readObjectName(TokenReader& reader);
+// The same of what holds rows, which may be a variable: its name has the @ in front.
+ObjectName readTableName(TokenReader& reader);
 
 }  // namespace qrel::tsql

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/session/interpreter.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -47,6 +48,7 @@ CommandResult Session::run(std::string_view batch, BatchListener* listener, cons
   state_.variableTypes.clear();
   state_.memory.unknown.clear();
   std::erase_if(state_.memory.cursors, [](const auto& each) { return each.second.local; });
+  state_.open->catalogue.temporary().endBatch(state_.open->database);
   startGlobals(variables);
   variables["@@trancount"] = Value::ofInteger(state_.memory.transactions);
   if (parameters) {

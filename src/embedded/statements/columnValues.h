@@ -16,6 +16,8 @@ Value generated(StatementRun& run, const TableInfo& table, const TableInfo::Colu
 // `statement`: INSERT or UPDATE.
 [[noreturn]] void refuseNull(const StatementRun& run, const TableInfo& table, const TableInfo::Column& column,
                              std::string_view statement);
+// Whether an error is that of a key which a row breaks.
+bool isDuplicate(const DataError& error);
 // Raises `error`, in the server's words when it is that of a key that a row breaks.
 [[noreturn]] void refuseDuplicate(StatementRun& run, const TableInfo& table, const DataError& error);
 

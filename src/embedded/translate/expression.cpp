@@ -159,6 +159,7 @@ std::string asExact(const Expression& value, const ExpressionType& type) {
 }
 
 Translation::Translation(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {
+  if (context.common) commonTables_ = context.common->tables;
   if (!context.table) return;
   ofTable_.sources.push_back(stored(*context.table, {"", "", context.table->schema, context.table->name}).source);
   scope_ = &ofTable_;
@@ -379,6 +380,7 @@ Expression Translation::columnReference() {
         out.column = column->column;
         out.width = column->width;
         out.type = column->type;
+        out.origin = column->origin;
         if (grouping_ && grouping_->scope == scope) grouping_->used.push_back({source.exposed, column->name});
         return out;
       }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/language/statementRights.h"
 #include "embedded/language/words.h"
 #include "embedded/sqlite/quoting.h"
@@ -16,7 +17,7 @@ constexpr std::size_t queriesAtOnce = 300;
 
 bool endsSelectList(const Token& token) {
   for (const std::string_view word :
-       {"where", "group", "having", "order", "union", "except", "intersect", "into", "for", "option"})
+       {"where", "group", "having", "order", "union", "except", "intersect", "for", "option"})
     if (token.is(word)) return true;
   return token.isSymbol(";") || token.kind == TokenKind::End || startsStatement(token);
 }
@@ -69,14 +70,22 @@ bool Translation::atSelect() const {
 
 // Queries -------------------------------------------------------------------------------------------------------------
 
-Query Translation::query(std::vector<std::string>* assigned) {
+Query Translation::query(std::vector<std::string>* assigned, IntoTable* into) {
   const Nesting nesting(*this);
-  std::string with;
+  std::string with = depth_ == 1 && context_.common ? context_.common->sql : "";
   const std::size_t known = commonTables_.size();
   if (reader_.peek().is("with")) commonTables(with);
+  into_ = into;
   Query out = compoundQuery(assigned);
   out.sql = with + out.sql;
   commonTables_.resize(known);
+  return out;
+}
+
+std::shared_ptr<const CommonTables> Translation::prefix() {
+  auto out = std::make_shared<CommonTables>();
+  commonTables(out->sql);
+  out->tables = std::move(commonTables_);
   return out;
 }
 
@@ -90,11 +99,12 @@ void Translation::commonTables(std::string& sql) {
     reader_.expectWord("as");
     Columns columns;
     columns.complete = false;
-    commonTables_.emplace_back(name, columns);  // known to its own query, which may be recursive
+    commonTables_.push_back(
+        {name, columns, names, reader_.position()});  // known to its own query, which may be recursive
     const std::size_t place = commonTables_.size() - 1;
     Query body = parenthesizedQuery();
     for (std::size_t i = 0; i < names.size() && i < body.columns.list.size(); ++i) body.columns.list[i].name = names[i];
-    commonTables_[place].second = body.columns;
+    commonTables_[place].columns = body.columns;
     sql += (first ? "" : ", ") + quoteName(name) + (names.empty() ? "" : columnList(names)) + " as (" + body.sql + ")";
   }
   sql += " ";
@@ -211,6 +221,8 @@ Translation::Top Translation::readTop() {
 }
 
 Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& limit) {
+  IntoTable* const into = std::exchange(into_, nullptr);
+  ObjectName* const changed = std::exchange(changed_, nullptr);
   if (reader_.peek().isSymbol("(")) {
     Query inner = parenthesizedQuery();
     inner.sql = "select * from (" + inner.sql + ")";
@@ -243,7 +255,11 @@ Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& 
   }
   if (reader_.peek().is("into")) {
     if (context_.readOnly) refuseAction("CREATE TABLE", context_.database);
-    refuse("SELECT INTO can't be translated");
+    if (!into) refuse("INTO can't stand here");
+    reader_.next();
+    into->table = readObjectName(reader_);
+    if (own.sources.size() == 1) into->from = own.sources[0].table;
+    if (reader_.acceptWord("on")) reader_.expectIdentifier();  // a filegroup
   }
   if (from != 0) {
     if (reader_.position() != from) refuse("the select list isn't understood");
@@ -271,9 +287,16 @@ Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& 
     refuseUngrouped(having.used, groups.used, "HAVING clause");
   }
   if (grouped || grouping.aggregates) refuseUngrouped(grouping.used, groups.used, "select list");
+  if (changed) {
+    const bool plain = own.sources.size() == 1 && !own.sources[0].table.name.empty() && !top.distinct;
+    if (!plain || grouped || grouping.aggregates || !out.columns.complete)
+      refuse("rows can't be changed through this query of WITH");
+    *changed = own.sources[0].table;
+    out.sql.insert(std::string_view("select ").size(), quoteName(own.sources[0].alias) + "._rowid_ as q_row, ");
+  }
   const bool oneRow = (grouping.aggregates && !grouped) || from == 0;
   out.single = oneRow;
-  if (grouped || grouping.aggregates || top.distinct)
+  if (grouped || grouping.aggregates || own.sources.size() > 1)
     for (OutputColumn& column : out.columns.list) column.type.identity = false;
   return out;
 }
@@ -369,15 +392,17 @@ Translation::SelectItem Translation::selectItem() {
     alias = columnAlias();
     named = true;
   }
-  const bool plain = value.column && !value.name.empty();
+  const bool plain = !value.name.empty() && !value.literal;
   if (!named && plain) alias = value.name;
   item.sql = value.sql;
   // What DISTINCT and UNION take for the same; a column has its collation, and a COLLATE that was written stays.
   if (!value.column && item.assigned.empty() && !item.sql.ends_with(" collate binary)"))
     item.sql += collationOf(value.kind);
-  if (named || !plain) item.sql += " as " + quoteColumn(alias);
+  if (named || !plain || !value.column) item.sql += " as " + quoteColumn(alias);
   item.columns.push_back({alias, value.kind, value.column, value.width, value.type});
   item.columns.back().type.identity = value.type.identity && plain;
+  if (plain) item.columns.back().origin = value.origin;
+  if (value.sql == "null") item.columns.back().type = expressionType("int");  // what a Null alone is to the server
   return item;
 }
 
@@ -500,7 +525,6 @@ std::string Translation::joinTail(std::string left) {
 std::string Translation::tablePrimary() {
   const Nesting nesting(*this);
   if (!reader_.peek().isSymbol("(")) {
-    if (reader_.peek().kind == TokenKind::Variable) refuse("a table variable can't be read");
     const Table table = namedTable();
     return table.sql + " as " + quoteName(addSource(table.source));
   }
@@ -540,7 +564,7 @@ void Translation::skipHints() {
 
 Translation::Table Translation::namedTable() {
   const Token& token = reader_.peek();
-  const ObjectName name = readObjectName(reader_);
+  const ObjectName name = readTableName(reader_);
   if (reader_.peek().isSymbol("(")) {
     skipHints();
     if (reader_.peek().isSymbol("(")) refuse("a function in FROM can't be translated");
@@ -567,13 +591,18 @@ Translation::Table Translation::resolve(const ObjectName& name, const Token& tok
   table.source.columns.complete = false;
   if (name.schema.empty() && name.database.empty()) {
     for (auto each = commonTables_.rbegin(); each != commonTables_.rend(); ++each) {
-      if (!equalNoCase(each->first, name.name)) continue;
-      table.sql = quoteName(each->first);
-      table.source.columns = each->second;
+      if (!equalNoCase(each->name, name.name)) continue;
+      table.sql = quoteName(each->name);
+      table.source.columns = each->columns;
       return table;
     }
   }
   const Catalogue& catalogue = *context_.catalogue;
+  if (isTemporaryName(name.name)) {
+    if (const auto info = catalogue.table("", name.name)) return stored(*info, name);
+    if (name.name.starts_with('@')) throw NotUnderstood{"the table variable " + name.name + " isn't there", token.line};
+    throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name.name + "'.", "42S02");
+  }
   const bool here = name.database.empty() || equalNoCase(name.database, context_.database);
   const std::string view = catalogueViewName(name.schema, name.name, catalogue.serverMajor());
   if (!view.empty() && (here || equalNoCase(name.database, "master"))) {
@@ -606,6 +635,7 @@ Translation::Table Translation::stored(const TableInfo& info, const ObjectName& 
         {column.name, column.type.dataType, true, TextWidth::ofType(column.type), expressionType(column.type)});
     table.source.columns.list.back().type.nullable = column.nullable;
     table.source.columns.list.back().type.identity = column.identity;
+    table.source.columns.list.back().origin = column.name;
   }
   return table;
 }

@@ -25,7 +25,8 @@ struct Expression {
   bool isCase = false;    // "case when ... end" and nothing around it
   bool enclosed = false;  // in brackets
   ExpressionType type{};
-  std::string exact{};  // of a number that is written with a point: its digits, which `sql` may not hold all of
+  std::string origin{};  // as in OutputColumn
+  std::string exact{};   // of a number that is written with a point: its digits, which `sql` may not hold all of
 };
 
 // A column that a table, a view or a query gives.
@@ -35,6 +36,7 @@ struct OutputColumn {
   bool column = false;  // keeps the collation of a stored column
   TextWidth width{};
   ExpressionType type{};
+  std::string origin{};  // the column of a stored table that it is and nothing else
 };
 
 struct Columns {
@@ -91,11 +93,25 @@ struct Grouping {
   bool aggregates = false;
 };
 
+// A query of WITH, under its name. `body` is the position of its bracket.
+struct CommonTable {
+  std::string name;
+  Columns columns;
+  std::vector<std::string> names;  // that stand behind its own
+  std::size_t body = 0;
+};
+
+struct CommonTables {
+  std::string sql;
+  std::vector<CommonTable> tables;
+};
+
 class Translation {
  public:
   Translation(const TranslateContext& context, TokenReader& reader);
 
-  Query query(std::vector<std::string>* assigned = nullptr);
+  Query query(std::vector<std::string>* assigned = nullptr, IntoTable* into = nullptr);
+  std::shared_ptr<const CommonTables> prefix();
   bool atSelect() const;
   Expression expression();
   std::string condition();
@@ -154,6 +170,7 @@ class Translation {
 
   // rowChange.cpp
   std::string target(const ObjectName& name);
+  bool changesCommonTable(ObjectName& name, std::string& tables);
   std::string changedRow(ObjectName& table) const;
   std::string newValues(RowChange& change);
   std::string_view assignmentOperator();
@@ -222,8 +239,10 @@ class Translation {
   TokenReader& reader_;
   Scope ofTable_;  // what the context's table gives
   Scope* scope_ = nullptr;
-  std::vector<std::pair<std::string, Columns>> commonTables_;
-  Grouping* grouping_ = nullptr;  // of the query whose list, GROUP BY or HAVING is being read
+  std::vector<CommonTable> commonTables_;
+  ObjectName* changed_ = nullptr;  // where the query that comes next gives its table's row numbers: that table
+  IntoTable* into_ = nullptr;      // where the query that comes next may make a table
+  Grouping* grouping_ = nullptr;   // of the query whose list, GROUP BY or HAVING is being read
   int depth_ = 0;
   bool enclosed_ = false;  // the condition that was read last stands in brackets as a whole
 };

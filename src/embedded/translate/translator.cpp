@@ -19,6 +19,23 @@ std::string Translator::select(std::vector<std::string>* assigned, std::vector<D
   return std::move(query.sql);
 }
 
+std::string Translator::select(std::vector<std::string>* assigned, IntoTable& into) {
+  if (assigned) assigned->clear();
+  Query query = Translation(context_, reader_).query(assigned, &into);
+  into.complete = query.columns.complete;
+  std::size_t counting = 0;
+  for (const OutputColumn& column : query.columns.list) {
+    into.columns.push_back({column.name, column.kind, column.type});
+    counting += column.type.identity ? 1 : 0;
+  }
+  // A column that counts goes on counting where it stands once.
+  if (counting > 1)
+    for (ResultColumn& column : into.columns) column.type.identity = false;
+  return std::move(query.sql);
+}
+
+std::shared_ptr<const CommonTables> Translator::commonTables() { return Translation(context_, reader_).prefix(); }
+
 bool Translator::atSelect() const { return Translation(context_, reader_).atSelect(); }
 
 std::string Translator::expression() { return typedExpression().sql; }

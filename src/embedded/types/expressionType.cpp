@@ -13,12 +13,12 @@ constexpr int quotientScale = 6;
 
 // From high to low: of two types the one that stands first is that of both together.
 constexpr std::array precedence = std::to_array<int>({
-    xtype::Clr,           xtype::SqlVariant, xtype::Xml,        xtype::DateTimeOffset, xtype::DateTime2,
-    xtype::DateTime,      xtype::SmallDateTime, xtype::Date,    xtype::Time,           xtype::Float,
-    xtype::Real,          xtype::Decimal,    xtype::Numeric,    xtype::Money,          xtype::SmallMoney,
-    xtype::BigInt,        xtype::Int,        xtype::SmallInt,   xtype::TinyInt,        xtype::Bit,
-    xtype::NText,         xtype::Text,       xtype::Image,      xtype::Timestamp,      xtype::UniqueIdentifier,
-    xtype::NVarChar,      xtype::NChar,      xtype::VarChar,    xtype::Char,           xtype::VarBinary,
+    xtype::Clr,      xtype::SqlVariant,    xtype::Xml,      xtype::DateTimeOffset, xtype::DateTime2,
+    xtype::DateTime, xtype::SmallDateTime, xtype::Date,     xtype::Time,           xtype::Float,
+    xtype::Real,     xtype::Decimal,       xtype::Numeric,  xtype::Money,          xtype::SmallMoney,
+    xtype::BigInt,   xtype::Int,           xtype::SmallInt, xtype::TinyInt,        xtype::Bit,
+    xtype::NText,    xtype::Text,          xtype::Image,    xtype::Timestamp,      xtype::UniqueIdentifier,
+    xtype::NVarChar, xtype::NChar,         xtype::VarChar,  xtype::Char,           xtype::VarBinary,
     xtype::Binary,
 });
 
@@ -159,14 +159,15 @@ ExpressionType resultType(char operation, const ExpressionType& a, const Express
   } else if (higher.isDecimal() && (lower.isExact() || lower.isWhole() || lower.xtype == xtype::Bit)) {
     out = decimalResult(operation, a, b);
   } else if (higher.isDecimal()) {
-    out = decimalResult(operation, a.isDecimal() ? a : b, a.isDecimal() ? a : b);  // a text becomes what it stands beside
+    out =
+        decimalResult(operation, a.isDecimal() ? a : b, a.isDecimal() ? a : b);  // a text becomes what it stands beside
   } else if (higher.isMoney() || higher.isWhole() || higher.xtype == xtype::Float || higher.xtype == xtype::Real) {
     out = higher;
   } else if (higher.xtype == xtype::Bit && (operation == '&' || operation == '|' || operation == '^')) {
     out = higher;
   }
   if (out.isWhole()) out = expressionType(typeRef(out));  // a literal's digits are its own
-  out.nullable = true;  // the server takes every operator for one that may give Null
+  out.nullable = true;                                    // the server takes every operator for one that may give Null
   out.identity = false;
   return out;
 }

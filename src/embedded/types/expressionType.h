@@ -1,5 +1,5 @@
-// The type of an expression, as the server derives it from the types of its parts: what SELECT INTO and computed columns
-// become, and in which type arithmetic is carried out.
+// The type of an expression, as the server derives it from the types of its parts: what SELECT INTO and computed
+// columns become, and in which type arithmetic is carried out.
 #pragma once
 
 #include <string_view>
