@@ -147,8 +147,8 @@ class Catalogue {
   // Look-ups. Names compare without case and trailing blanks; an empty schema means dbo.
   std::optional<ObjectInfo> find(std::string_view schema, std::string_view name) const;
   std::optional<ObjectInfo> find(std::int64_t id) const;
-  // Empty when there is no such table. Kept until the table changes. A name with # or @ in front is that of a temporary
-  // table or a table variable, whatever the schema.
+  // Empty when there is no such table. Kept until the table changes. Temporary tables and table variables are found
+  // too, whatever the schema.
   std::shared_ptr<const TableInfo> table(std::string_view schema, std::string_view name) const;
   std::optional<TypeRef> aliasType(std::string_view schema, std::string_view name) const;
   bool schemaExists(std::string_view name) const;

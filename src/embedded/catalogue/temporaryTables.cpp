@@ -19,12 +19,12 @@ bool isThere(sqlite::Database& database, const std::string& storage) {
 
 }  // namespace
 
-bool isTemporaryName(std::string_view name) { return name.starts_with('#') || name.starts_with('@'); }
+bool isTemporaryName(std::string_view name) { return name.starts_with('#') || name.starts_with(variableMark); }
 
 const TemporaryTable* TemporaryTables::find(sqlite::Database& database, std::string_view name) const {
   for (auto each = tables_.rbegin(); each != tables_.rend(); ++each) {
     if (compareCollated(each->def.name, name) != 0) continue;
-    if (name.starts_with('@') && each->level != level_) continue;
+    if (name.starts_with(variableMark) && each->level != level_) continue;
     if (isThere(database, each->info->storage)) return &*each;
   }
   return nullptr;
@@ -59,7 +59,7 @@ void TemporaryTables::leave(sqlite::Database& database) {
 }
 
 void TemporaryTables::endBatch(sqlite::Database& database) {
-  drop(database, [](const TemporaryTable& each) { return each.def.name.starts_with('@'); });
+  drop(database, [](const TemporaryTable& each) { return each.def.name.starts_with(variableMark); });
 }
 
 }  // namespace qrel::tsql

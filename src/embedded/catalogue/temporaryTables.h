@@ -17,13 +17,13 @@ struct TemporaryTable {
   int level = 0;
 };
 
-// Whether a name is one of theirs: #t, ##t, @t.
+// Whether a name is one of theirs: #t, ##t, or @t with variableMark in front.
 bool isTemporaryName(std::string_view name);
 
 class TemporaryTables {
  public:
-  // Null when there is none of this name. A rollback takes a table away, or brings one back, without a word: what counts
-  // is whether SQLite has it.
+  // Null when there is none of this name. A rollback takes a table away, or brings one back, without a word: what
+  // counts is whether SQLite has it.
   const TemporaryTable* find(sqlite::Database& database, std::string_view name) const;
   // Notes one that was made, or one that stands for another of its name from now on.
   void add(TemporaryTable table);

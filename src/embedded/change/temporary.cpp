@@ -16,7 +16,7 @@ std::shared_ptr<TableInfo> infoOf(const TableDef& def, std::string storage) {
   auto info = std::make_shared<TableInfo>();
   info->id = --last;  // objects of a database have ids above 0
   info->schema = "dbo";
-  info->name = def.name;
+  info->name = def.name.substr(def.name.starts_with(variableMark) ? 1 : 0);
   info->storage = std::move(storage);
   info->temporary = true;
   int colid = 0;
@@ -49,7 +49,8 @@ void make(Catalogue& catalogue, TableDef def) {
   for (IndexDef& index : def.indexes) {
     ++number;
     if (index.name.empty())
-      index.name = (index.kind == KeyKind::PrimaryKey ? "PK__" : "UQ__") + def.name + "__" + std::to_string(number);
+      index.name =
+          (index.kind == KeyKind::PrimaryKey ? "PK__" : "UQ__") + def.name.substr(1) + "__" + std::to_string(number);
   }
   for (const IndexDef& index : def.indexes)
     for (ColumnDef& column : def.columns)
@@ -95,8 +96,9 @@ void replaceTemporary(Catalogue& catalogue, TableDef def) {
 void dropTemporary(Catalogue& catalogue, std::string_view name) {
   const TemporaryTable* table = catalogue.temporary().find(catalogue.database(), name);
   if (!table)
-    refuse("Cannot drop the table '" + std::string(name) + "', because it does not exist or you do not have permission.",
-           errorNumber::invalidObjectName);
+    refuse(
+        "Cannot drop the table '" + std::string(name) + "', because it does not exist or you do not have permission.",
+        errorNumber::invalidObjectName);
   catalogue.database().execute("drop table temp." + quoteName(table->info->storage));
 }
 

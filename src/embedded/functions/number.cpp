@@ -7,6 +7,7 @@
 #include <limits>
 #include <random>
 #include <utility>
+#include <vector>
 
 #include "embedded/functions/functionCall.h"
 #include "embedded/types/decimals.h"
@@ -226,14 +227,68 @@ class Unpacker {
   std::string_view packed_;
 };
 
+// Arithmetic in a type that is known: q_decimal(operator, a, b, prec, scale), where '=' only brings `a` into the type,
+// and q_whole(type, result).
+DecimalParts exactOf(const Value& value) {
+  const std::string text = value.type == DataType::Binary ? std::to_string(numberOf(value)) : textOf(value.cell());
+  auto parts = readDecimal(text);
+  if (!parts && trimBlanks(text).empty()) parts = DecimalParts{};
+  if (!parts) throw DataError(errorNumber::badSql, "Error converting data type varchar to numeric.", "22018");
+  return *parts;
+}
+
+Value exactly(char operation, const Value& a, const Value& b, int prec, int scale) {
+  if (a.null || b.null) return {};
+  DecimalParts result = exactOf(a);
+  if (operation == '=') {
+    roundDecimal(result, scale);
+  } else {
+    auto made = decimalResult(operation, result, exactOf(b), scale);
+    if (!made) throw DataError(errorNumber::badSql, "Divide by zero error encountered.", "22012");
+    result = std::move(*made);
+  }
+  if (static_cast<int>(result.whole.size()) > prec - scale)
+    throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type numeric.",
+                    "22003");
+  return Value::ofText(decimalText(result, scale));
+}
+
+// An operator of a chain; prec 0: as the values have it.
+struct ChainStep {
+  char operation = 0;
+  int prec = 0, scale = 0;
+};
+
+std::vector<ChainStep> chainSteps(std::string_view codes) {
+  std::vector<ChainStep> steps;
+  for (std::size_t at = 0; at < codes.size(); ++at) {
+    ChainStep& step = steps.emplace_back();
+    step.operation = codes[at];
+    if (codes[at] != '[') continue;
+    step.operation = codes[at + 1];
+    const std::size_t comma = codes.find(',', at);
+    const std::size_t end = codes.find(']', at);
+    std::from_chars(codes.data() + at + 2, codes.data() + comma, step.prec);
+    std::from_chars(codes.data() + comma + 1, codes.data() + end, step.scale);
+    at = end;
+  }
+  return steps;
+}
+
 void chain(FunctionCall& call) {
-  const std::string operations(call.text(0));
+  const std::vector<ChainStep> steps = chainSteps(call.text(0));
   std::size_t done = 0;
   Value result;
   for (int i = 1; i < call.count(); ++i) {
     for (Unpacker operands(call.text(i)); !operands.atEnd(); ++done) {
       Value operand = operands.next();
-      result = done == 0 ? std::move(operand) : operated(operations[done - 1], result, operand);
+      if (done == 0) {
+        result = std::move(operand);
+        continue;
+      }
+      const ChainStep& step = steps[done - 1];
+      result = step.prec > 0 ? exactly(step.operation, result, operand, step.prec, step.scale)
+                             : operated(step.operation, result, operand);
     }
   }
   call.result(result);
@@ -368,6 +423,17 @@ void tryConvert(FunctionCall& call) {
   }
 }
 
+// A float as text without a style: six digits, and where it is written with an exponent three digits of that.
+void floatText(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  char buffer[40];
+  std::snprintf(buffer, sizeof buffer, "%.6g", numberOf(call, 0));
+  std::string text = buffer;
+  const std::size_t exponent = text.find('e');
+  if (exponent != std::string::npos && text.size() - exponent == 4) text.insert(exponent + 2, "0");
+  call.result(text);
+}
+
 void newId(FunctionCall& call) {
   std::array<unsigned char, 16> bytes{};
   sqlite3_randomness(static_cast<int>(bytes.size()), bytes.data());
@@ -384,32 +450,10 @@ void random(FunctionCall& call) {
   call.result(static_cast<double>(bits >> 11) / 9007199254740992.0);
 }
 
-// Arithmetic in a type that is known: q_decimal(operator, a, b, prec, scale), where '=' only brings `a` into the type,
-// and q_whole(type, result).
-DecimalParts exactOf(const Value& value) {
-  const std::string text = value.type == DataType::Binary ? std::to_string(numberOf(value)) : textOf(value.cell());
-  auto parts = readDecimal(text);
-  if (!parts && trimBlanks(text).empty()) parts = DecimalParts{};
-  if (!parts) throw DataError(errorNumber::badSql, "Error converting data type varchar to numeric.", "22018");
-  return *parts;
-}
-
 void decimal(FunctionCall& call) {
   if (call.isNull(1) || call.isNull(2)) return;
-  const char operation = call.text(0).front();
-  const auto scale = static_cast<int>(call.integer(4));
-  DecimalParts result = exactOf(call.value(1));
-  if (operation == '=') {
-    roundDecimal(result, scale);
-  } else {
-    auto made = decimalResult(operation, result, exactOf(call.value(2)), scale);
-    if (!made) throw DataError(errorNumber::badSql, "Divide by zero error encountered.", "22012");
-    result = std::move(*made);
-  }
-  if (static_cast<std::int64_t>(result.whole.size()) > call.integer(3) - scale)
-    throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type numeric.",
-                    "22003");
-  call.result(decimalText(result, scale));
+  call.result(exactly(call.text(0).front(), call.value(1), call.value(2), static_cast<int>(call.integer(3)),
+                      static_cast<int>(call.integer(4))));
 }
 
 void whole(FunctionCall& call) {
@@ -554,6 +598,7 @@ constexpr Function numberTable[] = {
     {"pack", 1, manyArguments, DataType::Empty, callFunction<pack>, Pure | Inside},
     {"chain", 1, manyArguments, DataType::Empty, callFunction<chain>, Pure | Inside},
     {"decimal", 5, 5, DataType::Decimal, callFunction<decimal>, Pure | Inside},
+    {"floattext", 1, 1, DataType::Text, callFunction<floatText>, Pure | Inside},
     {"whole", 2, 2, DataType::Integer, callFunction<whole>, Pure | Inside},
     {"abs", 1, 1, DataType::Empty, callFunction<absolute>, Pure},
     {"ceiling", 1, 1, DataType::Integer, callFunction<rounding<std::ceil>>, Pure},

@@ -270,7 +270,7 @@ ObjectName readObjectName(TokenReader& reader) {
 }
 
 ObjectName readTableName(TokenReader& reader) {
-  if (reader.peek().kind == TokenKind::Variable) return {"", "", "", std::string(reader.next().raw)};
+  if (reader.peek().kind == TokenKind::Variable) return {"", "", "", variableMark + std::string(reader.next().raw)};
   return readObjectName(reader);
 }
 

@@ -114,7 +114,8 @@ void refuseDuplicate(StatementRun& run, const TableInfo& table, const DataError&
   std::string name, kind;
   const std::string shown = table.temporary ? "dbo." + table.name : table.storage;
   if (table.temporary) {
-    const TemporaryTable* kept = run.catalogue().temporary().find(run.database(), table.name);
+    const std::string key = table.name.starts_with('@') ? variableMark + table.name : table.name;
+    const TemporaryTable* kept = run.catalogue().temporary().find(run.database(), key);
     for (const IndexDef& index : kept ? kept->def.indexes : std::vector<IndexDef>()) {
       std::string columns;
       for (const std::string& column : index.columns)

@@ -265,6 +265,7 @@ void createTable(StatementRun& run) {
   markUntrusted(table, false);
   run.atomically([&] { run.changes().createTable(table); });
   run.schemaChanged();
+  if (!ddl.notKept.empty()) return run.fail(StatementRun::Kind::Skipped, ddl.notKept);
   run.made("table");
 }
 

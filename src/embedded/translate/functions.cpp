@@ -385,6 +385,18 @@ Expression Translation::conversion(Expression value, const TypeRef& type, bool s
   const bool dateAsText =
       type.dataType == DataType::Text && (value.kind == DataType::Date || (style && value.kind == DataType::Empty));
   if (dateAsText) value.sql = "q_datetext(" + value.sql + ", " + (style ? *style : "0") + ")";
+  if (!value.exact.empty() && (type.dataType == DataType::Text || type.dataType == DataType::Decimal)) {
+    const std::size_t point = value.exact.find('.');  // ".5" is told as 0.5
+    const bool bare = point == 0 || !isDigit(value.exact[point - 1]);
+    value.sql = quoteText(bare ? value.exact.substr(0, point) + "0" + value.exact.substr(point) : value.exact);
+  }
+  const bool plainStyle = !style || *style == "0";
+  if (type.dataType == DataType::Text && value.type.isMoney()) {  // two digits, or four with style 2 and 126
+    if (!plainStyle && *style != "2" && *style != "126") refuse("this style can't be had for money");
+    if (plainStyle) value.sql = "q_decimal('=', " + value.sql + ", 0, 38, 2)";
+  }
+  const bool real = value.type.xtype == xtype::Float || value.type.xtype == xtype::Real;
+  if (type.dataType == DataType::Text && real && plainStyle) value.sql = "q_floattext(" + value.sql + ")";
   const bool whole = type.dataType == DataType::Integer || type.dataType == DataType::Boolean;
   if (whole && value.kind == DataType::Decimal) value.sql = "cast(" + value.sql + " as numeric)";
   Expression out;

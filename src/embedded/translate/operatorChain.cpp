@@ -1,5 +1,7 @@
 #include "embedded/translate/operatorChain.h"
 
+#include <algorithm>
+
 #include "embedded/sqlite/quoting.h"
 #include "platform/error.h"
 
@@ -9,6 +11,8 @@ namespace {
 
 // Up to here a chain is written as it stands.
 constexpr std::size_t shortChain = 40;
+// The same where each operator is a call, which takes SQLite more room.
+constexpr std::size_t shortTypedChain = 10;
 constexpr std::size_t operandsPerPack = 100;
 constexpr std::size_t mostPacks = 120;
 
@@ -107,9 +111,13 @@ Expression arithmetic(const Expression& left, std::string_view symbol, const Exp
 }
 
 // What q_chain calls an operator: "a" where "+" decides at run time, else the operator itself.
-char codeOf(const Expression& left, std::string_view symbol, const Expression& right) {
+// One in a type that is exact has precision and scale: "[+38,2]".
+std::string codeOf(const Expression& left, std::string_view symbol, const Expression& right) {
+  const ExpressionType type = resultType(symbol.front(), left.type, right.type);
+  if (type.isExact())
+    return "[" + std::string(symbol) + std::to_string(type.prec) + "," + std::to_string(type.scale) + "]";
   const bool open = symbol == "+" && !(isNumericKind(left.kind) && isNumericKind(right.kind));
-  return open ? 'a' : symbol.front();
+  return {open ? 'a' : symbol.front()};
 }
 
 // What decides about the operator behind: everything but the SQL.
@@ -171,29 +179,33 @@ Expression OperatorChain::joinTexts(Expression left, std::size_t& link) {
 // Numbers, and what may be either, from this link on.
 Expression OperatorChain::carryOut(const Expression& left, std::size_t& link) {
   std::string operators;
-  std::string packs = "q_pack(" + left.sql;
+  std::string packs = "q_pack(" + exactSide(left);
   std::size_t operands = 1;
   Expression out = withoutSql(left);
   for (; link < links_.size(); ++link) {
     const auto& [symbol, right] = links_[link];
     if (isDateStep(out, symbol, right) || joinsTexts(out, symbol, right)) break;
     packs += operands % operandsPerPack == 0 ? "), q_pack(" : ", ";
-    packs += right.sql;
+    packs += exactSide(right);
     ++operands;
     operators += codeOf(out, symbol, right);
     out = withoutSql(arithmetic(out, symbol, withoutSql(right)));
   }
   if (operands > operandsPerPack * mostPacks) refuseNesting();
   out.sql = "q_chain('" + operators + "', " + packs + "))";
-  if (out.kind == DataType::Decimal) out.kind = DataType::Double;  // so long a chain isn't exact
+  if (out.type.isWhole()) out.sql = "q_whole(" + quoteText(typeRef(out.type).name) + ", " + out.sql + ")";
   return out;
 }
 
 Expression OperatorChain::result() && {
   Expression left = std::move(first_);
+  const bool typed = std::any_of(links_.begin(), links_.end(), [](const Link& link) {
+    return link.right.type.isExact() || link.right.type.isWhole();
+  });
+  const std::size_t nested = typed ? shortTypedChain : shortChain;
   for (std::size_t link = 0; link < links_.size();) {
     const auto& [symbol, right] = links_[link];
-    if (links_.size() <= shortChain || isDateStep(left, symbol, right)) {
+    if (links_.size() <= nested || isDateStep(left, symbol, right)) {
       left = arithmetic(left, symbol, right);
       ++link;
     } else if (joinsTexts(left, symbol, right)) {

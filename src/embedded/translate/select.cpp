@@ -600,7 +600,8 @@ Translation::Table Translation::resolve(const ObjectName& name, const Token& tok
   const Catalogue& catalogue = *context_.catalogue;
   if (isTemporaryName(name.name)) {
     if (const auto info = catalogue.table("", name.name)) return stored(*info, name);
-    if (name.name.starts_with('@')) throw NotUnderstood{"the table variable " + name.name + " isn't there", token.line};
+    if (name.name.starts_with(variableMark))
+      throw NotUnderstood{"the table variable " + name.name.substr(1) + " isn't there", token.line};
     throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name.name + "'.", "42S02");
   }
   const bool here = name.database.empty() || equalNoCase(name.database, context_.database);
