@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "embedded/catalogue/reading.h"
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/sqlite/storageNames.h"
 #include "embedded/types/collations.h"
 #include "platform/error.h"
@@ -102,7 +103,10 @@ const TableInfo::Column* TableInfo::find(std::string_view columnName) const {
   return nullptr;
 }
 
-Catalogue::Catalogue(sqlite::Database& database, int serverMajor) : database_(database), serverMajor_(serverMajor) {}
+Catalogue::Catalogue(sqlite::Database& database, int serverMajor)
+    : database_(database), serverMajor_(serverMajor), temporary_(std::make_unique<TemporaryTables>()) {}
+
+Catalogue::~Catalogue() = default;
 
 void Catalogue::createStorage(sqlite::Database& database) {
   registerCollations(database);
@@ -217,6 +221,10 @@ std::optional<ObjectInfo> Catalogue::find(std::int64_t id) const {
 }
 
 std::shared_ptr<const TableInfo> Catalogue::table(std::string_view schema, std::string_view name) const {
+  if (isTemporaryName(name)) {
+    const TemporaryTable* temporary = temporary_->find(database_, name);
+    return temporary ? temporary->info : nullptr;
+  }
   const std::string key = tableKey(schema, name);
   if (const auto kept = tables_.find(key); kept != tables_.end()) return kept->second;
   const auto object = find(schema, name);
@@ -228,7 +236,8 @@ std::shared_ptr<const TableInfo> Catalogue::table(std::string_view schema, std::
   table->storage = storageName(object->schema, object->name);
   auto& query = database_.cached(
       "select c.xtype, c.xusertype, c.length, c.prec, c.scale, c.name, c.nullable, c.is_identity, c.cdefault, "
-      "c.computed_text, c.colid, t.name from cat_columns c left join cat_types t on t.xusertype = c.xusertype "
+      "c.computed_text, c.colid, t.name, c.seed, c.increment from cat_columns c left join cat_types t on t.xusertype = "
+      "c.xusertype "
       "where c.object_id = ?1 order by c.colid");
   query.bind(1, table->id);
   while (query.step()) {
@@ -242,6 +251,10 @@ std::shared_ptr<const TableInfo> Catalogue::table(std::string_view schema, std::
     column.computed = !column.computedText.empty();
     column.colid = static_cast<int>(query.integer(10));
     if (!query.isNull(11)) column.type.name = query.text(11);
+    if (column.identity) {
+      column.identitySeed = query.integer(12);
+      column.identityIncrement = query.integer(13);
+    }
   }
   query.reset();
   tables_.emplace(key, table);

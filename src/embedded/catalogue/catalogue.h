@@ -100,7 +100,8 @@ struct TableDef {
 struct TableInfo {
   std::int64_t id = 0;
   std::string schema, name;
-  std::string storage;  // the SQLite table's name, unquoted: "dbo.Track"
+  std::string storage;     // the SQLite table's name, unquoted: "dbo.Track"
+  bool temporary = false;  // a #table or a table variable: no catalogue has it
   struct Column {
     std::string name;
     TypeRef type;
@@ -109,6 +110,8 @@ struct TableInfo {
     bool computed = false;
     std::string defaultText;  // as the server keeps it
     std::string computedText;
+    std::int64_t identitySeed = 1;
+    std::int64_t identityIncrement = 1;
     int colid = 0;
   };
   std::vector<Column> columns;
@@ -122,11 +125,14 @@ struct ObjectInfo {
   std::int64_t parent = 0;
 };
 
+class TemporaryTables;
+
 // Look-ups in the stored catalogue. It changes nothing but what it keeps.
 class Catalogue {
  public:
   // `database` is an open .mdf; `serverMajor` its server's major version.
   Catalogue(sqlite::Database& database, int serverMajor);
+  ~Catalogue();
 
   // Makes the stored tables in an empty file, with the schema (or owner) dbo and the system types.
   static void createStorage(sqlite::Database& database);
@@ -141,10 +147,14 @@ class Catalogue {
   // Look-ups. Names compare without case and trailing blanks; an empty schema means dbo.
   std::optional<ObjectInfo> find(std::string_view schema, std::string_view name) const;
   std::optional<ObjectInfo> find(std::int64_t id) const;
-  // Empty when there is no such table. Kept until the table changes.
+  // Empty when there is no such table. Kept until the table changes. Temporary tables and table variables are found
+  // too, whatever the schema.
   std::shared_ptr<const TableInfo> table(std::string_view schema, std::string_view name) const;
   std::optional<TypeRef> aliasType(std::string_view schema, std::string_view name) const;
   bool schemaExists(std::string_view name) const;
+
+  // Those of whoever works with this handle.
+  TemporaryTables& temporary() const { return *temporary_; }
 
   // Forgets kept look-ups; call after a rollback.
   void forget() const;
@@ -152,6 +162,7 @@ class Catalogue {
  private:
   sqlite::Database& database_;
   int serverMajor_;
+  std::unique_ptr<TemporaryTables> temporary_;
   mutable std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
 };
 

@@ -409,6 +409,7 @@ void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector
   checkColumnNames(names, before->name);
   const bool empty = isEmptyTable(database_, *before);
   int colid = before->columns.empty() ? 0 : before->columns.back().colid;
+  TableInfo grown = *before;  // what a computed column may name
   for (const ColumnDef& column : columns) {
     if (!empty && !column.nullable && column.defaultText.empty() && !column.identity && column.computedText.empty() &&
         column.type.baseName != "timestamp") {
@@ -420,13 +421,14 @@ void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector
     insertColumn(database_, before->id, column, ++colid);
     const std::string head = "alter table " + quoteName(before->storage) + " add column ";
     const TableInfo::Column info = columnInfo(column, colid);
+    grown.columns.push_back(info);
     try {
-      database_.execute(head + storageColumn(catalogue_, info, false));
+      database_.execute(head + storageColumn(catalogue_, grown, info, false));
     } catch (const NotUnderstood&) {
-      database_.execute(head + storageColumn(catalogue_, info, true));
+      database_.execute(head + storageColumn(catalogue_, grown, info, true));
     } catch (const DataError& error) {
       if (!info.computed || error.number == errorNumber::cannotConnect) throw;
-      database_.execute(head + storageColumn(catalogue_, info, true));
+      database_.execute(head + storageColumn(catalogue_, grown, info, true));
     }
   }
   catalogue_.forget();

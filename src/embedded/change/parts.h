@@ -35,7 +35,8 @@ std::string makeConstraintName(const Catalogue& catalogue, std::string_view kind
 std::string storageCollation(const TypeRef& type);
 // A column of the SQLite table as CREATE TABLE and ADD COLUMN want it. A computed column becomes a virtual one; when
 // its expression can't be had that way, `plain` gives an ordinary column that stays Null.
-std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain);
+std::string storageColumn(const Catalogue& catalogue, const TableInfo& table, const TableInfo::Column& column,
+                          bool plain);
 void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                         const std::string& storage);
 // Gives the table the columns of `table`; values of the column `changed` are brought to its new type.
@@ -45,6 +46,9 @@ void rebuildStorageTable(sqlite::Database& database, const Catalogue& catalogue,
 // with this indid.
 void createStorageIndexes(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                           int onlyIndid = 0);
+// The one behind a unique index of a temporary table.
+void createTemporaryIndex(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
+                          const IndexDef& index);
 void dropStorageIndex(sqlite::Database& database, const TableInfo& table, std::string_view indexName);
 
 }  // namespace qrel::tsql

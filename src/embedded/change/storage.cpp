@@ -15,11 +15,12 @@ std::string indexStorage(const TableInfo& table, std::string_view index) {
 }
 
 // A stored expression or condition in SQLite's words.
-std::string translated(const Catalogue& catalogue, const std::string& text, bool condition) {
+std::string translated(const Catalogue& catalogue, const TableInfo& table, const std::string& text, bool condition) {
   const auto tokens = lex(text);
   TokenReader reader(text, tokens);
   TranslateContext context;
   context.catalogue = &catalogue;
+  context.table = &table;
   Translator translator(context, reader);
   return condition ? translator.condition() : translator.expression();
 }
@@ -74,20 +75,21 @@ std::string storageCollation(const TypeRef& type) {
   return at == std::string::npos ? "" : declaration.substr(at);
 }
 
-std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain) {
+std::string storageColumn(const Catalogue& catalogue, const TableInfo& table, const TableInfo::Column& column,
+                          bool plain) {
   // SQLite takes numbers only as a type's size.
   std::string sql = quoteColumn(column.name) + " " + replaceAll(storageDeclaration(column.type), "(max)", "(-1)");
   if (column.computed && !plain)
-    sql += " generated always as (" + translated(catalogue, column.computedText, false) + ") virtual";
+    sql += " generated always as (" + translated(catalogue, table, column.computedText, false) + ") virtual";
   return sql;
 }
 
 void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                         const std::string& storage) {
   const auto sql = [&](bool plain) {
-    std::string text = "create table " + quoteName(storage) + " (";
+    std::string text = (table.temporary ? "create temp table " : "create table ") + quoteName(storage) + " (";
     for (std::size_t i = 0; i < table.columns.size(); ++i)
-      text += (i == 0 ? "" : ", ") + storageColumn(catalogue, table.columns[i], plain);
+      text += (i == 0 ? "" : ", ") + storageColumn(catalogue, table, table.columns[i], plain);
     return text + ")";
   };
   const bool computed =
@@ -145,7 +147,7 @@ void createStorageIndexes(sqlite::Database& database, const Catalogue& catalogue
     std::string sql = "create unique index " + quoteName(indexStorage(table, index.name)) + " on " +
                       quoteName(table.storage) + " (" + index.columns + ")";
     try {
-      if (!index.filter.empty()) sql += " where " + translated(catalogue, index.filter, true);
+      if (!index.filter.empty()) sql += " where " + translated(catalogue, table, index.filter, true);
       database.execute(sql);
     } catch (const NotUnderstood&) {
       continue;  // the catalogue knows the index; only its uniqueness isn't watched
@@ -155,6 +157,29 @@ void createStorageIndexes(sqlite::Database& database, const Catalogue& catalogue
       refuse("The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name '" +
              table.storage + "' and the index name '" + index.name + "'.");
     }
+  }
+}
+
+void createTemporaryIndex(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
+                          const IndexDef& index) {
+  std::string columns;
+  for (std::size_t i = 0; i < index.columns.size(); ++i) {
+    const auto* column = table.find(index.columns[i]);
+    if (!column) refuse("Column name '" + index.columns[i] + "' does not exist in the target table or view.");
+    columns += (columns.empty() ? "" : ", ") + indexColumn(*column, false);
+  }
+  std::string sql = "create unique index temp." + quoteName(indexStorage(table, index.name)) + " on " +
+                    quoteName(table.storage) + " (" + columns + ")";
+  try {
+    if (!index.filter.empty()) sql += " where " + translated(catalogue, table, index.filter, true);
+    database.execute(sql);
+  } catch (const NotUnderstood&) {
+    return;
+  } catch (const sqlite::EngineError& error) {
+    if (isRefusedExpression(error)) return;
+    if (error.engineText.find("UNIQUE constraint failed") == std::string::npos) throw;
+    refuse("The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo." +
+           table.name + "' and the index name '" + index.name + "'.");
   }
 }
 

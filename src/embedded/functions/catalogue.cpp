@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "embedded/catalogue/catalogue.h"
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/functions/functionCall.h"
 #include "embedded/instance/databaseFiles.h"
 #include "embedded/sqlite/quoting.h"
@@ -49,6 +50,12 @@ std::optional<ObjectInfo> objectOf(const FunctionCall& call, std::string_view te
 
 void objectId(FunctionCall& call) {
   if (call.anyNull()) return;
+  const auto name = nameOf(call.text(0));
+  if (name && same(name->database, "tempdb") && isTemporaryName(name->name)) {
+    const auto table = call.surroundings().catalogue.table("", name->name);
+    if (table && (call.count() < 2 || same(trimBlanks(call.text(1)), "U"))) call.result(table->id);
+    return;
+  }
   const auto object = objectOf(call, call.text(0));
   if (object && (call.count() < 2 || same(trimBlanks(call.text(1)), object->xtype))) call.result(object->id);
 }

@@ -2,8 +2,12 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <random>
+#include <utility>
+#include <vector>
 
 #include "embedded/functions/functionCall.h"
 #include "embedded/types/decimals.h"
@@ -223,14 +227,68 @@ class Unpacker {
   std::string_view packed_;
 };
 
+// Arithmetic in a type that is known: q_decimal(operator, a, b, prec, scale), where '=' only brings `a` into the type,
+// and q_whole(type, result).
+DecimalParts exactOf(const Value& value) {
+  const std::string text = value.type == DataType::Binary ? std::to_string(numberOf(value)) : textOf(value.cell());
+  auto parts = readDecimal(text);
+  if (!parts && trimBlanks(text).empty()) parts = DecimalParts{};
+  if (!parts) throw DataError(errorNumber::badSql, "Error converting data type varchar to numeric.", "22018");
+  return *parts;
+}
+
+Value exactly(char operation, const Value& a, const Value& b, int prec, int scale) {
+  if (a.null || b.null) return {};
+  DecimalParts result = exactOf(a);
+  if (operation == '=') {
+    roundDecimal(result, scale);
+  } else {
+    auto made = decimalResult(operation, result, exactOf(b), scale);
+    if (!made) throw DataError(errorNumber::badSql, "Divide by zero error encountered.", "22012");
+    result = std::move(*made);
+  }
+  if (static_cast<int>(result.whole.size()) > prec - scale)
+    throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type numeric.",
+                    "22003");
+  return Value::ofText(decimalText(result, scale));
+}
+
+// An operator of a chain; prec 0: as the values have it.
+struct ChainStep {
+  char operation = 0;
+  int prec = 0, scale = 0;
+};
+
+std::vector<ChainStep> chainSteps(std::string_view codes) {
+  std::vector<ChainStep> steps;
+  for (std::size_t at = 0; at < codes.size(); ++at) {
+    ChainStep& step = steps.emplace_back();
+    step.operation = codes[at];
+    if (codes[at] != '[') continue;
+    step.operation = codes[at + 1];
+    const std::size_t comma = codes.find(',', at);
+    const std::size_t end = codes.find(']', at);
+    std::from_chars(codes.data() + at + 2, codes.data() + comma, step.prec);
+    std::from_chars(codes.data() + comma + 1, codes.data() + end, step.scale);
+    at = end;
+  }
+  return steps;
+}
+
 void chain(FunctionCall& call) {
-  const std::string operations(call.text(0));
+  const std::vector<ChainStep> steps = chainSteps(call.text(0));
   std::size_t done = 0;
   Value result;
   for (int i = 1; i < call.count(); ++i) {
     for (Unpacker operands(call.text(i)); !operands.atEnd(); ++done) {
       Value operand = operands.next();
-      result = done == 0 ? std::move(operand) : operated(operations[done - 1], result, operand);
+      if (done == 0) {
+        result = std::move(operand);
+        continue;
+      }
+      const ChainStep& step = steps[done - 1];
+      result = step.prec > 0 ? exactly(step.operation, result, operand, step.prec, step.scale)
+                             : operated(step.operation, result, operand);
     }
   }
   call.result(result);
@@ -365,6 +423,17 @@ void tryConvert(FunctionCall& call) {
   }
 }
 
+// A float as text without a style: six digits, and where it is written with an exponent three digits of that.
+void floatText(FunctionCall& call) {
+  if (call.isNull(0)) return;
+  char buffer[40];
+  std::snprintf(buffer, sizeof buffer, "%.6g", numberOf(call, 0));
+  std::string text = buffer;
+  const std::size_t exponent = text.find('e');
+  if (exponent != std::string::npos && text.size() - exponent == 4) text.insert(exponent + 2, "0");
+  call.result(text);
+}
+
 void newId(FunctionCall& call) {
   std::array<unsigned char, 16> bytes{};
   sqlite3_randomness(static_cast<int>(bytes.size()), bytes.data());
@@ -381,54 +450,143 @@ void random(FunctionCall& call) {
   call.result(static_cast<double>(bits >> 11) / 9007199254740992.0);
 }
 
-// SUM and AVG: whole numbers stay whole, decimals keep their scale.
+void decimal(FunctionCall& call) {
+  if (call.isNull(1) || call.isNull(2)) return;
+  call.result(exactly(call.text(0).front(), call.value(1), call.value(2), static_cast<int>(call.integer(3)),
+                      static_cast<int>(call.integer(4))));
+}
+
+void whole(FunctionCall& call) {
+  if (call.isNull(1)) return;
+  const SystemType* type = findSystemType(call.text(0));
+  const std::int64_t number = call.integer(1);
+  const bool small = type && (type->xtype == xtype::TinyInt || type->xtype == xtype::SmallInt);
+  const std::int64_t most = !type || type->xtype == xtype::BigInt ? std::numeric_limits<std::int64_t>::max()
+                            : type->xtype == xtype::TinyInt       ? 255
+                            : small                               ? 32767
+                                                                  : 2147483647;
+  const std::int64_t least = type && type->xtype == xtype::TinyInt ? 0 : -most - 1;
+  // What left the range of SQLite's own whole numbers has become a real.
+  if (call.type(1) == SQLITE_FLOAT || number > most || number < least)
+    throw DataError(errorNumber::badSql,
+                    "Arithmetic overflow error converting expression to data type " + std::string(call.text(0)) + ".",
+                    "22003");
+  call.result(number);
+}
+
+// SUM and AVG: whole numbers stay whole, decimals keep their scale. A second argument is the result's, and what is no
+// decimal becomes one.
 struct Total {
   std::int64_t count;
   std::int64_t whole;
   double real;
   int scale;
-  bool anyReal, anyDecimal;
+  bool anyReal, anyDecimal, typed;
+  DecimalParts* exact;  // owned: freed with the result
 };
 
-void addToTotal(sqlite3_context* context, int, sqlite3_value** arguments) {
+void count(sqlite3_context* context, int given, sqlite3_value** arguments, bool add) {
   const int type = sqlite3_value_type(arguments[0]);
   if (type == SQLITE_NULL) return;
   auto* total = static_cast<Total*>(sqlite3_aggregate_context(context, sizeof(Total)));
   if (!total) return sqlite3_result_error_nomem(context);
-  ++total->count;
+  total->count += add ? 1 : -1;
+  total->typed = given > 1;
+  if (total->typed) total->scale = sqlite3_value_int(arguments[1]);
   if (type == SQLITE_INTEGER) {
-    if (__builtin_add_overflow(total->whole, sqlite3_value_int64(arguments[0]), &total->whole))
-      failCall(context,
-               std::make_exception_ptr(DataError(
-                   errorNumber::badSql, "Arithmetic overflow error converting expression to data type bigint.")),
-               "overflow");
+    const std::int64_t number = sqlite3_value_int64(arguments[0]);
+    const bool over = add ? __builtin_add_overflow(total->whole, number, &total->whole)
+                          : __builtin_sub_overflow(total->whole, number, &total->whole);
+    if (over)
+      throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type bigint.");
     return;
   }
-  total->real += sqlite3_value_double(arguments[0]);
-  if (type == SQLITE_FLOAT) {
+  if (type == SQLITE_FLOAT && given < 2) {
     total->anyReal = true;
+    total->real += add ? sqlite3_value_double(arguments[0]) : -sqlite3_value_double(arguments[0]);
     return;
   }
+  const FunctionCall call(context, given, arguments);
+  const DecimalParts number = exactOf(call.value(0));
   total->anyDecimal = true;
-  const std::string_view text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+  if (!total->exact) total->exact = new DecimalParts();
+  const int places = static_cast<int>(std::max(number.fraction.size(), total->exact->fraction.size()));
+  *total->exact = *decimalResult(add ? '+' : '-', *total->exact, number, places);
+  if (given > 1) return;
+  const std::string_view text = call.text(0);
   const std::size_t point = text.find('.');
   if (point != std::string_view::npos) total->scale = std::max(total->scale, static_cast<int>(text.size() - point - 1));
 }
 
-void totalResult(sqlite3_context* context, bool average) {
-  const auto* total = static_cast<Total*>(sqlite3_aggregate_context(context, 0));
-  if (!total || total->count == 0) return sqlite3_result_null(context);
-  const double sum = total->real + static_cast<double>(total->whole);
-  if (total->anyReal) return sqlite3_result_double(context, average ? sum / static_cast<double>(total->count) : sum);
-  if (!total->anyDecimal) return sqlite3_result_int64(context, average ? total->whole / total->count : total->whole);
-  char buffer[400];
-  std::snprintf(buffer, sizeof buffer, "%.*f", average ? std::max(total->scale, 6) : total->scale,
-                average ? sum / static_cast<double>(total->count) : sum);
-  sqlite3_result_text(context, buffer, -1, SQLITE_TRANSIENT);
+template <bool add>
+void countOne(sqlite3_context* context, int given, sqlite3_value** arguments) {
+  try {
+    count(context, given, arguments, add);
+  } catch (const std::exception& error) {
+    failCall(context, std::current_exception(), error.what());
+  }
 }
 
-void sumResult(sqlite3_context* context) { totalResult(context, false); }
-void averageResult(sqlite3_context* context) { totalResult(context, true); }
+void setTotal(sqlite3_context* context, const Total& total, bool average) {
+  if (total.count == 0) return sqlite3_result_null(context);
+  const auto count = static_cast<double>(total.count);
+  const auto whole = readDecimal(std::to_string(total.whole));
+  if (total.anyReal) {
+    const double decimals = total.exact ? std::strtod(decimalText(*total.exact, 30).c_str(), nullptr) : 0;
+    const double sum = total.real + decimals + static_cast<double>(total.whole);
+    return sqlite3_result_double(context, average ? sum / count : sum);
+  }
+  if (!total.anyDecimal && !total.typed)
+    return sqlite3_result_int64(context, average ? total.whole / total.count : total.whole);
+  constexpr int mostDigits = 38;
+  const DecimalParts exact = total.exact ? *total.exact : DecimalParts();
+  const int scale = average && !total.typed ? std::max(total.scale, 6) : total.scale;
+  const auto sum = decimalResult('+', exact, *whole, std::max(scale, static_cast<int>(exact.fraction.size())));
+  if (sum->whole.size() + static_cast<std::size_t>(scale) > mostDigits)
+    throw DataError(errorNumber::badSql, "Arithmetic overflow error converting expression to data type numeric.");
+  const std::string text =
+      decimalText(average ? *decimalResult('/', *sum, *readDecimal(std::to_string(total.count)), scale) : *sum, scale);
+  sqlite3_result_text(context, text.c_str(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+}
+
+template <bool average, bool last>
+void totalResult(sqlite3_context* context) {
+  auto* total = static_cast<Total*>(sqlite3_aggregate_context(context, 0));
+  if (!total) return sqlite3_result_null(context);
+  try {
+    setTotal(context, *total, average);
+  } catch (const std::exception& error) {
+    failCall(context, std::current_exception(), error.what());
+  }
+  if (last) delete std::exchange(total->exact, nullptr);
+}
+
+// The value of a query that gives one row at most.
+struct Single {
+  int rows;
+  sqlite3_value* value;
+};
+
+void singleRow(sqlite3_context* context, int, sqlite3_value** arguments) {
+  auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
+  if (!single) return sqlite3_result_error_nomem(context);
+  if (single->rows++ == 0) {
+    single->value = sqlite3_value_dup(arguments[0]);
+    return;
+  }
+  const DataError error(errorNumber::badSql,
+                        "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, "
+                        "<, <= , >, >= or when the subquery is used as an expression.",
+                        "21000");
+  failCall(context, std::make_exception_ptr(error), "more than one row");
+}
+
+void singleResult(sqlite3_context* context) {
+  auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, 0));
+  if (!single || !single->value) return sqlite3_result_null(context);
+  sqlite3_result_value(context, single->value);
+  sqlite3_value_free(std::exchange(single->value, nullptr));
+}
 
 using enum Function::Trait;
 
@@ -439,6 +597,9 @@ constexpr Function numberTable[] = {
     {"xor", 2, 2, DataType::Empty, callFunction<operate<'^'>>, Pure | Inside},
     {"pack", 1, manyArguments, DataType::Empty, callFunction<pack>, Pure | Inside},
     {"chain", 1, manyArguments, DataType::Empty, callFunction<chain>, Pure | Inside},
+    {"decimal", 5, 5, DataType::Decimal, callFunction<decimal>, Pure | Inside},
+    {"floattext", 1, 1, DataType::Text, callFunction<floatText>, Pure | Inside},
+    {"whole", 2, 2, DataType::Integer, callFunction<whole>, Pure | Inside},
     {"abs", 1, 1, DataType::Empty, callFunction<absolute>, Pure},
     {"ceiling", 1, 1, DataType::Integer, callFunction<rounding<std::ceil>>, Pure},
     {"floor", 1, 1, DataType::Integer, callFunction<rounding<std::floor>>, Pure},
@@ -463,11 +624,18 @@ constexpr Function numberTable[] = {
 std::span<const Function> numberFunctions() { return numberTable; }
 
 void addAggregates(FunctionSurroundings& to) {
-  for (const auto& [name, result] : {std::pair{"q_sum", &sumResult}, {"q_avg", &averageResult}}) {
-    const int code =
-        sqlite3_create_function_v2(to.database.get(), name, 1, SQLITE_UTF8, &to, nullptr, addToTotal, result, nullptr);
+  const auto add = [&](const char* name, int arguments, auto step, auto last, auto now, auto back) {
+    const int code = sqlite3_create_window_function(to.database.get(), name, arguments, SQLITE_UTF8, &to, step, last,
+                                                    now, back, nullptr);
     if (code != SQLITE_OK) to.database.fail(code, name);
+  };
+  for (const int arguments : {1, 2}) {
+    add("q_sum", arguments, countOne<true>, totalResult<false, true>, totalResult<false, false>, countOne<false>);
+    add("q_avg", arguments, countOne<true>, totalResult<true, true>, totalResult<true, false>, countOne<false>);
   }
+  const int code = sqlite3_create_function_v2(to.database.get(), "q_single", 1, SQLITE_UTF8, &to, nullptr, singleRow,
+                                              singleResult, nullptr);
+  if (code != SQLITE_OK) to.database.fail(code, "q_single");
 }
 
 }  // namespace qrel::tsql

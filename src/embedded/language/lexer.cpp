@@ -269,4 +269,9 @@ ObjectName readObjectName(TokenReader& reader) {
   return name;
 }
 
+ObjectName readTableName(TokenReader& reader) {
+  if (reader.peek().kind == TokenKind::Variable) return {"", "", "", variableMark + std::string(reader.next().raw)};
+  return readObjectName(reader);
+}
+
 }  // namespace qrel::tsql

@@ -81,5 +81,9 @@ struct ObjectName {
 };
 // Reads a one- to four-part name; "a..b" has an empty schema.
 ObjectName readObjectName(TokenReader& reader);
+// The same of what holds rows, which may be a variable: its name has variableMark in front, since a table may be called
+// [@v] as well.
+constexpr char variableMark = '\x01';
+ObjectName readTableName(TokenReader& reader);
 
 }  // namespace qrel::tsql

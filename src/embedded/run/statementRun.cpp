@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "embedded/run/identities.h"
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/types/types.h"
 #include "platform/text.h"
 
@@ -79,6 +80,7 @@ TranslateContext& StatementRun::context() {
   context_.catalogue = &open->catalogue;
   context_.database = open->facts.database;
   context_.variables = &session.variableTypes;
+  context_.common = common;
   context_.readOnly = session.rights != Rights::Write;
   if (!context_.attach) {
     context_.attach = [this](const std::string& name) {
@@ -137,10 +139,10 @@ void StatementRun::setGlobal(const char* name, std::int64_t value) {
 
 ObjectName StatementRun::localName(ObjectName name) const {
   if (!name.server.empty()) notUnderstood("another server");
+  if (isTemporaryName(name.name)) return {"", "", "", name.name};
   if (!name.database.empty() && !equalNoCase(name.database, open->facts.database) &&
       memory.usedNames.count(lowerCase(name.database)) == 0)
     notUnderstood("another database");
-  if (name.name.starts_with('#')) notUnderstood("temporary tables aren't kept");
   name.database.clear();
   return name;
 }

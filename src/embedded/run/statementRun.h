@@ -126,6 +126,8 @@ class StatementRun {
 
   // Expressions and variables.
   TranslateContext& context();
+  // What WITH has put in front of the statement; it has an end with it.
+  std::shared_ptr<const CommonTables> common;
   Translator translator() { return Translator(context(), reader); }
   // Of a translated expression.
   Value evaluate(const std::string& sql) const;

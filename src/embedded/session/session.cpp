@@ -6,6 +6,7 @@
 #include <string>
 
 #include "embedded/change/changes.h"
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/session/interpreter.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -57,6 +58,7 @@ void Session::beginBatch() {
   state_.variableTypes.clear();
   state_.memory.unknown.clear();
   std::erase_if(state_.memory.cursors, [](const auto& each) { return each.second.local; });
+  state_.open->catalogue.temporary().endBatch(state_.open->database);
   startGlobals(variables);
   variables["@@trancount"] = Value::ofInteger(state_.memory.transactions);
 }

@@ -1,5 +1,6 @@
 #include "embedded/statements/columnValues.h"
 
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/language/refusal.h"
 #include "embedded/run/identities.h"
 #include "embedded/sqlite/quoting.h"
@@ -62,40 +63,30 @@ Value defaultOf(StatementRun& run, const InsertPlan::Column& source) {
 }
 
 Value generated(StatementRun& run, const TableInfo& table, const TableInfo::Column& column) {
-  const std::string highest = "select max(" + quoteColumn(column.name) + "), min(" + quoteColumn(column.name) +
-                              ") from " + quoteName(table.storage);
   if (isVersionColumn(column)) {
     auto [kept, fresh] = run.memory.versions.try_emplace(table.id, firstVersion);
     if (fresh) {
-      sqlite::Statement query(run.database(), highest);
+      sqlite::Statement query(run.database(),
+                              "select max(" + quoteColumn(column.name) + ") from " + quoteName(table.storage));
       if (query.step() && !query.isNull(0)) kept->second = numberOf(query.text(0));
     }
     Value value = Value::ofText(bytesOf(++kept->second));
     value.type = DataType::Binary;
     return value;
   }
-  const std::int64_t increment = identityCounting(run, table, column).increment;
+  const std::int64_t increment = column.identityIncrement;
   std::int64_t& last = lastIdentity(run, table, column);
   last += increment;
   run.setGlobal("@@identity", last);
   return convertTo(column.type, Value::ofInteger(last));
 }
 
-IdentityCounting identityCounting(StatementRun& run, const TableInfo& table, const TableInfo::Column& column) {
-  auto& seeds = run.database().cached("select seed, increment from cat_columns where object_id = ?1 and colid = ?2");
-  seeds.bind(1, table.id).bind(2, std::int64_t{column.colid});
-  seeds.step();
-  const IdentityCounting counting{seeds.integer(0), seeds.integer(1)};
-  seeds.reset();
-  return counting;
-}
-
 std::int64_t& lastIdentity(StatementRun& run, const TableInfo& table, const TableInfo::Column& column) {
   const auto [kept, fresh] = run.memory.identities.try_emplace(table.id, 0);
   if (!fresh) return kept->second;
-  const IdentityCounting counting = identityCounting(run, table, column);
-  const bool down = counting.increment < 0;
-  kept->second = counting.seed - counting.increment;
+  const std::int64_t seed = column.identitySeed, increment = column.identityIncrement;
+  const bool down = increment < 0;
+  kept->second = seed - increment;
   const auto raise = [&](std::int64_t value) {
     if (down ? value < kept->second : value > kept->second) kept->second = value;
   };
@@ -115,14 +106,22 @@ void forgetIdentity(StatementRun& run, const TableInfo& table) {
 
 void refuseNull(const StatementRun& run, const TableInfo& table, const TableInfo::Column& column,
                 std::string_view statement) {
-  refuse("Cannot insert the value NULL into column '" + column.name + "', table '" + run.open->facts.database + "." +
-         table.storage + "'; column does not allow nulls. " + std::string(statement) + " fails.");
+  refuse("Cannot insert the value NULL into column '" + column.name + "', table '" +
+         (table.temporary ? "tempdb.dbo." + table.name : run.open->facts.database + "." + table.storage) +
+         "'; column does not allow nulls. " + std::string(statement) + " fails.");
 }
 
+namespace {
+
+constexpr std::string_view duplicatePrefix = "UNIQUE constraint failed: ";
+
+}  // namespace
+
+bool isDuplicate(const DataError& error) { return error.description.starts_with(duplicatePrefix); }
+
 void refuseDuplicate(StatementRun& run, const TableInfo& table, const DataError& error) {
-  constexpr std::string_view prefix = "UNIQUE constraint failed: ";
-  if (!error.description.starts_with(prefix)) throw error;
-  const std::string_view failed = std::string_view(error.description).substr(prefix.size());
+  if (!isDuplicate(error)) throw error;
+  const std::string_view failed = std::string_view(error.description).substr(duplicatePrefix.size());
   auto& query = run.database().cached(
       "select i.name, i.kind, group_concat(?2 || '.' || c.name, ', ') from cat_indexes i join (select * from "
       "cat_indexkeys order by keyno) k on k.object_id = i.object_id and k.indid = i.indid and k.keyno > 0 join "
@@ -130,6 +129,19 @@ void refuseDuplicate(StatementRun& run, const TableInfo& table, const DataError&
       "group by i.indid");
   query.bind(1, table.id).bind(2, table.storage);
   std::string name, kind;
+  const std::string shown = table.temporary ? "dbo." + table.name : table.storage;
+  if (table.temporary) {
+    const std::string key = table.name.starts_with('@') ? variableMark + table.name : table.name;
+    const TemporaryTable* kept = run.catalogue().temporary().find(run.database(), key);
+    for (const IndexDef& index : kept ? kept->def.indexes : std::vector<IndexDef>()) {
+      std::string columns;
+      for (const std::string& column : index.columns)
+        columns += (columns.empty() ? "" : ", ") + table.storage + "." + table.find(column)->name;
+      if (!index.unique || (failed != columns && !failed.ends_with("." + index.name + "'"))) continue;
+      name = index.name;
+      kind = index.kind == KeyKind::Index ? "IX" : index.kind == KeyKind::PrimaryKey ? "PK" : "UQ";
+    }
+  }
   while (query.step()) {
     const std::string marked = "index '" + table.storage + "." + std::string(query.text(0)) + "'";
     if (failed != marked && failed != query.text(2)) continue;
@@ -138,9 +150,9 @@ void refuseDuplicate(StatementRun& run, const TableInfo& table, const DataError&
   }
   query.reset();
   if (kind == "IX")
-    refuse("Cannot insert duplicate key row in object '" + table.storage + "' with unique index '" + name + "'.");
+    refuse("Cannot insert duplicate key row in object '" + shown + "' with unique index '" + name + "'.");
   refuse("Violation of " + std::string(kind == "PK" ? "PRIMARY KEY" : "UNIQUE KEY") + " constraint '" + name +
-         "'. Cannot insert duplicate key in object '" + table.storage + "'.");
+         "'. Cannot insert duplicate key in object '" + shown + "'.");
 }
 
 }  // namespace qrel::tsql

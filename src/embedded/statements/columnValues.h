@@ -13,10 +13,6 @@ Value defaultOf(StatementRun& run, const InsertPlan::Column& source);
 // The next number of an identity column, the next stamp of a timestamp column.
 Value generated(StatementRun& run, const TableInfo& table, const TableInfo::Column& column);
 
-struct IdentityCounting {
-  std::int64_t seed = 0, increment = 0;
-};
-IdentityCounting identityCounting(StatementRun& run, const TableInfo& table, const TableInfo::Column& column);
 // The last number that an identity column has given, or was given above it; it outlives the rows and the load.
 std::int64_t& lastIdentity(StatementRun& run, const TableInfo& table, const TableInfo::Column& column);
 // Begins the numbers of a table anew, as TRUNCATE does.
@@ -25,6 +21,8 @@ void forgetIdentity(StatementRun& run, const TableInfo& table);
 // `statement`: INSERT or UPDATE.
 [[noreturn]] void refuseNull(const StatementRun& run, const TableInfo& table, const TableInfo::Column& column,
                              std::string_view statement);
+// Whether an error is that of a key which a row breaks.
+bool isDuplicate(const DataError& error);
 // Raises `error`, in the server's words when it is that of a key that a row breaks.
 [[noreturn]] void refuseDuplicate(StatementRun& run, const TableInfo& table, const DataError& error);
 

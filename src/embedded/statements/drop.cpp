@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "embedded/change/temporary.h"
+#include "embedded/language/refusal.h"
 #include "embedded/statements/databases.h"
 #include "embedded/statements/noEffect.h"
 #include "platform/text.h"
@@ -50,6 +52,17 @@ void dropIndexes(StatementRun& run, bool ifExists) {
   } while (reader.acceptSymbol(","));
   if (!run.act()) return;
   for (const auto& [table, index] : indexes) {
+    if (isTemporaryName(table.name)) {
+      run.atomically([&, &on = table, &name = index] {
+        TableDef def = temporaryDefinition(run.catalogue(), on.name);
+        const auto gone = std::erase_if(def.indexes, [&](const auto& e) { return compareCollated(e.name, name) == 0; });
+        if (gone == 0 && !ifExists)
+          refuse("Cannot drop the index '" + on.name + "." + name +
+                 "', because it does not exist or you do not have permission.");
+        replaceTemporary(run.catalogue(), std::move(def));
+      });
+      continue;
+    }
     if (ifExists) {
       const auto found = run.catalogue().table(table.schema, table.name);
       if (!found) continue;
@@ -91,7 +104,9 @@ void dropStatement(StatementRun& run) {
   for (const ObjectName& name : names) {
     try {
       run.atomically([&] {
-        if (kind) {
+        if (isTemporaryName(name.name) && word.is("TABLE")) {
+          if (!ifExists || run.catalogue().table("", name.name)) dropTemporary(run.catalogue(), name.name);
+        } else if (kind) {
           const auto found = run.catalogue().find(name.schema, name.name);
           if (found || !ifExists) run.changes().dropObject(name, kind->xtypes);
         } else if (word.is("SCHEMA")) {

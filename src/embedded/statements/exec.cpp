@@ -3,6 +3,7 @@
 #include <set>
 #include <vector>
 
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/language/refusal.h"
 #include "embedded/language/words.h"
 #include "embedded/statements/noEffect.h"
@@ -111,9 +112,12 @@ void execText(StatementRun& run, const std::string& text, std::size_t line, std:
     std::swap(run.memory.unknown, unknown);
   };
   exchange();
+  TemporaryTables& temporary = run.catalogue().temporary();
+  temporary.enter();
   ++session.depths.texts;
   const auto leave = [&] {
     --session.depths.texts;
+    temporary.leave(run.database());
     if (session.open != run.open) session.moveTo(run.open);  // the text's USE ends with it
     exchange();
     for (auto& [name, value] : variables)

@@ -55,9 +55,11 @@ void readRow(StatementRun& run, InsertPlan& plan) {
 // How many tokens of an INSERT are looked through for its VALUES; a longer one is read like one that is new.
 constexpr std::size_t longestKnownHead = 200;
 
-void countInserted(StatementRun& run, std::int64_t rows) {
-  run.result.rows = rows;
-  run.memory.inserted += rows;
+// Rows of temporary tables aren't the database's.
+void countInserted(StatementRun& run, const InsertPlan& plan, std::int64_t rows) {
+  const bool kept = !plan.table || !plan.table->temporary;
+  run.result.rows = kept ? rows : 0;
+  run.memory.inserted += kept ? rows : 0;
   run.countRows(rows);
 }
 
@@ -96,7 +98,7 @@ void insertValues(StatementRun& run, InsertPlan& plan) {
       count = 1;
     }
   }
-  countInserted(run, count);
+  countInserted(run, plan, count);
 }
 
 void insertQuery(StatementRun& run, InsertPlan& plan) {
@@ -127,7 +129,7 @@ void insertQuery(StatementRun& run, InsertPlan& plan) {
       insertRow(run, plan, row);
     }
   });
-  countInserted(run, static_cast<std::int64_t>(rows.size()));
+  countInserted(run, plan, static_cast<std::int64_t>(rows.size()));
 }
 
 // A shape that was seen before needs no reading up to its VALUES. False: it is new, and nothing has been read.
@@ -173,8 +175,7 @@ void insertStatement(StatementRun& run) {
   reader.next();
   reader.acceptWord("INTO");
   if (reader.peek().is("TOP")) run.notUnderstood("INSERT TOP");
-  if (reader.peek().kind == TokenKind::Variable) run.notUnderstood("table variables aren't kept");
-  const ObjectName name = readObjectName(reader);
+  const ObjectName name = readTableName(reader);
   if (reader.peek().is("WITH") && reader.peek(1).isSymbol("(")) {
     reader.next();
     reader.skipParentheses();

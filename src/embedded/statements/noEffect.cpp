@@ -65,8 +65,8 @@ void reseed(StatementRun& run, std::size_t at) {
   const std::int64_t value = run.evaluate(*number).integer;
   std::int64_t& last = lastIdentity(run, *table, *column);
   // Where no row has been there yet, the first one gets the number itself.
-  const IdentityCounting counting = identityCounting(run, *table, *column);
-  last = last == counting.seed - counting.increment ? value - counting.increment : value;
+  const bool none = last == column->identitySeed - column->identityIncrement;
+  last = none ? value - column->identityIncrement : value;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "embedded/run/rows.h"
+#include "embedded/statements/selectInto.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -52,8 +53,10 @@ void selectStatement(StatementRun& run) {
   Translator query = run.translator();
   if (!query.atSelect()) run.notUnderstood("a query is expected");
   std::vector<std::string> assigned;
-  const std::string sql = query.select(&assigned);
+  IntoTable into;
+  const std::string sql = query.select(&assigned, into);
   if (!run.act()) return;
+  if (!into.table.name.empty()) return selectInto(run, sql, into);
   if (!assigned.empty()) {
     if (run.memory.rowLimit) run.notUnderstood("SET ROWCOUNT is in force");
     if (readsSetBefore(run.text.tokens, begin, reader.position()))

@@ -21,6 +21,7 @@
 #include "embedded/statements/transactions.h"
 #include "embedded/statements/update.h"
 #include "embedded/statements/variables.h"
+#include "embedded/statements/with.h"
 
 namespace qrel::tsql {
 
@@ -41,7 +42,7 @@ constexpr std::array statements = std::to_array<Statement>({
     {"UPDATE", updateStatement},
     {"DELETE", deleteStatement},
     {"TRUNCATE", truncateStatement},
-    {"WITH", selectStatement},
+    {"WITH", withStatement},
     {"EXEC", execStatement},
     {"EXECUTE", execStatement},
     {"SET", setStatement},

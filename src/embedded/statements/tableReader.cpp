@@ -455,15 +455,21 @@ void DdlReader::inlineIndex(TableDef& table, const ColumnDef* column) {
   IndexDef index;
   index.name = reader_.expectIdentifier();
   clusteredWords(index);
-  if (reader_.peek().is("COLUMNSTORE")) throw NotUnderstood{"columnstore indexes aren't kept", reader_.peek().line};
-  if (!column || reader_.peek().isSymbol("(")) {
+  const bool columnStore = reader_.acceptWord("COLUMNSTORE");
+  if (columnStore && !reader_.peek().isSymbol("(")) {
+    index.columns.clear();
+  } else if (!column || reader_.peek().isSymbol("(")) {
     keyColumns(index);
   } else {
     index.columns = {column->name};
     index.descending = {false};
   }
   indexTail(index);
-  table.indexes.push_back(std::move(index));
+  if (columnStore) {
+    notKept = "the table is made, but its columnstore index '" + index.name + "' isn't kept";
+  } else {
+    table.indexes.push_back(std::move(index));
+  }
 }
 
 void DdlReader::indexTail(IndexDef& index) {

@@ -37,6 +37,7 @@ class DdlReader {
   };
   std::vector<DefaultFor> defaultsFor;
   bool withValues = false;  // DEFAULT ... WITH VALUES was read
+  std::string notKept;      // what of the table was read and isn't kept; empty: nothing
 
  private:
   void constraint(TableDef& table, ColumnDef* column);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "embedded/change/parts.h"
+#include "embedded/change/temporary.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/statements/columnValues.h"
 #include "embedded/statements/noEffect.h"
@@ -49,6 +50,44 @@ void markUntrusted(TableDef& table, bool unchecked) {
   for (ForeignKeyDef& key : table.foreignKeys) mark(key.properties);
 }
 
+// What ALTER TABLE ADD has read, for a temporary table.
+void addToTemporary(StatementRun& run, const ObjectName& name, const TableDef& added,
+                    const std::vector<ColumnDef>& columns, const DdlReader& ddl) {
+  run.atomically([&] {
+    TableDef def = temporaryDefinition(run.catalogue(), name.name);
+    def.columns.insert(def.columns.end(), columns.begin(), columns.end());
+    def.indexes.insert(def.indexes.end(), added.indexes.begin(), added.indexes.end());
+    for (const auto& each : ddl.defaultsFor)
+      for (ColumnDef& column : def.columns)
+        if (compareCollated(column.name, each.column) == 0) column.defaultText = each.text;
+    replaceTemporary(run.catalogue(), std::move(def));
+    fillColumns(run, name, columns, ddl.withValues);
+  });
+  run.schemaChanged();
+}
+
+// Takes columns or constraints away from a temporary table. Of constraints only keys are kept; whether another is there
+// isn't known.
+void dropFromTemporary(StatementRun& run, const ObjectName& name, const std::vector<std::string>& columns,
+                       const std::vector<std::string>& constraints) {
+  run.atomically([&] {
+    TableDef def = temporaryDefinition(run.catalogue(), name.name);
+    for (const std::string& column : columns)
+      if (std::erase_if(def.columns, [&](const auto& each) { return compareCollated(each.name, column) == 0; }) == 0)
+        refuse("ALTER TABLE DROP COLUMN failed because column '" + column + "' does not exist in table '" + def.name +
+               "'.");
+    for (const IndexDef& index : def.indexes)
+      for (const std::string& key : index.columns)
+        for (const std::string& column : columns)
+          if (compareCollated(key, column) == 0)
+            refuse("The index '" + index.name + "' is dependent on column '" + column + "'.");
+    for (const std::string& constraint : constraints)
+      std::erase_if(def.indexes, [&](const auto& each) { return compareCollated(each.name, constraint) == 0; });
+    replaceTemporary(run.catalogue(), std::move(def));
+  });
+  run.schemaChanged();
+}
+
 void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
   TokenReader& reader = run.reader;
   reader.expectWord("ADD");
@@ -69,6 +108,7 @@ void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
   if (!run.act()) return;
   markUntrusted(table, unchecked);
   std::vector<ColumnDef> columns(table.columns.begin() + existing, table.columns.end());
+  if (isTemporaryName(name.name)) return addToTemporary(run, name, table, columns, ddl);
   run.atomically([&] {
     if (!columns.empty()) {
       for (const IndexDef& index : table.indexes) {
@@ -122,6 +162,11 @@ void alterTableDrop(StatementRun& run, const ObjectName& name) {
     parts.push_back(std::move(part));
   } while (reader.acceptSymbol(","));
   if (!run.act()) return;
+  if (isTemporaryName(name.name)) {
+    std::vector<std::string> columns, constraints;
+    for (const Part& part : parts) (part.column ? columns : constraints).push_back(part.name);
+    return dropFromTemporary(run, name, columns, constraints);
+  }
   run.atomically([&] {
     for (const Part& part : parts) {
       const auto table = run.catalogue().table(name.schema, name.name);
@@ -190,7 +235,13 @@ void alterTableColumn(StatementRun& run, const ObjectName& name) {
   ColumnDef column = DdlReader(reader, run.catalogue()).column(extra);
   if (reader.acceptWord("WITH")) reader.skipParentheses();
   if (!run.act()) return;
-  run.atomically([&] { run.changes().alterColumn(name, column); });
+  run.atomically([&] {
+    if (!isTemporaryName(name.name)) return run.changes().alterColumn(name, column);
+    TableDef def = temporaryDefinition(run.catalogue(), name.name);
+    for (ColumnDef& each : def.columns)
+      if (compareCollated(each.name, column.name) == 0) each = column;
+    replaceTemporary(run.catalogue(), std::move(def));
+  });
   run.schemaChanged();
 }
 
@@ -219,10 +270,15 @@ void createTable(StatementRun& run) {
   ddl.tableBody(table);
   if (!run.act()) return;
   ddl.checkPrimaryKey(table);
+  if (isTemporaryName(name.name)) {
+    run.atomically([&] { createTemporary(run.catalogue(), table); });
+    return run.schemaChanged();
+  }
   markUntrusted(table, false);
   if (run.session.laterKeys) leaveOutKeys(run, table);
   run.atomically([&] { run.changes().createTable(table); });
   run.schemaChanged();
+  if (!ddl.notKept.empty()) return run.fail(StatementRun::Kind::Skipped, ddl.notKept);
   run.made("table");
 }
 
@@ -235,6 +291,15 @@ void createIndex(StatementRun& run) {
   if (!run.act()) return;
   const auto object = run.catalogue().find(table.schema, table.name);
   if (object && object->xtype == "V") run.notUnderstood("indexes of views aren't kept");
+  if (isTemporaryName(table.name)) {
+    run.atomically([&] {
+      TableDef def = temporaryDefinition(run.catalogue(), table.name);
+      if (index.dropExisting) std::erase_if(def.indexes, [&](const auto& each) { return each.name == index.name; });
+      def.indexes.push_back(index);
+      replaceTemporary(run.catalogue(), std::move(def));
+    });
+    return run.schemaChanged();
+  }
   run.atomically([&] { run.changes().addIndex(table, index); });
   run.schemaChanged();
   run.made("index");
@@ -299,6 +364,17 @@ void alterIndex(StatementRun& run) {
   if (!run.act()) return;
   run.atomically([&] { run.changes().alterIndexes(table, index, change, options.properties); });
   run.schemaChanged();
+}
+
+void declareTable(StatementRun& run, const std::string& name) {
+  run.reader.expectWord("TABLE");
+  TableDef table;
+  table.name = name;
+  DdlReader ddl(run.reader, run.catalogue());
+  ddl.tableBody(table);
+  // In a loop it is declared once, and keeps its rows.
+  if (!run.running() || run.catalogue().table("", name)) return;
+  run.atomically([&] { createTemporary(run.catalogue(), table); });
 }
 
 void truncateStatement(StatementRun& run) {

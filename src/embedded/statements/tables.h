@@ -10,6 +10,8 @@ void createTable(StatementRun& run);
 void createIndex(StatementRun& run);
 void alterTable(StatementRun& run);
 void alterIndex(StatementRun& run);
+// A table variable, from the word TABLE on.
+void declareTable(StatementRun& run, const std::string& name);
 void truncateStatement(StatementRun& run);
 
 }  // namespace qrel::tsql

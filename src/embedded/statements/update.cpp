@@ -29,40 +29,97 @@ const TableInfo::Column& columnToChange(const TableInfo& table, const std::strin
   return *column;
 }
 
-void applyUpdate(StatementRun& run, const TableInfo& table, const std::vector<const TableInfo::Column*>& columns,
-                 const RowChange& change) {
-  std::vector<std::pair<std::int64_t, std::vector<Value>>> rows;  // all of them first: values are those from before
-  {
-    std::set<std::int64_t> seen;  // a row that several joined rows meet is changed once
-    sqlite::Statement query(run.database(), change.rows);
-    run.bind(query);
-    while (query.step()) {
-      if (!seen.insert(query.integer(0)).second) continue;
-      auto& row = rows.emplace_back(query.integer(0), std::vector<Value>());
-      for (std::size_t i = 0; i < columns.size(); ++i)
-        row.second.push_back(as(change.kinds[i], sqlite::valueOf(query, static_cast<int>(i) + 1)));
+// A row by its number, with the new values of the columns that are set.
+using ChangedRow = std::pair<std::int64_t, std::vector<Value>>;
+
+// All of them before the first is written: values are those from before.
+std::vector<ChangedRow> changedRows(StatementRun& run, const TableInfo& table,
+                                    const std::vector<const TableInfo::Column*>& columns, const RowChange& change) {
+  std::vector<ChangedRow> rows;
+  std::set<std::int64_t> seen;  // a row that several joined rows meet is changed once
+  sqlite::Statement query(run.database(), change.rows);
+  run.bind(query);
+  while (query.step()) {
+    if (!seen.insert(query.integer(0)).second) continue;
+    auto& row = rows.emplace_back(query.integer(0), std::vector<Value>());
+    for (std::size_t i = 0; i < change.kinds.size(); ++i) {
+      const Value value = as(change.kinds[i], sqlite::valueOf(query, static_cast<int>(i) + 1));
+      if (value.null && !columns[i]->nullable) refuseNull(run, table, *columns[i], "UPDATE");
+      row.second.push_back(value.null ? value : convertTo(columns[i]->type, value));
     }
   }
+  return rows;
+}
+
+void writeRows(StatementRun& run, const TableInfo& table, const std::vector<const TableInfo::Column*>& columns,
+               const std::vector<ChangedRow>& rows) {
   std::string set;
   for (const auto* column : columns) set += (set.empty() ? "" : ", ") + quoteColumn(column->name) + " = ?";
-  const auto version = std::find_if(table.columns.begin(), table.columns.end(), isVersionColumn);
-  if (version != table.columns.end()) set += ", " + quoteColumn(version->name) + " = ?";
   sqlite::Statement update(run.database(), "update " + quoteName(table.storage) + " set " + set + " where _rowid_ = ?");
   for (const auto& [row, values] : rows) {
     run.checkStop();
     int at = 0;
-    for (const Value& value : values) {
-      const auto* column = columns[static_cast<std::size_t>(at)];
-      if (value.null && !column->nullable) refuseNull(run, table, *column, "UPDATE");
-      update.bind(++at, value.null ? value : convertTo(column->type, value));
-    }
-    if (version != table.columns.end()) update.bind(++at, generated(run, table, *version));
+    for (const Value& value : values) update.bind(++at, value);
     update.bind(++at, row);
+    update.run();
+  }
+}
+
+// The same where a row takes a key over that another gives up: the server looks at keys when all rows are changed, so
+// that all are taken out before the first comes back.
+void replaceRows(StatementRun& run, const TableInfo& table, const std::vector<const TableInfo::Column*>& columns,
+                 const std::vector<ChangedRow>& rows) {
+  std::string names = "_rowid_";
+  std::string marks = "?";
+  std::vector<const TableInfo::Column*> stored;
+  for (const auto& column : table.columns) {
+    if (column.computed) continue;
+    stored.push_back(&column);
+    names += ", " + quoteColumn(column.name);
+    marks += ", ?";
+  }
+  std::vector<std::vector<Value>> whole;
+  sqlite::Statement read(run.database(),
+                         "select " + names + " from " + quoteName(table.storage) + " where _rowid_ = ?");
+  sqlite::Statement take(run.database(), "delete from " + quoteName(table.storage) + " where _rowid_ = ?");
+  for (const auto& [row, values] : rows) {
+    run.checkStop();
+    read.bind(1, row).step();
+    auto& kept = whole.emplace_back();
+    for (std::size_t i = 0; i < stored.size(); ++i) {
+      const auto changed = std::find(columns.begin(), columns.end(), stored[i]);
+      kept.push_back(changed == columns.end() ? sqlite::valueOf(read, static_cast<int>(i) + 1)
+                                              : values[static_cast<std::size_t>(changed - columns.begin())]);
+    }
+    read.reset();
+    take.bind(1, row).run();
+  }
+  sqlite::Statement put(run.database(),
+                        "insert into " + quoteName(table.storage) + " (" + names + ") values (" + marks + ")");
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    put.bind(1, rows[i].first);
+    for (std::size_t j = 0; j < stored.size(); ++j) put.bind(static_cast<int>(j) + 2, whole[i][j]);
     try {
-      update.run();
+      put.run();
     } catch (const DataError& error) {
       refuseDuplicate(run, table, error);
     }
+  }
+}
+
+void applyUpdate(StatementRun& run, const TableInfo& table, std::vector<const TableInfo::Column*> columns,
+                 const RowChange& change) {
+  std::vector<ChangedRow> rows = changedRows(run, table, columns, change);
+  const auto version = std::find_if(table.columns.begin(), table.columns.end(), isVersionColumn);
+  if (version != table.columns.end()) {
+    columns.push_back(&*version);
+    for (auto& [row, values] : rows) values.push_back(generated(run, table, *version));
+  }
+  try {
+    run.atomically([&] { writeRows(run, table, columns, rows); });
+  } catch (const DataError& error) {
+    if (!isDuplicate(error)) throw;
+    replaceRows(run, table, columns, rows);
   }
   run.countRows(static_cast<std::int64_t>(rows.size()));
 }
@@ -73,7 +130,6 @@ void updateStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   reader.next();
   if (reader.peek().is("STATISTICS")) return skipWithoutEffect(run);
-  if (reader.peek().kind == TokenKind::Variable) run.notUnderstood("table variables aren't kept");
   const RowChange change = run.translator().update();
   const auto table = tableToChange(run, change.table);
   if (!table) return;
@@ -85,8 +141,6 @@ void updateStatement(StatementRun& run) {
 void deleteStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   reader.next();
-  if (reader.peek(reader.peek().is("FROM") ? 1 : 0).kind == TokenKind::Variable)
-    run.notUnderstood("table variables aren't kept");
   const RowChange change = run.translator().deletion();
   const auto table = tableToChange(run, change.table);
   if (!table) return;

@@ -3,6 +3,7 @@
 #include "embedded/catalogue/typeNames.h"
 #include "embedded/statements/cursors.h"
 #include "embedded/statements/options.h"
+#include "embedded/statements/tables.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -14,7 +15,7 @@ void declareVariable(StatementRun& run) {
   if (reader.peek().kind != TokenKind::Variable) run.notUnderstood("a variable is expected");
   const std::string name = lowerCase(reader.next().raw);
   reader.acceptWord("AS");
-  if (reader.peek().is("TABLE")) run.notUnderstood("table variables aren't kept");
+  if (reader.peek().is("TABLE")) return declareTable(run, variableMark + name);
   if (reader.peek().is("CURSOR")) run.notUnderstood("cursors in variables aren't kept");
   TypeRef type = readType(reader, &run.catalogue());
   // In a loop it is declared once, and keeps its value.

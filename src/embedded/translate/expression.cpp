@@ -149,6 +149,22 @@ std::string compared(Expression left, std::string_view symbol, Expression right)
   return sql + right.sql;
 }
 
+std::string_view collationOf(DataType kind) {
+  return kind == DataType::Text ? " collate q_text" : kind == DataType::Decimal ? " collate q_decimal" : "";
+}
+
+std::string asExact(const Expression& value, const ExpressionType& type) {
+  return "q_decimal('=', " + (value.exact.empty() ? value.sql : quoteText(value.exact)) + ", 0, " +
+         std::to_string(type.prec) + ", " + std::to_string(type.scale) + ")";
+}
+
+Translation::Translation(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {
+  if (context.common) commonTables_ = context.common->tables;
+  if (!context.table) return;
+  ofTable_.sources.push_back(stored(*context.table, {"", "", context.table->schema, context.table->name}).source);
+  scope_ = &ofTable_;
+}
+
 void Translation::refuseNesting() { tsql::refuseNesting(); }
 
 void Translation::refuse(const std::string& reason) const { throw NotUnderstood{reason, reader_.peek().line}; }
@@ -187,8 +203,15 @@ Expression Translation::unary() {
   reader_.next();
   Expression operand = unary();
   Expression out;
+  out.type = operand.type;
+  out.kind = operand.kind;
+  if (minus && operand.kind == DataType::Decimal && operand.exact.empty()) {
+    out.sql = "q_decimal('-', 0, " + operand.sql + ", 38, " + std::to_string(operand.type.scale) + ")";
+    return out;
+  }
   out.sql = (minus ? "(-" : "(~") + operand.sql + ")";
-  out.kind = operand.kind == DataType::Decimal ? DataType::Double : operand.kind;
+  if (minus && !operand.exact.empty()) out.exact = "-" + operand.exact;
+  if (operand.kind == DataType::Decimal) out.kind = DataType::Double;
   return out;
 }
 
@@ -218,6 +241,8 @@ Expression Translation::primary() {
       out.literal = true;
       out.name = token.text;
       out.width = TextWidth::ofLiteral(token.text, token.national);
+      out.type = typeOf(out.width);
+      out.type.nullable = false;
       reader_.next();
       return out;
     }
@@ -253,6 +278,9 @@ Expression Translation::number(const Token& token) {
     const std::string_view digits = token.raw.substr(2);
     out.sql = "x'" + std::string(digits.size() % 2 ? "0" : "") + std::string(digits) + "'";
     out.kind = DataType::Binary;
+    const std::size_t bytes = (digits.size() + 1) / 2;
+    out.type = expressionType("varbinary", bytes > 8000 ? -1 : std::max(static_cast<int>(bytes), 1));
+    out.type.nullable = false;
     return out;
   }
   std::string text(token.raw);
@@ -267,6 +295,9 @@ Expression Translation::number(const Token& token) {
   const bool longNumber = !exponent && (fraction ? text.size() > 16 : text.size() > 18);
   out.sql = longNumber ? "'" + text + "'" : text;
   out.kind = longNumber ? DataType::Decimal : fraction || exponent ? DataType::Double : DataType::Integer;
+  out.type = token.kind == TokenKind::Money ? expressionType("money") : literalType(text);
+  out.type.nullable = false;
+  if (fraction && !exponent) out.exact = text;
   return out;
 }
 
@@ -302,6 +333,7 @@ Expression Translation::variable(const Token& token) {
     if (name != global) continue;
     out.sql = sql;
     out.kind = kind;
+    out.type = kind == DataType::Text ? expressionType("nvarchar", 300) : expressionType("int");
     return out;
   }
   out.sql = parameterOfVariable(name);
@@ -310,6 +342,7 @@ Expression Translation::variable(const Token& token) {
     if (found != context_.variables->end()) {
       out.kind = found->second.dataType;
       out.width = TextWidth::ofType(found->second);
+      out.type = expressionType(found->second);
     }
   }
   return out;
@@ -346,6 +379,9 @@ Expression Translation::columnReference() {
         out.kind = column->kind;
         out.column = column->column;
         out.width = column->width;
+        out.type = column->type;
+        out.origin = column->origin;
+        if (grouping_ && grouping_->scope == scope) grouping_->used.push_back({source.exposed, column->name});
         return out;
       }
       if (!table.empty()) return out;
@@ -372,6 +408,8 @@ Expression Translation::caseExpression() {
   bool first = true;
   const auto mayBe = [&](const Expression& result) {
     out.kind = commonKind(out.kind, result.kind);
+    out.type = first ? result.type : commonType(out.type, result.type);
+    if (result.kind == DataType::Empty) out.type.nullable = true;
     out.width = std::exchange(first, false) ? result.width : either(out.width, result.width);
   };
   while (reader_.acceptWord("when")) {
@@ -388,7 +426,10 @@ Expression Translation::caseExpression() {
     // A CASE behind ELSE goes on with this one: a long chain of them isn't nested then.
     ended = result.isCase;
     out.sql += ended ? result.sql.substr(opening.size()) : " else " + result.sql;
+  } else {
+    out.type.nullable = true;
   }
+  if (out.type.isExact()) out.kind = DataType::Decimal;
   reader_.expectWord("end");
   if (!ended) out.sql += " end";
   return out;
@@ -398,10 +439,15 @@ Expression Translation::parenthesized() {
   if (parenthesesHoldQuery()) {
     Query inner = parenthesizedQuery();
     Expression out;
-    out.sql = "(" + inner.sql + ")";
+    // As a value a query may give one row alone: q_single refuses the second.
+    out.sql = inner.single ? "(" + inner.sql + ")"
+                           : "(with q_values(v) as (" + inner.sql + ") select q_single(v) from q_values)";
     if (!inner.columns.list.empty()) {
       out.kind = inner.columns.list.front().kind;
       out.width = inner.columns.list.front().width;
+      out.type = inner.columns.list.front().type;
+      out.type.nullable = true;
+      out.type.identity = false;
     }
     return out;
   }

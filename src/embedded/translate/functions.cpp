@@ -12,6 +12,7 @@ namespace qrel::tsql {
 namespace {
 
 constexpr DataType unknown = DataType::Empty;
+constexpr std::size_t mostArgumentsInside = 120;
 
 // Those that SQLite has, and q_sum and q_avg.
 constexpr std::array<std::string_view, 10> aggregates = {"count", "count_big", "sum",  "avg",        "min",
@@ -49,6 +50,64 @@ TextWidth widthOf(MadeWidth made, const std::vector<Expression>& given) {
   return {};
 }
 
+// The type of what a function gives whose row in the table tells its kind alone.
+ExpressionType typeOfCall(const Function& function, const std::vector<Expression>& given, const TextWidth& width) {
+  const ExpressionType first = given.empty() ? ExpressionType() : given.front().type;
+  const std::string_view name = function.name;
+  ExpressionType type;
+  if (function.kind == DataType::Text) {
+    type = typeOf(width);
+  } else if (name == "abs" || name == "round" || name == "sign" || name == "power") {
+    type = first;
+  } else if (name == "ceiling" || name == "floor") {
+    type = first.isDecimal() ? expressionType(typeRef(first).name, first.prec, 0) : first;
+  } else if (name == "len" || name == "datalength") {
+    type = expressionType(first.length < 0 ? "bigint" : "int");
+  } else if (name.starts_with("sys") && function.kind == DataType::Date) {
+    type = expressionType(name == "sysdatetimeoffset" ? "datetimeoffset" : "datetime2");
+  } else if (name == "eomonth" || name == "datefromparts") {
+    type = expressionType("date");
+  } else if (name == "dateadd") {
+    type = !given.empty() && given.back().kind == DataType::Date ? given.back().type : expressionType("datetime");
+  } else if (function.kind == DataType::Date) {
+    type = expressionType("datetime");
+  } else if (function.kind == DataType::Integer) {
+    type = expressionType("int");
+  } else if (function.kind == DataType::Double) {
+    type = expressionType("float");
+  } else if (function.kind == DataType::Guid) {
+    type = expressionType("uniqueidentifier");
+  }
+  if ((name == "abs" || name == "sign" || name == "power") && type.isWhole() && type.xtype != xtype::BigInt)
+    type = expressionType("int");
+  type.nullable = !(given.empty() && (function.kind == DataType::Date || function.kind == DataType::Guid));
+  type.identity = false;
+  return type;
+}
+
+// The type of an aggregate, or of a function over rows.
+ExpressionType typeOfAggregate(const std::string& name, const Expression& over) {
+  ExpressionType type = over.type;
+  if (name == "count") {
+    type = expressionType("int");
+  } else if (name == "count_big" || name == "row_number" || name == "rank" || name == "dense_rank" || name == "ntile") {
+    type = expressionType("bigint");
+  } else if (name == "percent_rank") {
+    type = expressionType("float");
+  } else if (name == "sum" || name == "avg") {
+    if (type.isDecimal()) type = expressionType("decimal", 38, name == "avg" ? std::max(type.scale, 6) : type.scale);
+    if (type.xtype == xtype::SmallMoney) type = expressionType("money");
+    if (type.xtype == xtype::SmallInt || type.xtype == xtype::TinyInt || type.xtype == xtype::Int)
+      type = expressionType("int");
+    if (type.xtype == xtype::Real) type = expressionType("float");
+  } else if (name == "string_agg") {
+    type = typeOf(over.width);
+  }
+  type.nullable = name != "row_number" && name != "rank" && name != "dense_rank" && name != "ntile";
+  type.identity = false;
+  return type;
+}
+
 }  // namespace
 
 bool isBuiltInFunction(std::string_view lowerName) {
@@ -71,6 +130,8 @@ Expression Translation::bareFunction() {
   const bool time = token.is("current_timestamp");
   out.sql = time ? "q_getdate()" : token.is("system_user") ? "q_login()" : "q_schema_name()";
   out.kind = time ? DataType::Date : DataType::Text;
+  out.type = time ? expressionType("datetime") : expressionType("nvarchar", 128);
+  out.type.nullable = !time;
   return out;
 }
 
@@ -114,10 +175,18 @@ Expression Translation::call(const Function& function) {
     out.sql += std::to_string(out.width.limit()) + ", ";
     out.width = out.width.full();
   }
-  for (std::size_t i = 0; i < given.size(); ++i) out.sql += (i ? ", " : "") + given[i].sql;
+  for (std::size_t i = 0; i < given.size(); ++i) {
+    // SQLite takes fewer arguments than the server: what comes first is joined first.
+    if (i > 0 && i % mostArgumentsInside == 0) {
+      if (name != "concat") refuse(name + " with so many arguments can't be translated");
+      out.sql = "q_concat(" + std::to_string(out.width.limit()) + ", " + out.sql + ")";
+    }
+    out.sql += (i ? ", " : "") + given[i].sql;
+  }
   out.sql += ")";
   out.kind = function.kind;
   if (out.kind == unknown && !given.empty() && isNumericKind(given[0].kind)) out.kind = given[0].kind;
+  out.type = typeOfCall(function, given, out.width);
   return out;
 }
 
@@ -125,10 +194,15 @@ Expression Translation::callWithPart(const Function& function) {
   reader_.expectSymbol("(");
   Expression out;
   out.sql = "q_" + std::string(function.name) + "(" + quoteText(reader_.next().name());
-  while (reader_.acceptSymbol(",")) out.sql += ", " + expression().sql;
+  std::vector<Expression> given;
+  while (reader_.acceptSymbol(",")) {
+    given.push_back(expression());
+    out.sql += ", " + given.back().sql;
+  }
   reader_.expectSymbol(")");
   out.sql += ")";
   out.kind = function.kind;
+  out.type = typeOfCall(function, given, out.width);
   return out;
 }
 
@@ -155,6 +229,8 @@ Expression Translation::specialFunction(const std::string& name, bool& found) {
     out.sql += " then " + yes.sql + " else " + no.sql + " end";
     out.kind = commonKind(yes.kind, no.kind);
     out.width = either(yes.width, no.width);
+    out.type = commonType(yes.type, no.type);
+    if (out.type.isExact()) out.kind = DataType::Decimal;
     return out;
   }
   if (name == "isnull" || name == "coalesce" || name == "nullif") {
@@ -162,6 +238,9 @@ Expression Translation::specialFunction(const std::string& name, bool& found) {
     if (given.size() < 2) refuse(name + " needs two arguments");
     out.kind = given[0].kind;
     out.width = given[0].width;
+    out.type = given[0].type;
+    out.type.nullable = true;
+    out.type.identity = false;
     if (name == "nullif") {
       out.sql = "case when " + compared(given[0], "=", given[1]) + " then null else " + given[0].sql + " end";
       return out;
@@ -174,6 +253,17 @@ Expression Translation::specialFunction(const std::string& name, bool& found) {
     out.sql += ")";
     if (name == "coalesce" || out.kind == unknown)
       for (const Expression& each : given) out.kind = commonKind(out.kind, each.kind);
+    if (name == "coalesce" || !out.type.known())
+      for (const Expression& each : given) out.type = commonType(out.type, each.type);
+    // Only ISNULL is never Null by what stands in its second place.
+    out.type.nullable = name == "coalesce" || (given[0].type.nullable && given.back().type.nullable);
+    if (out.type.isExact()) {
+      Expression value = std::move(out);
+      out = {};
+      out.sql = asExact(value, value.type);
+      out.kind = DataType::Decimal;
+      out.type = value.type;
+    }
     return out;
   }
   found = false;
@@ -187,6 +277,8 @@ Expression Translation::aggregate(const std::string& name) {
   DataType kind = DataType::Integer;
   std::string distinct;
   bool separated = false;
+  Expression over;
+  const std::size_t named = grouping_ ? grouping_->used.size() : 0;
   if (reader_.acceptSymbol("*")) {
     inner = "*";
   } else if (!reader_.peek().isSymbol(")")) {
@@ -194,30 +286,36 @@ Expression Translation::aggregate(const std::string& name) {
       distinct = "distinct ";
     else
       reader_.acceptWord("all");
-    const Expression first = expression();
-    kind = first.kind;
-    out.width = first.width;
-    inner = distinct + first.sql;
-    if (!first.column && first.kind == DataType::Text && (name == "min" || name == "max" || !distinct.empty()))
-      inner += " collate q_text";
+    over = expression();
+    kind = over.kind;
+    out.width = over.width;
+    inner = distinct + over.sql;
+    if (!over.column && (name == "min" || name == "max" || !distinct.empty())) inner += collationOf(over.kind);
     for (; reader_.acceptSymbol(","); separated = true) inner += ", " + expression().sql;
   }
   reader_.expectSymbol(")");
   if (name == "string_agg" && !separated)
     throw DataError(errorNumber::badSql, "The string_agg function requires 2 argument(s).", "42000");
   if (reader_.peek().is("within")) refuse("WITHIN GROUP can't be translated");
-  const std::string window = over();
+  const std::string window = this->over();
+  // What an aggregate is made of needs no group.
+  if (grouping_ && window.empty()) grouping_->used.resize(std::min(named, grouping_->used.size()));
+  if (grouping_ && window.empty() && grouping_->scope == scope_) grouping_->aggregates = true;
   std::string function = name;
   if (name == "count_big")
     function = "count";
   else if (name == "string_agg")
     function = "group_concat";
-  else if ((name == "sum" || name == "avg") && window.empty())
+  else if (name == "sum" || name == "avg")
     function = "q_" + name;
   else if (name == "stdev")
     refuse("STDEV can't be translated");
   if (contains(windowOnly, name) && window.empty()) refuse(name + " needs OVER");
+  out.type = typeOfAggregate(name, over);
+  if ((name == "sum" || name == "avg") && over.type.isExact() && over.exact.empty())
+    inner += ", " + std::to_string(out.type.scale);
   out.sql = function + "(" + inner + ")" + window;
+  if ((name == "sum" || name == "avg") && out.type.xtype == xtype::Int) out.sql = "q_whole('int', " + out.sql + ")";
   if (name == "string_agg" && out.width.limit() > 0) {
     out.width = out.width.full();
     out.sql = "q_within(" + out.sql + ", " + std::to_string(out.width.limit()) + ")";
@@ -226,6 +324,7 @@ Expression Translation::aggregate(const std::string& name) {
                         name == "lead" || name == "first_value" || name == "last_value";
   out.kind = name == "string_agg" ? DataType::Text : sameKind ? kind : DataType::Integer;
   if ((name == "sum" || name == "avg") && kind == DataType::Text) out.kind = DataType::Double;
+  if ((name == "sum" || name == "avg") && over.type.isExact() && over.exact.empty()) out.kind = DataType::Decimal;
   return out;
 }
 
@@ -286,12 +385,25 @@ Expression Translation::conversion(Expression value, const TypeRef& type, bool s
   const bool dateAsText =
       type.dataType == DataType::Text && (value.kind == DataType::Date || (style && value.kind == DataType::Empty));
   if (dateAsText) value.sql = "q_datetext(" + value.sql + ", " + (style ? *style : "0") + ")";
+  if (!value.exact.empty() && (type.dataType == DataType::Text || type.dataType == DataType::Decimal)) {
+    const std::size_t point = value.exact.find('.');  // ".5" is told as 0.5
+    const bool bare = point == 0 || !isDigit(value.exact[point - 1]);
+    value.sql = quoteText(bare ? value.exact.substr(0, point) + "0" + value.exact.substr(point) : value.exact);
+  }
+  const bool plainStyle = !style || *style == "0";
+  if (type.dataType == DataType::Text && value.type.isMoney()) {  // two digits, or four with style 2 and 126
+    if (!plainStyle && *style != "2" && *style != "126") refuse("this style can't be had for money");
+    if (plainStyle) value.sql = "q_decimal('=', " + value.sql + ", 0, 38, 2)";
+  }
+  const bool real = value.type.xtype == xtype::Float || value.type.xtype == xtype::Real;
+  if (type.dataType == DataType::Text && real && plainStyle) value.sql = "q_floattext(" + value.sql + ")";
   const bool whole = type.dataType == DataType::Integer || type.dataType == DataType::Boolean;
   if (whole && value.kind == DataType::Decimal) value.sql = "cast(" + value.sql + " as numeric)";
   Expression out;
   out.sql = std::string(attempt ? "q_try_convert(" : "q_convert(") + value.sql + ", " + quoteText(type.baseName) +
             ", " + std::to_string(size) + ", " + std::to_string(type.scale) + ", " + (style ? *style : "null") + ")";
   out.kind = type.dataType;
+  out.type = expressionType(size == 30 && unsizedText ? systemTypeRef(*findSystemType(type.baseName), 30) : type);
   TypeRef sizedType = type;
   if (size == 30) sizedType.prec = size;
   if (type.dataType == DataType::Text) out.width = TextWidth::ofType(sizedType);

@@ -1,5 +1,8 @@
 #include "embedded/translate/operatorChain.h"
 
+#include <algorithm>
+
+#include "embedded/sqlite/quoting.h"
 #include "platform/error.h"
 
 namespace qrel::tsql {
@@ -8,6 +11,8 @@ namespace {
 
 // Up to here a chain is written as it stands.
 constexpr std::size_t shortChain = 40;
+// The same where each operator is a call, which takes SQLite more room.
+constexpr std::size_t shortTypedChain = 10;
 constexpr std::size_t operandsPerPack = 100;
 constexpr std::size_t mostPacks = 120;
 
@@ -21,6 +26,25 @@ Expression joinedTexts(const Expression& left, const Expression& right) {
   out.sql = cutToWidth("(" + left.sql + " || " + right.sql + ")", out.width);
   out.enclosed = true;
   return out;
+}
+
+std::string exactSide(const Expression& side) { return side.exact.empty() ? side.sql : quoteText(side.exact); }
+
+// In a type whose arithmetic is known. False: the kinds decide, or the values.
+bool typedArithmetic(const Expression& left, std::string_view symbol, const Expression& right, Expression& out) {
+  const char operation = symbol.front();
+  const bool bits = operation == '&' || operation == '|' || operation == '^';
+  if (out.type.isExact() && !bits) {
+    out.sql = std::string("q_decimal('") + operation + "', " + exactSide(left) + ", " + exactSide(right) + ", " +
+              std::to_string(out.type.prec) + ", " + std::to_string(out.type.scale) + ")";
+    out.kind = DataType::Decimal;
+    return true;
+  }
+  const bool whole = left.type.isWhole() && right.type.isWhole();
+  if (!whole || bits || operation == '/' || operation == '%') return false;
+  out.sql = "q_whole(" + quoteText(typeRef(out.type).name) + ", " + left.sql + " " + operation + " " + right.sql + ")";
+  out.kind = DataType::Integer;
+  return true;
 }
 
 // "+" joins texts and adds numbers; where the kinds don't tell, it decides at run time.
@@ -57,9 +81,16 @@ bool joinsTexts(const Expression& left, std::string_view symbol, const Expressio
 }
 
 Expression arithmetic(const Expression& left, std::string_view symbol, const Expression& right) {
-  if (symbol == "+") return sum(left, right);
   Expression out;
   out.enclosed = true;
+  out.type = resultType(symbol.front(), left.type, right.type);
+  if (typedArithmetic(left, symbol, right, out)) return out;
+  if (symbol == "+") {
+    const ExpressionType type = out.type;
+    out = sum(left, right);
+    out.type = type;
+    return out;
+  }
   if (isDateStep(left, symbol, right)) {
     out.sql = "q_dateplus(" + left.sql + ", -(" + right.sql + "))";
     out.kind = DataType::Date;
@@ -80,9 +111,13 @@ Expression arithmetic(const Expression& left, std::string_view symbol, const Exp
 }
 
 // What q_chain calls an operator: "a" where "+" decides at run time, else the operator itself.
-char codeOf(const Expression& left, std::string_view symbol, const Expression& right) {
+// One in a type that is exact has precision and scale: "[+38,2]".
+std::string codeOf(const Expression& left, std::string_view symbol, const Expression& right) {
+  const ExpressionType type = resultType(symbol.front(), left.type, right.type);
+  if (type.isExact())
+    return "[" + std::string(symbol) + std::to_string(type.prec) + "," + std::to_string(type.scale) + "]";
   const bool open = symbol == "+" && !(isNumericKind(left.kind) && isNumericKind(right.kind));
-  return open ? 'a' : symbol.front();
+  return {open ? 'a' : symbol.front()};
 }
 
 // What decides about the operator behind: everything but the SQL.
@@ -90,6 +125,7 @@ Expression withoutSql(const Expression& from) {
   Expression out;
   out.kind = from.kind;
   out.width = from.width;
+  out.type = from.type;
   return out;
 }
 
@@ -134,6 +170,7 @@ Expression OperatorChain::joinTexts(Expression left, std::size_t& link) {
   }
   Expression out;
   out.kind = DataType::Text;
+  out.type = typeOf(width);
   out.sql = cutToWidth(balanced(" || ", parts.data(), parts.data() + parts.size()), width);
   out.width = width;
   return out;
@@ -142,28 +179,33 @@ Expression OperatorChain::joinTexts(Expression left, std::size_t& link) {
 // Numbers, and what may be either, from this link on.
 Expression OperatorChain::carryOut(const Expression& left, std::size_t& link) {
   std::string operators;
-  std::string packs = "q_pack(" + left.sql;
+  std::string packs = "q_pack(" + exactSide(left);
   std::size_t operands = 1;
   Expression out = withoutSql(left);
   for (; link < links_.size(); ++link) {
     const auto& [symbol, right] = links_[link];
     if (isDateStep(out, symbol, right) || joinsTexts(out, symbol, right)) break;
     packs += operands % operandsPerPack == 0 ? "), q_pack(" : ", ";
-    packs += right.sql;
+    packs += exactSide(right);
     ++operands;
     operators += codeOf(out, symbol, right);
     out = withoutSql(arithmetic(out, symbol, withoutSql(right)));
   }
   if (operands > operandsPerPack * mostPacks) refuseNesting();
   out.sql = "q_chain('" + operators + "', " + packs + "))";
+  if (out.type.isWhole()) out.sql = "q_whole(" + quoteText(typeRef(out.type).name) + ", " + out.sql + ")";
   return out;
 }
 
 Expression OperatorChain::result() && {
   Expression left = std::move(first_);
+  const bool typed = std::any_of(links_.begin(), links_.end(), [](const Link& link) {
+    return link.right.type.isExact() || link.right.type.isWhole();
+  });
+  const std::size_t nested = typed ? shortTypedChain : shortChain;
   for (std::size_t link = 0; link < links_.size();) {
     const auto& [symbol, right] = links_[link];
-    if (links_.size() <= shortChain || isDateStep(left, symbol, right)) {
+    if (links_.size() <= nested || isDateStep(left, symbol, right)) {
       left = arithmetic(left, symbol, right);
       ++link;
     } else if (joinsTexts(left, symbol, right)) {

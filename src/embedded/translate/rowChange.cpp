@@ -5,8 +5,15 @@
 #include "embedded/sqlite/quoting.h"
 #include "embedded/translate/operatorChain.h"
 #include "embedded/translate/translation.h"
+#include "platform/text.h"
 
 namespace qrel::tsql {
+
+namespace {
+
+constexpr std::string_view throughCommonTable = "q_common";
+
+}  // namespace
 
 // Target, SET, FROM and WHERE in the order of the text. As in a query, FROM is read before the expressions in front of
 // it, since it tells what their columns are.
@@ -20,8 +27,7 @@ RowChange Translation::rowChange(bool update) {
     limit = readTop().limit;
   }
   if (!update) reader_.acceptWord("from");
-  if (reader_.peek().kind == TokenKind::Variable) refuse("table variables aren't kept");
-  out.table = readObjectName(reader_);
+  out.table = readTableName(reader_);
   if (reader_.acceptWord("with")) reader_.skipParentheses();
   if (update) reader_.expectWord("SET");
   refuseOutput();
@@ -36,11 +42,18 @@ RowChange Translation::rowChange(bool update) {
     tables = fromList();
     behind = reader_.position();
     reader_.moveTo(list);
-  } else {
+  } else if (!changesCommonTable(out.table, tables)) {
     tables = target(out.table);
   }
-  out.rows = "select " + changedRow(out.table);
+  out.rows = (context_.common ? context_.common->sql : "") + "select " + changedRow(out.table);
   if (update) out.rows += newValues(out);
+  // What is set through a query of WITH is the column behind that query's.
+  for (std::string& column : out.columns) {
+    const bool through = own.sources.size() == 1 && own.sources[0].alias == throughCommonTable;
+    const OutputColumn* output = through ? own.sources[0].columns.find(column) : nullptr;
+    if (output && output->origin.empty()) refuse("what is set through WITH must be a column of the table");
+    if (output) column = output->origin;
+  }
   refuseOutput();
   if (from != 0) {
     if (reader_.position() != from) refuse("what is set isn't understood");
@@ -56,6 +69,32 @@ RowChange Translation::rowChange(bool update) {
   if (from != 0) refuse("TOP with FROM");  // joined rows aren't rows of the table
   out.rows += " limit " + limit;
   return out;
+}
+
+// Whether UPDATE or DELETE names a query of WITH: `name` then becomes the table whose rows it gives.
+bool Translation::changesCommonTable(ObjectName& name, std::string& tables) {
+  if (!name.schema.empty()) return false;
+  const auto common = std::find_if(commonTables_.begin(), commonTables_.end(),
+                                   [&](const CommonTable& each) { return equalNoCase(each.name, name.name); });
+  if (common == commonTables_.end()) return false;
+  if (!common->names.empty()) refuse("rows can't be changed through a query of WITH that names its columns");
+  Source source;
+  source.exposed = common->name;
+  const std::size_t here = reader_.position();
+  reader_.moveTo(common->body);
+  {
+    const ScopeGuard guard(scope_, nullptr);
+    reader_.expectSymbol("(");
+    changed_ = &name;
+    Query body = compoundQuery(nullptr);
+    tables = "(" + body.sql + ")";
+    source.columns = std::move(body.columns);
+  }
+  reader_.moveTo(here);
+  source.alias = throughCommonTable;
+  tables += " as " + quoteName(source.alias);
+  scope_->sources.push_back(std::move(source));
+  return true;
 }
 
 void Translation::refuseOutput() const {
@@ -75,6 +114,8 @@ std::string Translation::target(const ObjectName& name) {
 
 // The SQL of the changed row's number. `table` may name an alias of FROM, and then becomes the table behind it.
 std::string Translation::changedRow(ObjectName& table) const {
+  if (!scope_->sources.empty() && scope_->sources[0].alias == throughCommonTable)
+    return quoteName(throughCommonTable) + ".q_row";
   std::string alias = table.name;
   for (const Source& source : scope_->sources) {
     if (!source.isCalled(table.schema, table.name)) continue;

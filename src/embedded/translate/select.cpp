@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "embedded/catalogue/temporaryTables.h"
 #include "embedded/language/statementRights.h"
 #include "embedded/language/words.h"
 #include "embedded/sqlite/quoting.h"
@@ -16,7 +17,7 @@ constexpr std::size_t queriesAtOnce = 300;
 
 bool endsSelectList(const Token& token) {
   for (const std::string_view word :
-       {"where", "group", "having", "order", "union", "except", "intersect", "into", "for", "option"})
+       {"where", "group", "having", "order", "union", "except", "intersect", "for", "option"})
     if (token.is(word)) return true;
   return token.isSymbol(";") || token.kind == TokenKind::End || startsStatement(token);
 }
@@ -26,6 +27,19 @@ std::string columnList(const std::vector<std::string>& names) {
   for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", " : "") + quoteColumn(names[i]);
   return sql + ")";
 }
+
+// Puts another query's grouping in force and brings the one before back.
+class GroupingGuard {
+ public:
+  GroupingGuard(Grouping*& current, Grouping* next) : current_(current), before_(std::exchange(current, next)) {}
+  ~GroupingGuard() { current_ = before_; }
+  GroupingGuard(const GroupingGuard&) = delete;
+  GroupingGuard& operator=(const GroupingGuard&) = delete;
+
+ private:
+  Grouping*& current_;
+  Grouping* before_;
+};
 
 // A TOP of one of several queries goes for that one alone.
 void closeLimit(Query& query, std::string& limit) {
@@ -56,14 +70,22 @@ bool Translation::atSelect() const {
 
 // Queries -------------------------------------------------------------------------------------------------------------
 
-Query Translation::query(std::vector<std::string>* assigned) {
+Query Translation::query(std::vector<std::string>* assigned, IntoTable* into) {
   const Nesting nesting(*this);
-  std::string with;
+  std::string with = depth_ == 1 && context_.common ? context_.common->sql : "";
   const std::size_t known = commonTables_.size();
   if (reader_.peek().is("with")) commonTables(with);
+  into_ = into;
   Query out = compoundQuery(assigned);
   out.sql = with + out.sql;
   commonTables_.resize(known);
+  return out;
+}
+
+std::shared_ptr<const CommonTables> Translation::prefix() {
+  auto out = std::make_shared<CommonTables>();
+  commonTables(out->sql);
+  out->tables = std::move(commonTables_);
   return out;
 }
 
@@ -77,11 +99,12 @@ void Translation::commonTables(std::string& sql) {
     reader_.expectWord("as");
     Columns columns;
     columns.complete = false;
-    commonTables_.emplace_back(name, columns);  // known to its own query, which may be recursive
+    commonTables_.push_back(
+        {name, columns, names, reader_.position()});  // known to its own query, which may be recursive
     const std::size_t place = commonTables_.size() - 1;
     Query body = parenthesizedQuery();
     for (std::size_t i = 0; i < names.size() && i < body.columns.list.size(); ++i) body.columns.list[i].name = names[i];
-    commonTables_[place].second = body.columns;
+    commonTables_[place].columns = body.columns;
     sql += (first ? "" : ", ") + quoteName(name) + (names.empty() ? "" : columnList(names)) + " as (" + body.sql + ")";
   }
   sql += " ";
@@ -113,6 +136,7 @@ Query Translation::compoundQuery(std::vector<std::string>* assigned) {
   if (reader_.peek().is("order")) out.sql += orderBy(out.columns, compound);
   readLimit(limit);
   if (!limit.empty()) out.sql += " limit " + limit;
+  out.single = out.single || limit == "1";
   refuseForClause();
   return out;
 }
@@ -140,7 +164,9 @@ void Translation::append(Query& out, std::string_view operation, const Query& ne
     OutputColumn& column = out.columns.list[i];
     column.kind = commonKind(column.kind, next.columns.list[i].kind);
     column.width = either(column.width, next.columns.list[i].width);
+    column.type = commonType(column.type, next.columns.list[i].type);
   }
+  out.single = false;
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY; a TOP that was read before stays in `limit`.
@@ -195,6 +221,8 @@ Translation::Top Translation::readTop() {
 }
 
 Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& limit) {
+  IntoTable* const into = std::exchange(into_, nullptr);
+  ObjectName* const changed = std::exchange(changed_, nullptr);
   if (reader_.peek().isSymbol("(")) {
     Query inner = parenthesizedQuery();
     inner.sql = "select * from (" + inner.sql + ")";
@@ -218,20 +246,75 @@ Query Translation::simpleQuery(std::vector<std::string>* assigned, std::string& 
     reader_.moveTo(listStart);
   }
   Query out;
-  out.sql = top.distinct ? "select distinct " : "select ";
-  out.sql += selectList(out.columns, assigned) + fromSql;
+  Grouping grouping;
+  grouping.scope = &own;
+  {
+    const GroupingGuard reading(grouping_, &grouping);
+    out.sql = top.distinct ? "select distinct " : "select ";
+    out.sql += selectList(out.columns, assigned) + fromSql;
+  }
   if (reader_.peek().is("into")) {
     if (context_.readOnly) refuseAction("CREATE TABLE", context_.database);
-    refuse("SELECT INTO can't be translated");
+    if (!into) refuse("INTO can't stand here");
+    reader_.next();
+    into->table = readObjectName(reader_);
+    if (own.sources.size() == 1) into->from = own.sources[0].table;
+    if (reader_.acceptWord("on")) reader_.expectIdentifier();  // a filegroup
   }
   if (from != 0) {
     if (reader_.position() != from) refuse("the select list isn't understood");
     reader_.moveTo(afterFrom);
   }
-  if (reader_.acceptWord("where")) out.sql += " where " + condition();
-  if (reader_.peek().is("group")) out.sql += groupBy();
-  if (reader_.acceptWord("having")) out.sql += " having " + condition();
+  if (reader_.acceptWord("where")) {
+    const GroupingGuard reading(grouping_, nullptr);
+    out.sql += " where " + condition();
+  }
+  const bool grouped = reader_.peek().is("group");
+  Grouping groups;
+  groups.scope = &own;
+  if (grouped) {
+    const GroupingGuard reading(grouping_, &groups);
+    out.sql += groupBy();
+  }
+  if (reader_.acceptWord("having")) {
+    Grouping having;
+    having.scope = &own;
+    {
+      const GroupingGuard reading(grouping_, &having);
+      out.sql += " having " + condition();
+    }
+    grouping.aggregates = true;
+    refuseUngrouped(having.used, groups.used, "HAVING clause");
+  }
+  if (grouped || grouping.aggregates) refuseUngrouped(grouping.used, groups.used, "select list");
+  if (changed) {
+    const bool plain = own.sources.size() == 1 && !own.sources[0].table.name.empty() && !top.distinct;
+    if (!plain || grouped || grouping.aggregates || !out.columns.complete)
+      refuse("rows can't be changed through this query of WITH");
+    *changed = own.sources[0].table;
+    out.sql.insert(std::string_view("select ").size(), quoteName(own.sources[0].alias) + "._rowid_ as q_row, ");
+  }
+  const bool oneRow = (grouping.aggregates && !grouped) || from == 0;
+  out.single = oneRow;
+  if (grouped || grouping.aggregates || own.sources.size() > 1)
+    for (OutputColumn& column : out.columns.list) column.type.identity = false;
   return out;
+}
+
+// A column that no group has a value of. One that stands within an expression of GROUP BY is let through: whether it is
+// used in that very expression isn't looked at.
+void Translation::refuseUngrouped(const std::vector<ColumnUse>& used, const std::vector<ColumnUse>& grouped,
+                                  std::string_view place) const {
+  for (const ColumnUse& use : used) {
+    const bool found = std::any_of(grouped.begin(), grouped.end(), [&](const ColumnUse& each) {
+      return compareCollated(each.table, use.table) == 0 && compareCollated(each.column, use.column) == 0;
+    });
+    if (found) continue;
+    throw DataError(errorNumber::badSql,
+                    "Column '" + use.table + "." + use.column + "' is invalid in the " + std::string(place) +
+                        " because it is not contained in either an aggregate function or the GROUP BY clause.",
+                    "42000");
+  }
 }
 
 // The position of the FROM that belongs to the select list at the reader; 0 when there is none.
@@ -309,14 +392,17 @@ Translation::SelectItem Translation::selectItem() {
     alias = columnAlias();
     named = true;
   }
-  const bool plain = value.column && !value.name.empty();
+  const bool plain = !value.name.empty() && !value.literal;
   if (!named && plain) alias = value.name;
   item.sql = value.sql;
   // What DISTINCT and UNION take for the same; a column has its collation, and a COLLATE that was written stays.
-  if (!value.column && value.kind == DataType::Text && item.assigned.empty() && !item.sql.ends_with(" collate binary)"))
-    item.sql += " collate q_text";
-  if (named || !plain) item.sql += " as " + quoteColumn(alias);
-  item.columns.push_back({alias, value.kind, value.column, value.width});
+  if (!value.column && item.assigned.empty() && !item.sql.ends_with(" collate binary)"))
+    item.sql += collationOf(value.kind);
+  if (named || !plain || !value.column) item.sql += " as " + quoteColumn(alias);
+  item.columns.push_back({alias, value.kind, value.column, value.width, value.type});
+  item.columns.back().type.identity = value.type.identity && plain;
+  if (plain) item.columns.back().origin = value.origin;
+  if (value.sql == "null") item.columns.back().type = expressionType("int");  // what a Null alone is to the server
   return item;
 }
 
@@ -334,6 +420,8 @@ Translation::SelectItem Translation::starItem(const Source* only) {
     if (only && only != &source) continue;
     item.complete = item.complete && source.columns.complete;
     item.columns.insert(item.columns.end(), source.columns.list.begin(), source.columns.list.end());
+    if (grouping_)
+      for (const OutputColumn& column : source.columns.list) grouping_->used.push_back({source.exposed, column.name});
   }
   return item;
 }
@@ -347,7 +435,7 @@ std::string Translation::groupBy() {
   for (bool first = true; first || reader_.acceptSymbol(","); first = false) {
     const Expression value = expression();
     sql += (first ? "" : ", ") + value.sql;
-    if (!value.column && value.kind == DataType::Text) sql += " collate q_text";
+    if (!value.column) sql += collationOf(value.kind);
   }
   if (reader_.peek().is("with") && (reader_.peek(1).is("rollup") || reader_.peek(1).is("cube")))
     refuse("WITH ROLLUP can't be translated");
@@ -372,9 +460,8 @@ std::string Translation::orderItem(const Columns& columns, bool compound) {
   std::string sql = value.sql;
   const bool isOutput = output && value.column;
   if (isOutput) sql = quoteColumn(output->name);
-  const bool text =
-      isOutput ? !output->column && output->kind == DataType::Text : !value.column && value.kind == DataType::Text;
-  if (text && !compound) sql += " collate q_text";
+  const bool made = isOutput ? !output->column : !value.column;
+  if (made && !compound) sql += collationOf(isOutput ? output->kind : value.kind);
   if (reader_.acceptWord("desc")) return sql + " desc";
   reader_.acceptWord("asc");
   return sql;
@@ -416,11 +503,16 @@ std::string Translation::joinKind() {
 
 std::string Translation::joinTail(std::string left) {
   for (std::string kind = joinKind(); !kind.empty(); kind = joinKind()) {
+    const std::size_t before = scope_->sources.size();
     std::string right = tablePrimary();
     if (kind == "cross join") {
       left += " cross join " + right;
       continue;
     }
+    // A row that finds no partner has Null in the other's columns.
+    for (std::size_t i = 0; kind != "inner join" && i < scope_->sources.size(); ++i)
+      if (kind == "full join" || (i >= before) == (kind == "left join"))
+        for (OutputColumn& column : scope_->sources[i].columns.list) column.type.nullable = true;
     // "a JOIN b JOIN c ON ... ON ...": the inner join closes first.
     if (!reader_.peek().is("on")) right = "(" + joinTail(std::move(right)) + ")";
     reader_.expectWord("on");
@@ -433,7 +525,6 @@ std::string Translation::joinTail(std::string left) {
 std::string Translation::tablePrimary() {
   const Nesting nesting(*this);
   if (!reader_.peek().isSymbol("(")) {
-    if (reader_.peek().kind == TokenKind::Variable) refuse("a table variable can't be read");
     const Table table = namedTable();
     return table.sql + " as " + quoteName(addSource(table.source));
   }
@@ -473,7 +564,7 @@ void Translation::skipHints() {
 
 Translation::Table Translation::namedTable() {
   const Token& token = reader_.peek();
-  const ObjectName name = readObjectName(reader_);
+  const ObjectName name = readTableName(reader_);
   if (reader_.peek().isSymbol("(")) {
     skipHints();
     if (reader_.peek().isSymbol("(")) refuse("a function in FROM can't be translated");
@@ -500,13 +591,19 @@ Translation::Table Translation::resolve(const ObjectName& name, const Token& tok
   table.source.columns.complete = false;
   if (name.schema.empty() && name.database.empty()) {
     for (auto each = commonTables_.rbegin(); each != commonTables_.rend(); ++each) {
-      if (!equalNoCase(each->first, name.name)) continue;
-      table.sql = quoteName(each->first);
-      table.source.columns = each->second;
+      if (!equalNoCase(each->name, name.name)) continue;
+      table.sql = quoteName(each->name);
+      table.source.columns = each->columns;
       return table;
     }
   }
   const Catalogue& catalogue = *context_.catalogue;
+  if (isTemporaryName(name.name)) {
+    if (const auto info = catalogue.table("", name.name)) return stored(*info, name);
+    if (name.name.starts_with(variableMark))
+      throw NotUnderstood{"the table variable " + name.name.substr(1) + " isn't there", token.line};
+    throw DataError(errorNumber::invalidObjectName, "Invalid object name '" + name.name + "'.", "42S02");
+  }
   const bool here = name.database.empty() || equalNoCase(name.database, context_.database);
   const std::string view = catalogueViewName(name.schema, name.name, catalogue.serverMajor());
   if (!view.empty() && (here || equalNoCase(name.database, "master"))) {
@@ -534,8 +631,13 @@ Translation::Table Translation::stored(const TableInfo& info, const ObjectName& 
   table.sql = quoteName(info.storage);
   table.source.exposed = name.name;
   table.source.schema = info.schema;
-  for (const auto& column : info.columns)
-    table.source.columns.list.push_back({column.name, column.type.dataType, true, TextWidth::ofType(column.type)});
+  for (const auto& column : info.columns) {
+    table.source.columns.list.push_back(
+        {column.name, column.type.dataType, true, TextWidth::ofType(column.type), expressionType(column.type)});
+    table.source.columns.list.back().type.nullable = column.nullable;
+    table.source.columns.list.back().type.identity = column.identity;
+    table.source.columns.list.back().origin = column.name;
+  }
   return table;
 }
 
@@ -558,10 +660,11 @@ std::string Translation::valuesRows(Columns& columns) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       sql += (i ? ", " : "") + row[i].sql;
       if (first)
-        columns.list.push_back({"column" + std::to_string(i + 1), row[i].kind, false, row[i].width});
+        columns.list.push_back({"column" + std::to_string(i + 1), row[i].kind, false, row[i].width, row[i].type});
       else if (i < columns.list.size()) {
         columns.list[i].kind = commonKind(columns.list[i].kind, row[i].kind);
         columns.list[i].width = either(columns.list[i].width, row[i].width);
+        columns.list[i].type = commonType(columns.list[i].type, row[i].type);
       }
     }
     sql += ")";

@@ -41,6 +41,14 @@ TextWidth TextWidth::ofLiteral(std::string_view text, bool national) {
   return width;
 }
 
+ExpressionType typeOf(const TextWidth& width) {
+  if (width.kind == TextWidth::Kind::Unknown) return {};
+  if (width.kind == TextWidth::Kind::Long) return expressionType("nvarchar", -1);
+  const auto most =
+      static_cast<int>(std::clamp<std::int64_t>(width.most == 0 ? width.limit() : width.most, 1, width.limit()));
+  return expressionType(width.kind == TextWidth::Kind::National ? "nvarchar" : "varchar", most);
+}
+
 TextWidth either(const TextWidth& a, const TextWidth& b) {
   return {commonKind(a.kind, b.kind), std::max(a.most, b.most)};
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "embedded/types/types.h"
+#include "embedded/types/expressionType.h"
 
 namespace qrel::tsql {
 
@@ -25,6 +25,9 @@ struct TextWidth {
   // The same kind, as long as it can be.
   TextWidth full() const { return {kind, limit()}; }
 };
+
+// The type of a text of this width; unknown where the width is.
+ExpressionType typeOf(const TextWidth& width);
 
 // Of a text that may be either, and of one that is both behind each other.
 TextWidth either(const TextWidth& a, const TextWidth& b);

@@ -10,6 +10,7 @@
 #include "embedded/functions/registry.h"
 #include "embedded/translate/textWidth.h"
 #include "embedded/translate/translator.h"
+#include "embedded/types/expressionType.h"
 
 namespace qrel::tsql {
 
@@ -23,6 +24,9 @@ struct Expression {
   TextWidth width{};
   bool isCase = false;    // "case when ... end" and nothing around it
   bool enclosed = false;  // in brackets
+  ExpressionType type{};
+  std::string origin{};  // as in OutputColumn
+  std::string exact{};   // of a number that is written with a point: its digits, which `sql` may not hold all of
 };
 
 // A column that a table, a view or a query gives.
@@ -31,6 +35,8 @@ struct OutputColumn {
   DataType kind = DataType::Empty;
   bool column = false;  // keeps the collation of a stored column
   TextWidth width{};
+  ExpressionType type{};
+  std::string origin{};  // the column of a stored table that it is and nothing else
 };
 
 struct Columns {
@@ -71,13 +77,41 @@ class ScopeGuard {
 struct Query {
   std::string sql;
   Columns columns;
+  bool single = false;  // gives one row at most
+};
+
+// A column of a query's own tables that is named in it outside aggregates.
+struct ColumnUse {
+  std::string table;  // its exposed name
+  std::string column;
+};
+
+// What a query with groups may name: columns used in its list and behind HAVING must be those of GROUP BY.
+struct Grouping {
+  Scope* scope = nullptr;  // the query's own
+  std::vector<ColumnUse> used;
+  bool aggregates = false;
+};
+
+// A query of WITH, under its name. `body` is the position of its bracket.
+struct CommonTable {
+  std::string name;
+  Columns columns;
+  std::vector<std::string> names;  // that stand behind its own
+  std::size_t body = 0;
+};
+
+struct CommonTables {
+  std::string sql;
+  std::vector<CommonTable> tables;
 };
 
 class Translation {
  public:
-  Translation(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
+  Translation(const TranslateContext& context, TokenReader& reader);
 
-  Query query(std::vector<std::string>* assigned = nullptr);
+  Query query(std::vector<std::string>* assigned = nullptr, IntoTable* into = nullptr);
+  std::shared_ptr<const CommonTables> prefix();
   bool atSelect() const;
   Expression expression();
   std::string condition();
@@ -136,6 +170,7 @@ class Translation {
 
   // rowChange.cpp
   std::string target(const ObjectName& name);
+  bool changesCommonTable(ObjectName& name, std::string& tables);
   std::string changedRow(ObjectName& table) const;
   std::string newValues(RowChange& change);
   std::string_view assignmentOperator();
@@ -164,6 +199,9 @@ class Translation {
   std::string like(const Expression& left);
   bool parenthesesHoldCondition() const;
   bool parenthesesHoldQuery() const;
+
+  void refuseUngrouped(const std::vector<ColumnUse>& used, const std::vector<ColumnUse>& grouped,
+                       std::string_view place) const;
 
   // functions.cpp
   Expression functionCall();
@@ -199,8 +237,12 @@ class Translation {
 
   const TranslateContext& context_;
   TokenReader& reader_;
+  Scope ofTable_;  // what the context's table gives
   Scope* scope_ = nullptr;
-  std::vector<std::pair<std::string, Columns>> commonTables_;
+  std::vector<CommonTable> commonTables_;
+  ObjectName* changed_ = nullptr;  // where the query that comes next gives its table's row numbers: that table
+  IntoTable* into_ = nullptr;      // where the query that comes next may make a table
+  Grouping* grouping_ = nullptr;   // of the query whose list, GROUP BY or HAVING is being read
   int depth_ = 0;
   bool enclosed_ = false;  // the condition that was read last stands in brackets as a whole
 };
@@ -212,6 +254,11 @@ bool isAlias(const Token& token);
 bool isNumericKind(DataType kind);
 // "a op b" in the way the server compares: without case, by value, with texts read as numbers beside numbers.
 std::string compared(Expression left, std::string_view symbol, Expression right);
+// The SQL of what decides which of two such values of a query are the same and which comes first, with a blank in
+// front.
+std::string_view collationOf(DataType kind);
+// A value as the exact number of this type.
+std::string asExact(const Expression& value, const ExpressionType& type);
 // The kind of a result that may come from either.
 DataType commonKind(DataType a, DataType b);
 // Built-in functions by lower-case name, for the stored form of expressions.

@@ -19,9 +19,26 @@ std::string Translator::select(std::vector<std::string>* assigned, std::vector<D
   return std::move(query.sql);
 }
 
+std::string Translator::select(std::vector<std::string>* assigned, IntoTable& into) {
+  if (assigned) assigned->clear();
+  Query query = Translation(context_, reader_).query(assigned, &into);
+  into.complete = query.columns.complete;
+  std::size_t counting = 0;
+  for (const OutputColumn& column : query.columns.list) {
+    into.columns.push_back({column.name, column.kind, column.type});
+    counting += column.type.identity ? 1 : 0;
+  }
+  // A column that counts goes on counting where it stands once.
+  if (counting > 1)
+    for (ResultColumn& column : into.columns) column.type.identity = false;
+  return std::move(query.sql);
+}
+
+std::shared_ptr<const CommonTables> Translator::commonTables() { return Translation(context_, reader_).prefix(); }
+
 bool Translator::atSelect() const { return Translation(context_, reader_).atSelect(); }
 
-std::string Translator::expression() { return Translation(context_, reader_).expression().sql; }
+std::string Translator::expression() { return typedExpression().sql; }
 
 std::string Translator::condition() { return Translation(context_, reader_).condition(); }
 
@@ -31,12 +48,12 @@ RowChange Translator::deletion() { return Translation(context_, reader_).rowChan
 
 TypedSql Translator::typedExpression() {
   Expression expression = Translation(context_, reader_).expression();
-  return {std::move(expression.sql), expression.kind};
+  return {std::move(expression.sql), expression.kind, expression.type};
 }
 
 TypedSql Translator::newValue(const Token& variable) {
   Expression value = Translation(context_, reader_).newValue(variable);
-  return {std::move(value.sql), value.kind};
+  return {std::move(value.sql), value.kind, value.type};
 }
 
 namespace {

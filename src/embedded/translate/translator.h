@@ -3,14 +3,18 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "embedded/catalogue/catalogue.h"
 #include "embedded/language/lexer.h"
 #include "embedded/sqlite/storageNames.h"
+#include "embedded/types/expressionType.h"
 
 namespace qrel::tsql {
+
+struct CommonTables;
 
 // What a translation needs to know of its surroundings.
 struct TranslateContext {
@@ -24,6 +28,11 @@ struct TranslateContext {
   bool readOnly = false;
   // The batch's variables by lower-case name with @; may be null. Their types decide what "+" means.
   const std::map<std::string, TypeRef>* variables = nullptr;
+  // A table whose columns an expression or condition may name without a FROM: that of a computed column, a CHECK, an
+  // index. May be null: then nothing is known of the types of columns.
+  const TableInfo* table = nullptr;
+  // What stands in front of the statement by WITH; may be null.
+  std::shared_ptr<const CommonTables> common;
 };
 
 // A translated expression or column; `kind` is Empty where the type isn't known before it runs. SQLite gives an exact
@@ -31,6 +40,7 @@ struct TranslateContext {
 struct TypedSql {
   std::string sql;
   DataType kind = DataType::Empty;
+  ExpressionType type{};  // as the server derives it
 };
 Value as(DataType kind, Value value);
 
@@ -47,6 +57,21 @@ struct RowChange {
 // an unknown table raises DataError 0x80040E37 "Invalid object name 'x'.".
 // Variables become parameters that SQLite binds by name (parameterOfVariable; bindVariables binds them), a "?" the @p1,
 // @p2, ... of its place among the question marks.
+// A column of a query's result. Its name is empty where the query gives it none.
+struct ResultColumn {
+  std::string name;
+  DataType kind = DataType::Empty;
+  ExpressionType type{};
+};
+
+// SELECT ... INTO: the table that is to be made, empty without INTO, and what the query gives.
+struct IntoTable {
+  ObjectName table;
+  ObjectName from{};  // the one table that it reads; empty where it reads others, or several
+  std::vector<ResultColumn> columns{};
+  bool complete = true;  // false: there may be more columns
+};
+
 class Translator {
  public:
   Translator(const TranslateContext& context, TokenReader& reader) : context_(context), reader_(reader) {}
@@ -55,6 +80,10 @@ class Translator {
   // of SELECT @a = x, @b = y in order of the result's columns; a query without assignments leaves it empty. `kinds`
   // (may be null) receives the columns' kinds, as many as are known.
   std::string select(std::vector<std::string>* assigned = nullptr, std::vector<DataType>* kinds = nullptr);
+  // The same for a statement of its own, which may make a table.
+  std::string select(std::vector<std::string>* assigned, IntoTable& into);
+  // WITH and its queries, up to the statement's own word. They are in force where the context has them.
+  std::shared_ptr<const CommonTables> commonTables();
   // True where a query begins: SELECT, WITH, or "(" that leads to SELECT.
   bool atSelect() const;
   std::string expression();

@@ -21,4 +21,8 @@ void roundDecimal(DecimalParts& number, int scale);
 // With exactly `scale` digits behind the point.
 std::string decimalText(const DecimalParts& number, int scale);
 
+// "a op b" for + - * / %, exact but for what goes beyond `scale` digits behind the point: that is rounded, of a
+// quotient cut. Nothing: a division by zero.
+std::optional<DecimalParts> decimalResult(char operation, const DecimalParts& a, const DecimalParts& b, int scale);
+
 }  // namespace qrel::tsql

@@ -103,7 +103,7 @@ TEST(Limits, LongChainsWork) {
       {{"SELECT LEN(" + repeated("'x'", many, " + ") + ")", "5000"},
        {"SELECT LEN(" + repeated("s", 3000, " + ") + "), LEN(" + repeated("s", 5000, " + ") + ") FROM t", "6000|8000"},
        {"SELECT " + repeated("n", many, " + ") + ", " + repeated("1", many, " - ") + " FROM t", "10000|-4998"},
-       {"SELECT " + repeated("d", many, " + ") + ", 1 + " + repeated("d", 40, " + ") + " FROM t", "1250|11"},
+       {"SELECT " + repeated("d", many, " + ") + ", 1 + " + repeated("d", 40, " + ") + " FROM t", "1250.00|11.00"},
        {"SELECT " + repeated("n - 1", 100, " * ") + ", 0.5 + " + repeated("n", 60, " + 1 + ") + " FROM t",
         std::to_string(2 - 2 * 99 - 1) + "|179.5"},
        {"SELECT " + repeated("'1'", 99, " + ") + " + 'a' FROM t", std::string(99, '1') + "a"},

@@ -1,0 +1,14 @@
+CREATE TYPE dbo.Code FROM varchar(10) NOT NULL
+GO
+CREATE TABLE dbo.t (id int IDENTITY(1, 2) CONSTRAINT PK_t PRIMARY KEY, c dbo.Code DEFAULT ('x'), d decimal(10, 2) CHECK (d > 0), e AS (d * 2) PERSISTED, INDEX ix UNIQUE (c) WHERE c <> 'y')
+CREATE UNIQUE NONCLUSTERED INDEX ix2 ON t (d DESC) INCLUDE (c) WITH (FILLFACTOR = 80) ON [PRIMARY]
+ALTER TABLE t ADD f datetime NULL CONSTRAINT DF_f DEFAULT GETDATE() WITH VALUES, g AS LEN(c)
+ALTER TABLE t ALTER COLUMN d decimal(12, 3) NULL
+EXEC sp_rename 't.f', 'h', 'COLUMN'
+GO
+CREATE VIEW v AS SELECT id, c FROM t
+GO
+CREATE PROCEDURE p @a int = 1 AS BEGIN SELECT @a END
+GO
+DROP INDEX ix2 ON t
+EXEC sp_addextendedproperty 'MS_Description', N'about', 'SCHEMA', 'dbo', 'TABLE', 't'

@@ -1,0 +1,1 @@
+SELECT o.name, c.name, t.name, c.length, OBJECT_ID('dbo.a'), COLUMNPROPERTY(o.id, c.name, 'IsIdentity') FROM sysobjects o JOIN syscolumns c ON c.id = o.id JOIN systypes t ON t.xusertype = c.xusertype WHERE o.xtype IN ('U', 'V')

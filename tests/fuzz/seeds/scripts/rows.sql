@@ -1,0 +1,14 @@
+CREATE TABLE t (id int IDENTITY PRIMARY KEY, a varchar(10), b money, c datetime)
+SET IDENTITY_INSERT t ON
+INSERT t (id, a, b, c) VALUES (5, 'x', $1.5, '2020-01-02T03:04:05'), (6, NULL, -2, 0x0000A9B700000000)
+SET IDENTITY_INSERT t OFF
+INSERT INTO t SELECT TOP 2 a + 'y', b * 2, DATEADD(day, 1, c) FROM t
+UPDATE x SET b += 1, a = LEFT(a, 3) FROM t x JOIN t y ON y.id = x.id + 1 WHERE x.b > 0
+DELETE TOP (1) FROM t WHERE id IN (SELECT MAX(id) FROM t)
+DECLARE @n int, @s nvarchar(max) = N'INSERT t (a) VALUES (''z'')'
+SELECT @n = COUNT(*) FROM t
+IF @n > 2 EXEC (@s) ELSE PRINT @n
+BEGIN TRAN
+BEGIN TRY UPDATE t SET a = 1 / 0 END TRY BEGIN CATCH ROLLBACK END CATCH
+WHILE @n > 0 SET @n -= 1
+TRUNCATE TABLE t

@@ -1,0 +1,11 @@
+SELECT 1 AS a, 'x' AS b INTO #t
+CREATE TABLE ##g (i int PRIMARY KEY, j varchar(5))
+DECLARE @v TABLE (a int NOT NULL, b varchar(10) DEFAULT 'q')
+INSERT @v (a) SELECT a FROM #t
+WITH c AS (SELECT a FROM @v) INSERT ##g (i) SELECT a FROM c
+DELETE v FROM @v v JOIN #t t ON t.a = v.a
+SELECT * INTO copy FROM #t
+IF OBJECT_ID('tempdb..#t') IS NOT NULL DROP TABLE #t
+GO
+DECLARE c CURSOR FOR SELECT i FROM ##g
+OPEN c FETCH NEXT FROM c CLOSE c DEALLOCATE c
