@@ -112,7 +112,7 @@ void frmLoadScripts::loadScripts() {
   if (running_ || !inputIsValid()) return;
   ScriptLoadRequest request{txtServer.text(), txtDatabase.text(), {}, chkReplace.checked(), false};
   for (std::size_t row = 0; row < lstFiles.count(); ++row) request.paths.push_back(lstFiles.cell(row, 0));
-  const std::int64_t occupied = load(request);
+  const std::int64_t occupied = loadWith(request);
   if (occupied == 0) return;
   const Answer answer = program_.host.messageBox(
       "The database '" + request.database + "' of '" + request.server + "' holds " + std::to_string(occupied) +
@@ -120,11 +120,11 @@ void frmLoadScripts::loadScripts() {
       Icon::Question, caption, Buttons::YesNoCancel, 3);
   request.replace = answer == Answer::Yes;
   request.add = answer == Answer::No;
-  if (request.replace || request.add) load(request);
+  if (request.replace || request.add) loadWith(request);
 }
 
 // Loads and shows what became of it. Not 0: it was left alone because it holds so many objects.
-std::int64_t frmLoadScripts::load(const ScriptLoadRequest& request) {
+std::int64_t frmLoadScripts::loadWith(const ScriptLoadRequest& request) {
   ScriptLoadProgress progress;
   progress.at = [this](const std::string& strFile, std::size_t line) {
     lblProgress.setText(strFile + ": line " + std::to_string(line));

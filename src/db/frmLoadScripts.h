@@ -41,7 +41,7 @@ class frmLoadScripts : public Form {
   bool refuse(Control& control, const std::string& strMessage);
   bool inputIsValid();
   void loadScripts();
-  std::int64_t load(const ScriptLoadRequest& request);
+  std::int64_t loadWith(const ScriptLoadRequest& request);
   void showRunning(bool running);
   void showResult(const ScriptLoadResult& result);
 

@@ -77,7 +77,7 @@ const char* affinityOf(const TypeRef& type) {
   }
 }
 
-const char* collationOf(DataType type) {
+const char* collationClause(DataType type) {
   switch (type) {
     case DataType::Decimal:
       return " COLLATE q_decimal";
@@ -230,7 +230,7 @@ TypeRef systemTypeRef(const SystemType& type, int size, int scale) {
 }
 
 std::string storageDeclaration(const TypeRef& type) {
-  return std::string(affinityOf(type)) + " " + type.baseName + sizeText(type) + collationOf(type.dataType);
+  return std::string(affinityOf(type)) + " " + type.baseName + sizeText(type) + collationClause(type.dataType);
 }
 
 ColumnInfo columnFromDeclaration(std::string_view name, std::string_view declaration) {
