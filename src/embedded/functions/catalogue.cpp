@@ -231,6 +231,8 @@ void typeId(FunctionCall& call) {
   if (const SystemType* type = findSystemType(name->name)) return call.result(std::int64_t{type->xusertype});
   if (const auto alias = call.surroundings().catalogue.aliasType(name->schema, name->name))
     call.result(std::int64_t{alias->xusertype});
+  else if (const auto table = call.surroundings().catalogue.tableType(name->schema, name->name))
+    call.result(std::int64_t{table->xusertype});
 }
 
 void typeName(FunctionCall& call) {

@@ -97,6 +97,8 @@ class StatementRun {
   void made(std::string what);
   // Tells that a server would do something that isn't kept here: an option, a message, a login.
   void withoutEffect() { result.kind = Kind::WithoutEffect; }
+  // Tells beside its outcome that a part of it, from a token on, isn't kept.
+  void notKept(const std::string& reason, std::size_t token);
   // The number of rows that it has changed.
   void countRows(std::int64_t rows);
   // It comes to nothing; raises the error when there is nobody to tell.

@@ -82,6 +82,10 @@ std::string variableOfParameter(std::string_view parameter);
 // 'Must declare the scalar variable "@x".', also a global one: its value isn't made up.
 void bindVariables(sqlite::Statement& statement, const std::map<std::string, Value>& variables);
 
+// The names of the columns that a view gives, told by its text; those without a name are empty. Raises NotUnderstood
+// where they can't be told.
+std::vector<std::string> columnsOfView(const std::string& text);
+
 // An expression as the server stores it in defaults, checks and computed columns, in the form of the version:
 // from version 9 on numbers in brackets, names in square brackets, built-in functions in lower case, the whole in
 // brackets: 1 -> ((1)), 'x' -> ('x'), GetDate() -> (getdate()), (-1) -> ((-1)), a*b -> ([a]*[b]). Below version 9 the
