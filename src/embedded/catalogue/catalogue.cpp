@@ -252,7 +252,9 @@ std::shared_ptr<TableInfo> Catalogue::columnsOf(const ObjectInfo& object) const 
   table->storage = storageName(object.schema, object.name);
   auto& query = database_.cached(
       "select c.xtype, c.xusertype, c.length, c.prec, c.scale, c.name, c.nullable, c.is_identity, c.cdefault, "
-      "c.computed_text, c.colid, t.name from cat_columns c left join cat_types t on t.xusertype = c.xusertype "
+      "c.computed_text, c.colid, t.name, p.value from cat_columns c left join cat_types t on t.xusertype = c.xusertype "
+      "left join cat_properties p on p.object_id = c.object_id and p.class = 1 and p.minor_id = c.colid and "
+      "p.name = 'generated_always_type' "
       "where c.object_id = ?1 order by c.colid");
   query.bind(1, table->id);
   while (query.step()) {
@@ -266,6 +268,9 @@ std::shared_ptr<TableInfo> Catalogue::columnsOf(const ObjectInfo& object) const 
     column.computed = !column.computedText.empty();
     column.colid = static_cast<int>(query.integer(10));
     if (!query.isNull(11)) column.type.name = query.text(11);
+    // The period of a row begins when it is written and has no end.
+    if (query.text(12) == "1") column.defaultText = "(sysutcdatetime())";
+    if (query.text(12) == "2") column.defaultText = "('9999-12-31 23:59:59.9999999')";
   }
   query.reset();
   return table;
@@ -282,6 +287,15 @@ std::optional<TypeRef> Catalogue::aliasType(std::string_view schema, std::string
     found->name = query.text(5);
     found->aliasNullable = query.integer(6) != 0;
   }
+  query.reset();
+  return found;
+}
+
+std::optional<TypeRef> Catalogue::returned(std::int64_t function) const {
+  auto& query = database_.cached(
+      "select xtype, xusertype, length, prec, scale from cat_parameters where object_id = ?1 and parameter_id = 0");
+  std::optional<TypeRef> found;
+  if (query.bind(1, function).step()) found = typeOfRow(query, 0);
   query.reset();
   return found;
 }

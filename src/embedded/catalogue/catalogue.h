@@ -181,6 +181,8 @@ class Catalogue {
   // Of anything that has columns; not kept.
   std::shared_ptr<TableInfo> columnsOf(const ObjectInfo& object) const;
   std::optional<TypeRef> aliasType(std::string_view schema, std::string_view name) const;
+  // What a scalar function was declared to return.
+  std::optional<TypeRef> returned(std::int64_t function) const;
   std::optional<TableTypeInfo> tableType(std::string_view schema, std::string_view name) const;
   bool schemaExists(std::string_view name) const;
 

@@ -36,7 +36,8 @@ constexpr View views[] = {
   nullif(#v.filestream_data_space_id#, 0) as filestream_data_space_id, nullif(#v.history_retention_period#, 0)
   as history_retention_period, nullif(#v.history_retention_period_unit_desc|''#, '')
   as history_retention_period_unit_desc from "sys.objects" o where type = 'U')"},
-    {"sys.views", R"(select o.*, 0 as is_replicated, 0 as has_replication_filter, #v.has_view_metadata# as has_opaque_metadata,
+    {"sys.views",
+     R"(select o.*, 0 as is_replicated, 0 as has_replication_filter, #v.has_view_metadata# as has_opaque_metadata,
   0 as has_unchecked_assembly_data, #v.with_check_option# as with_check_option, 0 as is_date_correlation_view from "sys.objects" o
   where type = 'V')"},
     {"sys.procedures", "select * from \"sys.objects\" where type = 'P'"},
@@ -116,7 +117,8 @@ constexpr View views[] = {
     {"sys.spatial_indexes", R"(select x.*, 1 + (#x.tessellation_scheme|''# like 'GEOGRAPHY%') as spatial_index_type,
   case when #x.tessellation_scheme|''# like 'GEOGRAPHY%' then 'GEOGRAPHY' else 'GEOMETRY' end
   as spatial_index_type_desc, #x.tessellation_scheme|''# as tessellation_scheme from "sys.indexes" x where type = 4)"},
-    {"sys.spatial_index_tessellations", R"(select object_id, index_id, #x.tessellation_scheme|''# as tessellation_scheme,
+    {"sys.spatial_index_tessellations",
+     R"(select object_id, index_id, #x.tessellation_scheme|''# as tessellation_scheme,
   #x.bounding_box_xmin|null# + 0.0 as bounding_box_xmin, #x.bounding_box_ymin|null# + 0.0 as bounding_box_ymin,
   #x.bounding_box_xmax|null# + 0.0 as bounding_box_xmax, #x.bounding_box_ymax|null# + 0.0 as bounding_box_ymax,
   #x.level_1_grid_desc|null# as level_1_grid_desc, #x.level_2_grid_desc|null# as level_2_grid_desc,
@@ -129,13 +131,16 @@ constexpr View views[] = {
     {"sys.stats_columns", R"(select k.object_id, k.indid as stats_id, k.ordinal as stats_column_id, k.colid as column_id
   from cat_indexkeys k join cat_indexes i on i.object_id = k.object_id and i.indid = k.indid
   where k.keyno > 0 or i.kind = 'ST')"},
-    {"sys.data_spaces", R"(select name, id as data_space_id, kind as type, case kind when 'FG' then 'ROWS_FILEGROUP' else
+    {"sys.data_spaces",
+     R"(select name, id as data_space_id, kind as type, case kind when 'FG' then 'ROWS_FILEGROUP' else
   'PARTITION_SCHEME' end as type_desc, id = 1 as is_default, 0 as is_system from cat_entities
   where kind in ('FG', 'PS'))"},
-    {"sys.filegroups", R"(select *, null as filegroup_guid, 0 as is_read_only from "sys.data_spaces" where type = 'FG')"},
+    {"sys.filegroups",
+     R"(select *, null as filegroup_guid, 0 as is_read_only from "sys.data_spaces" where type = 'FG')"},
     {"sys.partition_schemes", R"(select d.name, d.id as data_space_id, 'PS' as type, 'PARTITION_SCHEME' as type_desc,
   0 as is_default, 0 as is_system, #d.function_id# as function_id from cat_entities d where kind = 'PS')"},
-    {"sys.partition_functions", R"(select name, id as function_id, 'R' as type, 'RANGE' as type_desc, 1 + (select count(*)
+    {"sys.partition_functions",
+     R"(select name, id as function_id, 'R' as type, 'RANGE' as type_desc, 1 + (select count(*)
   from cat_properties p where p.object_id = f.id and p.class = 21 and p.minor_id > 0) as fanout,
   #f.boundary_value_on_right# as boundary_value_on_right, 0 as is_system from cat_entities f where kind = 'PF')"},
     {"sys.partition_parameters", R"(select id as function_id, 1 as parameter_id, #f.system_type_id# as system_type_id,
@@ -158,7 +163,8 @@ constexpr View views[] = {
   r.boundary_id from "sys.partition_schemes" ps join "sys.partition_range_values" r on r.function_id = ps.function_id
   union all select data_space_id, 0 from "sys.partition_schemes") n on n.data_space_id = x.data_space_id
   where x.type in (0, 1, 2, 5, 6)))"},
-    {"sys.index_columns", R"(select k.object_id, k.indid as index_id, k.ordinal as index_column_id, k.colid as column_id,
+    {"sys.index_columns",
+     R"(select k.object_id, k.indid as index_id, k.ordinal as index_column_id, k.colid as column_id,
   k.keyno as key_ordinal, #i.partition_column# = k.colid as partition_ordinal, k.descending as is_descending_key,
   k.keyno = 0 and i.kind not in ('XM', 'SP') as is_included_column
   from cat_indexkeys k join cat_indexes i on i.object_id = k.object_id and i.indid = k.indid where i.kind <> 'ST'
@@ -198,7 +204,8 @@ constexpr View views[] = {
   0 as uses_database_collation, #o.is_recompiled# as is_recompiled, #o.null_on_null_input# as null_on_null_input,
   nullif(#o.execute_as|''#, '') as execute_as, #o.uses_native_compilation# as uses_native_compilation
   from cat_objects o where xtype in ('P', 'V', 'FN', 'IF', 'TF', 'TR'))"},
-    {"sys.database_principals", R"(select name, id as principal_id, type, case type when 'S' then 'SQL_USER' when 'U' then
+    {"sys.database_principals",
+     R"(select name, id as principal_id, type, case type when 'S' then 'SQL_USER' when 'U' then
   'WINDOWS_USER' when 'R' then 'DATABASE_ROLE' when 'A' then 'APPLICATION_ROLE' when 'C' then 'CERTIFICATE_MAPPED_USER'
   when 'K' then 'ASYMMETRIC_KEY_MAPPED_USER' when 'E' then 'EXTERNAL_USER' end collate q_text as type_desc,
   default_schema as default_schema_name, owner as owning_principal_id, id >= 16384 as is_fixed_role,
@@ -230,7 +237,8 @@ constexpr View views[] = {
   'SCHEMA' when 4 then 'DATABASE_PRINCIPAL' when 6 then 'TYPE' when 7 then 'INDEX' when 20 then 'DATASPACE' when 21 then
   'PARTITION_FUNCTION' when 8 then 'USER_DEFINED_TABLE_TYPE_COLUMN' else 'OBJECT_OR_COLUMN' end as class_desc, major_id,
   minor_id, name, value from cat_extended)"},
-    {"INFORMATION_SCHEMA.SCHEMATA", R"(select q_db_name() as CATALOG_NAME, name as SCHEMA_NAME, coalesce((select name from cat_principals p
+    {"INFORMATION_SCHEMA.SCHEMATA",
+     R"(select q_db_name() as CATALOG_NAME, name as SCHEMA_NAME, coalesce((select name from cat_principals p
   where p.id = s.principal_id), 'dbo') as SCHEMA_OWNER from "sys.schemas" s)"},
     {"INFORMATION_SCHEMA.TABLE_CONSTRAINTS", R"(select q_db_name() as CONSTRAINT_CATALOG, s.name as CONSTRAINT_SCHEMA,
   o.name as CONSTRAINT_NAME, q_db_name() as TABLE_CATALOG, s.name as TABLE_SCHEMA, t.name as TABLE_NAME,

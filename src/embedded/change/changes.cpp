@@ -508,6 +508,7 @@ void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector
   for (const ColumnDef& column : columns) names.push_back(column.name);
   checkColumnNames(names, before->name);
   const bool empty = isEmptyTable(database_, *before);
+  std::vector<TableInfo::Column> all = before->columns;
   int colid = before->columns.empty() ? 0 : before->columns.back().colid;
   for (const ColumnDef& column : columns) {
     if (!empty && !column.nullable && column.defaultText.empty() && !column.identity && column.computedText.empty() &&
@@ -520,13 +521,14 @@ void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector
     insertColumn(database_, before->id, column, ++colid);
     const std::string head = "alter table " + quoteName(before->storage) + " add column ";
     const TableInfo::Column info = columnInfo(column, colid);
+    all.push_back(info);
     try {
-      database_.execute(head + storageColumn(catalogue_, info, false));
+      database_.execute(head + storageColumn(catalogue_, info, false, all));
     } catch (const NotUnderstood&) {
-      database_.execute(head + storageColumn(catalogue_, info, true));
+      database_.execute(head + storageColumn(catalogue_, info, true, all));
     } catch (const DataError& error) {
       if (!info.computed || error.number == errorNumber::cannotConnect) throw;
-      database_.execute(head + storageColumn(catalogue_, info, true));
+      database_.execute(head + storageColumn(catalogue_, info, true, all));
     }
   }
   catalogue_.forget();

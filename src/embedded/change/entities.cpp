@@ -182,9 +182,7 @@ void CatalogueChanges::createFullTextCatalogue(std::string_view name, const Prop
 }
 
 void CatalogueChanges::dropEntity(std::string_view kind, std::string_view name) {
-  const Class of = kind == "PF"   ? Class::PartitionFunction
-                   : kind == "FC" ? Class::FullTextCatalogue
-                                  : Class::DataSpace;
+  const Class of = kind == "PF" ? Class::PartitionFunction : kind == "FC" ? Class::FullTextCatalogue : Class::DataSpace;
   const std::int64_t id = requireEntity(database_, kind, "object", name);
   // A scheme tells its function, a table or index its data space, a full-text index its catalogue.
   auto& used = database_.cached("select 1 from cat_properties where name = ?1 and value = ?2");
@@ -231,8 +229,7 @@ void CatalogueChanges::createFullTextIndex(const ObjectName& tableName, const st
   if (!property(database_, owner, "fulltext_key").empty())
     refuse("A full-text index for table or indexed view '" + table->name + "' has already been created.");
   setProperties(database_, owner, properties);
-  setProperties(database_, owner,
-                {{"fulltext_key", std::to_string(indid)}, {"fulltext_catalog", std::to_string(of)}});
+  setProperties(database_, owner, {{"fulltext_key", std::to_string(indid)}, {"fulltext_catalog", std::to_string(of)}});
   const auto require = [&](const std::string& name) {
     const auto* column = table->find(name);
     if (!column) refuse("Column name '" + name + "' does not exist in the target table or view.");

@@ -21,9 +21,9 @@ struct ObjectKind {
 };
 
 bool isOfKind(std::string_view word, std::string_view xtype) {
-  static const std::vector<ObjectKind> kinds = {
-      {"TABLE", {"U"}},    {"VIEW", {"V"}},     {"PROCEDURE", {"P"}}, {"FUNCTION", {"FN", "IF", "TF"}},
-      {"SYNONYM", {"SN"}}, {"SEQUENCE", {"SO"}}};
+  static const std::vector<ObjectKind> kinds = {{"TABLE", {"U"}},     {"VIEW", {"V"}},
+                                                {"PROCEDURE", {"P"}}, {"FUNCTION", {"FN", "IF", "TF"}},
+                                                {"SYNONYM", {"SN"}},  {"SEQUENCE", {"SO"}}};
   return std::any_of(kinds.begin(), kinds.end(), [&](const ObjectKind& kind) {
     return kind.word == word && std::find(kind.xtypes.begin(), kind.xtypes.end(), xtype) != kind.xtypes.end();
   });
@@ -76,7 +76,8 @@ ExtendedOwner withinSchema(const Catalogue& catalogue, const std::vector<Level>&
   if (level.kind == "TYPE" || level.kind == "TABLE_TYPE") {
     const auto table = catalogue.tableType(schema, level.name);
     const auto alias = catalogue.aliasType(schema, level.name);
-    if (levels.size() > 2) return table ? partOf(catalogue, *catalogue.find(table->object), levels[2]) : ExtendedOwner();
+    if (levels.size() > 2)
+      return table ? partOf(catalogue, *catalogue.find(table->object), levels[2]) : ExtendedOwner();
     if (table) return {6, table->xusertype};
     return alias ? ExtendedOwner{6, alias->xusertype} : ExtendedOwner();
   }
@@ -126,8 +127,7 @@ void CatalogueChanges::changeExtended(ExtendedChange change, const std::string& 
     auto& statement = database_.cached(sql);
     return statement.bind(1, owner.of).bind(2, owner.major).bind(3, owner.minor).bind(4, name);
   };
-  auto& query =
-      bound("select 1 from cat_extended where class = ?1 and major_id = ?2 and minor_id = ?3 and name = ?4");
+  auto& query = bound("select 1 from cat_extended where class = ?1 and major_id = ?2 and minor_id = ?3 and name = ?4");
   const bool there = query.step();
   query.reset();
   if (levels.empty()) shown = "object specified";

@@ -50,7 +50,8 @@ std::int64_t addEntity(sqlite::Database& database, std::string_view kind, std::s
 std::string storageCollation(const TypeRef& type);
 // A column of the SQLite table as CREATE TABLE and ADD COLUMN want it. A computed column becomes a virtual one; when
 // its expression can't be had that way, `plain` gives an ordinary column that stays Null.
-std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain);
+std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain,
+                          const std::vector<TableInfo::Column>& columns);
 void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                         const std::string& storage);
 // Gives the table the columns of `table`; values of the column `changed` are brought to its new type.

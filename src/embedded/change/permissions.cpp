@@ -55,7 +55,8 @@ std::string permissionCode(const std::string& permission) {
   return code + std::string(4 - code.size(), ' ');
 }
 
-void insertPermission(sqlite::Database& database, const Permission& permission, const Secured& secured, std::int64_t minor) {
+void insertPermission(sqlite::Database& database, const Permission& permission, const Secured& secured,
+                      std::int64_t minor) {
   auto& insert = database.cached("insert into cat_permissions values(?1,?2,?3,?4,?5,?6,?7,?8)");
   insert.bind(1, secured.kind).bind(2, secured.major).bind(3, minor);
   insert.bind(4, permissionCode(permission.name)).bind(5, permission.name);
@@ -91,8 +92,9 @@ void setColumnPermission(sqlite::Database& database, const Permission& permissio
 // The grant option goes, the permission stays.
 void takeGrantOption(sqlite::Database& database, const Permission& permission, const Secured& secured) {
   database
-      .cached("update cat_permissions set state = 'G' where class = ?1 and major_id = ?2 and type = ?3 and grantee = ?4 "
-              "and state = 'W'")
+      .cached(
+          "update cat_permissions set state = 'G' where class = ?1 and major_id = ?2 and type = ?3 and grantee = ?4 "
+          "and state = 'W'")
       .bind(1, secured.kind)
       .bind(2, secured.major)
       .bind(3, permissionCode(permission.name))
@@ -111,7 +113,8 @@ Secured CatalogueChanges::secured(const Securable& on) const {
     case Securable::Class::Object: {
       const auto found = catalogue_.find(on.name.schema, on.name.name);
       if (!found)
-        refuse("Cannot find the object '" + on.name.name + "', because it does not exist or you do not have permission.");
+        refuse("Cannot find the object '" + on.name.name +
+               "', because it does not exist or you do not have permission.");
       return {1, found->id};
     }
     case Securable::Class::Schema:
@@ -133,7 +136,8 @@ Secured CatalogueChanges::secured(const Securable& on) const {
       break;
   }
   if (id == 0)
-    refuse("Cannot find the " + kind + " '" + on.name.name + "', because it does not exist or you do not have permission.");
+    refuse("Cannot find the " + kind + " '" + on.name.name +
+           "', because it does not exist or you do not have permission.");
   return {static_cast<std::int64_t>(on.of), id};
 }
 

@@ -15,13 +15,24 @@ std::string indexStorage(const TableInfo& table, std::string_view index) {
 }
 
 // A stored expression or condition in SQLite's words.
-std::string translated(const Catalogue& catalogue, const std::string& text, bool condition) {
+std::string translated(const Catalogue& catalogue, const std::string& text, bool condition,
+                       const std::vector<TableInfo::Column>& columns) {
   const auto tokens = lex(text);
   TokenReader reader(text, tokens);
   TranslateContext context;
   context.catalogue = &catalogue;
+  context.row = &columns;
   Translator translator(context, reader);
   return condition ? translator.condition() : translator.expression();
+}
+
+// A computed column's expression, which gives exact numbers with the digits of their type.
+std::string computedText(const TableInfo::Column& column) {
+  if (column.type.dataType != DataType::Decimal) return column.computedText;
+  const bool sized = sizingOf(column.type.xtype) == Sizing::Decimal;
+  const std::string size =
+      "(" + std::to_string(column.type.prec) + "," + std::to_string(std::max(column.type.scale, 0)) + ")";
+  return "CAST(" + column.computedText + " AS " + column.type.baseName + (sized ? size : "") + ")";
 }
 
 // A key column of a unique index. The server takes Nulls as equal, SQLite doesn't: a value that no column can hold
@@ -74,36 +85,53 @@ std::string storageCollation(const TypeRef& type) {
   return at == std::string::npos ? "" : declaration.substr(at);
 }
 
-std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain) {
+std::string storageColumn(const Catalogue& catalogue, const TableInfo::Column& column, bool plain,
+                          const std::vector<TableInfo::Column>& columns) {
   // SQLite takes numbers only as a type's size.
   std::string sql = quoteColumn(column.name) + " " + replaceAll(storageDeclaration(column.type), "(max)", "(-1)");
   if (column.computed && !plain)
-    sql += " generated always as (" + translated(catalogue, column.computedText, false) + ") virtual";
+    sql += " generated always as (" + translated(catalogue, computedText(column), false, columns) + ") virtual";
   return sql;
 }
 
+namespace {
+
+// False: SQLite or the translation refuse one of its expressions. `plain`: the columns that are ordinary ones instead.
+bool tryTable(sqlite::Database& database, const Catalogue& catalogue, const std::vector<TableInfo::Column>& columns,
+              const std::vector<bool>& plain, const std::string& storage) {
+  try {
+    std::string text = "create table " + quoteName(storage) + " (";
+    for (std::size_t i = 0; i < columns.size(); ++i)
+      text += (i == 0 ? "" : ", ") + storageColumn(catalogue, columns[i], plain[i], columns);
+    database.execute(text + ")");
+    return true;
+  } catch (const NotUnderstood&) {
+    return false;
+  } catch (const DataError& error) {
+    const bool computed = std::any_of(columns.begin(), columns.end(), [](const auto& each) { return each.computed; });
+    if (!computed || error.number == errorNumber::cannotConnect) throw;
+    return false;
+  }
+}
+
+}  // namespace
+
 void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                         const std::string& storage) {
-  const auto sql = [&](bool plain) {
-    std::string text = "create table " + quoteName(storage) + " (";
-    for (std::size_t i = 0; i < table.columns.size(); ++i)
-      text += (i == 0 ? "" : ", ") + storageColumn(catalogue, table.columns[i], plain);
-    return text + ")";
-  };
-  const bool computed =
-      std::any_of(table.columns.begin(), table.columns.end(), [](const auto& column) { return column.computed; });
-  if (!computed) {
-    database.execute(sql(false));
-    return;
+  std::vector<bool> plain(table.columns.size());
+  if (tryTable(database, catalogue, table.columns, plain, storage)) return;
+  // Which ones are refused is told by each of them alone beside the ordinary columns.
+  const std::string probe = storage + "\x01p";
+  for (std::size_t i = 0; i < table.columns.size(); ++i) {
+    if (!table.columns[i].computed) continue;
+    std::vector<bool> others(table.columns.size());
+    for (std::size_t k = 0; k < others.size(); ++k) others[k] = k != i;
+    plain[i] = !tryTable(database, catalogue, table.columns, others, probe);
+    database.execute("drop table if exists " + quoteName(probe));
   }
-  try {
-    database.execute(sql(false));
-  } catch (const DataError& error) {
-    if (error.number == errorNumber::cannotConnect) throw;
-    database.execute(sql(true));
-  } catch (const NotUnderstood&) {
-    database.execute(sql(true));
-  }
+  if (tryTable(database, catalogue, table.columns, plain, storage)) return;
+  plain.assign(plain.size(), true);
+  tryTable(database, catalogue, table.columns, plain, storage);
 }
 
 void rebuildStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
@@ -145,7 +173,7 @@ void createStorageIndexes(sqlite::Database& database, const Catalogue& catalogue
     std::string sql = "create unique index " + quoteName(indexStorage(table, index.name)) + " on " +
                       quoteName(table.storage) + " (" + index.columns + ")";
     try {
-      if (!index.filter.empty()) sql += " where " + translated(catalogue, index.filter, true);
+      if (!index.filter.empty()) sql += " where " + translated(catalogue, index.filter, true, table.columns);
       database.execute(sql);
     } catch (const NotUnderstood&) {
       continue;  // the catalogue knows the index; only its uniqueness isn't watched

@@ -30,8 +30,9 @@ void CatalogueChanges::startVersioning(const ObjectName& tableName, const Object
   const PropertyOwner owner{PropertyOwner::Class::Object, table->id};
   const std::string start = property(database_, owner, "period_start");
   if (start.empty()) {
-    refuse("Cannot set SYSTEM_VERSIONING to ON when SYSTEM_TIME period is not defined and the LEDGER=ON option is not "
-           "specified.");
+    refuse(
+        "Cannot set SYSTEM_VERSIONING to ON when SYSTEM_TIME period is not defined and the LEDGER=ON option is not "
+        "specified.");
   }
   ObjectName name = historyName;
   if (name.name.empty()) name.name = "MSSQL_TemporalHistoryFor_" + std::to_string(table->id);

@@ -262,6 +262,13 @@ void schemaId(FunctionCall& call) {
   lookUp(query.bind(1, call.text(0)), [&](auto& row) { call.result(row.integer(0)); });
 }
 
+void principalId(FunctionCall& call) {
+  if (call.count() == 0) return call.result(std::int64_t{1});
+  if (call.isNull(0)) return;
+  auto& query = call.surroundings().database.cached("select id from cat_principals where name = ?1");
+  lookUp(query.bind(1, call.text(0)), [&](auto& row) { call.result(row.integer(0)); });
+}
+
 // The server and its databases ----------------------------------------------------------------------------------------
 
 // The instance's databases: id and name; master is 1, the others follow from 5 on in order.
@@ -368,6 +375,8 @@ constexpr Function catalogueTable[] = {
     {"type_name", 1, 1, DataType::Text, callFunction<typeName>},
     {"schema_name", 0, 1, DataType::Text, callFunction<schemaName>},
     {"user_name", 0, 1, DataType::Text, callFunction<schemaName>},
+    {"database_principal_id", 0, 1, DataType::Integer, callFunction<principalId>},
+    {"user_id", 0, 1, DataType::Integer, callFunction<principalId>},
     {"schema_id", 0, 1, DataType::Integer, callFunction<schemaId>},
     {"databases", 0, 0, DataType::Empty, callFunction<databaseList>, Inside},
     {"db_name", 0, 1, DataType::Text, callFunction<databaseName>},

@@ -114,7 +114,7 @@ void DdlReader::filterOf(IndexDef& index) {
       break;
     reader_.next();
   }
-  index.filter = storedExpression(reader_.sourceBetween(begin, reader_.position()), catalogue_.serverMajor());
+  index.filter = storedExpression(reader_.sourceBetween(begin, reader_.position()), catalogue_.serverMajor(), true);
 }
 
 void DdlReader::indexTail(IndexDef& index) {
@@ -159,7 +159,8 @@ void DdlReader::readIndexOptions(IndexDef& index) {
     } else if (!keepIndexOption(index, word, value)) {
       tellNotKept("the index's option " + upperCase(word.raw) + " isn't kept");
     }
-    while (list && !reader_.peek().isSymbol(",") && !reader_.peek().isSymbol(")")) {  // (WAIT_AT_LOW_PRIORITY ...), 5 MINUTES
+    while (list && !reader_.peek().isSymbol(",") &&
+           !reader_.peek().isSymbol(")")) {  // (WAIT_AT_LOW_PRIORITY ...), 5 MINUTES
       if (reader_.peek().isSymbol("(")) {
         reader_.skipParentheses();
       } else if (reader_.next().kind == TokenKind::End) {

@@ -5,6 +5,7 @@
 
 #include "embedded/catalogue/typeNames.h"
 #include "embedded/language/words.h"
+#include "embedded/translate/expressionTypes.h"
 #include "embedded/translate/translator.h"
 #include "platform/text.h"
 
@@ -23,13 +24,6 @@ bool isBinaryOperator(const Token& token) {
   return token.kind == TokenKind::Symbol && std::find(operators.begin(), operators.end(), token.raw) != operators.end();
 }
 
-int rankOf(const TypeRef& type) {
-  static constexpr std::array<std::string_view, 10> order{"tinyint", "smallint", "int",     "bigint", "smallmoney",
-                                                          "money",   "numeric",  "decimal", "real",   "float"};
-  const auto found = std::find(order.begin(), order.end(), type.baseName);
-  return found == order.end() ? -1 : static_cast<int>(found - order.begin());
-}
-
 // NEXT VALUE FOR a sequence as the server keeps it; empty when the text is something else.
 std::string storedSequenceDefault(std::string_view text) {
   const auto tokens = lex(text);
@@ -45,15 +39,6 @@ TypeRef namedType(const std::string& text) {
   const auto tokens = lex(text);
   TokenReader reader(text, tokens);
   return readType(reader, nullptr);
-}
-
-TypeRef numberType(std::string_view digits) {
-  const std::size_t point = digits.find('.');
-  if (digits.find_first_of("eE") != std::string_view::npos) return namedType("float");
-  if (point == std::string_view::npos) return namedType(digits.size() < 10 ? "int" : "bigint");
-  const std::size_t scale = digits.size() - point - 1;
-  return namedType("numeric(" + std::to_string(std::max<std::size_t>(point + scale, 1)) + "," + std::to_string(scale) +
-                   ")");
 }
 
 }  // namespace
@@ -115,6 +100,7 @@ void DdlReader::tableBody(TableDef& table) {
     tableElement(table);
   } while (reader_.acceptSymbol(","));
   reader_.expectSymbol(")");
+  deriveTypes(table);
   storageOptions(table);
 }
 
@@ -173,6 +159,22 @@ void DdlReader::tableOptions(TableDef& table) {
     }
   } while (reader_.acceptSymbol(","));
   reader_.expectSymbol(")");
+}
+
+// Once all columns are there: a computed one may come before those that it is made of.
+void DdlReader::deriveTypes(TableDef& table) {
+  for (const Computed& each : computed_) {
+    const auto column = std::find_if(table.columns.begin(), table.columns.end(),
+                                     [&](const ColumnDef& candidate) { return candidate.name == each.column; });
+    if (column == table.columns.end()) continue;
+    if (const auto derived = derivedType(catalogue_, each.text, table.columns)) {
+      column->type = derived->type;
+      column->nullable = column->nullable && derived->nullable;
+    } else {
+      tellNotKept("the type of the computed column '" + each.column + "' can't be told: nvarchar(4000) stands for it");
+    }
+  }
+  computed_.clear();
 }
 
 // "= ON (HISTORY_TABLE = name, DATA_CONSISTENCY_CHECK = ON, HISTORY_RETENTION_PERIOD = 6 MONTHS)" or "= OFF".
@@ -377,9 +379,10 @@ void DdlReader::identity(ColumnDef& column) {
 }
 
 void DdlReader::computedColumn(TableDef& table, ColumnDef& column) {
-  const std::size_t begin = reader_.position();
-  column.computedText = storedExpression(expression(), catalogue_.serverMajor());
-  column.type = inferType(begin, reader_.position(), table);
+  const std::string written(expression());
+  column.computedText = storedExpression(written, catalogue_.serverMajor());
+  column.type = namedType("nvarchar(4000)");
+  computed_.push_back({column.name, written});
   for (;;) {
     if (reader_.peek().is("NOT") && reader_.peek(1).is("NULL")) {
       reader_.next();
@@ -494,52 +497,6 @@ void DdlReader::defaultValue(const std::string& name, ColumnDef* column) {
   } else {
     throw NotUnderstood{"DEFAULT without its column", reader_.peek().line};
   }
-}
-
-// A type for a computed column, told by the tokens [begin, end) of its expression: that of a CAST or CONVERT, of a
-// column, of arithmetic on such; else nvarchar(4000).
-TypeRef DdlReader::inferType(std::size_t begin, std::size_t end, const TableDef& table) const {
-  TokenReader reader = reader_;
-  reader.moveTo(begin);
-  TypeRef unknown = namedType("nvarchar(4000)");
-  std::optional<TypeRef> best;
-  const auto take = [&](const TypeRef& type) {
-    if (!best || rankOf(type) > rankOf(*best)) best = type;
-  };
-  bool several = false;
-  while (reader.position() < end) {
-    const Token& token = reader.next();
-    const bool call = token.isIdentifier() && reader.peek().isSymbol("(");
-    if (call && (token.is("CAST") || token.is("TRY_CAST"))) {
-      const std::size_t opening = reader.position();
-      reader.skipParentheses();
-      TokenReader type = reader;  // behind the last AS within
-      std::size_t as = reader.position();
-      do type.moveTo(--as);
-      while (as > opening && !type.peek().is("AS"));
-      type.moveTo(as + 1);
-      take(readType(type, &catalogue_));
-    } else if (call && (token.is("CONVERT") || token.is("TRY_CONVERT"))) {
-      TokenReader type = reader;
-      type.moveTo(reader.position() + 1);
-      take(readType(type, &catalogue_));
-      reader.skipParentheses();
-    } else if (token.kind == TokenKind::Number) {
-      take(numberType(token.raw));
-    } else if (token.isIdentifier() && !call) {
-      const auto column = std::find_if(table.columns.begin(), table.columns.end(), [&](const ColumnDef& each) {
-        return compareCollated(each.name, token.name()) == 0;
-      });
-      if (column == table.columns.end()) return unknown;
-      take(column->type);
-    } else if (isBinaryOperator(token)) {
-      several = true;
-    } else if (!token.isSymbol("(") && !token.isSymbol(")")) {
-      return unknown;
-    }
-  }
-  if (!best) return unknown;
-  return several && rankOf(*best) < 0 && best->dataType != DataType::Text ? unknown : *best;
 }
 
 }  // namespace qrel::tsql

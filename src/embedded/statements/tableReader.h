@@ -24,6 +24,8 @@ class DdlReader {
   ColumnDef column(TableDef& table);
   // Refuses a primary key over a column that was read with NULL behind it.
   void checkPrimaryKey(const TableDef& table) const;
+  // Gives the computed columns that were read their types; tableBody does so itself.
+  void deriveTypes(TableDef& table);
   // PERIOD FOR SYSTEM_TIME (start, end)
   void period(TableDef& table);
   // The list behind WITH of a table and behind ALTER TABLE's SET and REBUILD WITH, brackets included.
@@ -81,12 +83,15 @@ class DdlReader {
   int referentialAction();
   std::vector<std::string> nameList();
   void operand();
-  TypeRef inferType(std::size_t begin, std::size_t end, const TableDef& table) const;
 
   TokenReader& reader_;
   const Catalogue& catalogue_;
   bool ansiPadding_;
   std::vector<std::string> nullWritten_;  // columns
+  struct Computed {
+    std::string column, text;
+  };
+  std::vector<Computed> computed_;  // whose types are still to be told
 };
 
 }  // namespace qrel::tsql

@@ -63,6 +63,7 @@ void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
       ColumnDef& def = table.columns.emplace_back();
       def.name = column.name;
       def.type = column.type;
+      def.nullable = column.nullable;
     }
   }
   const auto existing = static_cast<std::ptrdiff_t>(table.columns.size());
@@ -70,6 +71,7 @@ void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
   do {
     ddl.tableElement(table);
   } while (reader.acceptSymbol(","));
+  ddl.deriveTypes(table);
   if (!run.act()) return;
   markUntrusted(table, unchecked);
   std::vector<ColumnDef> columns(table.columns.begin() + existing, table.columns.end());

@@ -351,6 +351,14 @@ Expression Translation::columnReference() {
       if (!table.empty()) return out;
     }
   }
+  if (!scope_ && context_.row) {
+    for (const TableInfo::Column& column : *context_.row) {
+      if (compareCollated(column.name, out.name) != 0) continue;
+      out.kind = column.type.dataType;
+      out.width = TextWidth::ofType(column.type);
+      return out;
+    }
+  }
   // With quoted identifiers off, "text" is a literal; it shows where no table has such a column.
   if (!context_.readOnly && complete && parts.size() == 1 && first.raw.front() == '"') {
     out.sql = quoteText(out.name);

@@ -24,6 +24,8 @@ struct TranslateContext {
   bool readOnly = false;
   // The batch's variables by lower-case name with @; may be null. Their types decide what "+" means.
   const std::map<std::string, TypeRef>* variables = nullptr;
+  // The columns that an expression by itself may name, as those of a computed column and a filter; may be null.
+  const std::vector<TableInfo::Column>* row = nullptr;
 };
 
 // A translated expression or column; `kind` is Empty where the type isn't known before it runs. SQLite gives an exact
@@ -90,6 +92,8 @@ std::vector<std::string> columnsOfView(const std::string& text);
 // from version 9 on numbers in brackets, names in square brackets, built-in functions in lower case, the whole in
 // brackets: 1 -> ((1)), 'x' -> ('x'), GetDate() -> (getdate()), (-1) -> ((-1)), a*b -> ([a]*[b]). Below version 9 the
 // text as written in one pair of brackets. Outer brackets of the text don't double.
-std::string storedExpression(std::string_view text, int serverMajor);
+// From version 9 on the server also writes BETWEEN and IN as comparisons (IN with the last value first; not so in an
+// index's filter), COALESCE and IIF as CASE, and drops brackets that change nothing.
+std::string storedExpression(std::string_view text, int serverMajor, bool filter = false);
 
 }  // namespace qrel::tsql

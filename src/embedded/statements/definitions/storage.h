@@ -1,4 +1,5 @@
-// Where rows lie, and what is looked up beside them: partitions, filegroups, statistics, full-text catalogues and indexes.
+// Where rows lie, and what is looked up beside them: partitions, filegroups, statistics, full-text catalogues and
+// indexes.
 #pragma once
 
 #include "embedded/run/statementRun.h"
