@@ -37,7 +37,9 @@ Contents contentsOf(sqlite::Database& database) {
   while (objects.step()) contents.objects.insert(objects.integer(0));
   sqlite::Statement types(database, "select xusertype from cat_types");
   while (types.step()) contents.types.insert(types.integer(0));
-  sqlite::Statement indexes(database, "select object_id, name from cat_indexes where kind not in ('PK', 'UQ', 'ST')");
+  sqlite::Statement indexes(
+      database, "select object_id, name from cat_indexes where kind not in ('PK', 'UQ', 'ST') and object_id < " +
+                    std::to_string(tsql::firstTableTypeObject));
   while (indexes.step()) contents.indexes.emplace(indexes.integer(0), indexes.text(1));
   return contents;
 }

@@ -148,6 +148,17 @@ void checkModuleBody(const BatchText& batch, const std::string& kind, std::size_
   }
 }
 
+// FOR REPLICATION in front of a procedure's body; 0 where it doesn't stand.
+std::size_t replicationAt(const std::vector<Token>& tokens, std::size_t from) {
+  for (std::size_t i = from; i + 1 < tokens.size(); ++i) {
+    if (tokens[i].is("AS") && tokens[i - 1].kind != TokenKind::Variable && !tokens[i - 1].is("EXECUTE") &&
+        !tokens[i - 1].is("EXEC"))
+      return 0;
+    if (tokens[i].is("FOR") && tokens[i + 1].is("REPLICATION")) return i;
+  }
+  return 0;
+}
+
 bool endsWithCheckOption(const BatchText& batch) {
   std::size_t last = batch.end();
   while (last > 0 && batch.tokens[last - 1].isSymbol(";")) --last;
@@ -259,6 +270,8 @@ void keepModule(StatementRun& run) {
   }
   module.text = moduleText(run.text, create, kindAt);
   readParameters(run, behindName, module);
+  if (const std::size_t at = replicationAt(run.text.tokens, behindName); kind == "procedure" && at != 0)
+    run.notKept("FOR REPLICATION of a procedure isn't kept", at);
   if (kind == "view") module.properties.push_back({"with_check_option", endsWithCheckOption(run.text) ? "1" : ""});
   readModuleOptions(run.text.tokens, behindName, module);
   module.properties.push_back({"quoted_identifier_off", run.session.settings.quotedIdentifier ? "" : "1"});

@@ -271,7 +271,8 @@ std::function<void()> readTable(StatementRun& run, const std::string& schema) {
   table.schema = name.schema.empty() ? schema : name.schema;
   table.name = name.name;
   DdlReader ddl(reader, run.catalogue(), run.session.settings.ansiPadding);
-  if (reader.peek().is("AS")) run.notUnderstood("CREATE TABLE AS isn't kept");
+  if (reader.peek().is("AS"))
+    run.notUnderstood(reader.peek(1).is("FILETABLE") ? "tables of files aren't kept" : "CREATE TABLE AS isn't kept");
   ddl.tableBody(table);
   markUntrusted(table, false);
   if (!run.session.settings.ansiNulls) table.properties.push_back({"ansi_nulls_off", "1"});

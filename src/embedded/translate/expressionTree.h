@@ -12,23 +12,25 @@ namespace qrel::tsql {
 
 struct ExpressionNode {
   enum class Kind : std::uint8_t {
-    Number,    // text as written, with its sign
-    Text,      // text as written, with its quotes
-    Other,     // a binary or money constant, a variable
-    Null,      //
-    Name,      // parts of a column's name
-    Call,      // parts: the function's name; children: arguments. A first argument that is a word is a Name
-    Convert,   // text: CONVERT, TRY_CONVERT or TRY_CAST; type: the type's tokens; children: value and style
-    Case,      // children: pairs of WHEN and THEN, ELSE where their number is odd; behind the operand where `simple`
-    Unary,     // text: -, + or ~
-    Binary,    // text: an arithmetic operator
-    Compare,   // text: an operator
-    And, Or, Not,
-    Like,      // children: value, pattern, escape
-    In,        // children: value, list
-    Between,   // children: value, bounds
-    IsNull,    //
-    Collate,   // text: the collation
+    Number,   // text as written, with its sign
+    Text,     // text as written, with its quotes
+    Other,    // a binary or money constant, a variable
+    Null,     //
+    Name,     // parts of a column's name
+    Call,     // parts: the function's name; children: arguments. A first argument that is a word is a Name
+    Convert,  // text: CONVERT, TRY_CONVERT or TRY_CAST; type: the type's tokens; children: value and style
+    Case,     // children: pairs of WHEN and THEN, ELSE where their number is odd; behind the operand where `simple`
+    Unary,    // text: -, + or ~
+    Binary,   // text: an arithmetic operator
+    Compare,  // text: an operator
+    And,
+    Or,
+    Not,
+    Like,     // children: value, pattern, escape
+    In,       // children: value, list
+    Between,  // children: value, bounds
+    IsNull,   //
+    Collate,  // text: the collation
     AtTimeZone
   } kind = Kind::Null;
   std::string text;

@@ -24,8 +24,8 @@ constexpr int leastDivisionScale = 6;
 struct Typed {
   TypeRef type;
   bool nullable = true;
-  bool null = false;   // the constant NULL: of any type
-  int digits = 0;      // of an integer constant
+  bool null = false;  // the constant NULL: of any type
+  int digits = 0;     // of an integer constant
 };
 
 TypeRef systemType(std::string_view name, int size = 0, int scale = -1) {
@@ -41,12 +41,34 @@ bool isMoney(const TypeRef& type) { return type.xtype == xtype::Money || type.xt
 
 // The order in which one of two types is taken: the later one.
 int rankOf(const TypeRef& type) {
-  static constexpr std::array<int, 28> order{
-      xtype::Binary,   xtype::VarBinary, xtype::Char,       xtype::VarChar,       xtype::NChar,    xtype::NVarChar,
-      xtype::UniqueIdentifier, xtype::Timestamp, xtype::Image, xtype::Text,       xtype::NText,    xtype::Bit,
-      xtype::TinyInt,  xtype::SmallInt,  xtype::Int,        xtype::BigInt,        xtype::SmallMoney, xtype::Money,
-      xtype::Numeric,  xtype::Decimal,   xtype::Real,       xtype::Float,         xtype::Time,     xtype::Date,
-      xtype::SmallDateTime, xtype::DateTime, xtype::DateTime2, xtype::DateTimeOffset};
+  static constexpr std::array<int, 28> order{xtype::Binary,
+                                             xtype::VarBinary,
+                                             xtype::Char,
+                                             xtype::VarChar,
+                                             xtype::NChar,
+                                             xtype::NVarChar,
+                                             xtype::UniqueIdentifier,
+                                             xtype::Timestamp,
+                                             xtype::Image,
+                                             xtype::Text,
+                                             xtype::NText,
+                                             xtype::Bit,
+                                             xtype::TinyInt,
+                                             xtype::SmallInt,
+                                             xtype::Int,
+                                             xtype::BigInt,
+                                             xtype::SmallMoney,
+                                             xtype::Money,
+                                             xtype::Numeric,
+                                             xtype::Decimal,
+                                             xtype::Real,
+                                             xtype::Float,
+                                             xtype::Time,
+                                             xtype::Date,
+                                             xtype::SmallDateTime,
+                                             xtype::DateTime,
+                                             xtype::DateTime2,
+                                             xtype::DateTimeOffset};
   const auto found = std::find(order.begin(), order.end(), type.xtype);
   return found == order.end() ? static_cast<int>(order.size()) : static_cast<int>(found - order.begin());
 }
@@ -124,7 +146,8 @@ TypeRef common(const Typed& a, const Typed& b) {
   if (a.null) return b.type;
   if (b.null) return a.type;
   if (isDecimal(a.type) || isDecimal(b.type)) {
-    const bool exact = rankOf(a.type) <= rankOf(systemType("decimal")) && rankOf(b.type) <= rankOf(systemType("decimal"));
+    const bool exact =
+        rankOf(a.type) <= rankOf(systemType("decimal")) && rankOf(b.type) <= rankOf(systemType("decimal"));
     if (exact && (isDecimal(a.type) || isInteger(a.type)) && (isDecimal(b.type) || isInteger(b.type))) {
       const Digits left = digitsOf(a), right = digitsOf(b);
       const int scale = std::max(left.scale, right.scale);
@@ -277,7 +300,8 @@ class Typer {
       if (compareCollated(column.name, wanted) == 0) return {column.type, column.nullable};
     const std::string lower = lowerCase(wanted);
     if (node.simple && lower == "current_timestamp") return {systemType("datetime"), false};
-    if (node.simple && (lower == "current_user" || lower == "session_user" || lower == "user" || lower == "system_user"))
+    if (node.simple &&
+        (lower == "current_user" || lower == "session_user" || lower == "user" || lower == "system_user"))
       return {systemType("nvarchar", 128), true};
     throw NotUnderstood{"the column '" + wanted + "' isn't known", 1};
   }
@@ -400,7 +424,8 @@ class Typer {
     if (lower == "replace" || lower == "stuff" || lower == "replicate" || lower == "translate")
       return textType(wide || (types.size() > 2 && isWide(types.back().type)), false, max ? -1 : mostPlainCharacters);
     if (lower == "space") return systemType("varchar", 8000);
-    if (lower == "str") return systemType("varchar", given.size() > 1 && constantOf(given[1]) > 0 ? constantOf(given[1]) : 10);
+    if (lower == "str")
+      return systemType("varchar", given.size() > 1 && constantOf(given[1]) > 0 ? constantOf(given[1]) : 10);
     if (lower == "concat") return concatenated(types);
     return std::nullopt;
   }

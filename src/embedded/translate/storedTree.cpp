@@ -16,16 +16,25 @@ using Node = ExpressionNode;
 using Kind = Node::Kind;
 
 // How tight what a node writes holds together: brackets go round what holds less than its place asks for.
-enum Strength { orStrength = 1, andStrength, notStrength, compareStrength, addStrength, multiplyStrength, unaryStrength, whole };
+enum Strength {
+  orStrength = 1,
+  andStrength,
+  notStrength,
+  compareStrength,
+  addStrength,
+  multiplyStrength,
+  unaryStrength,
+  whole
+};
 
 struct DatePart {
   std::string_view written, kept;
 };
 constexpr std::array dateParts = std::to_array<DatePart>({
-    {"yy", "year"},         {"yyyy", "year"},     {"qq", "quarter"}, {"q", "quarter"}, {"mm", "month"},
+    {"yy", "year"},         {"yyyy", "year"},     {"qq", "quarter"},  {"q", "quarter"}, {"mm", "month"},
     {"m", "month"},         {"dy", "dayofyear"},  {"y", "dayofyear"}, {"dd", "day"},    {"d", "day"},
-    {"wk", "week"},         {"ww", "week"},       {"dw", "weekday"}, {"w", "weekday"}, {"hh", "hour"},
-    {"mi", "minute"},       {"n", "minute"},      {"ss", "second"},  {"s", "second"},  {"ms", "millisecond"},
+    {"wk", "week"},         {"ww", "week"},       {"dw", "weekday"},  {"w", "weekday"}, {"hh", "hour"},
+    {"mi", "minute"},       {"n", "minute"},      {"ss", "second"},   {"s", "second"},  {"ms", "millisecond"},
     {"mcs", "microsecond"}, {"ns", "nanosecond"},
 });
 
@@ -39,7 +48,8 @@ std::string numberText(const std::string& written) {
   const auto [end, error] = std::from_chars(written.data() + sign, written.data() + written.size(), value);
   if (error != std::errc() || end != written.data() + written.size()) return written;
   std::array<char, 40> digits{};
-  const auto made = std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::scientific, 15);
+  const auto made =
+      std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::scientific, 15);
   std::string text(digits.data(), made.ptr);
   const std::size_t exponent = text.find('e') + 2;  // behind its sign; three digits are written
   while (text.size() - exponent < 3) text.insert(exponent, "0");
@@ -177,7 +187,8 @@ class Writer {
 
   std::string callText(const Node& node) const {
     const std::string lower = lowerCase(node.parts.front());
-    if (node.parts.size() > 1 || !node.simple || !isBuiltInFunction(lower)) return nameText(node) + "(" + arguments(node) + ")";
+    if (node.parts.size() > 1 || !node.simple || !isBuiltInFunction(lower))
+      return nameText(node) + "(" + arguments(node) + ")";
     const std::vector<Node>& given = node.children;
     if (lower == "coalesce" && given.size() > 1) return coalesceText(node);
     if (lower == "iif" && given.size() == 3) {
