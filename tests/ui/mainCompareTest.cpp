@@ -152,7 +152,8 @@ std::string rowsOf(const TextPane& pane) {
 }
 
 TEST_F(Comparing, TextsThatDifferStandSideBySideWhenAskedTo) {
-  auto& [source, target] = work.txtTXProc;
+  TextPane& source = work.txtTXProc[0];
+  TextPane& target = work.txtTXProc[1];
   const auto compare = [&](const char* first, const char* second) {
     source.setText(first);
     target.setText(second);

@@ -183,10 +183,11 @@ TEST_F(DataBoxes, WordsOfTheDifferencesWindow) {
   EXPECT_FALSE(form.lblMaxRows.visible());
 
   tDataCompRequest wanted = request();
-  for (const auto& [method, text] : {std::pair<std::int32_t, const char*>{0, "Record by Record"}, {7, "N/A"}}) {
-    wanted.lngCompMethod = method;
+  for (const auto& each : {std::pair<std::int32_t, const char*>{0, "Record by Record"}, {7, "N/A"}}) {
+    const std::string text = each.second;
+    wanted.lngCompMethod = each.first;
     frmCompareData shown(program);
-    expectWindow([&](Form&) { EXPECT_EQ(shown.lblGen11.text(), std::string("Comparison method: ") + text); });
+    expectWindow([&](Form&) { EXPECT_EQ(shown.lblGen11.text(), "Comparison method: " + text); });
     shown.ShowUp(wanted, 0, "");
   }
   frmCompareData loaded(program);
