@@ -71,12 +71,12 @@ constexpr View views[] = {
   case #c.generated_always_type# when 1 then 'AS_ROW_START' when 2 then 'AS_ROW_END' else 'NOT_APPLICABLE' end
   as generated_always_type_desc, #c.is_column_set# as is_column_set from cat_columns c)"},
     {"sys.all_columns", "select * from \"sys.columns\""},
-    {"sys.identity_columns", R"(select object_id, name, colid as column_id, xtype as system_type_id,
-  xusertype as user_type_id, seed as seed_value, increment as increment_value,
-  #c.is_not_for_replication# as is_not_for_replication from cat_columns c where is_identity)"},
-    {"sys.computed_columns", R"(select object_id, name, colid as column_id, xtype as system_type_id,
-  xusertype as user_type_id, nullable as is_nullable, computed_text as definition, #c.is_persisted# as is_persisted
-  from cat_columns c where coalesce(computed_text, '') <> '')"},
+    {"sys.identity_columns", R"(select v.*, seed as seed_value, increment as increment_value, null as last_value,
+  #c.is_not_for_replication# as is_not_for_replication from cat_columns c join "sys.columns" v
+  on v.object_id = c.object_id and v.column_id = c.colid where c.is_identity)"},
+    {"sys.computed_columns", R"(select v.*, computed_text as definition, 1 as uses_database_collation,
+  #c.is_persisted# as is_persisted from cat_columns c join "sys.columns" v on v.object_id = c.object_id and
+  v.column_id = c.colid where coalesce(computed_text, '') <> '')"},
     {"sys.masked_columns", R"(select object_id, name, colid as column_id, 1 as is_masked,
   #c.masking_function|''# as masking_function from cat_columns c where #c.masking_function|''# <> '')"},
     {"sys.schemas", R"(select name, id as schema_id, owner as principal_id from cat_schemas union all
@@ -105,9 +105,9 @@ constexpr View views[] = {
   #i.ignore_dup_key# as ignore_dup_key, kind = 'PK' as is_primary_key, kind = 'UQ' as is_unique_constraint,
   #i.fill_factor# as fill_factor, #i.is_padded# as is_padded, #i.is_disabled# as is_disabled, 0 as is_hypothetical,
   filter is not null as has_filter, filter as filter_definition, #i.allow_row_locks|1# + 0 as allow_row_locks,
-  #i.allow_page_locks|1# + 0 as allow_page_locks, nullif(#i.compression_delay#, 0) as compression_delay,
+  #i.allow_page_locks|1# + 0 as allow_page_locks, nullif(#i.compression_delay#, 0) as compression_delay, 0 as auto_created, 0 as suppress_dup_key_messages,
   #i.optimize_for_sequential_key# as optimize_for_sequential_key from cat_indexes i where kind <> 'ST' union all
-  select id, null, 0, 0, 'HEAP', 0, #h.data_space|1# + 0, 0, 0, 0, 0, 0, 0, 0, 0, null, 1, 1, null, 0 from cat_objects o
+  select id, null, 0, 0, 'HEAP', 0, #h.data_space|1# + 0, 0, 0, 0, 0, 0, 0, 0, 0, null, 1, 1, null, 0, 0, 0 from cat_objects o
   where xtype = 'U' and not exists (select 1 from cat_indexes i where i.object_id = o.id and i.indid = 1))"},
     {"sys.xml_indexes", R"(select x.*, nullif(#x.using_xml_index_id#, 0) as using_xml_index_id,
   nullif(#x.secondary_type|''#, '') as secondary_type, case #x.secondary_type|''# when 'P' then 'PATH' when 'V' then

@@ -235,7 +235,9 @@ void CatalogueChanges::createSchema(std::string_view name, std::string_view owne
   if (catalogue_.schemaExists(name) || isOurs("sys") || isOurs("INFORMATION_SCHEMA") || isOurs("guest"))
     refuse("There is already an object named '" + std::string(name) + "' in the database.");
   auto& insert = database_.cached("insert into cat_schemas select max(max(id) + 1, 5), ?1, ?2 from cat_schemas");
-  insert.bind(1, name).bind(2, owner.empty() ? dboPrincipal : requirePrincipal(database_, owner)).run();
+  // Below version 9 a schema is its owner.
+  const bool ofDbo = owner.empty() || catalogue_.serverMajor() < 9;
+  insert.bind(1, name).bind(2, ofDbo ? dboPrincipal : requirePrincipal(database_, owner)).run();
 }
 
 void CatalogueChanges::dropSchema(std::string_view name) {
