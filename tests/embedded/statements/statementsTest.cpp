@@ -144,7 +144,7 @@ TEST(Skipping, WhatIsNotUnderstoodIsToldAndTheRestRuns) {
       "CREATE TABLE u (\n  a int,\n  b wonder(5) NOT NULL\n)\nUPDATE STATISTICS t\nRESTORE done\n"
       "IF some.function(1) = 2\nBEGIN\n  INSERT t VALUES (9)\nEND\nELSE\n  INSERT t VALUES (9)\n"
       "EXEC dbo.doIt 1, @b = 'x'\nINSERT t VALUES (4)\nEND\n"
-      "CREATE FULLTEXT CATALOG c\n  AS DEFAULT\nINSERT t VALUES (5)\ndone:\nINSERT t\nSELECT 6\n"
+      "CREATE FULLTEXT STOPLIST c\n  FROM SYSTEM STOPLIST\nINSERT t VALUES (5)\ndone:\nINSERT t\nSELECT 6\n"
       "INSERT t VALUES (some.function(1))\nEXEC ('INSERT t VALUES (7)')\n");
   EXPECT_EQ(s.rows("select group_concat(a) from \"dbo.t\""), "1,2,3,4,5,6,7\n");
   std::string lines;
