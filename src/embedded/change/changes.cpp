@@ -245,6 +245,7 @@ class TableRows {
     for (std::size_t i = 0; i < names.size(); ++i)
       pairs.emplace_back(keyColumn(table_, key.columns[i], shown), keyColumn(*referenced, names[i], shown));
     std::vector<std::int64_t> columns;
+    columns.reserve(pairs.size());
     for (const auto& [own, other] : pairs) columns.push_back(other);
     if (!isCandidateKey(database_, referenced->id, columns)) refuseKey();
     const std::int64_t id = addConstraint(key.name, "FK", "F", key.columns);

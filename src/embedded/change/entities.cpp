@@ -120,6 +120,7 @@ void CatalogueChanges::createPartitionFunction(const PartitionFunctionDef& funct
   for (const Value& each : function.boundaries) values.push_back(convertTo(function.type, each));
   std::sort(values.begin(), values.end(), isBelow);
   std::vector<std::string> texts;
+  texts.reserve(values.size());
   for (const Value& each : values) texts.push_back(textOf(each));
   if (std::adjacent_find(texts.begin(), texts.end()) != texts.end())
     refuse("Duplicate values are not allowed in partition function boundary values list.");

@@ -216,7 +216,7 @@ void CatalogueChanges::dropObject(const ObjectName& name, const std::vector<std:
   }
   if (object->xtype == "V") removeTableRows(database_, *catalogue_.columnsOf(*object));
   if (object->xtype == "U") {
-    if (property(database_, {PropertyOwner::Class::Object, object->id}, "temporal_type") != "") {
+    if (!property(database_, {PropertyOwner::Class::Object, object->id}, "temporal_type").empty()) {
       refuse("Drop table operation failed on table '" + fullName(name.schema, name.name) +
              "' because it is not a supported operation on system-versioned temporal tables.");
     }

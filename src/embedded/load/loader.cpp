@@ -122,7 +122,7 @@ class ScriptRun {
           {place.file.string(), place.line, "GO 0", "the batch that begins here is to be run no time at all"});
     session_.setDataFiles([&paths, folder = place.file.parent_path()](std::string_view written) {
       std::string why;
-      const fs::path found = paths.find(folder, written, why);
+      fs::path found = paths.find(folder, written, why);
       if (found.empty())
         throw DataError(errorNumber::badSql, "Cannot bulk load because the file \"" + std::string(written) +
                                                  "\" could not be opened: below the script's folder it " + why + ".");

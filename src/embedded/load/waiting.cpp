@@ -273,6 +273,7 @@ struct WaitingStatements::Run {
                 }) > 0;
     }
     std::vector<std::size_t> tables;
+    tables.reserve(alive.size());
     for (const std::size_t each : alive) tables.push_back(circles[each].at);
     return tables;
   }

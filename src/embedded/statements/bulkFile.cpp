@@ -42,7 +42,7 @@ std::string terminatorText(std::string_view written) {
   return text;
 }
 
-std::string decodeBulkFile(std::string bytes, const BulkFormat& format) {
+std::string decodeBulkFile(const std::string& bytes, const BulkFormat& format) {
   if (format.wide && !bytes.starts_with("\xFF\xFE") && !bytes.starts_with("\xFE\xFF"))
     return decodeText("\xFF\xFE" + bytes);
   const bool marked =

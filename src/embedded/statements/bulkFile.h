@@ -24,7 +24,7 @@ struct BulkFormat {
 std::string terminatorText(std::string_view written);
 
 // A file's bytes as UTF-8.
-std::string decodeBulkFile(std::string bytes, const BulkFormat& format);
+std::string decodeBulkFile(const std::string& bytes, const BulkFormat& format);
 
 class BulkRows {
  public:
