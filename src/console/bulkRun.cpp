@@ -13,14 +13,16 @@
 
 namespace qrel {
 
-void BulkRun::select(std::vector<std::string> source, std::vector<std::string> target) {
-  if (source.empty() && target.empty()) return;
+void BulkRun::select(std::array<std::vector<std::string>, 2> names) {
+  // A side without any of them has nothing to add to the names, and the other's objects are missing there.
+  for (const std::size_t side : {0U, 1U})
+    if (names[side].empty()) names[side] = names[1 - side];
   ObjectSelection& selection = input.selection;
   input.blnSelective = true;
-  selection.lngSelectedSource = static_cast<long>(source.size());
-  selection.lngSelectedTarget = static_cast<long>(target.size());
-  selection.arrSelectedSource = std::move(source);
-  selection.arrSelectedTarget = std::move(target);
+  selection.lngSelectedSource = static_cast<long>(names[0].size());
+  selection.lngSelectedTarget = static_cast<long>(names[1].size());
+  selection.arrSelectedSource = std::move(names[0]);
+  selection.arrSelectedTarget = std::move(names[1]);
 }
 
 ExitCode BulkRun::verdict(bool complete) const {

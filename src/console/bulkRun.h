@@ -19,8 +19,8 @@ class BulkRun {
   CompareAllControls& controls() { return controls_; }
   CompareAllInput input;
 
-  // Takes the objects of these names, in the order of the two sides. None: all objects.
-  void select(std::vector<std::string> source, std::vector<std::string> target);
+  // Takes the objects of these names, as the two sides list them, and no others.
+  void select(std::array<std::vector<std::string>, 2> names);
 
   // Runs `compare`, which tells whether it came to its end, over both sides; prints the report, writes it to
   // reportFile unless that is empty, names what couldn't be compared and gives the exit code. Reads that failed since

@@ -16,6 +16,7 @@ namespace {
 // The command line as parsed. Exactly one command is set by CLI11's callbacks.
 struct CommandLine {
   std::vector<std::string> sets;
+  bool allowSkipped = false;
   LoadArguments load;
   AddServerArguments addServer;
   CompareArguments compare;
@@ -267,6 +268,8 @@ void describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("qrel ") + programVersion);
   app.add_option("--set", line.sets, "OPTION=VALUE for this run; see \"qrel options\"")->allow_extra_args(false);
+  app.add_flag("--allow-skipped", line.allowSkipped,
+               "statements of scripts that were skipped or refused don't make the end incomplete (exit code 4)");
   app.fallthrough();
   app.footer(exitCodeHelp);
   addLoad(app, line);
@@ -307,6 +310,7 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
     console.asks = &err == &std::cerr && system::isTerminal(system::Stream::Input);
     console.progress = &err == &std::cerr && system::isTerminal(system::Stream::Errors);
     const auto heldState = console.data.holdState();  // what a command prints is of one state of each database
+    console.allowSkipped = line.allowSkipped;
     console.start(line.sets);
     const FailuresList listed(console);
     const ExitCode code = line.command(console);

@@ -19,11 +19,13 @@
 
 namespace qrel {
 
+class EmbeddedProvider;
+
 // One side of a comparison: a server's record and a database.
 struct Side {
   tServer server;
   std::string database;
-  bool incomplete = false;  // made from a script of which statements were skipped or refused
+  bool incomplete = false;  // of its scripts something was left out that isn't allowed to be
 };
 
 // A request that can't be carried out: what to print and how to end.
@@ -36,13 +38,14 @@ class Console : private MainSteps {
  public:
   Console(const Folders& folders, std::ostream& out, std::ostream& err);
 
-  std::ostream& out;      // results
-  std::ostream& err;      // progress and messages
-  bool colours = false;   // `out` is a terminal
-  int columns = 130;      // of characters in a row of `out`
-  bool asks = false;      // a person at a terminal can be asked for a password
-  bool progress = false;  // `err` is a terminal
-  bool changed = false;   // what was asked for is done, and it has changed something: a stop comes too late
+  std::ostream& out;          // results
+  std::ostream& err;          // progress and messages
+  bool colours = false;       // `out` is a terminal
+  int columns = 130;          // of characters in a row of `out`
+  bool asks = false;          // a person at a terminal can be asked for a password
+  bool progress = false;      // `err` is a terminal
+  bool allowSkipped = false;  // statements of scripts that were skipped or refused leave a side complete
+  bool changed = false;       // what was asked for is done, and it has changed something: a stop comes too late
   Folders folders;
   EmbeddedServers servers;
   DataAccess data;
@@ -59,10 +62,14 @@ class Console : private MainSteps {
   Side resolveSide(const std::string& text);
   // How scripts are loaded: a stop is asked for, progress is told on a terminal.
   LoadOptions loadOptions();
+  // Tells what the loads of a database have left out, as far as that is known; true when it counts.
+  bool lacksWhatLoadsSkipped(const std::string& server, const std::string& database);
   // Takes the line of progress away.
   void clearProgress();
   // Raises RuntimeError when a profile file that comparisons go by is there and can't be read.
   void checkProfileFiles();
+  // Whether a server of this name is on the list or embedded.
+  bool knowsServer(const std::string& name) const;
   // A server by its name in the list, else an embedded instance of that name.
   tServer resolveServer(const std::string& name);
 
@@ -78,6 +85,9 @@ class Console : private MainSteps {
   void ShowMainWindow() override {}
   void applySet(const std::string& set);
   Side sideFromScripts(const std::filesystem::path& path);
+  bool lessThanLoaded(const LoadLosses& losses) const;
+
+  EmbeddedProvider* embedded_ = nullptr;  // of `data`
 };
 
 }  // namespace qrel

@@ -74,7 +74,9 @@ TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {
       {{"objects", "justaname"}, 2, "neither SERVER/DATABASE nor"},
       {{"objects", "S/D", "--set", "Nonsense=1"}, 2, "qrel options"},
       {{"objects", "S/D", "--set", "CaseSensitive=perhaps"}, 2, "on or off"},
-      {{"objects", "missing.sql"}, 3, "missing.sql"},
+      {{"objects", "missing.sql"}, 3, "\"missing.sql\": no such file or folder."},
+      {{"objects", "./x"}, 3, "\"./x\": no such file or folder."},
+      {{"objects", "a/b"}, 3, "\"a/b\": no such file or folder, and there is no server \"a\""},
       {{"load", "S/D", "missing.sql"}, 3, "missing.sql"},
       {{"databases", "Nowhere"}, 3, "qrel load"},
       {{"objects", "S/Nothing"}, 3, "Cannot open database \"Nothing\""},
@@ -128,6 +130,46 @@ TEST_F(Commands, TheSummaryAddsUp) {
   EXPECT_EQ(count("  without effect"), 1) << out;
   EXPECT_EQ(count("  skipped"), 1) << out;
   EXPECT_EQ(count("  refused"), 1) << out;
+}
+
+TEST_F(Commands, NamesMayHaveTheirSchemaBracketsAndAnyCase) {
+  load("S/A",
+       "CREATE SCHEMA s\nGO\nCREATE VIEW dbo.V AS SELECT 1 a\nGO\nCREATE TABLE t (a int)\nCREATE TABLE s.t (b int)");
+  load("S/B", "CREATE VIEW dbo.V AS SELECT 2 a\nGO\nCREATE VIEW [a.b] AS SELECT 1 a");
+  for (const char* name : {"V", "v", "dbo.v", "[V]", "[dbo].[V]"}) {
+    EXPECT_EQ(run({"compare", "S/A", "S/B", "--types", "views", "--only", name}), 1) << name << err;
+    EXPECT_TRUE(printed("List of views which differ:\n\tV\n")) << name << out;
+    EXPECT_EQ(run({"text", "S/A", "--type", "views", name}), 0) << name << err;
+  }
+  EXPECT_EQ(run({"text", "S/A", "--type", "tables", "[s].[t]"}), 0) << err;
+  EXPECT_TRUE(printed("[b] [int]")) << out;
+  EXPECT_EQ(run({"text", "S/B", "--type", "views", "a.b"}), 0) << "a point in a name: " << err;
+  EXPECT_EQ(run({"text", "S/B", "--type", "views", "s.V"}), 3) << out;
+  EXPECT_EQ(run({"compare", "S/A", "S/B", "--only", "V", "--only", "nothere"}), 3) << out;
+  EXPECT_TRUE(told("There is no object \"nothere\" in S/A or S/B.")) << err;
+}
+
+TEST_F(Commands, WhatALoadLeftOutIsKnownToLaterComparisons) {
+  const std::string odd = file("odd.sql", "CREATE TABLE t (a int)\nFROBNICATE the table\n");
+  const std::string good = file("good.sql", "CREATE TABLE t (a int)");
+  const std::string other = file("other.sql", "CREATE TABLE t (b int)");
+  ASSERT_EQ(run({"load", "S/Odd", odd}), 4);
+  for (const std::string& side : {std::string("S/Odd"), odd}) {
+    EXPECT_EQ(run({"compare", side, good}), 4) << side;
+    EXPECT_EQ(run({"compare", side, good, "--allow-skipped"}), 0) << side << err;
+    EXPECT_EQ(run({"compare", other, side, "--type", "tables", "--object", "t", "--allow-skipped"}), 1) << side << err;
+    EXPECT_EQ(run({"data", side, good, "--table", "t"}), 4) << side;
+  }
+  ASSERT_EQ(run({"load", "S/Odd", file("more.sql", "CREATE TABLE u (a int)\nBOTHER u"), "--add"}), 4);
+  EXPECT_EQ(run({"objects", "S/Odd"}), 4);
+  EXPECT_TRUE(told("S/Odd lacks what its loads left out (statements skipped: 2, ")) << err;
+  // What isn't a statement isn't allowed by the flag: here a file that couldn't be read.
+  std::filesystem::create_directory(folder.path() / "part");
+  file("part/a.sql", "CREATE TABLE t (a int)");
+  std::filesystem::create_symlink("nowhere", folder.path() / "part" / "lost.sql");
+  EXPECT_EQ(run({"compare", path("part"), good, "--allow-skipped"}), 4) << err;
+  ASSERT_EQ(run({"load", "S/Odd", good, "--replace"}), 0) << err;
+  EXPECT_EQ(run({"compare", "S/Odd", good}), 0) << err;
 }
 
 TEST_F(Commands, AFailedLoadLeavesTheDatabaseAsItWas) {
