@@ -1,8 +1,11 @@
 #include <CLI/CLI.hpp>
 
+#include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <string_view>
 
+#include "console/cliHelp.h"
 #include "console/commands.h"
 #include "platform/error.h"
 #include "platform/system.h"
@@ -17,6 +20,9 @@ namespace {
 struct CommandLine {
   std::vector<std::string> sets;
   bool allowSkipped = false;
+  std::string colour = "auto";
+  bool yes = false;   // don't ask
+  bool crlf = false;  // of a text's line ends
   LoadArguments load;
   AddServerArguments addServer;
   CompareArguments compare;
@@ -27,6 +33,7 @@ struct CommandLine {
   RunArguments run;
   bool json = false;
   std::string name, side, type, object;
+  std::optional<std::string> value;
   std::function<ExitCode(Console&)> command;
 };
 
@@ -64,11 +71,12 @@ void addServers(CLI::App& app, CommandLine& line) {
   test->add_option("NAME", line.name, "of the list; or any other, with Windows authentication")->required();
   CLI::App* remove = servers->add_subcommand("remove", "Remove a server from the list");
   remove->add_option("NAME", line.name)->required();
+  remove->add_flag("--yes", line.yes, "don't ask; needed where there is no terminal");
   servers->callback([&line, add, remove, test] {
     line.command = [&line, add, remove, test](Console& console) {
       if (add->parsed()) return runServersAdd(console, line.addServer);
       if (test->parsed()) return runServersTest(console, line.name);
-      if (remove->parsed()) return runServersRemove(console, line.name);
+      if (remove->parsed()) return runServersRemove(console, line.name, line.yes);
       return runServers(console);
     };
   });
@@ -80,7 +88,7 @@ void addLists(CLI::App& app, CommandLine& line) {
   databases->callback(
       [&line] { line.command = [&line](Console& console) { return runDatabases(console, line.name); }; });
 
-  CLI::App* objects = app.add_subcommand("objects", "List objects: name, tab, date, tab, id");
+  CLI::App* objects = app.add_subcommand("objects", "List objects: name, date, id and type, with tabs between");
   objects->add_option("SIDE", line.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
   objects->add_option("--type", line.type,
                       "tables, procedures, functions, views, triggers, relationships, constraints");
@@ -91,12 +99,16 @@ void addLists(CLI::App& app, CommandLine& line) {
   text->add_option("SIDE", line.side)->required();
   text->add_option("--type", line.type)->required();
   text->add_option("NAME", line.object)->required();
+  text->add_flag("--crlf", line.crlf, "lines end with CR LF where the text has it, not with LF");
   text->callback([&line] {
-    line.command = [&line](Console& console) { return runText(console, line.side, line.type, line.object); };
+    line.command = [&line](Console& console) { return runText(console, line.side, line.type, line.object, line.crlf); };
   });
 
-  CLI::App* options = app.add_subcommand("options", "List the options of --set with their values");
-  options->callback([&line] { line.command = runOptions; });
+  CLI::App* options = app.add_subcommand("options", "List the options with their values, or change one for good");
+  options->add_option("NAME", line.name, "only this one");
+  options->add_option("VALUE", line.value, "its value from now on");
+  options->callback(
+      [&line] { line.command = [&line](Console& console) { return runOptions(console, line.name, line.value); }; });
 }
 
 void addProcesses(CLI::App& app, CommandLine& line) {
@@ -119,7 +131,6 @@ void addProcesses(CLI::App& app, CommandLine& line) {
   run->add_option("--export", line.run.exportFile, "write this file instead of the stored one");
   run->add_option("--format", line.run.format, "of the file")
       ->check(CLI::IsMember({"html", "csv", "report"}, CLI::ignore_case));
-  run->footer("Every question is answered with its default button; messages go to standard error with the time.");
   run->callback([&line] { line.command = [&line](Console& console) { return runProcess(console, line.run); }; });
 }
 
@@ -194,7 +205,6 @@ void addData(CLI::App& app, CommandLine& line) {
   data->add_flag("--vertical", line.data.vertical, "print the differences with a line per value");
   data->add_flag("--only-differing", line.data.onlyDiffering, "print only the columns that differ, and the key");
   addSave(data, line.data.save);
-  data->footer("Without key, order and offset each table is compared as was last chosen for it in the window.");
   for (CLI::Option* many : {tables, all})
     for (CLI::Option* other : data->get_options())
       for (const char* ofOne : {"table", "target-table", "key", "target-key", "sort", "target-sort", "offset",
@@ -264,12 +274,32 @@ void addScripts(CLI::App& app, CommandLine& line) {
   });
 }
 
+// What a command's help says first behind its options.
+std::string_view noteOf(std::string_view command) {
+  if (command == "run")
+    return "Every question is answered with its default button; messages go to standard error with the time.";
+  if (command == "data")
+    return "Without key, order and offset each table is compared as was last chosen for it in the window.";
+  return {};
+}
+
+void addFooters(CLI::App& parent, const std::string& before) {
+  for (CLI::App* command : parent.get_subcommands([](CLI::App*) { return true; })) {
+    const std::string name = before + command->get_name();
+    command->footer(helpFooter(name, noteOf(name)));
+    addFooters(*command, name + ' ');
+  }
+}
+
 void describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("qrel ") + programVersion);
   app.add_option("--set", line.sets, "OPTION=VALUE for this run; see \"qrel options\"")->allow_extra_args(false);
   app.add_flag("--allow-skipped", line.allowSkipped,
                "statements of scripts that were skipped or refused don't make the end incomplete (exit code 4)");
+  app.add_option("--color", line.colour, "auto: on a terminal, unless NO_COLOR is set or TERM is dumb")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->capture_default_str();
   app.fallthrough();
   app.footer(exitCodeHelp);
   addLoad(app, line);
@@ -280,6 +310,53 @@ void describe(CLI::App& app, CommandLine& line) {
   addTableTools(app, line);
   addScripts(app, line);
   addProcesses(app, line);
+  addFooters(app, "");
+}
+
+// A word in the place of a command that is none, told with the one that was probably meant; empty: there is no such
+// word.
+std::string wrongCommand(const CLI::App& app, int argc, const char* const* argv) {
+  const CLI::App* parent = &app;
+  std::string before;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view word = argv[i];
+    if (word == "--set" || word == "--color") ++i;
+    if (word.starts_with('-')) continue;
+    std::vector<std::string> names;
+    const CLI::App* found = nullptr;
+    for (const CLI::App* command : parent->get_subcommands([](const CLI::App*) { return true; })) {
+      names.push_back(command->get_name());
+      if (names.back() == word) found = command;
+    }
+    if (names.empty()) return {};
+    if (found) {
+      parent = found;
+      before += std::string(word) + ' ';
+      continue;
+    }
+    const std::string nearest = nearestWord(word, names);
+    return "\"" + before + visibleText(word) + "\" is no command" +
+           (nearest.empty() ? "." : "; did you mean \"" + before + nearest + "\"?") + " \"qrel " + before +
+           "--help\" lists the commands.";
+  }
+  return {};
+}
+
+std::string wrongUsage(const CLI::App* app, const CLI::Error& error) {
+  std::string command = "qrel ";
+  for (const CLI::App* sub : app->get_subcommands()) command += sub->get_name() + ' ';
+  return "qrel: " + visibleText(error.what()) + "\n\"" + command + "--help\" tells how it is used.\n";
+}
+
+// A file, a pipe and a terminal that can't show any have no colours unless they are asked for.
+bool wantsColours(const std::string& asked, bool terminal) {
+  const auto isSet = [](const char* name) {
+    const char* value = std::getenv(name);
+    return value && *value;
+  };
+  const char* kind = std::getenv("TERM");
+  if (asked != "auto") return asked == "always";
+  return terminal && !isSet("NO_COLOR") && !(kind && std::string_view(kind) == "dumb");
 }
 
 int finish(std::ostream& err, ExitCode code, const std::string& message) {
@@ -305,7 +382,8 @@ int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std
   try {
     Console console(findFolders(programFile), out, err);
     const StopWatch watch(console.servers.unfinished());
-    console.colours = &out == &std::cout && system::isTerminal(system::Stream::Output);
+    console.terminal = &out == &std::cout && system::isTerminal(system::Stream::Output);
+    console.colours = wantsColours(line.colour, console.terminal);
     if (const int columns = system::terminalColumns(); columns > 0) console.columns = columns;
     console.asks = &err == &std::cerr && system::isTerminal(system::Stream::Input);
     console.progress = &err == &std::cerr && system::isTerminal(system::Stream::Errors);
@@ -335,9 +413,17 @@ int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostrea
   CLI::App app{"Compares two SQL Server databases and says in words what differs.", "qrel"};
   CommandLine line;
   describe(app, line);
+  app.failure_message(wrongUsage);
+  if (argc < 2) {
+    err << app.help();
+    return static_cast<int>(ExitCode::Usage);
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
+    const bool asked = error.get_exit_code() == 0;  // for the help or the version
+    const std::string wrong = asked ? "" : wrongCommand(app, argc, argv);
+    if (!wrong.empty()) return finish(err, ExitCode::Usage, wrong);
     const int code = app.exit(error, out, err);
     return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
   }

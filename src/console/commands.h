@@ -35,14 +35,18 @@ struct AddServerArguments {
 };
 ExitCode runServers(Console& console);
 ExitCode runServersAdd(Console& console, const AddServerArguments& arguments);
-ExitCode runServersRemove(Console& console, const std::string& name);
+// Asks first unless told `yes`; throws CommandFailure where nobody can be asked.
+ExitCode runServersRemove(Console& console, const std::string& name, bool yes);
 // Connects and tells over which road, how fast, and to what.
 ExitCode runServersTest(Console& console, const std::string& name);
 
 ExitCode runDatabases(Console& console, const std::string& server);
 ExitCode runObjects(Console& console, const std::string& side, const std::string& type);
-ExitCode runText(Console& console, const std::string& side, const std::string& type, const std::string& name);
-ExitCode runOptions(Console& console);
+// Lines end with LF, with `crlf` as in the text.
+ExitCode runText(Console& console, const std::string& side, const std::string& type, const std::string& name,
+                 bool crlf);
+// All options; with a name that one alone, after it has been given the value.
+ExitCode runOptions(Console& console, const std::string& name, const std::optional<std::string>& value);
 
 struct CompareArguments {
   std::string source, target;

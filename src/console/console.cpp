@@ -121,17 +121,18 @@ void Console::applySet(const std::string& set) {
                          "--set " + set + ": expected OPTION=VALUE with an option of \"qrel options\"."};
   if (setting->kind == SettingKind::Text)
     return store.setOverride(settingKey(*setting), setting->name, set.substr(equals + 1));
-  const std::string value = lowerCase(set.substr(equals + 1));
-  const bool digits = !value.empty() && value.find_first_not_of("0123456789") == std::string::npos && value.size() < 10;
-  std::int32_t number = 0;
-  if (digits)
-    number = numericPrefix(value);
-  else if (setting->kind == SettingKind::Flag && (value == "on" || value == "true" || value == "yes"))
-    number = 1;
-  else if (setting->kind != SettingKind::Flag || (value != "off" && value != "false" && value != "no"))
-    throw CommandFailure{ExitCode::Usage, "--set " + set + ": expected a number" +
-                                              (setting->kind == SettingKind::Flag ? ", on or off." : ".")};
-  store.setOverride(settingKey(*setting), setting->name, number);
+  store.setOverride(settingKey(*setting), setting->name, settingNumber(*setting, set.substr(equals + 1)));
+}
+
+std::int32_t Console::settingNumber(const Setting& setting, const std::string& text) {
+  const std::string value = lowerCase(text);
+  const bool flag = setting.kind == SettingKind::Flag;
+  if (!value.empty() && value.find_first_not_of("0123456789") == std::string::npos && value.size() < 10)
+    return numericPrefix(value);
+  if (flag && (value == "on" || value == "true" || value == "yes")) return 1;
+  if (flag && (value == "off" || value == "false" || value == "no")) return 0;
+  throw CommandFailure{ExitCode::Usage,
+                       std::string(setting.name) + "=" + text + ": expected a number" + (flag ? ", on or off." : ".")};
 }
 
 void Console::start(const std::vector<std::string>& sets) {

@@ -20,6 +20,7 @@
 namespace qrel {
 
 class EmbeddedProvider;
+struct Setting;
 
 // One side of a comparison: a server's record and a database.
 struct Side {
@@ -38,9 +39,10 @@ class Console : private MainSteps {
  public:
   Console(const Folders& folders, std::ostream& out, std::ostream& err);
 
-  std::ostream& out;          // results
-  std::ostream& err;          // progress and messages
-  bool colours = false;       // `out` is a terminal
+  std::ostream& out;      // results
+  std::ostream& err;      // progress and messages
+  bool terminal = false;  // `out` is one
+  bool colours = false;
   int columns = 130;          // of characters in a row of `out`
   bool asks = false;          // a person at a terminal can be asked for a password
   bool progress = false;      // `err` is a terminal
@@ -75,6 +77,9 @@ class Console : private MainSteps {
 
   // Names on `err` what couldn't be read since the start, each failure once.
   void listReadFailures();
+
+  // The number that a setting's value stands for; throws CommandFailure for one that stands for none.
+  static std::int32_t settingNumber(const Setting& setting, const std::string& text);
 
   // The object type code of "tables", "procedures", ...; throws CommandFailure for any other word.
   static long objectType(const std::string& word);

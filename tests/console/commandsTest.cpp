@@ -21,11 +21,12 @@ TEST_F(Commands, LoadListAndPrint) {
   EXPECT_EQ(run({"objects", "S/D", "--type", "tables"}), 0);
   EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 2);
   EXPECT_TRUE(out.starts_with("a\t")) << out;
-  EXPECT_EQ(std::count(out.begin(), out.end(), '\t'), 4) << "name, date, id";
+  EXPECT_EQ(std::count(out.begin(), out.end(), '\t'), 6) << "name, date, id, type";
+  EXPECT_TRUE(out.ends_with("\ttable\n")) << out;
   EXPECT_EQ(run({"text", "S/D", "--type", "tables", "A"}), 0);
-  EXPECT_EQ(out, "[y] [int] NOT NULL") << "and nothing else";
+  EXPECT_EQ(out, "[y] [int] NOT NULL\n") << "and nothing else";
   EXPECT_EQ(run({"text", script, "--type", "tables", "b"}), 0);
-  EXPECT_EQ(out, "[x] [int] NULL");
+  EXPECT_EQ(out, "[x] [int] NULL\n");
 }
 
 // Settings too: the first start alone writes where it ran.
@@ -68,7 +69,16 @@ TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {
     std::string message;
   };
   const Case cases[] = {
-      {{}, 2, "subcommand"},
+      {{}, 2, "Usage: qrel"},
+      {{"comapre", "S/D", "S/D"}, 2, "qrel: \"comapre\" is no command; did you mean \"compare\"?"},
+      {{"--set", "CaseSensitive=0", "servers", "ad", "x"},
+       2,
+       "\"servers ad\" is no command; did you mean \"servers add\"?"},
+      {{"zzzzzzzz"}, 2, "qrel: \"zzzzzzzz\" is no command. \"qrel"},
+      {{"compare", "S/D"}, 2, "qrel: TARGET is required\n\"qrel compare --help\""},
+      {{"options", "CaseSensitiv"}, 2, "did you mean \"CaseSensitive\"?"},
+      {{"options", "CaseSensitive", "perhaps"}, 2, "on or off"},
+      {{"options", "Count", "7"}, 2, "qrel servers add"},
       {{"compare", "S/D", "S/D", "--object", "t"}, 2, "--type"},
       {{"objects", "S/D", "--type", "sheep"}, 2, "\"sheep\" is no type"},
       {{"objects", "justaname"}, 2, "neither SERVER/DATABASE nor"},
@@ -190,7 +200,9 @@ TEST_F(Commands, ServersAreAddedAndRemoved) {
   EXPECT_TRUE(out.starts_with("Local\tWindows authentication\tD\t")) << out;
   EXPECT_EQ(run({"servers", "add", "LOCAL"}), 3);
   EXPECT_TRUE(told("This server is already added to the list."));
-  EXPECT_EQ(run({"servers", "remove", "Local"}), 0) << err;
+  EXPECT_EQ(run({"servers", "remove", "Local"}), 2) << "nobody to ask";
+  EXPECT_TRUE(told("--yes")) << err;
+  EXPECT_EQ(run({"servers", "remove", "Local", "--yes"}), 0) << err;
   EXPECT_EQ(run({"servers"}), 0);
   EXPECT_EQ(out, std::string("Local\tembedded\t\t") + defaultProductVersion + "\n");
 }
@@ -216,6 +228,40 @@ TEST_F(Commands, APairIsComparedWithItsMarks) {
                     "Source:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n    SELECT 2\n\n"
                     "Target:\n  CREATE PROCEDURE dbo.p AS\n    SELECT 1\n+   SELECT 3\n    SELECT 2\n"))
       << out;
+}
+
+TEST_F(Commands, ColoursComeWhereTheyAreWanted) {
+  load("S/A", "CREATE TABLE t (a int)");
+  load("S/B", "CREATE TABLE t (b int)");
+  std::vector<std::string> pair = {"compare", "S/A", "S/B", "--type", "tables", "--object", "t"};
+  EXPECT_EQ(run(pair), 1);
+  const std::string plain = out;
+  EXPECT_EQ(out.find('\033'), std::string::npos) << "no terminal";
+  pair.insert(pair.end(), {"--color", "always"});
+  setenv("NO_COLOR", "1", 1);
+  EXPECT_EQ(run(pair), 1);
+  unsetenv("NO_COLOR");
+  EXPECT_TRUE(printed("\033[31m- [a] [int] NULL\033[0m")) << "what is asked for outranks NO_COLOR: " << out;
+  pair.back() = "never";
+  EXPECT_EQ(run(pair), 1);
+  EXPECT_EQ(out, plain);
+}
+
+TEST_F(Commands, AnOptionIsChangedForGood) {
+  EXPECT_EQ(run({"options", "casesensitive", "off"}), 0) << err;
+  EXPECT_EQ(run({"options", "CaseSensitive"}), 0);
+  EXPECT_TRUE(out.starts_with("CaseSensitive\t0\t")) << out;
+  EXPECT_EQ(run({"options", "OdbcDriver", "Mine"}), 0) << err;
+  EXPECT_EQ(run({"options", "OdbcDriver"}), 0);
+  EXPECT_TRUE(out.starts_with("OdbcDriver\tMine\t")) << out;
+}
+
+TEST_F(Commands, ATextEndsItsLastLine) {
+  load("S/A", "CREATE PROCEDURE p AS\r\nSELECT 1");
+  EXPECT_EQ(run({"text", "S/A", "--type", "procedures", "p"}), 0);
+  EXPECT_EQ(out, "CREATE PROCEDURE p AS\nSELECT 1\n");
+  EXPECT_EQ(run({"text", "S/A", "--type", "procedures", "p", "--crlf"}), 0);
+  EXPECT_EQ(out, "CREATE PROCEDURE p AS\r\nSELECT 1\r\n");
 }
 
 TEST_F(Commands, AReportFileHasItsOwnLineEnds) {
