@@ -1,5 +1,6 @@
 #include "console/bulkRun.h"
 
+#include <algorithm>
 #include <ostream>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "console/progressWatch.h"
 #include "console/stopWatch.h"
 #include "console/verdict.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
 #include "report/modCopyToFile.h"
@@ -53,13 +55,22 @@ ExitCode BulkRun::run(const std::array<const Side*, 2>& sides, const std::string
     if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
     return ExitCode::CannotRead;
   }
-  program.report.gstrReportText = visibleLines(program.report.gstrReportText);
-  console_.out << replaceAll(program.report.gstrReportText, "\r\n", "\n") << '\n';
+  std::string& report = program.report.gstrReportText;
+  report = visibleLines(report);
+  if (forms.noTime) report.erase(std::min(report.rfind("\r\n\r\nTime Elapsed: "), report.size()));
+  const modCompareAllState& state = program.state<modCompareAllState>();
+  if (forms.brief)
+    printBrief(console_.out, state);
+  else
+    console_.out << replaceAll(report, "\r\n", "\n") << '\n';
   std::string path;
   if (!reportFile.empty() && !CopyToFile(program, program.report.gstrReportText, "Report", path, reportFile))
     return ExitCode::CannotRead;
-  const bool complete = !sides[0]->incomplete && !sides[1]->incomplete && !reads_.failed();
-  return verdict(complete && console_.host.errorReports() == reports_);
+  const bool complete =
+      !sides[0]->incomplete && !sides[1]->incomplete && !reads_.failed() && console_.host.errorReports() == reports_;
+  if (!forms.junit.empty())
+    files::writeAtomically(forms.junit, junitOf(state, {sides[0]->given, sides[1]->given}, complete));
+  return verdict(complete);
 }
 
 }  // namespace qrel

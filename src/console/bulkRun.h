@@ -9,6 +9,7 @@
 
 #include "compare/all/modCompareAll.h"
 #include "console/console.h"
+#include "console/forms/runForms.h"
 
 namespace qrel {
 
@@ -18,6 +19,7 @@ class BulkRun {
 
   CompareAllControls& controls() { return controls_; }
   CompareAllInput input;
+  RunForms forms;
 
   // Takes the objects of these names, as the two sides list them, and no others.
   void select(std::array<std::vector<std::string>, 2> names);

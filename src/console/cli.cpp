@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <streambuf>
 #include <string_view>
 
 #include "console/cliHelp.h"
@@ -21,6 +22,7 @@ struct CommandLine {
   std::vector<std::string> sets;
   bool allowSkipped = false;
   std::string colour = "auto";
+  bool quiet = false;
   bool yes = false;   // don't ask
   bool crlf = false;  // of a text's line ends
   LoadArguments load;
@@ -151,6 +153,13 @@ void addExport(CLI::App* command, ExportArguments& arguments, const std::string&
   csv->excludes(html);
 }
 
+// How a run over whole databases tells what it has found, besides its report.
+std::vector<CLI::Option*> addForms(CLI::App* command, RunForms& forms) {
+  return {command->add_flag("--brief", forms.brief, "print differences and counts, not the report"),
+          command->add_flag("--no-time", forms.noTime, "the report without its line about the time"),
+          command->add_option("--junit", forms.junit, "write this file for a build server: a case per object")};
+}
+
 void addCompare(CLI::App& app, CommandLine& line) {
   CLI::App* compare = app.add_subcommand("compare", "Compare two databases, or one object of each");
   compare->add_option("SOURCE", line.compare.source, "SERVER/DATABASE, a .sql file or a folder of them")->required();
@@ -171,7 +180,15 @@ void addCompare(CLI::App& app, CommandLine& line) {
       ->add_flag("--aligned", line.compare.aligned,
                  "the texts of one pair in two columns, lines that belong together side by side")
       ->needs(object);
+  CLI::Option* unified = compare->add_flag("--unified", line.compare.unified, "a patch of one pair's texts instead");
+  unified->needs(object)->excludes(compare->get_option("--aligned"));
+  compare->add_option("--context", line.compare.context, "lines around each change of --unified")
+      ->needs(unified)
+      ->check(CLI::Range(0, 1000000))
+      ->capture_default_str();
   for (CLI::Option* other : {types, details, only, report}) object->excludes(other);
+  for (CLI::Option* form : addForms(compare, line.compare.forms)) object->excludes(form);
+  compare->add_flag("-q,--quiet", line.quiet, "print nothing: the exit code alone");
   addSave(compare, line.compare.save);
   type->needs(object);
   compare->callback([&line] {
@@ -202,6 +219,8 @@ void addData(CLI::App& app, CommandLine& line) {
       ->check(CLI::Range(1, 32767));
   data->add_option("--target-offset", line.data.offsets[1], "the same for Target")->check(CLI::Range(1, 32767));
   addExport(data, line.data.differences, "the differences");
+  const std::vector<CLI::Option*> forms = addForms(data, line.data.forms);
+  data->add_flag("-q,--quiet", line.quiet, "print nothing: the exit code alone");
   data->add_flag("--vertical", line.data.vertical, "print the differences with a line per value");
   data->add_flag("--only-differing", line.data.onlyDiffering, "print only the columns that differ, and the key");
   addSave(data, line.data.save);
@@ -211,11 +230,13 @@ void addData(CLI::App& app, CommandLine& line) {
                                 "target-offset", "validate", "csv", "html", "vertical", "only-differing"})
         if (other->check_lname(ofOne)) many->excludes(other);
   tables->excludes(all);
-  data->callback([&line, table] {
+  data->callback([&line, table, forms] {
     const DataArguments& given = line.data;
     const bool many = given.all || !given.selected.empty();
     if (!many && table->count() == 0) throw CLI::RequiredError("--table, --tables or --all");
     if (!many && !given.report.empty()) throw CLI::RequiresError("--report", "--tables or --all");
+    for (const CLI::Option* form : forms)
+      if (!many && form->count() > 0) throw CLI::RequiresError(form->get_name(), "--tables or --all");
     if (given.save.given() && given.validate) throw CLI::ExcludesError("--save", "--validate");
     // A process keeps the told form alone.
     if (given.save.given() && given.differences.rfc4180) throw CLI::ExcludesError("--save", "--rfc4180");
@@ -376,9 +397,19 @@ class FailuresList {
   Console& console_;
 };
 
+// Takes in everything and keeps nothing.
+class Nowhere : public std::streambuf {
+ protected:
+  int overflow(int byte) override { return traits_type::not_eof(byte); }
+  std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
+};
+
 const CommandFailure stopped{ExitCode::Stopped, "Operation cancelled by the user."};
 
-int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std::ostream& err) {
+int runParsed(CommandLine& line, const char* programFile, std::ostream& given, std::ostream& err) {
+  Nowhere nowhere;
+  std::ostream silent(&nowhere);
+  std::ostream& out = line.quiet ? silent : given;
   try {
     Console console(findFolders(programFile), out, err);
     const StopWatch watch(console.servers.unfinished());

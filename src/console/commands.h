@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "console/console.h"
+#include "console/forms/runForms.h"
 #include "console/savedProcess.h"
 
 namespace qrel {
@@ -55,11 +56,14 @@ struct CompareArguments {
   std::string type;
   std::vector<std::string> objects;  // the Source's name, and the Target's when it is another
   bool aligned = false;              // both texts in two columns
+  bool unified = false;              // a patch instead of the report
+  int context = 3;                   // its lines around a change
   // Whole databases:
   std::string types = "all";  // comma-separated
   bool details = false;
   std::vector<std::string> only;
   std::string report;  // file
+  RunForms forms;
   SaveArguments save;
 };
 ExitCode runComparePair(Console& console, const CompareArguments& arguments);
@@ -79,6 +83,7 @@ struct DataArguments {
   std::string selected;           // or several in one report, with commas between
   bool all = false;               // or all in one report
   std::string report;             // file of that report
+  RunForms forms;                 // of that run
   bool validate = false;          // test the keys of a single table instead
   std::string targetTable;        // of a single table; empty: the same name
   std::string keys[2];            // column names with commas between, of Source and Target; a pair with no Target's

@@ -66,6 +66,7 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
     filterSchemas(console, sides[side], side, arguments.schemas[side]);
   }
   run.input.blnDetails = arguments.details;
+  run.forms = arguments.forms;
   if (!arguments.only.empty()) {
     run.select(chosenNames(console, workspace, {&sides[0], &sides[1]}, checkedTypes(run.controls()), arguments.only));
     process.arrSource = run.input.selection.arrSelectedSource;

@@ -195,7 +195,7 @@ Side Console::resolveSide(const std::string& text) {
     throw CommandFailure{ExitCode::Usage, "\"" + text +
                                               "\" is neither SERVER/DATABASE nor a script (.sql), a project (.sqlproj) "
                                               "or a folder that exists."};
-  Side side{resolveServer(server), text.substr(slash + 1), false};
+  Side side{resolveServer(server), text.substr(slash + 1), false, text};
   side.incomplete = lacksWhatLoadsSkipped(side.server.Name, side.database);
   return side;
 }
@@ -241,6 +241,7 @@ Side Console::sideFromScripts(const fs::path& path) {
   Side side;
   side.server.Name = servers.createTemporary();
   side.database = databaseNameOf(path);
+  side.given = path.string();
   const LoadReport report = loadScripts(servers, side.server.Name, side.database, {path}, loadOptions());
   clearProgress();
   if (report.stopped) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};

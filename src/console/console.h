@@ -27,6 +27,7 @@ struct Side {
   tServer server;
   std::string database;
   bool incomplete = false;  // of its scripts something was left out that isn't allowed to be
+  std::string given;        // as it was named on the command line
 };
 
 // A request that can't be carried out: what to print and how to end.

@@ -28,6 +28,7 @@ ExitCode runDataAll(Console& console, const DataArguments& arguments) {
   Program& program = console.program;
   checkSave(console, arguments.save, arguments.source, arguments.target);
   BulkRun run(console);
+  run.forms = arguments.forms;
   const std::array<Side, 2> sides{console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
   Workspace workspace;
   for (const int side : {0, 1}) openPanel(console, workspace, sides[static_cast<std::size_t>(side)], side);

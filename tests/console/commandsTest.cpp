@@ -1,6 +1,8 @@
 // The console's commands as a person calls them: output, messages, exit codes.
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "tests/console/consoleTest.h"
 #include "tests/embedded/folderState.h"
@@ -288,6 +290,60 @@ TEST_F(ConsoleTest, OnePairInTwoColumns) {
               "[c] [varchar] (10) NULL      ~ [c] [varchar] (20) NULL\n"))
       << out;
   EXPECT_EQ(run({"compare", "S/A", "S/B", "--aligned"}), 2);
+}
+
+std::string bytesOfFile(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST_F(Commands, ARunInBriefAndForABuildServer) {
+  const std::string source =
+      file("a.sql", "CREATE TABLE [a<&\"b] (x int)\nCREATE TABLE same (x int)\nCREATE TABLE s (x int)");
+  const std::string target = file("b.sql", "CREATE TABLE [a<&\"b] (y int)\nCREATE TABLE same (x int)\nFROBNICATE");
+  const std::string junit = path("junit.xml");
+  EXPECT_EQ(run({"compare", source, target, "--types", "tables", "--brief", "--junit", junit, "--allow-skipped"}), 1);
+  EXPECT_EQ(out,
+            "different\ttable\ta<&\"b\nonly in Source\ttable\ts\n"
+            "1 different, 1 only in Source, 0 only in Target, 0 not compared, 1 identical\n");
+  EXPECT_NE(bytesOfFile(junit).find("tests=\"3\" failures=\"2\" errors=\"0\""), std::string::npos)
+      << bytesOfFile(junit);
+  EXPECT_EQ(run({"compare", source, target, "--types", "tables", "-q", "--junit", junit}), 4);
+  EXPECT_EQ(out, "");
+  EXPECT_NE(bytesOfFile(junit).find("tests=\"4\" failures=\"2\" errors=\"1\""), std::string::npos) << "not whole";
+  const std::string read =
+      "python3 -c \"import sys, xml.etree.ElementTree as e; r = e.parse(sys.argv[1]).getroot(); "
+      "sys.exit(r[0][0].get('name') != 'a<&\\\"b')\" " +
+      junit;
+  EXPECT_EQ(std::system(read.c_str()), 0);
+  EXPECT_EQ(run({"compare", source, source, "--junit", "/proc/none/junit.xml"}), 3) << err;
+  EXPECT_EQ(run({"compare", source, target, "--types", "tables", "--no-time"}), 4);
+  EXPECT_FALSE(printed("Time Elapsed")) << out;
+  EXPECT_EQ(run({"data", source, target, "--table", "same", "--brief"}), 2) << err;
+}
+
+TEST_F(Commands, APatchMakesTheTargetOfTheSource) {
+  std::string lines[2] = {"CREATE PROCEDURE p AS\n", "CREATE PROCEDURE p AS\n"};
+  for (int number = 1; number <= 40; ++number) {
+    const std::string line = "SELECT " + std::to_string(number) + "\n";
+    if (number != 20) lines[0] += line;
+    if (number != 5 && number != 40) lines[1] += number == 30 ? "SELECT 'x'\n" : line;
+  }
+  load("S/A", lines[0]);
+  load("S/B", lines[1]);
+  for (const char* side : {"A", "B"}) {
+    EXPECT_EQ(run({"text", std::string("S/") + side, "--type", "procedures", "p"}), 0);
+    file(side, out);
+  }
+  for (const char* context : {"0", "3"}) {
+    EXPECT_EQ(
+        run({"compare", "S/A", "S/B", "--type", "procedures", "--object", "p", "--unified", "--context", context}), 1)
+        << err;
+    file("p.patch", out);
+    const std::string apply = "cd " + folder.path().string() + " && patch -s -o made A p.patch && cmp made B";
+    EXPECT_EQ(std::system(apply.c_str()), 0) << out;
+  }
+  EXPECT_TRUE(out.starts_with("--- S/A/p\n+++ S/B/p\n@@ -3,7 +3,6 @@\n SELECT 2\n")) << out;
 }
 
 }  // namespace
