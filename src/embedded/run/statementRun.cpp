@@ -162,6 +162,12 @@ ObjectName StatementRun::localName(ObjectName name) const {
   return name;
 }
 
+ObjectName StatementRun::keptName(ObjectName name) const {
+  name = localName(std::move(name));
+  if (isTemporaryName(name.name)) notUnderstood("of temporary objects only tables are kept");
+  return name;
+}
+
 std::shared_ptr<const TableInfo> StatementRun::requireTable(const ObjectName& name) const {
   auto table = catalogue().table(name.schema, name.name);
   if (table) return table;

@@ -142,6 +142,8 @@ class StatementRun {
 
   // Names. An object of this database, without the database's name; refuses others.
   ObjectName localName(ObjectName name) const;
+  // The same for what can't be temporary here: only tables can.
+  ObjectName keptName(ObjectName name) const;
   std::shared_ptr<const TableInfo> requireTable(const ObjectName& name) const;
 
  private:

@@ -247,7 +247,7 @@ void keepModule(StatementRun& run) {
   if (orAlter) reader.expectWord("ALTER");
   const std::size_t kindAt = reader.position();
   const std::string kind = moduleKind(reader.next());
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   const std::size_t behindName = reader.position();
   ModuleDef module;
   module.name = name;
@@ -257,7 +257,7 @@ void keepModule(StatementRun& run) {
     reader.expectWord("ON");
     if (reader.peek().is("DATABASE") || reader.peek().is("ALL"))
       run.notUnderstood("triggers on databases and servers aren't kept");
-    module.parent = run.localName(readObjectName(reader));
+    module.parent = run.keptName(readObjectName(reader));
     readTriggerEvents(run.text.tokens, reader.position(), module);
   }
   checkModuleBody(run.text, kind, behindName);

@@ -42,7 +42,7 @@ Element readElement(StatementRun& run, const std::string& schema) {
     return element;
   }
   ModuleDef view;
-  view.name = run.localName(readObjectName(reader));
+  view.name = run.keptName(readObjectName(reader));
   if (view.name.schema.empty()) view.name.schema = schema;
   view.xtype = "V";
   reader.moveTo(run.text.structure.guessEnd(element.at, run.limit));
@@ -82,7 +82,7 @@ void createSchema(StatementRun& run) {
 
 void createType(StatementRun& run) {
   TokenReader& reader = run.reader;
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   if (reader.acceptWord("AS")) {
     reader.expectWord("TABLE");
     TableDef table;
@@ -109,7 +109,7 @@ void createType(StatementRun& run) {
 
 void createSequence(StatementRun& run) {
   TokenReader& reader = run.reader;
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   std::int64_t start = 1;
   std::int64_t increment = 1;
   const auto number = [&](std::int64_t& value) {
@@ -159,7 +159,7 @@ void createSequence(StatementRun& run) {
 
 void createSynonym(StatementRun& run) {
   TokenReader& reader = run.reader;
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   reader.expectWord("FOR");
   const std::size_t begin = reader.position();
   readObjectName(reader);
