@@ -1,5 +1,6 @@
 #include "console/bulkRun.h"
 
+#include <algorithm>
 #include <ostream>
 #include <utility>
 
@@ -7,20 +8,23 @@
 #include "console/progressWatch.h"
 #include "console/stopWatch.h"
 #include "console/verdict.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "platform/visibleText.h"
 #include "report/modCopyToFile.h"
 
 namespace qrel {
 
-void BulkRun::select(std::vector<std::string> source, std::vector<std::string> target) {
-  if (source.empty() && target.empty()) return;
+void BulkRun::select(std::array<std::vector<std::string>, 2> names) {
+  // A side without any of them has nothing to add to the names, and the other's objects are missing there.
+  for (const std::size_t side : {0U, 1U})
+    if (names[side].empty()) names[side] = names[1 - side];
   ObjectSelection& selection = input.selection;
   input.blnSelective = true;
-  selection.lngSelectedSource = static_cast<long>(source.size());
-  selection.lngSelectedTarget = static_cast<long>(target.size());
-  selection.arrSelectedSource = std::move(source);
-  selection.arrSelectedTarget = std::move(target);
+  selection.lngSelectedSource = static_cast<long>(names[0].size());
+  selection.lngSelectedTarget = static_cast<long>(names[1].size());
+  selection.arrSelectedSource = std::move(names[0]);
+  selection.arrSelectedTarget = std::move(names[1]);
 }
 
 ExitCode BulkRun::verdict(bool complete) const {
@@ -51,13 +55,22 @@ ExitCode BulkRun::run(const std::array<const Side*, 2>& sides, const std::string
     if (stopRequested()) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
     return ExitCode::CannotRead;
   }
-  program.report.gstrReportText = visibleLines(program.report.gstrReportText);
-  console_.out << replaceAll(program.report.gstrReportText, "\r\n", "\n") << '\n';
+  std::string& report = program.report.gstrReportText;
+  report = visibleLines(report);
+  if (forms.noTime) report.erase(std::min(report.rfind("\r\n\r\nTime Elapsed: "), report.size()));
+  const modCompareAllState& state = program.state<modCompareAllState>();
+  if (forms.brief)
+    printBrief(console_.out, state);
+  else
+    console_.out << replaceAll(report, "\r\n", "\n") << '\n';
   std::string path;
   if (!reportFile.empty() && !CopyToFile(program, program.report.gstrReportText, "Report", path, reportFile))
     return ExitCode::CannotRead;
-  const bool complete = !sides[0]->incomplete && !sides[1]->incomplete && !reads_.failed();
-  return verdict(complete && console_.host.errorReports() == reports_);
+  const bool complete =
+      !sides[0]->incomplete && !sides[1]->incomplete && !reads_.failed() && console_.host.errorReports() == reports_;
+  if (!forms.junit.empty())
+    files::writeAtomically(forms.junit, junitOf(state, {sides[0]->given, sides[1]->given}, complete));
+  return verdict(complete);
 }
 
 }  // namespace qrel

@@ -9,6 +9,7 @@
 
 #include "compare/all/modCompareAll.h"
 #include "console/console.h"
+#include "console/forms/runForms.h"
 
 namespace qrel {
 
@@ -18,9 +19,10 @@ class BulkRun {
 
   CompareAllControls& controls() { return controls_; }
   CompareAllInput input;
+  RunForms forms;
 
-  // Takes the objects of these names, in the order of the two sides. None: all objects.
-  void select(std::vector<std::string> source, std::vector<std::string> target);
+  // Takes the objects of these names, as the two sides list them, and no others.
+  void select(std::array<std::vector<std::string>, 2> names);
 
   // Runs `compare`, which tells whether it came to its end, over both sides; prints the report, writes it to
   // reportFile unless that is empty, names what couldn't be compared and gives the exit code. Reads that failed since

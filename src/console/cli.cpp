@@ -1,8 +1,12 @@
 #include <CLI/CLI.hpp>
 
+#include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <streambuf>
+#include <string_view>
 
+#include "console/cliHelp.h"
 #include "console/commands.h"
 #include "platform/error.h"
 #include "platform/system.h"
@@ -16,6 +20,11 @@ namespace {
 // The command line as parsed. Exactly one command is set by CLI11's callbacks.
 struct CommandLine {
   std::vector<std::string> sets;
+  bool allowSkipped = false;
+  std::string colour = "auto";
+  bool quiet = false;
+  bool yes = false;   // don't ask
+  bool crlf = false;  // of a text's line ends
   LoadArguments load;
   AddServerArguments addServer;
   CompareArguments compare;
@@ -26,6 +35,7 @@ struct CommandLine {
   RunArguments run;
   bool json = false;
   std::string name, side, type, object;
+  std::optional<std::string> value;
   std::function<ExitCode(Console&)> command;
 };
 
@@ -63,11 +73,12 @@ void addServers(CLI::App& app, CommandLine& line) {
   test->add_option("NAME", line.name, "of the list; or any other, with Windows authentication")->required();
   CLI::App* remove = servers->add_subcommand("remove", "Remove a server from the list");
   remove->add_option("NAME", line.name)->required();
+  remove->add_flag("--yes", line.yes, "don't ask; needed where there is no terminal");
   servers->callback([&line, add, remove, test] {
     line.command = [&line, add, remove, test](Console& console) {
       if (add->parsed()) return runServersAdd(console, line.addServer);
       if (test->parsed()) return runServersTest(console, line.name);
-      if (remove->parsed()) return runServersRemove(console, line.name);
+      if (remove->parsed()) return runServersRemove(console, line.name, line.yes);
       return runServers(console);
     };
   });
@@ -79,7 +90,7 @@ void addLists(CLI::App& app, CommandLine& line) {
   databases->callback(
       [&line] { line.command = [&line](Console& console) { return runDatabases(console, line.name); }; });
 
-  CLI::App* objects = app.add_subcommand("objects", "List objects: name, tab, date, tab, id");
+  CLI::App* objects = app.add_subcommand("objects", "List objects: name, date, id and type, with tabs between");
   objects->add_option("SIDE", line.side, "SERVER/DATABASE, a .sql file or a folder of them")->required();
   objects->add_option("--type", line.type,
                       "tables, procedures, functions, views, triggers, relationships, constraints");
@@ -90,12 +101,16 @@ void addLists(CLI::App& app, CommandLine& line) {
   text->add_option("SIDE", line.side)->required();
   text->add_option("--type", line.type)->required();
   text->add_option("NAME", line.object)->required();
+  text->add_flag("--crlf", line.crlf, "lines end with CR LF where the text has it, not with LF");
   text->callback([&line] {
-    line.command = [&line](Console& console) { return runText(console, line.side, line.type, line.object); };
+    line.command = [&line](Console& console) { return runText(console, line.side, line.type, line.object, line.crlf); };
   });
 
-  CLI::App* options = app.add_subcommand("options", "List the options of --set with their values");
-  options->callback([&line] { line.command = runOptions; });
+  CLI::App* options = app.add_subcommand("options", "List the options with their values, or change one for good");
+  options->add_option("NAME", line.name, "only this one");
+  options->add_option("VALUE", line.value, "its value from now on");
+  options->callback(
+      [&line] { line.command = [&line](Console& console) { return runOptions(console, line.name, line.value); }; });
 }
 
 void addProcesses(CLI::App& app, CommandLine& line) {
@@ -118,7 +133,6 @@ void addProcesses(CLI::App& app, CommandLine& line) {
   run->add_option("--export", line.run.exportFile, "write this file instead of the stored one");
   run->add_option("--format", line.run.format, "of the file")
       ->check(CLI::IsMember({"html", "csv", "report"}, CLI::ignore_case));
-  run->footer("Every question is answered with its default button; messages go to standard error with the time.");
   run->callback([&line] { line.command = [&line](Console& console) { return runProcess(console, line.run); }; });
 }
 
@@ -137,6 +151,13 @@ void addExport(CLI::App* command, ExportArguments& arguments, const std::string&
   command->add_flag("--rfc4180", arguments.rfc4180, "CSV: quotation marks where they are needed, doubled within values")
       ->needs(csv);
   csv->excludes(html);
+}
+
+// How a run over whole databases tells what it has found, besides its report.
+std::vector<CLI::Option*> addForms(CLI::App* command, RunForms& forms) {
+  return {command->add_flag("--brief", forms.brief, "print differences and counts, not the report"),
+          command->add_flag("--no-time", forms.noTime, "the report without its line about the time"),
+          command->add_option("--junit", forms.junit, "write this file for a build server: a case per object")};
 }
 
 void addCompare(CLI::App& app, CommandLine& line) {
@@ -159,7 +180,15 @@ void addCompare(CLI::App& app, CommandLine& line) {
       ->add_flag("--aligned", line.compare.aligned,
                  "the texts of one pair in two columns, lines that belong together side by side")
       ->needs(object);
+  CLI::Option* unified = compare->add_flag("--unified", line.compare.unified, "a patch of one pair's texts instead");
+  unified->needs(object)->excludes(compare->get_option("--aligned"));
+  compare->add_option("--context", line.compare.context, "lines around each change of --unified")
+      ->needs(unified)
+      ->check(CLI::Range(0, 1000000))
+      ->capture_default_str();
   for (CLI::Option* other : {types, details, only, report}) object->excludes(other);
+  for (CLI::Option* form : addForms(compare, line.compare.forms)) object->excludes(form);
+  compare->add_flag("-q,--quiet", line.quiet, "print nothing: the exit code alone");
   addSave(compare, line.compare.save);
   type->needs(object);
   compare->callback([&line] {
@@ -190,21 +219,24 @@ void addData(CLI::App& app, CommandLine& line) {
       ->check(CLI::Range(1, 32767));
   data->add_option("--target-offset", line.data.offsets[1], "the same for Target")->check(CLI::Range(1, 32767));
   addExport(data, line.data.differences, "the differences");
+  const std::vector<CLI::Option*> forms = addForms(data, line.data.forms);
+  data->add_flag("-q,--quiet", line.quiet, "print nothing: the exit code alone");
   data->add_flag("--vertical", line.data.vertical, "print the differences with a line per value");
   data->add_flag("--only-differing", line.data.onlyDiffering, "print only the columns that differ, and the key");
   addSave(data, line.data.save);
-  data->footer("Without key, order and offset each table is compared as was last chosen for it in the window.");
   for (CLI::Option* many : {tables, all})
     for (CLI::Option* other : data->get_options())
       for (const char* ofOne : {"table", "target-table", "key", "target-key", "sort", "target-sort", "offset",
                                 "target-offset", "validate", "csv", "html", "vertical", "only-differing"})
         if (other->check_lname(ofOne)) many->excludes(other);
   tables->excludes(all);
-  data->callback([&line, table] {
+  data->callback([&line, table, forms] {
     const DataArguments& given = line.data;
     const bool many = given.all || !given.selected.empty();
     if (!many && table->count() == 0) throw CLI::RequiredError("--table, --tables or --all");
     if (!many && !given.report.empty()) throw CLI::RequiresError("--report", "--tables or --all");
+    for (const CLI::Option* form : forms)
+      if (!many && form->count() > 0) throw CLI::RequiresError(form->get_name(), "--tables or --all");
     if (given.save.given() && given.validate) throw CLI::ExcludesError("--save", "--validate");
     // A process keeps the told form alone.
     if (given.save.given() && given.differences.rfc4180) throw CLI::ExcludesError("--save", "--rfc4180");
@@ -263,10 +295,32 @@ void addScripts(CLI::App& app, CommandLine& line) {
   });
 }
 
+// What a command's help says first behind its options.
+std::string_view noteOf(std::string_view command) {
+  if (command == "run")
+    return "Every question is answered with its default button; messages go to standard error with the time.";
+  if (command == "data")
+    return "Without key, order and offset each table is compared as was last chosen for it in the window.";
+  return {};
+}
+
+void addFooters(CLI::App& parent, const std::string& before) {
+  for (CLI::App* command : parent.get_subcommands([](CLI::App*) { return true; })) {
+    const std::string name = before + command->get_name();
+    command->footer(helpFooter(name, noteOf(name)));
+    addFooters(*command, name + ' ');
+  }
+}
+
 void describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("qrel ") + programVersion);
   app.add_option("--set", line.sets, "OPTION=VALUE for this run; see \"qrel options\"")->allow_extra_args(false);
+  app.add_flag("--allow-skipped", line.allowSkipped,
+               "statements of scripts that were skipped or refused don't make the end incomplete (exit code 4)");
+  app.add_option("--color", line.colour, "auto: on a terminal, unless NO_COLOR is set or TERM is dumb")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->capture_default_str();
   app.fallthrough();
   app.footer(exitCodeHelp);
   addLoad(app, line);
@@ -277,6 +331,53 @@ void describe(CLI::App& app, CommandLine& line) {
   addTableTools(app, line);
   addScripts(app, line);
   addProcesses(app, line);
+  addFooters(app, "");
+}
+
+// A word in the place of a command that is none, told with the one that was probably meant; empty: there is no such
+// word.
+std::string wrongCommand(const CLI::App& app, int argc, const char* const* argv) {
+  const CLI::App* parent = &app;
+  std::string before;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view word = argv[i];
+    if (word == "--set" || word == "--color") ++i;
+    if (word.starts_with('-')) continue;
+    std::vector<std::string> names;
+    const CLI::App* found = nullptr;
+    for (const CLI::App* command : parent->get_subcommands([](const CLI::App*) { return true; })) {
+      names.push_back(command->get_name());
+      if (names.back() == word) found = command;
+    }
+    if (names.empty()) return {};
+    if (found) {
+      parent = found;
+      before += std::string(word) + ' ';
+      continue;
+    }
+    const std::string nearest = nearestWord(word, names);
+    return "\"" + before + visibleText(word) + "\" is no command" +
+           (nearest.empty() ? "." : "; did you mean \"" + before + nearest + "\"?") + " \"qrel " + before +
+           "--help\" lists the commands.";
+  }
+  return {};
+}
+
+std::string wrongUsage(const CLI::App* app, const CLI::Error& error) {
+  std::string command = "qrel ";
+  for (const CLI::App* sub : app->get_subcommands()) command += sub->get_name() + ' ';
+  return "qrel: " + visibleText(error.what()) + "\n\"" + command + "--help\" tells how it is used.\n";
+}
+
+// A file, a pipe and a terminal that can't show any have no colours unless they are asked for.
+bool wantsColours(const std::string& asked, bool terminal) {
+  const auto isSet = [](const char* name) {
+    const char* value = std::getenv(name);
+    return value && *value;
+  };
+  const char* kind = std::getenv("TERM");
+  if (asked != "auto") return asked == "always";
+  return terminal && !isSet("NO_COLOR") && !(kind && std::string_view(kind) == "dumb");
 }
 
 int finish(std::ostream& err, ExitCode code, const std::string& message) {
@@ -296,17 +397,29 @@ class FailuresList {
   Console& console_;
 };
 
+// Takes in everything and keeps nothing.
+class Nowhere : public std::streambuf {
+ protected:
+  int overflow(int byte) override { return traits_type::not_eof(byte); }
+  std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
+};
+
 const CommandFailure stopped{ExitCode::Stopped, "Operation cancelled by the user."};
 
-int runParsed(CommandLine& line, const char* programFile, std::ostream& out, std::ostream& err) {
+int runParsed(CommandLine& line, const char* programFile, std::ostream& given, std::ostream& err) {
+  Nowhere nowhere;
+  std::ostream silent(&nowhere);
+  std::ostream& out = line.quiet ? silent : given;
   try {
     Console console(findFolders(programFile), out, err);
     const StopWatch watch(console.servers.unfinished());
-    console.colours = &out == &std::cout && system::isTerminal(system::Stream::Output);
+    console.terminal = &out == &std::cout && system::isTerminal(system::Stream::Output);
+    console.colours = wantsColours(line.colour, console.terminal);
     if (const int columns = system::terminalColumns(); columns > 0) console.columns = columns;
     console.asks = &err == &std::cerr && system::isTerminal(system::Stream::Input);
     console.progress = &err == &std::cerr && system::isTerminal(system::Stream::Errors);
     const auto heldState = console.data.holdState();  // what a command prints is of one state of each database
+    console.allowSkipped = line.allowSkipped;
     console.start(line.sets);
     const FailuresList listed(console);
     const ExitCode code = line.command(console);
@@ -331,9 +444,17 @@ int runConsole(int argc, const char* const* argv, std::ostream& out, std::ostrea
   CLI::App app{"Compares two SQL Server databases and says in words what differs.", "qrel"};
   CommandLine line;
   describe(app, line);
+  app.failure_message(wrongUsage);
+  if (argc < 2) {
+    err << app.help();
+    return static_cast<int>(ExitCode::Usage);
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
+    const bool asked = error.get_exit_code() == 0;  // for the help or the version
+    const std::string wrong = asked ? "" : wrongCommand(app, argc, argv);
+    if (!wrong.empty()) return finish(err, ExitCode::Usage, wrong);
     const int code = app.exit(error, out, err);
     return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
   }

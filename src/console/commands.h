@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "console/console.h"
+#include "console/forms/runForms.h"
 #include "console/savedProcess.h"
 
 namespace qrel {
@@ -35,14 +36,18 @@ struct AddServerArguments {
 };
 ExitCode runServers(Console& console);
 ExitCode runServersAdd(Console& console, const AddServerArguments& arguments);
-ExitCode runServersRemove(Console& console, const std::string& name);
+// Asks first unless told `yes`; throws CommandFailure where nobody can be asked.
+ExitCode runServersRemove(Console& console, const std::string& name, bool yes);
 // Connects and tells over which road, how fast, and to what.
 ExitCode runServersTest(Console& console, const std::string& name);
 
 ExitCode runDatabases(Console& console, const std::string& server);
 ExitCode runObjects(Console& console, const std::string& side, const std::string& type);
-ExitCode runText(Console& console, const std::string& side, const std::string& type, const std::string& name);
-ExitCode runOptions(Console& console);
+// Lines end with LF, with `crlf` as in the text.
+ExitCode runText(Console& console, const std::string& side, const std::string& type, const std::string& name,
+                 bool crlf);
+// All options; with a name that one alone, after it has been given the value.
+ExitCode runOptions(Console& console, const std::string& name, const std::optional<std::string>& value);
 
 struct CompareArguments {
   std::string source, target;
@@ -51,11 +56,14 @@ struct CompareArguments {
   std::string type;
   std::vector<std::string> objects;  // the Source's name, and the Target's when it is another
   bool aligned = false;              // both texts in two columns
+  bool unified = false;              // a patch instead of the report
+  int context = 3;                   // its lines around a change
   // Whole databases:
   std::string types = "all";  // comma-separated
   bool details = false;
   std::vector<std::string> only;
   std::string report;  // file
+  RunForms forms;
   SaveArguments save;
 };
 ExitCode runComparePair(Console& console, const CompareArguments& arguments);
@@ -75,6 +83,7 @@ struct DataArguments {
   std::string selected;           // or several in one report, with commas between
   bool all = false;               // or all in one report
   std::string report;             // file of that report
+  RunForms forms;                 // of that run
   bool validate = false;          // test the keys of a single table instead
   std::string targetTable;        // of a single table; empty: the same name
   std::string keys[2];            // column names with commas between, of Source and Target; a pair with no Target's

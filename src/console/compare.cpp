@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <ostream>
 
 #include "compare/structure/modCompareSelected.h"
 #include "compare/structure/modMarkDifferences.h"
 #include "console/commands.h"
+#include "console/forms/unified.h"
 #include "console/panel.h"
 #include "console/tables/alignedTable.h"
 #include "db/mdlObjects.h"
@@ -42,16 +44,18 @@ void printMarkedLines(std::ostream& out, const CompLineArray& lines, bool colour
 // What a pair comparison asks of its surroundings, on a console: the report goes to standard output.
 class ConsoleSteps : public PairComparisonSteps {
  public:
-  ConsoleSteps(Console& console, const Workspace& workspace, bool aligned)
-      : console_(console), workspace_(workspace), aligned_(aligned) {}
+  ConsoleSteps(Console& console, const Workspace& workspace, const CompareArguments& arguments,
+               std::array<std::string, 2> names)
+      : console_(console), workspace_(workspace), arguments_(arguments), names_(std::move(names)) {}
 
   bool CanStartComparison() override { return true; }
   void ShowReport(const PairReport& report) override {
     different = !report.blnIdentical;
+    if (arguments_.unified) return showUnified(report);
     console_.out << visibleLines(replaceAll(console_.program.report.gstrReportText, "\r\n", "\n")) << '\n';
     if (report.blnIdentical) return;
     const bool colours = console_.colours;
-    if (aligned_) {
+    if (arguments_.aligned) {
       const auto& panes = workspace_.txtTXProc;
       console_.out << '\n';
       return printAligned(console_.out, panes[0].text(), panes[1].text(), AlignOptionsOf(console_.program),
@@ -68,9 +72,19 @@ class ConsoleSteps : public PairComparisonSteps {
   bool different = false;  // what the report said
 
  private:
+  // Nothing of a pair that is identical by what counts, so that it is a patch and nothing else.
+  void showUnified(const PairReport& report) {
+    if (report.blnIdentical) return;
+    const auto& panes = workspace_.txtTXProc;
+    const std::string patch =
+        unifiedOf(names_, {panes[0].givenText(), panes[1].givenText()}, static_cast<std::size_t>(arguments_.context));
+    console_.out << (console_.terminal ? visibleLines(patch) : patch);
+  }
+
   Console& console_;
   const Workspace& workspace_;
-  const bool aligned_;
+  const CompareArguments& arguments_;
+  const std::array<std::string, 2> names_;
 };
 
 }  // namespace
@@ -98,7 +112,10 @@ ExitCode runComparePair(Console& console, const CompareArguments& arguments) {
   for (const int side : {0, 1}) complete = showSelected(console, workspace, sides[side], side) && complete;
   if (!complete) return ExitCode::Incomplete;
 
-  ConsoleSteps steps(console, workspace, arguments.aligned);
+  std::array<std::string, 2> shown;
+  for (const std::size_t side : {0U, 1U})
+    shown[side] = sides[side].given + '/' + Workspace::selectedText(workspace.pvlSqlObj[side]);
+  ConsoleSteps steps(console, workspace, arguments, std::move(shown));
   const std::size_t reports = console.host.errorReports();
   CompareSelProcs(console.program, workspace, steps, false, "", "");
   if (sides[0].incomplete || sides[1].incomplete || console.host.errorReports() != reports || reads.failed())

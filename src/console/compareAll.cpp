@@ -22,6 +22,14 @@ void checkTypes(Program& program, CompareAllControls& controls, const std::strin
   }
 }
 
+// The types whose boxes are checked.
+std::vector<long> checkedTypes(const CompareAllControls& controls) {
+  std::vector<long> types;
+  for (std::size_t index = 0; index < controls.chkObjType.size(); ++index)
+    if (controls.chkObjType[index].checked()) types.push_back(CompareAllType(static_cast<long>(index)));
+  return types;
+}
+
 // The process that this run is. Throws CommandFailure for one that no kind of process stands for.
 tSavedProcess processOf(const CompareArguments& arguments) {
   const auto refuse = [](const std::string& why) -> void {
@@ -39,8 +47,6 @@ tSavedProcess processOf(const CompareArguments& arguments) {
     process.strEncObjTypes = ObjectTypeFlags(Console::objectType(types[0]));
     process.lngCompSubSubType = (arguments.only.empty() ? 10 : 30) + (arguments.details ? 10 : 0);
   }
-  process.arrSource = process.arrTarget = arguments.only;
-  process.lngSelCountSource = process.lngSelCountTarget = static_cast<std::int32_t>(arguments.only.size());
   process.strExportFilePath = absolutePath(arguments.report);
   return process;
 }
@@ -60,7 +66,14 @@ ExitCode runCompareAll(Console& console, const CompareArguments& arguments) {
     filterSchemas(console, sides[side], side, arguments.schemas[side]);
   }
   run.input.blnDetails = arguments.details;
-  run.select(arguments.only, arguments.only);
+  run.forms = arguments.forms;
+  if (!arguments.only.empty()) {
+    run.select(chosenNames(console, workspace, {&sides[0], &sides[1]}, checkedTypes(run.controls()), arguments.only));
+    process.arrSource = run.input.selection.arrSelectedSource;
+    process.arrTarget = run.input.selection.arrSelectedTarget;
+    process.lngSelCountSource = static_cast<std::int32_t>(process.arrSource.size());
+    process.lngSelCountTarget = static_cast<std::int32_t>(process.arrTarget.size());
+  }
   std::string flags;
   const ExitCode code = run.run({&sides[0], &sides[1]}, arguments.report,
                                 [&](CompareAllControls& controls, const CompareAllInput& input) {

@@ -38,6 +38,15 @@ bool namesScript(const std::string& text) {
   return lowerCase(text).ends_with(".sql") || lowerCase(text).ends_with(".sqlproj");
 }
 
+// Whether it can't be SERVER/DATABASE, whichever servers there are.
+bool namesPath(const std::string& text) {
+  return namesScript(text) || text == "." || text == ".." || text.starts_with("./") || text.starts_with("../") ||
+         text.starts_with('/') || text.starts_with('~') || text.ends_with('/');
+}
+
+// A name that only servers have: HOST,PORT, HOST\INSTANCE, (localdb)\NAME, tcp:HOST.
+bool looksLikeServer(const std::string& name) { return name.find_first_of(",\\:") != std::string::npos; }
+
 // The name of a temporary database: that of the file or folder, as far as a database may have it.
 std::string databaseNameOf(const fs::path& path) {
   std::error_code ignored;
@@ -61,7 +70,9 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
       store(where.settings),
       host(messages),
       program(host, data, store) {
-  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
+  auto provider = std::make_unique<EmbeddedProvider>(servers, &data.stopAsked);
+  embedded_ = provider.get();
+  data.add(std::move(provider));
   data.add(makeOdbcProvider([this] { return ReadOdbcChoices(program); }, &data.stopAsked));
   // A query that the server thinks about ends with the first Ctrl+C, whatever the command is.
   data.stopAsked = stopRequested;
@@ -110,17 +121,18 @@ void Console::applySet(const std::string& set) {
                          "--set " + set + ": expected OPTION=VALUE with an option of \"qrel options\"."};
   if (setting->kind == SettingKind::Text)
     return store.setOverride(settingKey(*setting), setting->name, set.substr(equals + 1));
-  const std::string value = lowerCase(set.substr(equals + 1));
-  const bool digits = !value.empty() && value.find_first_not_of("0123456789") == std::string::npos && value.size() < 10;
-  std::int32_t number = 0;
-  if (digits)
-    number = numericPrefix(value);
-  else if (setting->kind == SettingKind::Flag && (value == "on" || value == "true" || value == "yes"))
-    number = 1;
-  else if (setting->kind != SettingKind::Flag || (value != "off" && value != "false" && value != "no"))
-    throw CommandFailure{ExitCode::Usage, "--set " + set + ": expected a number" +
-                                              (setting->kind == SettingKind::Flag ? ", on or off." : ".")};
-  store.setOverride(settingKey(*setting), setting->name, number);
+  store.setOverride(settingKey(*setting), setting->name, settingNumber(*setting, set.substr(equals + 1)));
+}
+
+std::int32_t Console::settingNumber(const Setting& setting, const std::string& text) {
+  const std::string value = lowerCase(text);
+  const bool flag = setting.kind == SettingKind::Flag;
+  if (!value.empty() && value.find_first_not_of("0123456789") == std::string::npos && value.size() < 10)
+    return numericPrefix(value);
+  if (flag && (value == "on" || value == "true" || value == "yes")) return 1;
+  if (flag && (value == "off" || value == "false" || value == "no")) return 0;
+  throw CommandFailure{ExitCode::Usage,
+                       std::string(setting.name) + "=" + text + ": expected a number" + (flag ? ", on or off." : ".")};
 }
 
 void Console::start(const std::vector<std::string>& sets) {
@@ -132,6 +144,12 @@ void Console::start(const std::vector<std::string>& sets) {
   for (const std::string& set : sets) applySet(set);
   Main(program, *this);
   host.setPointer(Pointer::Default);
+}
+
+bool Console::knowsServer(const std::string& name) const {
+  const auto& listed = program.servers.gtypServers;
+  return servers.exists(name) ||
+         std::any_of(listed.begin(), listed.end(), [&](const tServer& each) { return equalNoCase(each.Name, name); });
 }
 
 tServer Console::resolveServer(const std::string& name) {
@@ -163,12 +181,46 @@ Side Console::resolveSide(const std::string& text) {
   std::error_code ignored;
   if (fs::exists(text, ignored) && isScript(text)) return sideFromScripts(text);
   const std::size_t slash = text.find('/');
-  if (slash == std::string::npos || slash == 0 || slash + 1 == text.size() || namesScript(text))
-    throw CommandFailure{namesScript(text) ? ExitCode::CannotRead : ExitCode::Usage,
-                         "\"" + text +
-                             "\" is neither SERVER/DATABASE nor a script (.sql), a project (.sqlproj) or a folder that "
-                             "exists."};
-  return {resolveServer(text.substr(0, slash)), text.substr(slash + 1), false};
+  const std::string server = text.substr(0, slash);
+  const bool known = slash != std::string::npos && slash > 0 && slash + 1 < text.size() && knowsServer(server);
+  if (!known && !fs::exists(text, ignored)) {
+    if (namesPath(text)) throw CommandFailure{ExitCode::CannotRead, "\"" + text + "\": no such file or folder."};
+    if (slash != std::string::npos && !looksLikeServer(server))
+      throw CommandFailure{ExitCode::CannotRead, "\"" + text + "\": no such file or folder, and there is no server \"" +
+                                                     server + "\": \"qrel servers add " + server +
+                                                     "\" puts it on the list, \"qrel load " + text +
+                                                     " FILE\" makes an embedded one."};
+  }
+  if (slash == std::string::npos || slash == 0 || slash + 1 == text.size() || (!known && fs::exists(text, ignored)))
+    throw CommandFailure{ExitCode::Usage, "\"" + text +
+                                              "\" is neither SERVER/DATABASE nor a script (.sql), a project (.sqlproj) "
+                                              "or a folder that exists."};
+  Side side{resolveServer(server), text.substr(slash + 1), false, text};
+  side.incomplete = lacksWhatLoadsSkipped(side.server.Name, side.database);
+  return side;
+}
+
+bool Console::lessThanLoaded(const LoadLosses& losses) const {
+  return losses.unread > 0 || (losses.statements() > 0 && !allowSkipped);
+}
+
+bool Console::lacksWhatLoadsSkipped(const std::string& server, const std::string& database) {
+  std::string instance = server;
+  constexpr std::string_view localPrefix = "(localdb)\\";
+  if (lowerCase(instance).starts_with(localPrefix)) instance.erase(0, localPrefix.size());
+  if (!servers.exists(instance)) return false;
+  LoadLosses losses;
+  try {
+    losses = embedded_->lossesOfLoads(instance, database);
+  } catch (const RuntimeError&) {
+    return false;  // a database that can't be opened is told by whoever reads it
+  }
+  if (!losses.any()) return false;
+  err << "qrel: " << visibleText(server + "/" + database)
+      << " lacks what its loads left out (statements skipped: " << withThousands(losses.skipped)
+      << ", refused: " << withThousands(losses.refused)
+      << "; files or folders not read: " << withThousands(losses.unread) << ").\n";
+  return lessThanLoaded(losses);
 }
 
 LoadOptions Console::loadOptions() {
@@ -189,11 +241,12 @@ Side Console::sideFromScripts(const fs::path& path) {
   Side side;
   side.server.Name = servers.createTemporary();
   side.database = databaseNameOf(path);
+  side.given = path.string();
   const LoadReport report = loadScripts(servers, side.server.Name, side.database, {path}, loadOptions());
   clearProgress();
   if (report.stopped) throw CommandFailure{ExitCode::Stopped, "Operation cancelled by the user."};
   listSkipped(err, report);
-  side.incomplete = report.incomplete();
+  side.incomplete = lessThanLoaded(report.losses());
   return side;
 }
 

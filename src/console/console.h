@@ -19,11 +19,15 @@
 
 namespace qrel {
 
+class EmbeddedProvider;
+struct Setting;
+
 // One side of a comparison: a server's record and a database.
 struct Side {
   tServer server;
   std::string database;
-  bool incomplete = false;  // made from a script of which statements were skipped or refused
+  bool incomplete = false;  // of its scripts something was left out that isn't allowed to be
+  std::string given;        // as it was named on the command line
 };
 
 // A request that can't be carried out: what to print and how to end.
@@ -38,11 +42,13 @@ class Console : private MainSteps {
 
   std::ostream& out;      // results
   std::ostream& err;      // progress and messages
-  bool colours = false;   // `out` is a terminal
-  int columns = 130;      // of characters in a row of `out`
-  bool asks = false;      // a person at a terminal can be asked for a password
-  bool progress = false;  // `err` is a terminal
-  bool changed = false;   // what was asked for is done, and it has changed something: a stop comes too late
+  bool terminal = false;  // `out` is one
+  bool colours = false;
+  int columns = 130;          // of characters in a row of `out`
+  bool asks = false;          // a person at a terminal can be asked for a password
+  bool progress = false;      // `err` is a terminal
+  bool allowSkipped = false;  // statements of scripts that were skipped or refused leave a side complete
+  bool changed = false;       // what was asked for is done, and it has changed something: a stop comes too late
   Folders folders;
   EmbeddedServers servers;
   DataAccess data;
@@ -59,15 +65,22 @@ class Console : private MainSteps {
   Side resolveSide(const std::string& text);
   // How scripts are loaded: a stop is asked for, progress is told on a terminal.
   LoadOptions loadOptions();
+  // Tells what the loads of a database have left out, as far as that is known; true when it counts.
+  bool lacksWhatLoadsSkipped(const std::string& server, const std::string& database);
   // Takes the line of progress away.
   void clearProgress();
   // Raises RuntimeError when a profile file that comparisons go by is there and can't be read.
   void checkProfileFiles();
+  // Whether a server of this name is on the list or embedded.
+  bool knowsServer(const std::string& name) const;
   // A server by its name in the list, else an embedded instance of that name.
   tServer resolveServer(const std::string& name);
 
   // Names on `err` what couldn't be read since the start, each failure once.
   void listReadFailures();
+
+  // The number that a setting's value stands for; throws CommandFailure for one that stands for none.
+  static std::int32_t settingNumber(const Setting& setting, const std::string& text);
 
   // The object type code of "tables", "procedures", ...; throws CommandFailure for any other word.
   static long objectType(const std::string& word);
@@ -78,6 +91,9 @@ class Console : private MainSteps {
   void ShowMainWindow() override {}
   void applySet(const std::string& set);
   Side sideFromScripts(const std::filesystem::path& path);
+  bool lessThanLoaded(const LoadLosses& losses) const;
+
+  EmbeddedProvider* embedded_ = nullptr;  // of `data`
 };
 
 }  // namespace qrel

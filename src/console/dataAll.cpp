@@ -1,6 +1,4 @@
 // The comparison of the records of all tables, or of many, with one report.
-#include <algorithm>
-
 #include "compare/data/modCompareAllData.h"
 #include "console/bulkRun.h"
 #include "console/commands.h"
@@ -11,33 +9,6 @@
 namespace qrel {
 
 namespace {
-
-using Names = std::vector<std::string>;
-
-// The listed names of the tables that are meant, of each side. Throws CommandFailure for a name that neither has.
-std::array<Names, 2> chosenTables(Console& console, Workspace& workspace, const std::array<Side, 2>& sides,
-                                  const std::string& tables) {
-  for (const int side : {0, 1})
-    requireObjects(console, workspace, sides[static_cast<std::size_t>(side)], side, objTables);
-  std::array<Names, 2> chosen;
-  for (const std::string& word : splitAt(tables, ',')) {
-    bool found = false;
-    for (const std::size_t side : {0u, 1u}) {
-      const CheckList& list = workspace.pvlSqlObj[side];
-      for (const std::size_t row : rowsNamed(list, std::string(trimBlanks(word)))) {
-        const std::string name = list.cell(row, 0);
-        if (std::find(chosen[side].begin(), chosen[side].end(), name) == chosen[side].end())
-          chosen[side].push_back(name);
-        found = true;
-      }
-    }
-    if (!found)
-      throw CommandFailure{ExitCode::CannotRead, "There is no table \"" + word + "\" in " + sides[0].server.Name + "/" +
-                                                     sides[0].database + " or " + sides[1].server.Name + "/" +
-                                                     sides[1].database + "."};
-  }
-  return chosen;
-}
 
 tSavedProcess processOf(const DataArguments& arguments, const ObjectSelection& selection) {
   tSavedProcess process;
@@ -57,16 +28,14 @@ ExitCode runDataAll(Console& console, const DataArguments& arguments) {
   Program& program = console.program;
   checkSave(console, arguments.save, arguments.source, arguments.target);
   BulkRun run(console);
+  run.forms = arguments.forms;
   const std::array<Side, 2> sides{console.resolveSide(arguments.source), console.resolveSide(arguments.target)};
   Workspace workspace;
   for (const int side : {0, 1}) openPanel(console, workspace, sides[static_cast<std::size_t>(side)], side);
   if (!arguments.all) {
-    const auto [source, target] = chosenTables(console, workspace, sides, arguments.selected);
-    run.select(source, target);
-    // A side without any of them has nothing to add to the names, and the other's tables are missing there.
-    ObjectSelection& selection = run.input.selection;
-    if (source.empty()) selection.arrSelectedSource = target;
-    if (target.empty()) selection.arrSelectedTarget = source;
+    std::vector<std::string> tables = splitAt(arguments.selected, ',');
+    for (std::string& table : tables) table = trimBlanks(table);
+    run.select(chosenNames(console, workspace, {&sides[0], &sides[1]}, {objTables}, tables));
   }
   const ExitCode code = run.run({&sides[0], &sides[1]}, arguments.report,
                                 [&program](CompareAllControls& controls, const CompareAllInput& input) {

@@ -77,7 +77,29 @@ void requireObjects(Console& console, Workspace& workspace, const Side& side, in
                                                    side.server.Name + "/" + side.database + " can't be read."};
 }
 
-std::vector<std::size_t> rowsNamed(const CheckList& list, const std::string& name) {
+namespace {
+
+// "[dbo].[Order Lines]" as its parts, the outer one first; empty when the brackets don't close.
+std::vector<std::string> nameParts(const std::string& name) {
+  std::vector<std::string> parts(1);
+  for (std::size_t at = 0; at < name.size(); ++at) {
+    if (name[at] == '.') {
+      parts.emplace_back();
+    } else if (name[at] == '[' && parts.back().empty()) {
+      for (++at; at < name.size() && (name[at] != ']' || name.compare(at, 2, "]]") == 0); ++at) {
+        parts.back() += name[at];
+        if (name[at] == ']') ++at;
+      }
+      if (at == name.size()) return {};
+    } else {
+      parts.back() += name[at];
+    }
+  }
+  return parts;
+}
+
+// The rows of that name as listed; failing that of one without regard to case, failing that without its schema.
+std::vector<std::size_t> rowsListed(const CheckList& list, const std::string& name) {
   std::vector<std::size_t> exact, noCase, bare;
   for (std::size_t row = 0; row < list.count(); ++row) {
     const std::string each = list.cell(row, 0);
@@ -89,9 +111,59 @@ std::vector<std::size_t> rowsNamed(const CheckList& list, const std::string& nam
   return !exact.empty() ? exact : !noCase.empty() ? noCase : bare;
 }
 
+}  // namespace
+
+std::vector<std::size_t> rowsNamed(Console& console, const Side& side, int index, const CheckList& list, long type,
+                                   const std::string& name) {
+  std::vector<std::size_t> rows = rowsListed(list, name);
+  const std::vector<std::string> parts = nameParts(name);
+  if (!rows.empty() || parts.empty() || parts.size() > 2) return rows;
+  rows = rowsListed(list, parts.size() == 1 ? parts[0] : parts[0] + "." + parts[1]);
+  if (!rows.empty() || parts.size() == 1) return rows;
+  // Only names that several schemas have are listed with theirs.
+  tServer server = console.program.main.gtypSelServ[at(index)];
+  for (const std::size_t row : rowsListed(list, parts[1])) {
+    std::string schema;
+    if (Db_GetObjSchemaById(console.program, server, type, side.database, list.id(row), schema) &&
+        equalNoCase(schema, parts[0]))
+      rows.push_back(row);
+  }
+  return rows;
+}
+
+std::array<std::vector<std::string>, 2> chosenNames(Console& console, Workspace& workspace,
+                                                    const std::array<const Side*, 2>& sides,
+                                                    const std::vector<long>& types,
+                                                    const std::vector<std::string>& names) {
+  std::array<std::vector<std::string>, 2> chosen;
+  std::vector<bool> found(names.size());
+  for (const long type : types) {
+    for (const int side : {0, 1}) {
+      const Side& of = *sides[at(side)];
+      requireObjects(console, workspace, of, side, type);
+      const CheckList& list = workspace.pvlSqlObj[at(side)];
+      for (std::size_t number = 0; number < names.size(); ++number) {
+        for (const std::size_t row : rowsNamed(console, of, side, list, type, names[number])) {
+          std::vector<std::string>& listed = chosen[at(side)];
+          found[number] = true;
+          if (std::find(listed.begin(), listed.end(), list.cell(row, 0)) == listed.end())
+            listed.push_back(list.cell(row, 0));
+        }
+      }
+    }
+  }
+  for (std::size_t number = 0; number < names.size(); ++number)
+    if (!found[number])
+      throw CommandFailure{ExitCode::CannotRead,
+                           "There is no " + lowerCase(GetObjectTypeName(types.size() == 1 ? types[0] : 0, true)) +
+                               " \"" + names[number] + "\" in " + sides[0]->server.Name + "/" + sides[0]->database +
+                               " or " + sides[1]->server.Name + "/" + sides[1]->database + "."};
+  return chosen;
+}
+
 void selectObject(Console& console, Workspace& workspace, const Side& side, int index, const std::string& name) {
   CheckList& list = workspace.pvlSqlObj[at(index)];
-  const std::vector<std::size_t> rows = rowsNamed(list, name);
+  const std::vector<std::size_t> rows = rowsNamed(console, side, index, list, workspace.objectType(), name);
   const std::string where = side.server.Name + "/" + side.database;
   if (rows.empty())
     throw CommandFailure{ExitCode::CannotRead, "There is no " +

@@ -110,11 +110,12 @@ const char* words(ExitCode code) {
   }
 }
 
-ExitCode codeOf(Console& console) {
+ExitCode codeOf(Console& console, bool lacking) {
   const auto& outcome = console.program.state<ReplayOutcome>();
   tellIncomplete(console);
   if (stopRequested() && !outcome.blnIdentical) return ExitCode::Stopped;
-  return static_cast<ExitCode>(ReplayExitCode(outcome));
+  const auto code = static_cast<ExitCode>(ReplayExitCode(outcome));
+  return lacking && (code == ExitCode::Identical || code == ExitCode::Different) ? ExitCode::Incomplete : code;
 }
 
 }  // namespace
@@ -128,6 +129,8 @@ ExitCode runProcess(Console& console, const RunArguments& arguments) {
   applyExport(arguments, process);
   console.checkProfileFiles();
   knowServers(console, process);
+  const bool lacking[] = {console.lacksWhatLoadsSkipped(process.strServer1, process.strDb1),
+                          console.lacksWhatLoadsSkipped(process.strServer2, process.strDb2)};
   // Constraints take part when the process was saved with them, as they do when they are named to "qrel compare".
   const std::string flags = PaddedObjectTypeFlags(process.strEncObjTypes);
   if (!flags.empty() && splitAt(flags, ',')[6] == "1") program.settings.AnalyzeConstraints = true;
@@ -146,7 +149,7 @@ ExitCode runProcess(Console& console, const RunArguments& arguments) {
   window.RunProcess(process);
   window.unload();
   console.host.onWindow = nullptr;
-  const ExitCode code = codeOf(console);
+  const ExitCode code = codeOf(console, lacking[0] || lacking[1]);
   console.host.messageBox("process \"" + name + "\" has ended: " + words(code) + ".", Icon::None, "", Buttons::Ok, 1);
   return code;
 }

@@ -17,7 +17,7 @@ namespace {
 
 // Byte by byte, but for eyes; with a line end behind it.
 void print(Console& console, const std::string& text) {
-  console.out << (console.colours ? visibleLines(text) : text) << (text.ends_with("\n") ? "" : "\r\n");
+  console.out << (console.terminal ? visibleLines(text) : text) << (text.ends_with("\n") ? "" : "\r\n");
 }
 
 ExitCode runCreateScript(Console& console, const ScriptArguments& arguments) {

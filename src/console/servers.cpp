@@ -1,5 +1,5 @@
 #include <cstdlib>
-#include <ostream>
+#include <iostream>
 
 #include "console/commands.h"
 #include "db/frmAddServer.h"
@@ -59,11 +59,27 @@ ExitCode runServersAdd(Console& console, const AddServerArguments& arguments) {
   return MenuAddServer(console.program) ? ExitCode::Identical : ExitCode::CannotRead;
 }
 
-ExitCode runServersRemove(Console& console, const std::string& name) {
+namespace {
+
+void confirm(Console& console, const std::string& question, bool yes) {
+  if (yes) return;
+  if (!console.asks)
+    throw CommandFailure{ExitCode::Usage, "There is no terminal to ask at: --yes removes without asking."};
+  console.err << question << " [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  if (!equalNoCase(answer, "y") && !equalNoCase(answer, "yes"))
+    throw CommandFailure{ExitCode::Stopped, "Nothing was removed."};
+}
+
+}  // namespace
+
+ExitCode runServersRemove(Console& console, const std::string& name, bool yes) {
   bool known = false;
   for (const tServer& server : console.program.servers.gtypServers) known = known || server.Name == name;
   if (!known && !console.program.servers.gtypServers.empty())
     throw CommandFailure{ExitCode::CannotRead, "Server '" + name + "' not found."};
+  confirm(console, "Remove the server \"" + visibleText(name) + "\" from the list?", yes);
   console.host.windows.push_back([&](Form& window) {
     auto& form = dynamic_cast<frmDeleteServer&>(window);
     for (std::size_t row = 0; row < form.lstServers.count(); ++row)

@@ -226,6 +226,14 @@ EmbeddedProvider::~EmbeddedProvider() = default;
 
 std::shared_ptr<void> EmbeddedProvider::holdState() { return holding_->begin(holding_); }
 
+LoadLosses EmbeddedProvider::lossesOfLoads(const std::string& instance, const std::string& database) {
+  Idle used = take(instance, database);
+  used.open->database.startClock(0);
+  const LoadLosses losses = readLoadLosses(used.open->database);
+  pool_->giveBack(std::move(used));
+  return losses;
+}
+
 std::unique_ptr<ProviderConnection> EmbeddedProvider::open(const ConnectionString& connectionString) {
   std::string instance(trimBlanks(connectionString.server()));
   if (equalNoCase(std::string_view(instance).substr(0, localPrefix.size()), localPrefix))

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "embedded/instance/instances.h"
+#include "embedded/load/loadLosses.h"
 #include "platform/data/connectionString.h"
 #include "platform/data/provider.h"
 
@@ -32,6 +33,9 @@ class EmbeddedProvider : public Provider {
   bool serves(const std::string& server) const override { return servers_.exists(server); }
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override;
   std::shared_ptr<void> holdState() override;
+  // What loads have left out of a database of an instance, of the very file that open() gives. Raises the DataError of
+  // a database that can't be opened.
+  LoadLosses lossesOfLoads(const std::string& instance, const std::string& database);
 
  private:
   struct Idle;

@@ -1,6 +1,8 @@
 // The console's commands as a person calls them: output, messages, exit codes.
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "tests/console/consoleTest.h"
 #include "tests/embedded/folderState.h"
@@ -21,11 +23,12 @@ TEST_F(Commands, LoadListAndPrint) {
   EXPECT_EQ(run({"objects", "S/D", "--type", "tables"}), 0);
   EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 2);
   EXPECT_TRUE(out.starts_with("a\t")) << out;
-  EXPECT_EQ(std::count(out.begin(), out.end(), '\t'), 4) << "name, date, id";
+  EXPECT_EQ(std::count(out.begin(), out.end(), '\t'), 6) << "name, date, id, type";
+  EXPECT_TRUE(out.ends_with("\ttable\n")) << out;
   EXPECT_EQ(run({"text", "S/D", "--type", "tables", "A"}), 0);
-  EXPECT_EQ(out, "[y] [int] NOT NULL") << "and nothing else";
+  EXPECT_EQ(out, "[y] [int] NOT NULL\n") << "and nothing else";
   EXPECT_EQ(run({"text", script, "--type", "tables", "b"}), 0);
-  EXPECT_EQ(out, "[x] [int] NULL");
+  EXPECT_EQ(out, "[x] [int] NULL\n");
 }
 
 // Settings too: the first start alone writes where it ran.
@@ -68,13 +71,24 @@ TEST_F(Commands, TellWhatIsWrongAndEndWithTheRightCode) {
     std::string message;
   };
   const Case cases[] = {
-      {{}, 2, "subcommand"},
+      {{}, 2, "Usage: qrel"},
+      {{"comapre", "S/D", "S/D"}, 2, "qrel: \"comapre\" is no command; did you mean \"compare\"?"},
+      {{"--set", "CaseSensitive=0", "servers", "ad", "x"},
+       2,
+       "\"servers ad\" is no command; did you mean \"servers add\"?"},
+      {{"zzzzzzzz"}, 2, "qrel: \"zzzzzzzz\" is no command. \"qrel"},
+      {{"compare", "S/D"}, 2, "qrel: TARGET is required\n\"qrel compare --help\""},
+      {{"options", "CaseSensitiv"}, 2, "did you mean \"CaseSensitive\"?"},
+      {{"options", "CaseSensitive", "perhaps"}, 2, "on or off"},
+      {{"options", "Count", "7"}, 2, "qrel servers add"},
       {{"compare", "S/D", "S/D", "--object", "t"}, 2, "--type"},
       {{"objects", "S/D", "--type", "sheep"}, 2, "\"sheep\" is no type"},
       {{"objects", "justaname"}, 2, "neither SERVER/DATABASE nor"},
       {{"objects", "S/D", "--set", "Nonsense=1"}, 2, "qrel options"},
       {{"objects", "S/D", "--set", "CaseSensitive=perhaps"}, 2, "on or off"},
-      {{"objects", "missing.sql"}, 3, "missing.sql"},
+      {{"objects", "missing.sql"}, 3, "\"missing.sql\": no such file or folder."},
+      {{"objects", "./x"}, 3, "\"./x\": no such file or folder."},
+      {{"objects", "a/b"}, 3, "\"a/b\": no such file or folder, and there is no server \"a\""},
       {{"load", "S/D", "missing.sql"}, 3, "missing.sql"},
       {{"databases", "Nowhere"}, 3, "qrel load"},
       {{"objects", "S/Nothing"}, 3, "Cannot open database \"Nothing\""},
@@ -130,6 +144,46 @@ TEST_F(Commands, TheSummaryAddsUp) {
   EXPECT_EQ(count("  refused"), 1) << out;
 }
 
+TEST_F(Commands, NamesMayHaveTheirSchemaBracketsAndAnyCase) {
+  load("S/A",
+       "CREATE SCHEMA s\nGO\nCREATE VIEW dbo.V AS SELECT 1 a\nGO\nCREATE TABLE t (a int)\nCREATE TABLE s.t (b int)");
+  load("S/B", "CREATE VIEW dbo.V AS SELECT 2 a\nGO\nCREATE VIEW [a.b] AS SELECT 1 a");
+  for (const char* name : {"V", "v", "dbo.v", "[V]", "[dbo].[V]"}) {
+    EXPECT_EQ(run({"compare", "S/A", "S/B", "--types", "views", "--only", name}), 1) << name << err;
+    EXPECT_TRUE(printed("List of views which differ:\n\tV\n")) << name << out;
+    EXPECT_EQ(run({"text", "S/A", "--type", "views", name}), 0) << name << err;
+  }
+  EXPECT_EQ(run({"text", "S/A", "--type", "tables", "[s].[t]"}), 0) << err;
+  EXPECT_TRUE(printed("[b] [int]")) << out;
+  EXPECT_EQ(run({"text", "S/B", "--type", "views", "a.b"}), 0) << "a point in a name: " << err;
+  EXPECT_EQ(run({"text", "S/B", "--type", "views", "s.V"}), 3) << out;
+  EXPECT_EQ(run({"compare", "S/A", "S/B", "--only", "V", "--only", "nothere"}), 3) << out;
+  EXPECT_TRUE(told("There is no object \"nothere\" in S/A or S/B.")) << err;
+}
+
+TEST_F(Commands, WhatALoadLeftOutIsKnownToLaterComparisons) {
+  const std::string odd = file("odd.sql", "CREATE TABLE t (a int)\nFROBNICATE the table\n");
+  const std::string good = file("good.sql", "CREATE TABLE t (a int)");
+  const std::string other = file("other.sql", "CREATE TABLE t (b int)");
+  ASSERT_EQ(run({"load", "S/Odd", odd}), 4);
+  for (const std::string& side : {std::string("S/Odd"), odd}) {
+    EXPECT_EQ(run({"compare", side, good}), 4) << side;
+    EXPECT_EQ(run({"compare", side, good, "--allow-skipped"}), 0) << side << err;
+    EXPECT_EQ(run({"compare", other, side, "--type", "tables", "--object", "t", "--allow-skipped"}), 1) << side << err;
+    EXPECT_EQ(run({"data", side, good, "--table", "t"}), 4) << side;
+  }
+  ASSERT_EQ(run({"load", "S/Odd", file("more.sql", "CREATE TABLE u (a int)\nBOTHER u"), "--add"}), 4);
+  EXPECT_EQ(run({"objects", "S/Odd"}), 4);
+  EXPECT_TRUE(told("S/Odd lacks what its loads left out (statements skipped: 2, ")) << err;
+  // What isn't a statement isn't allowed by the flag: here a file that couldn't be read.
+  std::filesystem::create_directory(folder.path() / "part");
+  file("part/a.sql", "CREATE TABLE t (a int)");
+  std::filesystem::create_symlink("nowhere", folder.path() / "part" / "lost.sql");
+  EXPECT_EQ(run({"compare", path("part"), good, "--allow-skipped"}), 4) << err;
+  ASSERT_EQ(run({"load", "S/Odd", good, "--replace"}), 0) << err;
+  EXPECT_EQ(run({"compare", "S/Odd", good}), 0) << err;
+}
+
 TEST_F(Commands, AFailedLoadLeavesTheDatabaseAsItWas) {
   const std::string first = file("first.sql", "CREATE TABLE t (a int)");
   ASSERT_EQ(run({"load", "S/D", first}), 0);
@@ -148,7 +202,9 @@ TEST_F(Commands, ServersAreAddedAndRemoved) {
   EXPECT_TRUE(out.starts_with("Local\tWindows authentication\tD\t")) << out;
   EXPECT_EQ(run({"servers", "add", "LOCAL"}), 3);
   EXPECT_TRUE(told("This server is already added to the list."));
-  EXPECT_EQ(run({"servers", "remove", "Local"}), 0) << err;
+  EXPECT_EQ(run({"servers", "remove", "Local"}), 2) << "nobody to ask";
+  EXPECT_TRUE(told("--yes")) << err;
+  EXPECT_EQ(run({"servers", "remove", "Local", "--yes"}), 0) << err;
   EXPECT_EQ(run({"servers"}), 0);
   EXPECT_EQ(out, std::string("Local\tembedded\t\t") + defaultProductVersion + "\n");
 }
@@ -176,6 +232,40 @@ TEST_F(Commands, APairIsComparedWithItsMarks) {
       << out;
 }
 
+TEST_F(Commands, ColoursComeWhereTheyAreWanted) {
+  load("S/A", "CREATE TABLE t (a int)");
+  load("S/B", "CREATE TABLE t (b int)");
+  std::vector<std::string> pair = {"compare", "S/A", "S/B", "--type", "tables", "--object", "t"};
+  EXPECT_EQ(run(pair), 1);
+  const std::string plain = out;
+  EXPECT_EQ(out.find('\033'), std::string::npos) << "no terminal";
+  pair.insert(pair.end(), {"--color", "always"});
+  setenv("NO_COLOR", "1", 1);
+  EXPECT_EQ(run(pair), 1);
+  unsetenv("NO_COLOR");
+  EXPECT_TRUE(printed("\033[31m- [a] [int] NULL\033[0m")) << "what is asked for outranks NO_COLOR: " << out;
+  pair.back() = "never";
+  EXPECT_EQ(run(pair), 1);
+  EXPECT_EQ(out, plain);
+}
+
+TEST_F(Commands, AnOptionIsChangedForGood) {
+  EXPECT_EQ(run({"options", "casesensitive", "off"}), 0) << err;
+  EXPECT_EQ(run({"options", "CaseSensitive"}), 0);
+  EXPECT_TRUE(out.starts_with("CaseSensitive\t0\t")) << out;
+  EXPECT_EQ(run({"options", "OdbcDriver", "Mine"}), 0) << err;
+  EXPECT_EQ(run({"options", "OdbcDriver"}), 0);
+  EXPECT_TRUE(out.starts_with("OdbcDriver\tMine\t")) << out;
+}
+
+TEST_F(Commands, ATextEndsItsLastLine) {
+  load("S/A", "CREATE PROCEDURE p AS\r\nSELECT 1");
+  EXPECT_EQ(run({"text", "S/A", "--type", "procedures", "p"}), 0);
+  EXPECT_EQ(out, "CREATE PROCEDURE p AS\nSELECT 1\n");
+  EXPECT_EQ(run({"text", "S/A", "--type", "procedures", "p", "--crlf"}), 0);
+  EXPECT_EQ(out, "CREATE PROCEDURE p AS\r\nSELECT 1\r\n");
+}
+
 TEST_F(Commands, AReportFileHasItsOwnLineEnds) {
   const std::string script = file("s.sql", "CREATE TABLE t (a int)");
   const std::string path = (folder.path() / "r.txt").string();
@@ -200,6 +290,60 @@ TEST_F(ConsoleTest, OnePairInTwoColumns) {
               "[c] [varchar] (10) NULL      ~ [c] [varchar] (20) NULL\n"))
       << out;
   EXPECT_EQ(run({"compare", "S/A", "S/B", "--aligned"}), 2);
+}
+
+std::string bytesOfFile(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST_F(Commands, ARunInBriefAndForABuildServer) {
+  const std::string source =
+      file("a.sql", "CREATE TABLE [a<&\"b] (x int)\nCREATE TABLE same (x int)\nCREATE TABLE s (x int)");
+  const std::string target = file("b.sql", "CREATE TABLE [a<&\"b] (y int)\nCREATE TABLE same (x int)\nFROBNICATE");
+  const std::string junit = path("junit.xml");
+  EXPECT_EQ(run({"compare", source, target, "--types", "tables", "--brief", "--junit", junit, "--allow-skipped"}), 1);
+  EXPECT_EQ(out,
+            "different\ttable\ta<&\"b\nonly in Source\ttable\ts\n"
+            "1 different, 1 only in Source, 0 only in Target, 0 not compared, 1 identical\n");
+  EXPECT_NE(bytesOfFile(junit).find("tests=\"3\" failures=\"2\" errors=\"0\""), std::string::npos)
+      << bytesOfFile(junit);
+  EXPECT_EQ(run({"compare", source, target, "--types", "tables", "-q", "--junit", junit}), 4);
+  EXPECT_EQ(out, "");
+  EXPECT_NE(bytesOfFile(junit).find("tests=\"4\" failures=\"2\" errors=\"1\""), std::string::npos) << "not whole";
+  const std::string read =
+      "python3 -c \"import sys, xml.etree.ElementTree as e; r = e.parse(sys.argv[1]).getroot(); "
+      "sys.exit(r[0][0].get('name') != 'a<&\\\"b')\" " +
+      junit;
+  EXPECT_EQ(std::system(read.c_str()), 0);
+  EXPECT_EQ(run({"compare", source, source, "--junit", "/proc/none/junit.xml"}), 3) << err;
+  EXPECT_EQ(run({"compare", source, target, "--types", "tables", "--no-time"}), 4);
+  EXPECT_FALSE(printed("Time Elapsed")) << out;
+  EXPECT_EQ(run({"data", source, target, "--table", "same", "--brief"}), 2) << err;
+}
+
+TEST_F(Commands, APatchMakesTheTargetOfTheSource) {
+  std::string lines[2] = {"CREATE PROCEDURE p AS\n", "CREATE PROCEDURE p AS\n"};
+  for (int number = 1; number <= 40; ++number) {
+    const std::string line = "SELECT " + std::to_string(number) + "\n";
+    if (number != 20) lines[0] += line;
+    if (number != 5 && number != 40) lines[1] += number == 30 ? "SELECT 'x'\n" : line;
+  }
+  load("S/A", lines[0]);
+  load("S/B", lines[1]);
+  for (const char* side : {"A", "B"}) {
+    EXPECT_EQ(run({"text", std::string("S/") + side, "--type", "procedures", "p"}), 0);
+    file(side, out);
+  }
+  for (const char* context : {"0", "3"}) {
+    EXPECT_EQ(
+        run({"compare", "S/A", "S/B", "--type", "procedures", "--object", "p", "--unified", "--context", context}), 1)
+        << err;
+    file("p.patch", out);
+    const std::string apply = "cd " + folder.path().string() + " && patch -s -o made A p.patch && cmp made B";
+    EXPECT_EQ(std::system(apply.c_str()), 0) << out;
+  }
+  EXPECT_TRUE(out.starts_with("--- S/A/p\n+++ S/B/p\n@@ -3,7 +3,6 @@\n SELECT 2\n")) << out;
 }
 
 }  // namespace

@@ -185,10 +185,10 @@ TEST_F(Faults, AServerIsRemovedOrNotAndNoneIsLost) {
   }
   const std::string before = succeed({"servers"}).out;
   keep();
-  succeed({"servers", "remove", "d"});
+  succeed({"servers", "remove", "d", "--yes"});
   const std::string after = succeed({"servers"}).out;
   restore();
-  withEachFault({"servers", "remove", "d"}, [&](const QrelRun& run) {
+  withEachFault({"servers", "remove", "d", "--yes"}, [&](const QrelRun& run) {
     const std::string now = succeed({"servers"}).out;
     EXPECT_TRUE(now == before || now == after) << now;
     if (run.code == 0) {

@@ -34,7 +34,7 @@ TEST_F(ConsoleSettings, AServerIsAddedOrRemovedInFullOrNotAtAll) {
   const std::string bytes = files::readWholeFile(file);
   const std::string all = listed();
   for (const std::vector<std::string>& command :
-       {std::vector<std::string>{"servers", "remove", "d"}, {"servers", "add", "g"}}) {
+       {std::vector<std::string>{"servers", "remove", "d", "--yes"}, {"servers", "add", "g"}}) {
     if (command.back() == "g") load("g");
     const std::string before = listed();
     ASSERT_EQ(runQrel(command).code, 0);
@@ -139,7 +139,7 @@ TEST_F(ConsoleSettings, ComparingNeedsNoSettingsThatCanBeWritten) {
     EXPECT_EQ(run.code, 0) << run.err;
     EXPECT_EQ(run.err, "");
   }
-  EXPECT_EQ(runQrel({"servers", "remove", "s"}).code, 3);
+  EXPECT_EQ(runQrel({"servers", "remove", "s", "--yes"}).code, 3);
 }
 
 }  // namespace

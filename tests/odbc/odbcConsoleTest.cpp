@@ -74,7 +74,7 @@ TEST_F(OdbcConsoleTest, AddsAndTestsServers) {
   ASSERT_EQ(add({"--login", "sa", "--encrypt", "no", "--driver", "FreeTDS", "--trust-certificate"}), 0) << err;
   // Removing another server rewrites the list: nothing of this one is lost.
   ASSERT_EQ(run({"servers", "add", "S"}), 0) << err;
-  ASSERT_EQ(run({"servers", "remove", "S"}), 0) << err;
+  ASSERT_EQ(run({"servers", "remove", "S", "--yes"}), 0) << err;
   ASSERT_EQ(run({"servers", "test", name_}), 0) << err;
   for (const std::string line : {"driver\tFreeTDS\n", "encryption\toff\n", "authentication\tlogin sa\n",
                                  "database\tV1\n", "database\tV2\n", "round trip\t"})

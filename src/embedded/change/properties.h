@@ -9,7 +9,8 @@
 namespace qrel::tsql {
 
 // Whose property it is: of an object; of its column `minor`, a colid; of its index `minor`, an indid,
-// which is 0 for a heap; of a data space, partition function or full-text catalogue, whose id is `object`.
+// which is 0 for a heap; of a data space, partition function or full-text catalogue, whose id is `object`; of what the
+// database keeps of its loads (load/loadLosses.h).
 struct PropertyOwner {
   enum class Class : std::uint8_t {
     Object = 0,
@@ -17,7 +18,8 @@ struct PropertyOwner {
     Index = 7,
     DataSpace = 20,
     PartitionFunction = 21,
-    FullTextCatalogue = 23
+    FullTextCatalogue = 23,
+    Loads = 100
   } of = Class::Object;
   std::int64_t object = 0;
   std::int64_t minor = 0;

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "embedded/load/collector.h"
+#include "embedded/load/loadLosses.h"
 #include "embedded/load/workCopy.h"
 #include "embedded/session/session.h"
 #include "platform/error.h"
@@ -258,6 +259,7 @@ class Load {
     session.commitAll();
     report_.rows = session.rowsInserted();
     countNew(report_, open->database, before);
+    addLoadLosses(open->database, report_.losses());
     open->database.execute("commit");
   }
 
@@ -292,10 +294,12 @@ class Load {
 
 }  // namespace
 
-bool LoadReport::incomplete() const {
-  return statementsSkipped > 0 || statementsFailed > 0 ||
-         std::any_of(remarks.begin(), remarks.end(), [](const LoadRemark& each) { return each.lost; });
+LoadLosses LoadReport::losses() const {
+  return {statementsSkipped, statementsFailed,
+          std::count_if(remarks.begin(), remarks.end(), [](const LoadRemark& each) { return each.lost; })};
 }
+
+bool LoadReport::incomplete() const { return losses().any(); }
 
 LoadReport loadScripts(EmbeddedServers& servers, std::string_view instance, std::string_view database,
                        const std::vector<fs::path>& paths, const LoadOptions& options) {

@@ -11,6 +11,7 @@
 
 #include "embedded/instance/instances.h"
 #include "embedded/load/batches.h"
+#include "embedded/load/loadLosses.h"
 #include "embedded/load/scriptSet.h"
 
 namespace qrel {
@@ -37,7 +38,8 @@ struct LoadReport {
   // Not 0: the database holds so many objects, and the load was to go into an empty one: nothing was changed.
   std::int64_t occupied = 0;
 
-  // Something of the scripts isn't in the database.
+  // What of the scripts isn't in the database, and whether there is such a thing.
+  LoadLosses losses() const;
   bool incomplete() const;
 };
 
