@@ -61,7 +61,7 @@ Run compare(const Kind& kind, int count, std::chrono::microseconds latency) {
   for (const char* database : {"a", "b"}) loadScripts(servers, "bench", database, {folder / "objects.sql"}, {});
   SlowProviderState state;
   DataAccess data;
-  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
+  data.add(std::make_unique<EmbeddedProvider>(servers, data.providerStop()));
   data.wrapProviders([&](auto inner) { return std::make_unique<SlowProvider>(std::move(inner), state); });
   KeyStore store;
   ConsoleHost host(std::cerr);

@@ -31,6 +31,8 @@ class EmbeddedProvider : public Provider {
   std::vector<std::string> knownServers() const override { return servers_.list(); }
   bool serves(const std::string& server) const override { return servers_.exists(server); }
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override;
+  // Reading costs work and no waiting: more threads than this would only take turns.
+  std::size_t connectionsAhead() const override { return 2; }
   std::shared_ptr<void> holdState() override;
 
  private:
