@@ -25,6 +25,8 @@ OdbcChoices ReadOdbcChoices(Program& program) {
   choices.token = fromEnvironment("QREL_TOKEN");
   const std::int32_t timeout = program.settings.Timeout;
   choices.loginSeconds = timeout > 0 ? std::min(timeout, longestLogin) : longestLogin;
+  // Where a server or what stands in between can't bear connections that wait.
+  if (fromEnvironment("QREL_ODBC_KEEP") == "0") choices.keepSeconds = 0;
   return choices;
 }
 

@@ -86,5 +86,26 @@ TEST(OdbcRows, EveryTypeReadsAsTheEmbeddedServerGivesIt) {
   }
 }
 
+// Procedures by name: what comes back of the parameters, the value that it returns, its failure.
+TEST(OdbcProcedures, ParametersAndReturnValuesComeBack) {
+  OdbcServer server("CREATE TABLE T (N int)");
+  server.tds->switches().returnValue = 7;
+  server.tds->switches().outputInteger = 41;
+  const auto connection = server.data.open(server.connectionString());
+  CommandRequest request{
+      "sp_executesql",
+      30,
+      {Value::ofText("DECLARE @x int"), Value::ofText("@a int, @b int"), Value::ofInteger(5), Value::ofInteger(6)},
+      true,
+      {false, false, true, false}};
+  CommandResult result = connection->execute(request);
+  EXPECT_EQ(result.returnValue, 7);
+  ASSERT_EQ(result.outputs.size(), 4u);
+  EXPECT_EQ(result.outputs[2].integer, 41);
+  EXPECT_EQ(result.outputs[3].integer, 6);
+  const std::vector<std::string> sent = {"5", "6"};
+  EXPECT_EQ(server.tds->traffic().requests().back().parameters, sent);
+}
+
 }  // namespace
 }  // namespace qrel

@@ -15,10 +15,10 @@ namespace {
 
 // What has one name comes in the order of its ids: an index on a name alone has the row's key behind it.
 constexpr const char* storageSql = R"(
-create table cat_schemas(id integer primary key, name text collate q_text);
+create table cat_schemas(id integer primary key, name text collate q_text, owner integer);
 create unique index cat_schemas_name on cat_schemas(name);
 create table cat_types(xusertype integer primary key, schema_id integer, name text collate q_text, xtype integer,
-  length integer, prec integer, scale integer, nullable integer);
+  length integer, prec integer, scale integer, nullable integer, table_object integer);
 create unique index cat_types_name on cat_types(name, schema_id);
 create table cat_objects(id integer primary key, name text collate q_text, schema_id integer, xtype text,
   parent_obj integer, crdate text);
@@ -42,11 +42,29 @@ create table cat_referencekeys(constid integer, keyno integer, fcolid integer, r
 create table cat_comments(object_id integer, colid integer, text text, primary key(object_id, colid));
 create table cat_sequences(object_id integer primary key, next integer, increment integer);
 create table cat_permissions(class integer, major_id integer, minor_id integer, type text, permission_name text,
-  state text, grantee text collate q_text);
+  state text, grantee text collate q_text, grantor text collate q_text);
 create index cat_permissions_object on cat_permissions(major_id);
 create table cat_properties(object_id integer, class integer, minor_id integer, name text, value text,
   primary key(object_id, class, minor_id, name)) without rowid;
-insert into cat_schemas values(1, 'dbo');
+create table cat_principals(id integer primary key, name text collate q_text, type text, owner integer,
+  default_schema text, authentication integer);
+create unique index cat_principals_name on cat_principals(name);
+create table cat_members(role_id integer, member_id integer, primary key(role_id, member_id)) without rowid;
+create table cat_extended(class integer, major_id integer, minor_id integer, name text collate q_text, value,
+  primary key(class, major_id, minor_id, name)) without rowid;
+create table cat_parameters(object_id integer, parameter_id integer, name text collate q_text, xtype integer,
+  xusertype integer, length integer, prec integer, scale integer, is_output integer, is_readonly integer,
+  primary key(object_id, parameter_id)) without rowid;
+create table cat_entities(kind text, id integer, name text collate q_text, primary key(kind, id)) without rowid;
+insert into cat_schemas values(1, 'dbo', 1);
+insert into cat_principals values(0, 'public', 'R', 1, null, 0), (1, 'dbo', 'S', null, 'dbo', 1),
+  (2, 'guest', 'S', null, 'guest', 0), (3, 'INFORMATION_SCHEMA', 'S', null, null, 0), (4, 'sys', 'S', null, null, 0),
+  (16384, 'db_owner', 'R', 1, null, 0), (16385, 'db_accessadmin', 'R', 1, null, 0),
+  (16386, 'db_securityadmin', 'R', 1, null, 0), (16387, 'db_ddladmin', 'R', 1, null, 0),
+  (16389, 'db_backupoperator', 'R', 1, null, 0), (16390, 'db_datareader', 'R', 1, null, 0),
+  (16391, 'db_datawriter', 'R', 1, null, 0), (16392, 'db_denydatareader', 'R', 1, null, 0),
+  (16393, 'db_denydatawriter', 'R', 1, null, 0);
+insert into cat_entities values('FG', 1, 'PRIMARY');
 )";
 
 std::string tableKey(std::string_view schema, std::string_view name) {
@@ -229,15 +247,22 @@ std::shared_ptr<const TableInfo> Catalogue::table(std::string_view schema, std::
   if (const auto kept = tables_.find(key); kept != tables_.end()) return kept->second;
   const auto object = find(schema, name);
   if (!object || object->xtype != "U") return nullptr;
+  auto table = columnsOf(*object);
+  tables_.emplace(key, table);
+  return table;
+}
+
+std::shared_ptr<TableInfo> Catalogue::columnsOf(const ObjectInfo& object) const {
   auto table = std::make_shared<TableInfo>();
-  table->id = object->id;
-  table->schema = object->schema;
-  table->name = object->name;
-  table->storage = storageName(object->schema, object->name);
+  table->id = object.id;
+  table->schema = object.schema;
+  table->name = object.name;
+  table->storage = storageName(object.schema, object.name);
   auto& query = database_.cached(
       "select c.xtype, c.xusertype, c.length, c.prec, c.scale, c.name, c.nullable, c.is_identity, c.cdefault, "
-      "c.computed_text, c.colid, t.name, c.seed, c.increment from cat_columns c left join cat_types t on t.xusertype = "
-      "c.xusertype "
+      "c.computed_text, c.colid, t.name, c.seed, c.increment, p.value from cat_columns c left join cat_types t on "
+      "t.xusertype = c.xusertype left join cat_properties p on p.object_id = c.object_id and p.class = 1 and "
+      "p.minor_id = c.colid and p.name = 'generated_always_type' "
       "where c.object_id = ?1 order by c.colid");
   query.bind(1, table->id);
   while (query.step()) {
@@ -255,16 +280,18 @@ std::shared_ptr<const TableInfo> Catalogue::table(std::string_view schema, std::
       column.identitySeed = query.integer(12);
       column.identityIncrement = query.integer(13);
     }
+    // The period of a row begins when it is written and has no end.
+    if (query.text(14) == "1") column.defaultText = "(sysutcdatetime())";
+    if (query.text(14) == "2") column.defaultText = "('9999-12-31 23:59:59.9999999')";
   }
   query.reset();
-  tables_.emplace(key, table);
   return table;
 }
 
 std::optional<TypeRef> Catalogue::aliasType(std::string_view schema, std::string_view name) const {
   auto& query = database_.cached(
       "select t.xtype, t.xusertype, t.length, t.prec, t.scale, t.name, t.nullable from cat_types t "
-      "join cat_schemas s on s.id = t.schema_id where t.name = ?1 and s.name = ?2");
+      "join cat_schemas s on s.id = t.schema_id where t.name = ?1 and s.name = ?2 and t.table_object is null");
   query.bind(1, name).bind(2, orDbo(schema));
   std::optional<TypeRef> found;
   if (query.step()) {
@@ -272,6 +299,26 @@ std::optional<TypeRef> Catalogue::aliasType(std::string_view schema, std::string
     found->name = query.text(5);
     found->aliasNullable = query.integer(6) != 0;
   }
+  query.reset();
+  return found;
+}
+
+std::optional<TypeRef> Catalogue::returned(std::int64_t function) const {
+  auto& query = database_.cached(
+      "select xtype, xusertype, length, prec, scale from cat_parameters where object_id = ?1 and parameter_id = 0");
+  std::optional<TypeRef> found;
+  if (query.bind(1, function).step()) found = typeOfRow(query, 0);
+  query.reset();
+  return found;
+}
+
+std::optional<TableTypeInfo> Catalogue::tableType(std::string_view schema, std::string_view name) const {
+  auto& query = database_.cached(
+      "select t.xusertype, t.table_object from cat_types t join cat_schemas s on s.id = t.schema_id "
+      "where t.name = ?1 and s.name = ?2 and t.table_object is not null");
+  query.bind(1, name).bind(2, orDbo(schema));
+  std::optional<TableTypeInfo> found;
+  if (query.step()) found = TableTypeInfo{static_cast<int>(query.integer(0)), query.integer(1)};
   query.reset();
   return found;
 }

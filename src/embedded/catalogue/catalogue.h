@@ -1,19 +1,26 @@
 // The catalogue of one database file: what it holds. How objects get into it and out of it: catalogueChanges.h.
 //
 // Stored tables (all in the .mdf; `name` columns have COLLATE q_text):
-//   cat_schemas(id PK, name)                         1 is dbo
-//   cat_types(xusertype PK, schema_id, name, xtype, length, prec, scale, nullable)   alias types only, from 257 on
+//   cat_schemas(id PK, name, owner)                  1 is dbo; owner: a principal
+//   cat_types(xusertype PK, schema_id, name, xtype, length, prec, scale, nullable, table_object)   from 257 on: alias
+//               types, and types of tables, whose table_object is their object "TT_..."
 //   cat_objects(id PK, name, schema_id, xtype, parent_obj, crdate)
 //   cat_columns(object_id, colid, name, xtype, xusertype, length, prec, scale, nullable, is_identity, seed, increment,
 //               cdefault, computed_text)             PK (object_id, colid); cdefault: the default's object id or 0
 //   cat_indexes(object_id, indid, name, kind, is_unique, constraint_id, filter)   PK (object_id, indid); indid 1 is
-//               clustered; kind 'PK', 'UQ' or 'IX'
+//               clustered; kind 'PK', 'UQ', 'IX'; 'CS' columnstore, 'XM' XML, 'SP' spatial; 'ST' statistics
 //   cat_indexkeys(object_id, indid, ordinal, colid, keyno, descending)   PK (object_id, indid, ordinal); keyno from 1,
-//               0 for an included column
+//               0 for an included column, and for all columns of 'CS', 'XM', 'SP' and 'ST'
 //   cat_references(constid PK, fkeyid, rkeyid), cat_referencekeys(constid, keyno, fcolid, rcolid)
 //   cat_comments(object_id, colid, text)             rows of 4,000 characters from colid 1; text Null when encrypted
 //   cat_sequences(object_id PK, next, increment)     next is what NEXT VALUE FOR gives
-//   cat_permissions(class, major_id, minor_id, type, permission_name, state, grantee)
+//   cat_permissions(class, major_id, minor_id, type, permission_name, state, grantee, grantor)   grantor Null: dbo
+//   cat_principals(id PK, name, type, owner, default_schema, authentication)   type and authentication as in the views
+//   cat_members(role_id, member_id)
+//   cat_extended(class, major_id, minor_id, name, value)   extended properties; class as in the views
+//   cat_parameters(object_id, parameter_id, ...)     of procedures and functions; 0 is what a function returns
+//   cat_entities(kind, id, name)                     'FG' filegroups, 'PS' partition schemes (one row of ids), 'PF'
+//               partition functions, 'FC' full-text catalogues; the rest of them is in cat_properties
 //   cat_properties(object_id, class, minor_id, name, value)   PK all but value: what the other tables have no column
 //               for, under the name that it has in the sys views; class and minor_id as in PropertyOwner. What is
 //               not there is 0, or what a server takes where nothing is written
@@ -56,7 +63,13 @@ struct ColumnDef {
   Properties properties;
 };
 
-enum class KeyKind : std::uint8_t { PrimaryKey, Unique, Index };
+enum class KeyKind : std::uint8_t { PrimaryKey, Unique, Index, Columnstore, Xml, Spatial, Statistics };
+
+// Where a table or index is put: a filegroup, or a partition scheme with the column that it goes by. No name: where the
+// table is, or the default one.
+struct Placement {
+  std::string space, column;
+};
 
 // An index, primary key or unique constraint. Columns are key columns only.
 struct IndexDef {
@@ -69,6 +82,8 @@ struct IndexDef {
   std::vector<std::string> included;
   std::string filter;         // text behind WHERE, empty: none
   bool dropExisting = false;  // takes the place of the index of its name
+  std::string primaryXml;     // of a secondary XML index: the primary one
+  Placement placement;
   Properties properties;
 };
 
@@ -87,6 +102,13 @@ struct CheckDef {
   Properties properties;
 };
 
+// SYSTEM_VERSIONING.
+struct VersioningDef {
+  bool on = false;
+  ObjectName history;  // no name: made up
+  Properties properties;
+};
+
 struct TableDef {
   std::string schema = "dbo";
   std::string name;
@@ -94,6 +116,11 @@ struct TableDef {
   std::vector<IndexDef> indexes;
   std::vector<ForeignKeyDef> foreignKeys;
   std::vector<CheckDef> checks;
+  std::string periodStart, periodEnd;  // columns of PERIOD FOR SYSTEM_TIME
+  Placement placement, texts, files;   // ON, TEXTIMAGE_ON, FILESTREAM_ON
+  Properties properties;
+  Properties compressions;  // of the table's rows, as an index has them
+  std::optional<VersioningDef> versioning;
 };
 
 // A table as INSERT, UPDATE and SELECT need it.
@@ -117,6 +144,14 @@ struct TableInfo {
   std::vector<Column> columns;
   const Column* find(std::string_view columnName) const;
 };
+
+// A type of tables: its number as a type, and the object "TT_..." that its columns belong to.
+struct TableTypeInfo {
+  int xusertype = 0;
+  std::int64_t object = 0;
+};
+// The objects behind types of tables, and their constraints, have ids from here on: the old views know nothing of them.
+inline constexpr std::int64_t firstTableTypeObject = 1900000000;
 
 struct ObjectInfo {
   std::int64_t id = 0;
@@ -150,7 +185,12 @@ class Catalogue {
   // Empty when there is no such table. Kept until the table changes. Temporary tables and table variables are found
   // too, whatever the schema.
   std::shared_ptr<const TableInfo> table(std::string_view schema, std::string_view name) const;
+  // Of anything that has columns; not kept.
+  std::shared_ptr<TableInfo> columnsOf(const ObjectInfo& object) const;
   std::optional<TypeRef> aliasType(std::string_view schema, std::string_view name) const;
+  // What a scalar function was declared to return.
+  std::optional<TypeRef> returned(std::int64_t function) const;
+  std::optional<TableTypeInfo> tableType(std::string_view schema, std::string_view name) const;
   bool schemaExists(std::string_view name) const;
 
   // Those of whoever works with this handle.

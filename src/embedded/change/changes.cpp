@@ -9,6 +9,7 @@
 #include "embedded/change/properties.h"
 #include "embedded/sqlite/quoting.h"
 #include "embedded/sqlite/storageNames.h"
+#include "embedded/translate/translator.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -53,6 +54,24 @@ std::uint64_t hashText(std::string_view text) {
   return hash ^ (hash >> 29);
 }
 
+struct KindName {
+  KeyKind kind;
+  std::string_view name;
+};
+constexpr KindName kindNames[] = {{KeyKind::PrimaryKey, "PK"},  {KeyKind::Unique, "UQ"}, {KeyKind::Index, "IX"},
+                                  {KeyKind::Columnstore, "CS"}, {KeyKind::Xml, "XM"},    {KeyKind::Spatial, "SP"},
+                                  {KeyKind::Statistics, "ST"}};
+
+std::string_view kindName(KeyKind kind) {
+  for (const KindName& each : kindNames)
+    if (each.kind == kind) return each.name;
+  return {};
+}
+
+bool isConstraint(KeyKind kind) { return kind == KeyKind::PrimaryKey || kind == KeyKind::Unique; }
+// Whether an index's columns have an order: those of the others are told as included ones.
+bool hasKeys(KeyKind kind) { return isConstraint(kind) || kind == KeyKind::Index; }
+
 TableInfo::Column columnInfo(const ColumnDef& column, int colid) {
   TableInfo::Column info;
   info.name = column.name;
@@ -95,10 +114,10 @@ bool hasClusteredIndex(sqlite::Database& database, std::int64_t table) {
   return found;
 }
 
-std::int64_t freeIndid(sqlite::Database& database, std::int64_t table) {
-  auto& query = database.cached("select indid from cat_indexes where object_id = ?1 and indid > 1 order by indid");
-  query.bind(1, table);
-  std::int64_t indid = 2;
+std::int64_t freeIndid(sqlite::Database& database, std::int64_t table, KeyKind kind) {
+  auto& query = database.cached("select indid from cat_indexes where object_id = ?1 and indid >= ?2 order by indid");
+  std::int64_t indid = kind == KeyKind::Xml ? 256000 : kind == KeyKind::Spatial ? 384000 : 2;
+  query.bind(1, table).bind(2, indid);
   while (query.step() && query.integer(0) == indid) ++indid;
   query.reset();
   return indid;
@@ -178,17 +197,17 @@ class TableRows {
     }
     std::string name = index.name;
     std::int64_t constraint = 0;
-    if (index.kind != KeyKind::Index) {
+    if (isConstraint(index.kind)) {
       constraint = addConstraint(name, primary ? "PK" : "UQ", primary ? "PK" : "UQ", index.columns, &name);
     } else if (hasIndexNamed(database_, table_.id, name)) {
       refuse("The operation failed because an index or statistics with name '" + name + "' already exists on table '" +
              table_.storage + "'.");
     }
-    const std::int64_t indid = index.clustered && !taken ? 1 : freeIndid(database_, table_.id);
+    const std::int64_t indid = index.clustered && !taken ? 1 : freeIndid(database_, table_.id, index.kind);
     auto& insert = database_.cached("insert into cat_indexes values(?1,?2,?3,?4,?5,?6,?7)");
     insert.bind(1, table_.id).bind(2, indid).bind(3, name);
-    insert.bind(4, std::string_view(index.kind == KeyKind::Index ? "IX" : primary ? "PK" : "UQ"));
-    insert.bind(5, std::int64_t{index.unique || index.kind != KeyKind::Index}).bind(6, constraint);
+    insert.bind(4, kindName(index.kind));
+    insert.bind(5, std::int64_t{index.unique || isConstraint(index.kind)}).bind(6, constraint);
     if (index.filter.empty()) {
       insert.bindNull(7);
     } else {
@@ -196,6 +215,10 @@ class TableRows {
     }
     insert.run();
     setProperties(database_, {PropertyOwner::Class::Index, table_.id, indid}, index.properties);
+    if (!index.primaryXml.empty()) {
+      setProperty(database_, {PropertyOwner::Class::Index, table_.id, indid}, "using_xml_index_id",
+                  std::to_string(requireXmlIndex(index.primaryXml)));
+    }
     addIndexKeys(index, indid);
     return static_cast<int>(indid);
   }
@@ -239,6 +262,14 @@ class TableRows {
   }
 
  private:
+  std::int64_t requireXmlIndex(const std::string& name) const {
+    auto& query = database_.cached("select indid from cat_indexes where object_id = ?1 and name = ?2 and kind = 'XM'");
+    const std::int64_t indid = query.bind(1, table_.id).bind(2, name).step() ? query.integer(0) : 0;
+    query.reset();
+    if (indid == 0) refuse("There is no primary XML index '" + name + "' on table '" + table_.name + "'.");
+    return indid;
+  }
+
   static int keyColumn(const TableInfo& table, const std::string& name, const std::string& key) {
     const auto* column = table.find(name);
     if (!column) {
@@ -268,8 +299,10 @@ class TableRows {
       used.push_back(column.colid);
       const auto ordinal = static_cast<std::int64_t>(used.size());
       insert.bind(1, table_.id).bind(2, indid).bind(3, ordinal).bind(4, std::int64_t{column.colid});
-      insert.bind(5, key ? ordinal : 0).bind(6, std::int64_t{descending}).run();
+      insert.bind(5, key && hasKeys(index.kind) ? ordinal : 0).bind(6, std::int64_t{descending}).run();
     };
+    if (index.columns.empty() && index.kind == KeyKind::Columnstore)
+      for (const auto& column : table_.columns) add(column.name, false, false);
     for (std::size_t i = 0; i < index.columns.size(); ++i)
       add(index.columns[i], true, i < index.descending.size() && index.descending[i]);
     for (const std::string& name : index.included) add(name, false, false);
@@ -292,6 +325,21 @@ void removeIndex(sqlite::Database& database, const TableInfo& table, std::int64_
         .run();
   }
   removeProperties(database, {PropertyOwner::Class::Index, table.id, indid});
+  database.cached("delete from cat_extended where class = 7 and major_id = ?1 and minor_id = ?2")
+      .bind(1, table.id)
+      .bind(2, indid)
+      .run();
+}
+
+// The columns that a view gives, as far as an index of it needs them: their names and order.
+std::vector<ColumnDef> viewColumns(const Catalogue& catalogue, const ObjectInfo& view) {
+  std::vector<ColumnDef> columns;
+  for (const std::string& name : columnsOfView(commentText(catalogue.database(), view.id))) {
+    ColumnDef& column = columns.emplace_back();
+    column.name = name;
+    column.type = systemTypeRef(*findSystemType("sql_variant"));
+  }
+  return columns;
 }
 
 bool isEmptyTable(sqlite::Database& database, const TableInfo& table) {
@@ -357,7 +405,22 @@ std::string makeConstraintName(const Catalogue& catalogue, std::string_view kind
   }
 }
 
+std::string stableDigits(std::string_view text) {
+  char digits[9];
+  std::snprintf(digits, sizeof digits, "%08llX", static_cast<unsigned long long>(hashText(text) >> 32));
+  return digits;
+}
+
 void CatalogueChanges::createTable(const TableDef& def) {
+  addTable(def, "U");
+  const auto complete = catalogue_.table(def.schema, def.name);
+  createStorageTable(database_, catalogue_, *complete, complete->storage);
+  createStorageIndexes(database_, catalogue_, *complete);
+  if (def.versioning && def.versioning->on)
+    startVersioning({"", "", def.schema, def.name}, def.versioning->history, def.versioning->properties);
+}
+
+std::int64_t CatalogueChanges::addTable(const TableDef& def, std::string_view xtype) {
   const std::int64_t schema = schemaId(database_, def.schema);
   if (schema == 0) {
     refuse("The specified schema name \"" + def.schema +
@@ -370,7 +433,8 @@ void CatalogueChanges::createTable(const TableDef& def) {
     refuse("Multiple identity columns specified for table '" + def.name +
            "'. Only one identity column per table is allowed.");
   }
-  const std::int64_t id = addObject(database_, def.name, schema, "U", 0);
+  const std::int64_t id = addObject(database_, def.name, schema, xtype, 0);
+  setProperties(database_, {PropertyOwner::Class::Object, id}, def.properties);
   int colid = 0;
   for (const ColumnDef& column : def.columns) {
     ColumnDef kept = column;
@@ -382,8 +446,9 @@ void CatalogueChanges::createTable(const TableDef& def) {
     insertColumn(database_, id, kept, ++colid);
   }
   catalogue_.forget();
-  const auto info = catalogue_.table(def.schema, def.name);
+  const std::shared_ptr<const TableInfo> info = catalogue_.columnsOf(*catalogue_.find(id));
   TableRows rows(database_, catalogue_, *info);
+  placeTable(*info, def);
   for (const ColumnDef& column : def.columns)
     if (!column.defaultText.empty()) rows.addDefault(*info->find(column.name), column.defaultName, column.defaultText);
   const bool clustered = std::any_of(def.indexes.begin(), def.indexes.end(), [](const IndexDef& index) {
@@ -391,14 +456,67 @@ void CatalogueChanges::createTable(const TableDef& def) {
   });
   for (IndexDef index : def.indexes) {
     if (index.kind == KeyKind::PrimaryKey && clustered) index.clustered = false;
-    rows.addIndex(index);
+    const int indid = rows.addIndex(index);
+    place(*info, indid, index.placement);
+    // What is said of a table's rows goes for the index that holds them.
+    if (indid == 1) setProperties(database_, {PropertyOwner::Class::Index, id, 1}, def.compressions);
   }
   for (const ForeignKeyDef& key : def.foreignKeys) rows.addForeignKey(key);
   for (const CheckDef& check : def.checks) rows.addCheck(check);
   catalogue_.forget();
-  const auto complete = catalogue_.table(def.schema, def.name);
-  createStorageTable(database_, catalogue_, *complete, complete->storage);
-  createStorageIndexes(database_, catalogue_, *complete);
+  const ObjectName name{"", "", def.schema, def.name};
+  if (!def.periodStart.empty()) setPeriod(name, def.periodStart, def.periodEnd);
+  return id;
+}
+
+void CatalogueChanges::placeTable(const TableInfo& table, const TableDef& def) {
+  place(table, 0, def.placement);
+  const PropertyOwner owner{PropertyOwner::Class::Object, table.id};
+  if (!def.texts.space.empty())
+    setProperty(database_, owner, "lob_data_space_id", std::to_string(placed(def.texts, table).first));
+  if (!def.files.space.empty())
+    setProperty(database_, owner, "filestream_data_space_id", std::to_string(placed(def.files, table).first));
+  setProperties(database_, {PropertyOwner::Class::Index, table.id, 0}, def.compressions);
+}
+
+// The data space's id and the partitioning column, 0 where there is none.
+std::pair<std::int64_t, std::int64_t> CatalogueChanges::placed(const Placement& placement,
+                                                               const TableInfo& table) const {
+  if (compareCollated(placement.space, "default") == 0) return {1, 0};
+  if (!placement.column.empty()) {
+    const std::int64_t scheme = findEntity(database_, "PS", placement.space);
+    if (scheme == 0) refuse("Invalid partition scheme '" + placement.space + "' specified.");
+    return {scheme, requireColumn(table, placement.column).colid};
+  }
+  std::int64_t space = findEntity(database_, "FG", placement.space);
+  if (space == 0) space = addEntity(database_, "FG", placement.space);
+  return {space, 0};
+}
+
+void CatalogueChanges::place(const TableInfo& table, std::int64_t indid, const Placement& placement) {
+  const PropertyOwner owner{PropertyOwner::Class::Index, table.id, indid};
+  if (!placement.space.empty()) {
+    const auto [space, column] = placed(placement, table);
+    setProperty(database_, owner, "data_space", space == 1 ? "" : std::to_string(space));
+    setProperty(database_, owner, "partition_column", column == 0 ? "" : std::to_string(column));
+    return;
+  }
+  if (indid == 0) return;
+  // Where the table is: in its clustered index, or by itself.
+  const PropertyOwner rows{PropertyOwner::Class::Index, table.id, indid > 1 && hasClusteredIndex(database_, table.id)};
+  for (const char* each : {"data_space", "partition_column"})
+    setProperty(database_, owner, each, property(database_, rows, each));
+}
+
+// A table, or a view that an index is made on.
+std::shared_ptr<const TableInfo> CatalogueChanges::indexed(const ObjectName& name) const {
+  const auto object = catalogue_.find(name.schema, name.name);
+  if (!object || object->xtype != "V") return requireTable(catalogue_, name);
+  auto info = catalogue_.columnsOf(*object);
+  if (!info->columns.empty()) return info;
+  int colid = 0;
+  for (const ColumnDef& column : viewColumns(catalogue_, *object)) insertColumn(database_, object->id, column, ++colid);
+  return catalogue_.columnsOf(*object);
 }
 
 void CatalogueChanges::addColumns(const ObjectName& tableName, const std::vector<ColumnDef>& columns) {
@@ -463,6 +581,10 @@ void CatalogueChanges::dropColumn(const ObjectName& tableName, std::string_view 
       .bind(2, std::int64_t{found->colid})
       .run();
   removeProperties(database_, {PropertyOwner::Class::Column, before->id, found->colid});
+  database_.cached("delete from cat_extended where class = 1 and major_id = ?1 and minor_id = ?2")
+      .bind(1, before->id)
+      .bind(2, std::int64_t{found->colid})
+      .run();
   catalogue_.forget();
 }
 
@@ -505,15 +627,33 @@ void CatalogueChanges::setColumnProperties(const ObjectName& tableName, std::str
   setProperties(database_, {PropertyOwner::Class::Column, table->id, requireColumn(*table, column).colid}, properties);
 }
 
+void CatalogueChanges::setTableProperties(const ObjectName& tableName, const Properties& properties) {
+  setProperties(database_, {PropertyOwner::Class::Object, requireTable(catalogue_, tableName)->id}, properties);
+}
+
+void CatalogueChanges::compressTable(const ObjectName& tableName, const Properties& compressions) {
+  const auto table = requireTable(catalogue_, tableName);
+  const std::int64_t rows = hasClusteredIndex(database_, table->id) ? 1 : 0;
+  setProperties(database_, {PropertyOwner::Class::Index, table->id, rows}, compressions);
+}
+
+void CatalogueChanges::setPeriod(const ObjectName& tableName, const std::string& start, const std::string& end) {
+  const auto table = requireTable(catalogue_, tableName);
+  const PropertyOwner owner{PropertyOwner::Class::Object, table->id};
+  for (const auto& [name, column] : {std::pair("period_start", &start), std::pair("period_end", &end)})
+    setProperty(database_, owner, name, column->empty() ? "" : std::to_string(requireColumn(*table, *column).colid));
+}
+
 void CatalogueChanges::addIndex(const ObjectName& tableName, const IndexDef& index) {
-  const auto info = requireTable(catalogue_, tableName);
+  const auto info = indexed(tableName);
   for (const std::string& name : index.columns) {
     if (requireColumn(*info, name).nullable && index.kind == KeyKind::PrimaryKey)
       refuse("Cannot define PRIMARY KEY constraint on nullable column in table '" + info->name + "'.");
   }
   if (index.dropExisting) dropIndex(tableName, index.name);
   const int indid = TableRows(database_, catalogue_, *info).addIndex(index);
-  createStorageIndexes(database_, catalogue_, *info, indid);
+  place(*info, indid, index.placement);
+  if (catalogue_.table(tableName.schema, tableName.name)) createStorageIndexes(database_, catalogue_, *info, indid);
 }
 
 void CatalogueChanges::addForeignKey(const ObjectName& tableName, const ForeignKeyDef& key) {
@@ -565,7 +705,7 @@ void CatalogueChanges::dropConstraint(const ObjectName& tableName, std::string_v
 }
 
 void CatalogueChanges::dropIndex(const ObjectName& tableName, std::string_view name) {
-  const auto info = requireTable(catalogue_, tableName);
+  const auto info = indexed(tableName);
   auto& query = database_.cached("select indid, constraint_id from cat_indexes where object_id = ?1 and name = ?2");
   query.bind(1, info->id).bind(2, name);
   const bool found = query.step();

@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <ctime>
+#include <limits>
 #include <utility>
 
 #include "embedded/change/changes.h"
@@ -20,6 +21,7 @@ namespace {
 constexpr std::int64_t firstObjectId = 245575913;
 constexpr std::int64_t objectIdStep = 16;
 constexpr std::size_t commentCharacters = 4000;
+constexpr std::int64_t dboSchema = 1;
 
 std::string now() {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
@@ -27,96 +29,6 @@ std::string now() {
   std::array<char, 32> text{};
   std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
   return text.data();
-}
-
-std::int64_t requireSchema(sqlite::Database& database, std::string_view name) {
-  const std::int64_t id = schemaId(database, name);
-  if (id == 0) {
-    refuse("The specified schema name \"" + std::string(name) +
-           "\" either does not exist or you do not have permission to use it.");
-  }
-  return id;
-}
-
-struct PermissionCode {
-  const char* name;
-  const char* code;
-};
-
-constexpr PermissionCode permissionCodes[] = {
-    {"SELECT", "SL  "},
-    {"INSERT", "IN  "},
-    {"UPDATE", "UP  "},
-    {"DELETE", "DL  "},
-    {"EXECUTE", "EX  "},
-    {"REFERENCES", "RF  "},
-    {"ALTER", "AL  "},
-    {"CONTROL", "CL  "},
-    {"VIEW DEFINITION", "VW  "},
-    {"TAKE OWNERSHIP", "TO  "},
-    {"CONNECT", "CO  "},
-    {"RECEIVE", "RC  "},
-    {"IMPERSONATE", "IM  "},
-    {"CREATE TABLE", "CRTB"},
-    {"CREATE VIEW", "CRVW"},
-    {"CREATE PROCEDURE", "CRPR"},
-    {"CREATE FUNCTION", "CRFN"},
-    {"CREATE SCHEMA", "CRSM"},
-    {"CREATE TYPE", "CRTY"},
-    {"CREATE DEFAULT", "CRDF"},
-    {"CREATE RULE", "CRRU"},
-    {"CREATE SYNONYM", "CRSN"},
-    {"CREATE ROLE", "CRRL"},
-    {"BACKUP DATABASE", "BADB"},
-    {"BACKUP LOG", "BALO"},
-    {"VIEW CHANGE TRACKING", "VWCT"},
-    {"ALTER ANY SCHEMA", "ALSM"},
-    {"ALTER ANY USER", "ALUS"},
-    {"ALTER ANY ROLE", "ALRL"},
-    {"VIEW DATABASE STATE", "VWDS"},
-    {"SHOWPLAN", "SPLN"},
-    {"CREATE DATABASE", "CRDB"},
-};
-
-std::string permissionCode(const std::string& permission) {
-  for (const auto& each : permissionCodes)
-    if (permission == each.name) return each.code;
-  std::string code;
-  for (const char c : permission)
-    if (c != ' ' && code.size() < 4) code += c;
-  return code + std::string(4 - code.size(), ' ');
-}
-
-struct Secured {
-  std::int64_t kind, major, minor;
-};
-
-void insertPermission(sqlite::Database& database, const Permission& permission, const Secured& secured) {
-  auto& insert = database.cached("insert into cat_permissions values(?1,?2,?3,?4,?5,?6,?7)");
-  insert.bind(1, secured.kind).bind(2, secured.major).bind(3, secured.minor);
-  insert.bind(4, permissionCode(permission.name)).bind(5, permission.name);
-  insert.bind(6, std::string_view(&permission.state, 1)).bind(7, permission.grantee).run();
-}
-
-// A REVOKE on a column stays as a row of its own where the whole table's permission goes on.
-void setColumnPermission(sqlite::Database& database, const Permission& permission, std::int64_t table, int colid) {
-  const auto bound = [&](const char* sql) -> sqlite::Statement& {
-    auto& statement = database.cached(sql);
-    statement.bind(1, table).bind(2, std::int64_t{colid}).bind(3, permissionCode(permission.name));
-    return statement.bind(4, permission.grantee);
-  };
-  bound(
-      "delete from cat_permissions where class = 1 and major_id = ?1 and minor_id = ?2 and type = ?3 and grantee = ?4")
-      .run();
-  if (permission.state == 'R') {
-    auto& whole = bound(
-        "select ?2 from cat_permissions where class = 1 and major_id = ?1 and minor_id = 0 and type = ?3 and grantee = "
-        "?4");
-    const bool goesOn = whole.step();
-    whole.reset();
-    if (!goesOn) return;
-  }
-  insertPermission(database, permission, {1, table, colid});
 }
 
 // Another table's foreign key that points at this table; empty: none.
@@ -130,11 +42,12 @@ std::string referencingKey(sqlite::Database& database, std::int64_t table) {
   return name;
 }
 
-void removeTableRows(sqlite::Database& database, const TableInfo& table) {
+// With the objects that belong to it, unless only its columns and indexes are meant.
+void removeTableRows(sqlite::Database& database, const TableInfo& table, bool withParts = true) {
   std::vector<std::int64_t> parts;
   auto& query = database.cached("select id from cat_objects where parent_obj = ?1");
   query.bind(1, table.id);
-  while (query.step()) parts.push_back(query.integer(0));
+  while (withParts && query.step()) parts.push_back(query.integer(0));
   query.reset();
   for (const std::int64_t part : parts) removeObject(database, part);
   for (const char* rows : {"cat_columns", "cat_indexkeys", "cat_indexes"})
@@ -145,6 +58,32 @@ void removeTableRows(sqlite::Database& database, const TableInfo& table) {
 void renameObject(sqlite::Database& database, std::int64_t id, std::string_view newName) {
   database.cached("update cat_objects set name = ?2 where id = ?1").bind(1, id).bind(2, newName).run();
   database.cached("update cat_indexes set name = ?2 where constraint_id = ?1").bind(1, id).bind(2, newName).run();
+}
+
+void requireFreeType(const Catalogue& catalogue, const ObjectName& name, std::int64_t schema) {
+  if (catalogue.aliasType(name.schema, name.name) || catalogue.tableType(name.schema, name.name) ||
+      (schema == dboSchema && findSystemType(name.name)))
+    refuse("The type '" + fullName(name.schema, name.name) +
+           "' already exists, or you do not have permission to create it.");
+}
+
+sqlite::Statement& typeInsert(sqlite::Database& database) {
+  return database.cached(
+      "insert into cat_types select max(ifnull(max(xusertype), 0) + 1, 257), ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8 from "
+      "cat_types");
+}
+
+void writeParameters(sqlite::Database& database, std::int64_t id, const std::vector<ParameterDef>& parameters) {
+  database.cached("delete from cat_parameters where object_id = ?1").bind(1, id).run();
+  auto& insert = database.cached("insert into cat_parameters values(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10)");
+  std::int64_t number = 0;
+  for (const ParameterDef& each : parameters) {
+    insert.bind(1, id).bind(2, each.name.empty() ? 0 : ++number).bind(3, each.name);
+    insert.bind(4, std::int64_t{each.type.xtype}).bind(5, std::int64_t{each.type.xusertype});
+    insert.bind(6, std::int64_t{each.type.length}).bind(7, std::int64_t{each.type.prec});
+    insert.bind(8, std::int64_t{each.type.scale}).bind(9, std::int64_t{each.output});
+    insert.bind(10, std::int64_t{each.readonly}).run();
+  }
 }
 
 void dropStorageIndexes(sqlite::Database& database, const TableInfo& table) {
@@ -158,15 +97,26 @@ void dropStorageIndexes(sqlite::Database& database, const TableInfo& table) {
 
 }  // namespace
 
+std::int64_t requireSchema(sqlite::Database& database, std::string_view name) {
+  const std::int64_t id = schemaId(database, name);
+  if (id == 0) {
+    refuse("The specified schema name \"" + std::string(name) +
+           "\" either does not exist or you do not have permission to use it.");
+  }
+  return id;
+}
+
 std::int64_t addObject(sqlite::Database& database, std::string_view name, std::int64_t schema, std::string_view xtype,
                        std::int64_t parent) {
   auto& taken = database.cached("select 1 from cat_objects where name = ?1 and schema_id = ?2");
   const bool found = taken.bind(1, name).bind(2, schema).step();
   taken.reset();
   if (found) refuse("There is already an object named '" + std::string(name) + "' in the database.");
-  auto& highest = database.cached("select max(id) from cat_objects");
-  highest.step();
-  const std::int64_t id = highest.isNull(0) ? firstObjectId : highest.integer(0) + objectIdStep;
+  const bool ofType = xtype == "TT" || parent >= firstTableTypeObject;
+  auto& highest = database.cached("select max(id) from cat_objects where id < ?1");
+  highest.bind(1, ofType ? std::numeric_limits<std::int64_t>::max() : firstTableTypeObject).step();
+  std::int64_t id = highest.isNull(0) ? firstObjectId : highest.integer(0) + objectIdStep;
+  if (ofType) id = std::max(id, firstTableTypeObject);
   highest.reset();
   auto& insert = database.cached("insert into cat_objects values(?1,?2,?3,?4,?5,?6)");
   insert.bind(1, id).bind(2, name).bind(3, schema).bind(4, xtype).bind(5, parent).bind(6, now()).run();
@@ -181,7 +131,9 @@ void removeObject(sqlite::Database& database, std::int64_t id) {
   for (const char* sql :
        {columnsOfKeys, "delete from cat_references where constid = ?1 or fkeyid = ?1",
         "delete from cat_comments where object_id = ?1", "delete from cat_sequences where object_id = ?1",
-        "delete from cat_permissions where class = 1 and major_id = ?1", "delete from cat_objects where id = ?1"}) {
+        "delete from cat_permissions where class = 1 and major_id = ?1",
+        "delete from cat_extended where class in (1, 2, 7, 8) and major_id = ?1",
+        "delete from cat_parameters where object_id = ?1", "delete from cat_objects where id = ?1"}) {
     database.cached(sql).bind(1, id).run();
   }
   removeAllProperties(database, id);
@@ -226,7 +178,9 @@ void CatalogueChanges::createModule(const ModuleDef& module, bool replace) {
                                                           module.xtype, parentId);
   writeComment(database_, id, module.text, module.encrypted);
   setProperties(database_, {PropertyOwner::Class::Object, id}, module.properties);
+  writeParameters(database_, id, module.parameters);
   if (!existing) return;
+  if (module.xtype == "V") removeTableRows(database_, *catalogue_.columnsOf(*existing), false);
   database_.cached("update cat_objects set parent_obj = ?2 where id = ?1").bind(1, id).bind(2, parentId).run();
 }
 
@@ -260,7 +214,12 @@ void CatalogueChanges::dropObject(const ObjectName& name, const std::vector<std:
     refuse("Cannot drop the object '" + fullName(name.schema, name.name) +
            "', because it does not exist or you do not have permission.");
   }
+  if (object->xtype == "V") removeTableRows(database_, *catalogue_.columnsOf(*object));
   if (object->xtype == "U") {
+    if (property(database_, {PropertyOwner::Class::Object, object->id}, "temporal_type") != "") {
+      refuse("Drop table operation failed on table '" + fullName(name.schema, name.name) +
+             "' because it is not a supported operation on system-versioned temporal tables.");
+    }
     if (!referencingKey(database_, object->id).empty()) {
       refuse("Could not drop object '" + fullName(name.schema, name.name) +
              "' because it is referenced by a FOREIGN KEY constraint.");
@@ -268,19 +227,17 @@ void CatalogueChanges::dropObject(const ObjectName& name, const std::vector<std:
     removeTableRows(database_, *catalogue_.table(name.schema, name.name));
   }
   removeObject(database_, object->id);
-  if (object->xtype == "V") {
-    auto& triggers = database_.cached("delete from cat_objects where parent_obj = ?1");
-    triggers.bind(1, object->id).run();
-  }
   catalogue_.forget();
 }
 
-void CatalogueChanges::createSchema(std::string_view name) {
+void CatalogueChanges::createSchema(std::string_view name, std::string_view owner) {
   const auto isOurs = [&](std::string_view own) { return compareCollated(name, own) == 0; };
   if (catalogue_.schemaExists(name) || isOurs("sys") || isOurs("INFORMATION_SCHEMA") || isOurs("guest"))
     refuse("There is already an object named '" + std::string(name) + "' in the database.");
-  auto& insert = database_.cached("insert into cat_schemas select max(max(id) + 1, 5), ?1 from cat_schemas");
-  insert.bind(1, name).run();
+  auto& insert = database_.cached("insert into cat_schemas select max(max(id) + 1, 5), ?1, ?2 from cat_schemas");
+  // Below version 9 a schema is its owner.
+  const bool ofDbo = owner.empty() || catalogue_.serverMajor() < 9;
+  insert.bind(1, name).bind(2, ofDbo ? dboPrincipal : requirePrincipal(database_, owner)).run();
 }
 
 void CatalogueChanges::dropSchema(std::string_view name) {
@@ -289,39 +246,62 @@ void CatalogueChanges::dropSchema(std::string_view name) {
     refuse("Cannot drop the schema '" + std::string(name) +
            "', because it does not exist or you do not have permission.");
   }
-  auto& query = database_.cached("select name from cat_objects where schema_id = ?1 order by id limit 1");
+  auto& query = database_.cached(
+      "select * from (select name from cat_objects where schema_id = ?1 and xtype <> 'TT' order by id limit 1) "
+      "union all select name from cat_types where schema_id = ?1");
   std::string object;
   if (query.bind(1, id).step()) object = query.text(0);
   query.reset();
   if (!object.empty()) {
     refuse("Cannot drop schema '" + std::string(name) + "' because it is being referenced by object '" + object + "'.");
   }
-  database_.cached("delete from cat_schemas where id = ?1").bind(1, id).run();
+  for (const char* sql :
+       {"delete from cat_schemas where id = ?1", "delete from cat_permissions where class = 3 and major_id = ?1",
+        "delete from cat_extended where class = 3 and major_id = ?1"})
+    database_.cached(sql).bind(1, id).run();
 }
 
 void CatalogueChanges::createAliasType(const ObjectName& name, const TypeRef& base, bool nullable) {
   const std::int64_t schema = requireSchema(database_, name.schema);
-  if (catalogue_.aliasType(name.schema, name.name) || (schema == 1 && findSystemType(name.name)))
-    refuse("The type '" + fullName(name.schema, name.name) +
-           "' already exists, or you do not have permission to create it.");
-  auto& insert = database_.cached(
-      "insert into cat_types select max(ifnull(max(xusertype), 0) + 1, 257), ?1, ?2, ?3, ?4, ?5, ?6, ?7 from "
-      "cat_types");
+  requireFreeType(catalogue_, name, schema);
+  auto& insert = typeInsert(database_);
   insert.bind(1, schema).bind(2, name.name).bind(3, std::int64_t{base.xtype}).bind(4, std::int64_t{base.length});
-  insert.bind(5, std::int64_t{base.prec}).bind(6, std::int64_t{base.scale}).bind(7, std::int64_t{nullable}).run();
+  insert.bind(5, std::int64_t{base.prec}).bind(6, std::int64_t{base.scale}).bind(7, std::int64_t{nullable});
+  insert.bindNull(8).run();
+}
+
+void CatalogueChanges::createTableType(const ObjectName& name, TableDef table) {
+  const std::int64_t schema = requireSchema(database_, name.schema);
+  requireFreeType(catalogue_, name, schema);
+  table.schema = name.schema;
+  table.name =
+      "TT_" + name.name + "_" + stableDigits(collationKey(orDbo(name.schema)) + '\n' + collationKey(name.name));
+  const std::int64_t object = addTable(table, "TT");
+  auto& insert = typeInsert(database_);
+  insert.bind(1, schema).bind(2, name.name).bind(3, std::int64_t{xtype::Table}).bind(4, std::int64_t{-1});
+  insert.bind(5, std::int64_t{0}).bind(6, std::int64_t{0}).bind(7, std::int64_t{0}).bind(8, object).run();
 }
 
 void CatalogueChanges::dropType(const ObjectName& name) {
-  const auto type = catalogue_.aliasType(name.schema, name.name);
-  if (!type) {
-    dropObject(name, {"TT"});
-    return;
+  const auto alias = catalogue_.aliasType(name.schema, name.name);
+  const auto table = catalogue_.tableType(name.schema, name.name);
+  if (!alias && !table) {
+    refuse("Cannot drop the type '" + fullName(name.schema, name.name) +
+           "', because it does not exist or you do not have permission.");
   }
-  auto& query = database_.cached("select 1 from cat_columns where xusertype = ?1");
-  const bool used = query.bind(1, std::int64_t{type->xusertype}).step();
+  const std::int64_t type = alias ? alias->xusertype : table->xusertype;
+  auto& query = database_.cached(
+      "select 1 from cat_columns where xusertype = ?1 union all select 1 from cat_parameters where xusertype = ?1");
+  const bool used = query.bind(1, type).step();
   query.reset();
   if (used) refuse("Cannot drop type '" + fullName(name.schema, name.name) + "' because it is currently in use.");
-  database_.cached("delete from cat_types where xusertype = ?1").bind(1, std::int64_t{type->xusertype}).run();
+  for (const char* sql :
+       {"delete from cat_types where xusertype = ?1", "delete from cat_permissions where class = 6 and major_id = ?1",
+        "delete from cat_extended where class = 6 and major_id = ?1"})
+    database_.cached(sql).bind(1, type).run();
+  if (!table) return;
+  removeTableRows(database_, *catalogue_.columnsOf(*catalogue_.find(table->object)));
+  removeObject(database_, table->object);
 }
 
 void CatalogueChanges::rename(const ObjectName& object, std::string_view column, std::string_view newName) {
@@ -387,41 +367,6 @@ void CatalogueChanges::renameColumnOrIndex(const TableInfo* table, std::string_v
       .bind(3, newName)
       .run();
   createStorageIndexes(database_, catalogue_, *table);
-}
-
-void CatalogueChanges::setPermission(const Permission& permission, const ObjectName* object,
-                                     const std::vector<std::string>& columns) {
-  std::int64_t kind = 0;
-  std::int64_t major = 0;
-  if (object) {
-    kind = 1;
-    const auto found = catalogue_.find(object->schema, object->name);
-    if (!found) {
-      refuse("Cannot find the object '" + object->name + "', because it does not exist or you do not have permission.");
-    }
-    major = found->id;
-  }
-  if (!columns.empty()) {
-    for (const std::string& column : columns) {
-      const auto table = object ? catalogue_.table(object->schema, object->name) : nullptr;
-      const auto* found = table ? table->find(column) : nullptr;
-      if (!found) {
-        refuse("Column '" + column + "' was not found in the object '" + (object ? object->name : std::string()) +
-               "': permissions on columns are kept for those of tables.");
-      }
-      setColumnPermission(database_, permission, major, found->colid);
-    }
-    return;
-  }
-  // What is said of an object takes back what was said of its columns.
-  const std::string code = permissionCode(permission.name);
-  database_.cached("delete from cat_permissions where class = ?1 and major_id = ?2 and type = ?3 and grantee = ?4")
-      .bind(1, kind)
-      .bind(2, major)
-      .bind(3, code)
-      .bind(4, permission.grantee)
-      .run();
-  if (permission.state != 'R') insertPermission(database_, permission, {kind, major, 0});
 }
 
 }  // namespace qrel::tsql

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,20 @@ void removeObject(sqlite::Database& database, std::int64_t id);
 // counts on.
 std::string makeConstraintName(const Catalogue& catalogue, std::string_view kind, std::string_view schema,
                                std::string_view table, const std::vector<std::string>& columns);
+
+// Eight digits that depend on the text alone.
+std::string stableDigits(std::string_view text);
+
+// Refuses a schema that isn't there.
+std::int64_t requireSchema(sqlite::Database& database, std::string_view name);
+
+inline constexpr std::int64_t dboPrincipal = 1;
+std::optional<std::int64_t> findPrincipal(sqlite::Database& database, std::string_view name);
+std::int64_t requirePrincipal(sqlite::Database& database, std::string_view name);
+// A filegroup, partition scheme, partition function or full-text catalogue by kind; 0: there is none.
+std::int64_t findEntity(sqlite::Database& database, std::string_view kind, std::string_view name);
+
+std::int64_t addEntity(sqlite::Database& database, std::string_view kind, std::string_view name);
 
 // Which SQLite collation a column of this type has, with a leading blank; empty: none.
 std::string storageCollation(const TypeRef& type);

@@ -30,6 +30,16 @@ void setProperties(sqlite::Database& database, const PropertyOwner& owner, const
   for (const Property& each : properties) setProperty(database, owner, each.name, each.value);
 }
 
+std::string property(sqlite::Database& database, const PropertyOwner& owner, std::string_view name) {
+  auto& query = bound(
+      database, "select value from cat_properties where object_id = ?1 and class = ?2 and minor_id = ?3 and name = ?4",
+      owner);
+  std::string value;
+  if (query.bind(4, name).step()) value = query.text(0);
+  query.reset();
+  return value;
+}
+
 void removeProperties(sqlite::Database& database, const PropertyOwner& owner) {
   bound(database, "delete from cat_properties where object_id = ?1 and class = ?2 and minor_id = ?3", owner).run();
 }

@@ -25,6 +25,15 @@ std::string translated(const Catalogue& catalogue, const TableInfo& table, const
   return condition ? translator.condition() : translator.expression();
 }
 
+// A computed column's expression, which gives exact numbers with the digits of their type.
+std::string computedText(const TableInfo::Column& column) {
+  if (column.type.dataType != DataType::Decimal) return column.computedText;
+  const bool sized = sizingOf(column.type.xtype) == Sizing::Decimal;
+  const std::string size =
+      "(" + std::to_string(column.type.prec) + "," + std::to_string(std::max(column.type.scale, 0)) + ")";
+  return "CAST(" + column.computedText + " AS " + column.type.baseName + (sized ? size : "") + ")";
+}
+
 // A key column of a unique index. The server takes Nulls as equal, SQLite doesn't: a value that no column can hold
 // stands in for them.
 std::string indexColumn(const TableInfo::Column& column, bool descending) {
@@ -80,32 +89,49 @@ std::string storageColumn(const Catalogue& catalogue, const TableInfo& table, co
   // SQLite takes numbers only as a type's size.
   std::string sql = quoteColumn(column.name) + " " + replaceAll(storageDeclaration(column.type), "(max)", "(-1)");
   if (column.computed && !plain)
-    sql += " generated always as (" + translated(catalogue, table, column.computedText, false) + ") virtual";
+    sql += " generated always as (" + translated(catalogue, table, computedText(column), false) + ") virtual";
   return sql;
 }
 
+namespace {
+
+// False: SQLite or the translation refuse one of its expressions. `plain`: the columns that are ordinary ones instead.
+bool tryTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
+              const std::vector<bool>& plain, const std::string& storage) {
+  const std::vector<TableInfo::Column>& columns = table.columns;
+  try {
+    std::string text = (table.temporary ? "create temp table " : "create table ") + quoteName(storage) + " (";
+    for (std::size_t i = 0; i < columns.size(); ++i)
+      text += (i == 0 ? "" : ", ") + storageColumn(catalogue, table, columns[i], plain[i]);
+    database.execute(text + ")");
+    return true;
+  } catch (const NotUnderstood&) {
+    return false;
+  } catch (const DataError& error) {
+    const bool computed = std::any_of(columns.begin(), columns.end(), [](const auto& each) { return each.computed; });
+    if (!computed || error.number == errorNumber::cannotConnect) throw;
+    return false;
+  }
+}
+
+}  // namespace
+
 void createStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,
                         const std::string& storage) {
-  const auto sql = [&](bool plain) {
-    std::string text = (table.temporary ? "create temp table " : "create table ") + quoteName(storage) + " (";
-    for (std::size_t i = 0; i < table.columns.size(); ++i)
-      text += (i == 0 ? "" : ", ") + storageColumn(catalogue, table, table.columns[i], plain);
-    return text + ")";
-  };
-  const bool computed =
-      std::any_of(table.columns.begin(), table.columns.end(), [](const auto& column) { return column.computed; });
-  if (!computed) {
-    database.execute(sql(false));
-    return;
+  std::vector<bool> plain(table.columns.size());
+  if (tryTable(database, catalogue, table, plain, storage)) return;
+  // Which ones are refused is told by each of them alone beside the ordinary columns.
+  const std::string probe = storage + "\x01p";
+  for (std::size_t i = 0; i < table.columns.size(); ++i) {
+    if (!table.columns[i].computed) continue;
+    std::vector<bool> others(table.columns.size());
+    for (std::size_t k = 0; k < others.size(); ++k) others[k] = k != i;
+    plain[i] = !tryTable(database, catalogue, table, others, probe);
+    database.execute("drop table if exists " + quoteName(probe));
   }
-  try {
-    database.execute(sql(false));
-  } catch (const DataError& error) {
-    if (error.number == errorNumber::cannotConnect) throw;
-    database.execute(sql(true));
-  } catch (const NotUnderstood&) {
-    database.execute(sql(true));
-  }
+  if (tryTable(database, catalogue, table, plain, storage)) return;
+  plain.assign(plain.size(), true);
+  tryTable(database, catalogue, table, plain, storage);
 }
 
 void rebuildStorageTable(sqlite::Database& database, const Catalogue& catalogue, const TableInfo& table,

@@ -63,13 +63,33 @@ void CatalogueChanges::switchTriggers(const ObjectName& table, const std::vector
     setProperty(database_, {PropertyOwner::Class::Object, id}, "is_disabled", enabled ? "" : "1");
 }
 
+void CatalogueChanges::orderTrigger(const ObjectName& name, const std::string& order, const std::string& event) {
+  const auto trigger = catalogue_.find(name.schema, name.name);
+  if (!trigger || trigger->xtype != "TR")
+    refuse("The object '" + fullName(name.schema, name.name) + "' does not exist or is no trigger.");
+  const PropertyOwner owner{PropertyOwner::Class::Object, trigger->id};
+  if (property(database_, owner, "on_" + event).empty())
+    refuse("Trigger '" + trigger->name + "' is not a trigger for '" + event + "'.");
+  // Only one of a table's triggers is the first, and one the last, of an event.
+  auto& taken = database_.cached(
+      "select 1 from cat_objects o join cat_properties p on p.object_id = o.id and p.class = 0 and p.name = ?2 "
+      "where o.parent_obj = ?1 and o.id <> ?3");
+  const bool isTaken =
+      order != "none" && taken.bind(1, trigger->parent).bind(2, order + "_on_" + event).bind(3, trigger->id).step();
+  taken.reset();
+  if (isTaken) refuse("There already exists a '" + order + "' trigger for '" + event + "'.");
+  for (const char* each : {"first", "last"})
+    setProperty(database_, owner, std::string(each) + "_on_" + event, order == each ? "1" : "");
+}
+
 void CatalogueChanges::alterIndexes(const ObjectName& tableName, const std::string& name, IndexChange change,
                                     const Properties& properties) {
-  const auto table = catalogue_.table(tableName.schema, tableName.name);
-  if (!table) requireParent(catalogue_, tableName);
+  requireParent(catalogue_, tableName);
+  const auto table = indexed(tableName);
   std::vector<std::pair<std::int64_t, std::string>> indexes;
-  auto& query = database_.cached("select indid, name from cat_indexes where object_id = ?1 order by indid");
-  query.bind(1, table ? table->id : 0);
+  auto& query =
+      database_.cached("select indid, name from cat_indexes where object_id = ?1 and kind <> 'ST' order by indid");
+  query.bind(1, table->id);
   while (query.step())
     if (name.empty() || compareCollated(query.text(1), name) == 0)
       indexes.emplace_back(query.integer(0), std::string(query.text(1)));
@@ -81,6 +101,7 @@ void CatalogueChanges::alterIndexes(const ObjectName& tableName, const std::stri
     if (change == IndexChange::Set) continue;
     // A disabled index keeps nothing unique.
     setProperty(database_, owner, "is_disabled", change == IndexChange::Disable ? "1" : "");
+    if (!catalogue_.table(tableName.schema, tableName.name)) continue;  // a view has no rows of its own
     dropStorageIndex(database_, *table, index);
     if (change == IndexChange::Rebuild) createStorageIndexes(database_, catalogue_, *table, static_cast<int>(indid));
   }

@@ -238,6 +238,8 @@ void typeId(FunctionCall& call) {
   if (const SystemType* type = findSystemType(name->name)) return call.result(std::int64_t{type->xusertype});
   if (const auto alias = call.surroundings().catalogue.aliasType(name->schema, name->name))
     call.result(std::int64_t{alias->xusertype});
+  else if (const auto table = call.surroundings().catalogue.tableType(name->schema, name->name))
+    call.result(std::int64_t{table->xusertype});
 }
 
 void typeName(FunctionCall& call) {
@@ -264,6 +266,13 @@ void schemaName(FunctionCall& call) {
 void schemaId(FunctionCall& call) {
   if (call.count() == 0) return call.result(std::int64_t{1});
   auto& query = call.surroundings().database.cached("select id from cat_schemas where name = ?1");
+  lookUp(query.bind(1, call.text(0)), [&](auto& row) { call.result(row.integer(0)); });
+}
+
+void principalId(FunctionCall& call) {
+  if (call.count() == 0) return call.result(std::int64_t{1});
+  if (call.isNull(0)) return;
+  auto& query = call.surroundings().database.cached("select id from cat_principals where name = ?1");
   lookUp(query.bind(1, call.text(0)), [&](auto& row) { call.result(row.integer(0)); });
 }
 
@@ -373,6 +382,8 @@ constexpr Function catalogueTable[] = {
     {"type_name", 1, 1, DataType::Text, callFunction<typeName>},
     {"schema_name", 0, 1, DataType::Text, callFunction<schemaName>},
     {"user_name", 0, 1, DataType::Text, callFunction<schemaName>},
+    {"database_principal_id", 0, 1, DataType::Integer, callFunction<principalId>},
+    {"user_id", 0, 1, DataType::Integer, callFunction<principalId>},
     {"schema_id", 0, 1, DataType::Integer, callFunction<schemaId>},
     {"databases", 0, 0, DataType::Empty, callFunction<databaseList>, Inside},
     {"db_name", 0, 1, DataType::Text, callFunction<databaseName>},

@@ -31,16 +31,18 @@ Contents contentsOf(sqlite::Database& database) {
   while (objects.step()) contents.objects.insert(objects.integer(0));
   sqlite::Statement types(database, "select xusertype from cat_types");
   while (types.step()) contents.types.insert(types.integer(0));
-  sqlite::Statement indexes(database, "select object_id, name from cat_indexes where kind = 'IX'");
+  sqlite::Statement indexes(
+      database, "select object_id, name from cat_indexes where kind not in ('PK', 'UQ', 'ST') and object_id < " +
+                    std::to_string(tsql::firstTableTypeObject));
   while (indexes.step()) contents.indexes.emplace(indexes.integer(0), indexes.text(1));
   return contents;
 }
 
 void countNew(LoadReport& report, sqlite::Database& database, const Contents& before) {
   const std::map<std::string, std::int64_t*, std::less<>> counters = {
-      {"U", &report.tables},     {"P", &report.procedures}, {"FN", &report.functions}, {"IF", &report.functions},
-      {"TF", &report.functions}, {"V", &report.views},      {"TR", &report.triggers},  {"F", &report.relationships},
-      {"SO", &report.sequences}, {"TT", &report.types},
+      {"U", &report.tables},     {"P", &report.procedures},    {"FN", &report.functions},
+      {"IF", &report.functions}, {"TF", &report.functions},    {"V", &report.views},
+      {"TR", &report.triggers},  {"F", &report.relationships}, {"SO", &report.sequences},
   };
   sqlite::Statement objects(database, "select id, xtype from cat_objects");
   while (objects.step()) {

@@ -1,9 +1,10 @@
 #include "embedded/run/statementRun.h"
 
+#include <algorithm>
 #include <utility>
 
-#include "embedded/run/identities.h"
 #include "embedded/catalogue/temporaryTables.h"
+#include "embedded/run/identities.h"
 #include "embedded/types/types.h"
 #include "platform/text.h"
 
@@ -27,6 +28,20 @@ StatementRun::StatementRun(SessionState& ofSession, BatchListener* toTell, Comma
 void StatementRun::made(std::string what) {
   result.kind = Kind::Made;
   result.what = std::move(what);
+}
+
+void StatementRun::notKept(const std::string& reason, std::size_t token) {
+  constexpr std::size_t shownTokens = 6;
+  StatementOutcome outcome;
+  outcome.kind = Kind::Skipped;
+  outcome.what = reason;
+  outcome.line = text.lineOf(std::min(token, text.end()));
+  for (std::size_t i = start; i < std::min(start + shownTokens, text.end()); ++i) {
+    const Token& shown = text.tokens[i];
+    const bool apart = i > start && text.tokens[i - 1].end != shown.begin;
+    outcome.firstWords += (apart ? " " : "") + std::string(shown.raw.substr(0, 40));
+  }
+  result.inside.push_back(std::move(outcome));
 }
 
 void StatementRun::countRows(std::int64_t rows) {
@@ -144,6 +159,12 @@ ObjectName StatementRun::localName(ObjectName name) const {
       memory.usedNames.count(lowerCase(name.database)) == 0)
     notUnderstood("another database");
   name.database.clear();
+  return name;
+}
+
+ObjectName StatementRun::keptName(ObjectName name) const {
+  name = localName(std::move(name));
+  if (isTemporaryName(name.name)) notUnderstood("of temporary objects only tables are kept");
   return name;
 }
 

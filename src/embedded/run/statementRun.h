@@ -104,6 +104,8 @@ class StatementRun {
     result.message = std::move(text);
     result.hasMessage = true;
   }
+  // Tells beside its outcome that a part of it, from a token on, isn't kept.
+  void notKept(const std::string& reason, std::size_t token);
   // The number of rows that it has changed.
   void countRows(std::int64_t rows);
   // It comes to nothing; raises the error when there is nobody to tell.
@@ -140,6 +142,8 @@ class StatementRun {
 
   // Names. An object of this database, without the database's name; refuses others.
   ObjectName localName(ObjectName name) const;
+  // The same for what can't be temporary here: only tables can.
+  ObjectName keptName(ObjectName name) const;
   std::shared_ptr<const TableInfo> requireTable(const ObjectName& name) const;
 
  private:

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "embedded/change/changes.h"
 #include "embedded/catalogue/temporaryTables.h"
+#include "embedded/change/changes.h"
 #include "embedded/session/interpreter.h"
 #include "platform/error.h"
 #include "platform/text.h"

@@ -82,21 +82,22 @@ Value generated(StatementRun& run, const TableInfo& table, const TableInfo::Colu
 }
 
 std::int64_t& lastIdentity(StatementRun& run, const TableInfo& table, const TableInfo::Column& column) {
-  const auto [kept, fresh] = run.memory.identities.try_emplace(table.id, 0);
-  if (!fresh) return kept->second;
+  const auto found = run.memory.identities.try_emplace(table.id, 0);
+  std::int64_t& last = found.first->second;
+  if (!found.second) return last;
   const std::int64_t seed = column.identitySeed, increment = column.identityIncrement;
   const bool down = increment < 0;
-  kept->second = seed - increment;
+  last = seed - increment;
   const auto raise = [&](std::int64_t value) {
-    if (down ? value < kept->second : value > kept->second) kept->second = value;
+    if (down ? value < last : value > last) last = value;
   };
   sqlite::Statement rows(run.database(), "select max(" + quoteColumn(column.name) + "), min(" +
                                              quoteColumn(column.name) + ") from " + quoteName(table.storage));
   const int end = down ? 1 : 0;
   if (rows.step() && !rows.isNull(end)) raise(rows.integer(end));
   // What a load or a session before this one has counted to, or RESEED has set.
-  if (const auto before = keptIdentity(run.database(), table.id)) kept->second = *before;
-  return kept->second;
+  if (const auto before = keptIdentity(run.database(), table.id)) last = *before;
+  return last;
 }
 
 void forgetIdentity(StatementRun& run, const TableInfo& table) {

@@ -3,6 +3,8 @@
 #include <array>
 
 #include "embedded/statements/databases.h"
+#include "embedded/statements/definitions/principals.h"
+#include "embedded/statements/definitions/storage.h"
 #include "embedded/statements/modules.h"
 #include "embedded/statements/noEffect.h"
 #include "embedded/statements/objects.h"
@@ -14,9 +16,9 @@ namespace qrel::tsql {
 namespace {
 
 bool isWithoutEffect(const Token& token) {
-  static constexpr std::array<std::string_view, 16> words{
-      "USER",       "LOGIN",     "ROLE",   "STATISTICS", "CERTIFICATE", "CREDENTIAL", "MASTER",   "AUTHORIZATION",
-      "ASYMMETRIC", "SYMMETRIC", "SERVER", "ENDPOINT",   "APPLICATION", "EVENT",      "DATABASE", "FULLTEXT"};
+  // Of the server, not of a database.
+  static constexpr std::array<std::string_view, 7> words{"LOGIN",    "CREDENTIAL", "MASTER",  "SERVER",
+                                                         "ENDPOINT", "EVENT",      "DATABASE"};
   for (const std::string_view word : words)
     if (token.is(word)) return true;
   return false;
@@ -31,7 +33,9 @@ void createStatement(StatementRun& run) {
   const Token& word = reader.peek();
   if (reader.acceptWord("TABLE")) {
     createTable(run);
-  } else if (word.is("UNIQUE") || word.is("CLUSTERED") || word.is("NONCLUSTERED") || word.is("INDEX")) {
+  } else if (word.is("UNIQUE") || word.is("CLUSTERED") || word.is("NONCLUSTERED") || word.is("INDEX") ||
+             word.is("COLUMNSTORE") || word.is("SPATIAL") || word.is("PRIMARY") ||
+             (word.is("XML") && reader.peek(1).is("INDEX"))) {
     createIndex(run);
   } else if (reader.acceptWord("SCHEMA")) {
     createSchema(run);
@@ -43,7 +47,15 @@ void createStatement(StatementRun& run) {
     createSynonym(run);
   } else if (word.is("DATABASE") && reader.peek(1).isIdentifier() && !reader.peek(1).is("AUDIT")) {
     createDatabase(run);
-  } else if (isWithoutEffect(word) && !word.is("FULLTEXT")) {
+  } else if (atPrincipal(reader)) {
+    createPrincipal(run);
+  } else if (word.is("PARTITION")) {
+    createPartition(run);
+  } else if (word.is("STATISTICS")) {
+    createStatistics(run);
+  } else if (word.is("FULLTEXT")) {
+    createFullText(run);
+  } else if (isWithoutEffect(word)) {
     skipWithoutEffect(run);
   } else if (reader.peek(1).is("INDEX") || (reader.peek(1).is("XML") && reader.peek(2).is("INDEX"))) {
     run.notUnderstood(lowerCase(word.raw) + " indexes aren't kept");
@@ -61,6 +73,16 @@ void alterStatement(StatementRun& run) {
     alterTable(run);
   } else if (reader.acceptWord("INDEX")) {
     alterIndex(run);
+  } else if (atPrincipal(reader)) {
+    alterPrincipal(run);
+  } else if (word.is("AUTHORIZATION")) {
+    alterAuthorization(run);
+  } else if (word.is("PARTITION")) {
+    alterPartition(run);
+  } else if (word.is("FULLTEXT")) {
+    alterFullText(run);
+  } else if (word.is("DATABASE")) {
+    alterDatabase(run);
   } else if (isWithoutEffect(word)) {
     skipWithoutEffect(run);
   } else {

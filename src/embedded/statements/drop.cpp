@@ -5,6 +5,8 @@
 #include "embedded/change/temporary.h"
 #include "embedded/language/refusal.h"
 #include "embedded/statements/databases.h"
+#include "embedded/statements/definitions/principals.h"
+#include "embedded/statements/definitions/storage.h"
 #include "embedded/statements/noEffect.h"
 #include "platform/text.h"
 
@@ -64,7 +66,7 @@ void dropIndexes(StatementRun& run, bool ifExists) {
       continue;
     }
     if (ifExists) {
-      const auto found = run.catalogue().table(table.schema, table.name);
+      const auto found = run.catalogue().find(table.schema, table.name);
       if (!found) continue;
       auto& query = run.database().cached("select 1 from cat_indexes where object_id = ?1 and name = ?2");
       const bool there = query.bind(1, found->id).bind(2, index).step();
@@ -81,6 +83,8 @@ void dropIndexes(StatementRun& run, bool ifExists) {
 void dropStatement(StatementRun& run) {
   TokenReader& reader = run.reader;
   reader.next();
+  const bool application = reader.peek().is("APPLICATION") && reader.peek(1).is("ROLE");
+  if (application) reader.next();
   const Token& word = reader.next();
   bool ifExists = false;
   if (reader.peek().is("IF") && reader.peek(1).is("EXISTS")) {
@@ -89,8 +93,12 @@ void dropStatement(StatementRun& run) {
     ifExists = true;
   }
   if (word.is("INDEX")) return dropIndexes(run, ifExists);
+  if (word.is("USER") || word.is("ROLE")) return dropPrincipal(run, word.is("ROLE") && !application, ifExists);
   if (word.is("DATABASE")) return dropDatabases(run, ifExists);
-  if (word.is("USER") || word.is("LOGIN") || word.is("ROLE") || word.is("STATISTICS")) return skipWithoutEffect(run);
+  if (word.is("LOGIN")) return skipWithoutEffect(run);
+  if (word.is("PARTITION")) return dropPartition(run);
+  if (word.is("STATISTICS")) return dropStatistics(run);
+  if (word.is("FULLTEXT")) return dropFullText(run);
   const DropKind* kind = dropKind(word);
   if (!kind && !word.is("SCHEMA") && !word.is("TYPE"))
     run.notUnderstood("DROP " + upperCase(word.raw) + " isn't carried out");
@@ -112,7 +120,7 @@ void dropStatement(StatementRun& run) {
         } else if (word.is("SCHEMA")) {
           if (run.catalogue().schemaExists(name.name) || !ifExists) run.changes().dropSchema(name.name);
         } else if (!ifExists || run.catalogue().aliasType(name.schema, name.name) ||
-                   run.catalogue().find(name.schema, name.name)) {
+                   run.catalogue().tableType(name.schema, name.name)) {
           run.changes().dropType(name);
         }
       });

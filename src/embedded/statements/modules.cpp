@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "embedded/catalogue/typeNames.h"
 #include "embedded/language/refusal.h"
 #include "embedded/language/words.h"
 #include "platform/text.h"
@@ -71,6 +72,7 @@ std::size_t moduleOptionsAt(const std::vector<Token>& tokens, std::size_t from) 
 
 // Sets all that the options can set.
 void readModuleOptions(const std::vector<Token>& tokens, std::size_t from, ModuleDef& module) {
+  const std::size_t first = module.properties.size();
   for (const ModuleFlag& flag : moduleFlags) module.properties.push_back({std::string(flag.property), ""});
   module.properties.push_back({"execute_as", ""});
   Property& executeAs = module.properties.back();
@@ -82,7 +84,7 @@ void readModuleOptions(const std::vector<Token>& tokens, std::size_t from, Modul
     if (token.is("AS") && !tokens[at + 1].is("CALLER")) executeAs.value = tokens[at + 1].name();
     if (token.is("AS")) ++at;
     for (std::size_t i = 0; i < moduleFlags.size(); ++i)
-      if (token.is(moduleFlags[i].word)) module.properties[i].value = "1";
+      if (token.is(moduleFlags[i].word)) module.properties[first + i].value = "1";
   }
 }
 
@@ -102,6 +104,9 @@ void readTriggerEvents(const std::vector<Token>& tokens, std::size_t from, Modul
     if (token.is("DELETE")) events[2].value = "1";
     if (token.is("REPLICATION")) replication.value = "1";
   }
+  // A trigger that is altered loses its place among the others.
+  for (const Property& each : events)
+    for (const char* place : {"first_", "last_"}) module.properties.push_back({place + each.name, ""});
   for (Property& each : events) module.properties.push_back(std::move(each));
   module.properties.push_back(std::move(insteadOf));
   module.properties.push_back(std::move(replication));
@@ -143,6 +148,97 @@ void checkModuleBody(const BatchText& batch, const std::string& kind, std::size_
   }
 }
 
+// FOR REPLICATION in front of a procedure's body; 0 where it doesn't stand.
+std::size_t replicationAt(const std::vector<Token>& tokens, std::size_t from) {
+  for (std::size_t i = from; i + 1 < tokens.size(); ++i) {
+    if (tokens[i].is("AS") && tokens[i - 1].kind != TokenKind::Variable && !tokens[i - 1].is("EXECUTE") &&
+        !tokens[i - 1].is("EXEC"))
+      return 0;
+    if (tokens[i].is("FOR") && tokens[i + 1].is("REPLICATION")) return i;
+  }
+  return 0;
+}
+
+bool endsWithCheckOption(const BatchText& batch) {
+  std::size_t last = batch.end();
+  while (last > 0 && batch.tokens[last - 1].isSymbol(";")) --last;
+  return last > 3 && batch.tokens[last - 3].is("WITH") && batch.tokens[last - 2].is("CHECK") &&
+         batch.tokens[last - 1].is("OPTION");
+}
+
+// A type as parameters have it: also a table's.
+TypeRef parameterType(const Catalogue& catalogue, TokenReader& reader) {
+  const std::size_t begin = reader.position();
+  const ObjectName name = readObjectName(reader);
+  if (const auto table = catalogue.tableType(name.schema, name.name)) {
+    TypeRef type;
+    type.name = name.name;
+    type.xtype = xtype::Table;
+    type.xusertype = table->xusertype;
+    type.length = -1;
+    return type;
+  }
+  reader.moveTo(begin);
+  return readType(reader, &catalogue);
+}
+
+// "@a int = 1 OUTPUT, @b dbo.List READONLY", with brackets around for functions.
+void readParameterList(const Catalogue& catalogue, TokenReader& reader, ModuleDef& module) {
+  do {
+    if (reader.peek().kind != TokenKind::Variable) return;
+    ParameterDef parameter;
+    parameter.name = std::string(reader.next().raw);
+    reader.acceptWord("AS");
+    parameter.type = parameterType(catalogue, reader);
+    reader.acceptWord("VARYING");
+    if (reader.peek().is("NOT") || reader.peek().is("NULL")) {  // of native modules
+      reader.acceptWord("NOT");
+      reader.next();
+    }
+    if (reader.acceptSymbol("=")) {
+      if (!reader.acceptSymbol("-")) reader.acceptSymbol("+");
+      reader.next();
+    }
+    for (;;) {
+      if (reader.acceptWord("OUTPUT") || reader.acceptWord("OUT")) {
+        parameter.output = true;
+      } else if (reader.acceptWord("READONLY")) {
+        parameter.readonly = true;
+      } else {
+        break;
+      }
+    }
+    module.parameters.push_back(std::move(parameter));
+  } while (reader.acceptSymbol(","));
+}
+
+// Parameters of procedures and functions, and what a function gives back. A type that isn't known is told: the module
+// is kept all the same.
+void readParameters(StatementRun& run, std::size_t from, ModuleDef& module) {
+  if (module.xtype == "V" || module.xtype == "TR") return;
+  TokenReader reader(run.text.reader.source(), run.text.tokens);
+  reader.moveTo(from);
+  try {
+    if (module.xtype == "P") {
+      if (reader.acceptSymbol(";")) reader.next();  // one of a group
+      reader.acceptSymbol("(");
+      return readParameterList(run.catalogue(), reader, module);
+    }
+    reader.expectSymbol("(");
+    readParameterList(run.catalogue(), reader, module);
+    reader.expectSymbol(")");
+    if (module.xtype != "FN") return;
+    reader.expectWord("RETURNS");
+    ParameterDef result;
+    result.type = parameterType(run.catalogue(), reader);
+    result.output = true;
+    module.parameters.push_back(std::move(result));
+  } catch (const NotUnderstood& unknown) {
+    module.parameters.clear();
+    run.notKept("its parameters aren't kept: " + unknown.reason, reader.position());
+  }
+}
+
 void keepModule(StatementRun& run) {
   TokenReader& reader = run.reader;
   const std::size_t create = reader.position();
@@ -151,7 +247,7 @@ void keepModule(StatementRun& run) {
   if (orAlter) reader.expectWord("ALTER");
   const std::size_t kindAt = reader.position();
   const std::string kind = moduleKind(reader.next());
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   const std::size_t behindName = reader.position();
   ModuleDef module;
   module.name = name;
@@ -161,7 +257,7 @@ void keepModule(StatementRun& run) {
     reader.expectWord("ON");
     if (reader.peek().is("DATABASE") || reader.peek().is("ALL"))
       run.notUnderstood("triggers on databases and servers aren't kept");
-    module.parent = run.localName(readObjectName(reader));
+    module.parent = run.keptName(readObjectName(reader));
     readTriggerEvents(run.text.tokens, reader.position(), module);
   }
   checkModuleBody(run.text, kind, behindName);
@@ -173,6 +269,10 @@ void keepModule(StatementRun& run) {
                     "42S02");
   }
   module.text = moduleText(run.text, create, kindAt);
+  readParameters(run, behindName, module);
+  if (const std::size_t at = replicationAt(run.text.tokens, behindName); kind == "procedure" && at != 0)
+    run.notKept("FOR REPLICATION of a procedure isn't kept", at);
+  if (kind == "view") module.properties.push_back({"with_check_option", endsWithCheckOption(run.text) ? "1" : ""});
   readModuleOptions(run.text.tokens, behindName, module);
   module.properties.push_back({"quoted_identifier_off", run.session.settings.quotedIdentifier ? "" : "1"});
   module.properties.push_back({"ansi_nulls_off", run.session.settings.ansiNulls ? "" : "1"});

@@ -1,36 +1,97 @@
 #include "embedded/statements/objects.h"
 
 #include <charconv>
+#include <functional>
 
 #include "embedded/catalogue/typeNames.h"
+#include "embedded/statements/permissions.h"
+#include "embedded/statements/tableReader.h"
+#include "embedded/statements/tables.h"
+#include "platform/text.h"
 
 namespace qrel::tsql {
 
+namespace {
+
+// A table, view or permission within CREATE SCHEMA.
+struct Element {
+  std::size_t at = 0;  // its first token
+  std::string what;
+  std::function<void()> make;
+};
+
+bool atElement(const TokenReader& reader) {
+  const Token& first = reader.peek();
+  return first.is("GRANT") || first.is("DENY") || first.is("REVOKE") ||
+         (first.is("CREATE") && (reader.peek(1).is("TABLE") || reader.peek(1).is("VIEW")));
+}
+
+Element readElement(StatementRun& run, const std::string& schema) {
+  TokenReader& reader = run.reader;
+  Element element;
+  element.at = reader.position();
+  if (!reader.peek().is("CREATE")) {
+    element.what = "permission";
+    element.make = readPermission(run);
+    return element;
+  }
+  element.what = lowerCase(reader.peek(1).raw);
+  reader.next();
+  if (reader.next().is("TABLE")) {
+    element.make = readTable(run, schema);
+    return element;
+  }
+  ModuleDef view;
+  view.name = run.keptName(readObjectName(reader));
+  if (view.name.schema.empty()) view.name.schema = schema;
+  view.xtype = "V";
+  reader.moveTo(run.text.structure.guessEnd(element.at, run.limit));
+  view.text = std::string(reader.sourceBetween(element.at, reader.position()));
+  element.make = [&run, view] { run.changes().createModule(view, false); };
+  return element;
+}
+
+}  // namespace
+
 void createSchema(StatementRun& run) {
   TokenReader& reader = run.reader;
-  std::string name;
+  std::string name, owner;
   if (!reader.peek().is("AUTHORIZATION")) name = reader.expectIdentifier();
   if (reader.acceptWord("AUTHORIZATION")) {
-    const std::string owner = reader.expectIdentifier();
+    owner = reader.expectIdentifier();
     if (name.empty()) name = owner;
   }
+  // What follows without a semicolon is made in the schema, all of it or nothing.
+  std::vector<Element> elements;
+  while (atElement(reader)) elements.push_back(readElement(run, name));
   if (!run.act()) return;
-  run.changes().createSchema(name);
+  run.atomically([&] {
+    run.changes().createSchema(name, owner);
+    for (const Element& each : elements) each.make();
+  });
+  for (const Element& each : elements) {
+    StatementOutcome outcome;
+    outcome.kind = StatementRun::Kind::Made;
+    outcome.what = each.what;
+    outcome.line = run.text.lineOf(each.at);
+    run.result.inside.push_back(std::move(outcome));
+  }
+  if (!elements.empty()) run.schemaChanged();
   run.made("schema");
 }
 
 void createType(StatementRun& run) {
   TokenReader& reader = run.reader;
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   if (reader.acceptWord("AS")) {
     reader.expectWord("TABLE");
-    reader.skipParentheses();
-    if (reader.peek().is("WITH") && reader.peek(1).isSymbol("(")) {
-      reader.next();
-      reader.skipParentheses();
-    }
+    TableDef table;
+    DdlReader ddl(reader, run.catalogue(), run.session.settings.ansiPadding);
+    ddl.tableBody(table);
     if (!run.act()) return;
-    run.changes().createPlain(name, "TT");
+    ddl.checkPrimaryKey(table);
+    run.atomically([&] { run.changes().createTableType(name, table); });
+    for (const DdlReader::NotKept& each : ddl.notKept) run.notKept(each.reason, each.token - 1);
   } else {
     reader.expectWord("FROM");
     const TypeRef base = readType(reader, &run.catalogue());
@@ -48,7 +109,7 @@ void createType(StatementRun& run) {
 
 void createSequence(StatementRun& run) {
   TokenReader& reader = run.reader;
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   std::int64_t start = 1;
   std::int64_t increment = 1;
   const auto number = [&](std::int64_t& value) {
@@ -98,7 +159,7 @@ void createSequence(StatementRun& run) {
 
 void createSynonym(StatementRun& run) {
   TokenReader& reader = run.reader;
-  const ObjectName name = run.localName(readObjectName(reader));
+  const ObjectName name = run.keptName(readObjectName(reader));
   reader.expectWord("FOR");
   const std::size_t begin = reader.position();
   readObjectName(reader);

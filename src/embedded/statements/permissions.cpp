@@ -1,10 +1,10 @@
 #include "embedded/statements/permissions.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "embedded/language/refusal.h"
+#include "embedded/statements/definitions/principals.h"
 #include "platform/text.h"
 
 namespace qrel::tsql {
@@ -45,27 +45,30 @@ std::vector<Granted> readPermissions(StatementRun& run) {
   return permissions;
 }
 
-// "ON object" or "ON object (a, b)", whose columns then go for every permission; nothing where the permission is one on
-// the database.
-std::optional<ObjectName> readSecured(StatementRun& run, std::vector<Granted>& permissions) {
+// "ON object", "ON object (a, b)", whose columns then go for every permission, "ON SCHEMA::name"; the database where
+// nothing is written.
+Securable readSecured(StatementRun& run, std::vector<Granted>& permissions) {
   TokenReader& reader = run.reader;
-  if (!reader.acceptWord("ON")) return std::nullopt;
-  if (reader.peek(1).isSymbol("::")) {
-    if (!reader.peek().is("OBJECT"))
-      run.notUnderstood("permissions on a " + lowerCase(reader.peek().raw) + " aren't kept");
-    reader.next();
-    reader.next();
-  }
-  ObjectName object = run.localName(readObjectName(reader));
+  if (!reader.acceptWord("ON")) return {};
+  Securable on = readSecurable(run);
+  if (on.of != Securable::Class::Object) return on;
   for (const std::string& column : readColumns(reader))
     for (Granted& granted : permissions) granted.columns.push_back(column);
-  return object;
+  return on;
 }
 
-// What ALL means for an object of its kind, and for columns of it.
-std::vector<Granted> allPermissions(const StatementRun& run, const ObjectName& object, const Granted& all) {
-  const auto found = run.catalogue().find(object.schema, object.name);
-  if (found && (found->xtype == "P" || found->xtype == "FN")) return {{"EXECUTE", all.columns}};
+// What ALL means for the database, for an object of its kind, and for columns of it.
+std::vector<Granted> allPermissions(const StatementRun& run, const Securable& on, const Granted& all) {
+  if (on.of == Securable::Class::Database) {
+    std::vector<Granted> permissions;
+    for (const char* each : {"BACKUP DATABASE", "BACKUP LOG", "CREATE DATABASE", "CREATE DEFAULT", "CREATE FUNCTION",
+                             "CREATE PROCEDURE", "CREATE RULE", "CREATE TABLE", "CREATE VIEW"})
+      permissions.push_back({each, {}});
+    return permissions;
+  }
+  const auto found = run.catalogue().find(on.name.schema, on.name.name);
+  if (found && found->xtype == "P") return {{"EXECUTE", all.columns}};
+  if (found && found->xtype == "FN") return {{"EXECUTE", {}}, {"REFERENCES", {}}};
   std::vector<Granted> permissions;
   for (const char* each : {"SELECT", "UPDATE", "REFERENCES"}) permissions.push_back({each, all.columns});
   if (all.columns.empty())
@@ -89,18 +92,18 @@ void requireColumnPermissions(const std::vector<Granted>& permissions) {
 
 }  // namespace
 
-// GRANT, DENY, REVOKE permission [(column, ...)], ... [ON object [(column, ...)]] TO|FROM principal, ...
-void permissionStatement(StatementRun& run) {
+// GRANT, DENY, REVOKE permission [(column, ...)], ... [ON [class::]thing [(column, ...)]] TO|FROM principal, ...
+std::function<void()> readPermission(StatementRun& run) {
   TokenReader& reader = run.reader;
   const Token& verb = reader.next();
   char state = verb.is("GRANT") ? 'G' : verb.is("DENY") ? 'D' : 'R';
   if (state == 'R' && reader.acceptWord("GRANT")) {
     reader.expectWord("OPTION");
     reader.expectWord("FOR");
-    state = 'G';  // the permission itself stays
+    state = 'O';
   }
   std::vector<Granted> permissions = readPermissions(run);
-  const std::optional<ObjectName> object = readSecured(run, permissions);
+  const Securable on = readSecured(run, permissions);
   if (!reader.acceptWord("TO")) reader.expectWord("FROM");
   std::vector<std::string> grantees;
   do {
@@ -111,18 +114,23 @@ void permissionStatement(StatementRun& run) {
     if (state == 'G') state = 'W';
   }
   reader.acceptWord("CASCADE");
-  if (reader.acceptWord("AS")) reader.expectIdentifier();
-  if (!run.act()) return;
-  if (namesAll(permissions)) {
-    if (!object) refuse("ALL needs an object.");
-    permissions = allPermissions(run, *object, permissions[0]);
-  }
-  requireColumnPermissions(permissions);
-  run.atomically([&] {
+  std::string grantor;
+  if (reader.acceptWord("AS")) grantor = reader.expectIdentifier();
+  const bool all = namesAll(permissions);
+  if (all && on.of != Securable::Class::Object && on.of != Securable::Class::Database)
+    run.notUnderstood("ALL on anything but an object or the database isn't carried out");
+  return [&run, state, permissions = std::move(permissions), on, grantees = std::move(grantees), grantor, all] {
+    const std::vector<Granted> given = all ? allPermissions(run, on, permissions[0]) : permissions;
+    requireColumnPermissions(given);
     for (const std::string& grantee : grantees)
-      for (const Granted& each : permissions)
-        run.changes().setPermission({state, each.permission, grantee}, object ? &*object : nullptr, each.columns);
-  });
+      for (const Granted& each : given)
+        run.changes().setPermission({state, each.permission, grantee, grantor}, on, each.columns);
+  };
+}
+
+void permissionStatement(StatementRun& run) {
+  const std::function<void()> work = readPermission(run);
+  if (run.act()) run.atomically(work);
 }
 
 }  // namespace qrel::tsql

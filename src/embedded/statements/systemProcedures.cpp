@@ -5,6 +5,7 @@
 
 #include "embedded/catalogue/typeNames.h"
 #include "embedded/language/refusal.h"
+#include "embedded/statements/definitions/definitionProcedures.h"
 #include "embedded/statements/exec.h"
 #include "platform/files.h"
 #include "platform/text.h"
@@ -12,21 +13,6 @@
 namespace qrel::tsql {
 
 namespace {
-
-ObjectName nameFrom(const std::string& text) {
-  const auto tokens = lex(text);
-  TokenReader reader(text, tokens);
-  ObjectName name = readObjectName(reader);
-  if (!reader.atEnd()) throw NotUnderstood{"'" + text + "' is no name", 1};
-  return name;
-}
-
-// An argument by name or position (0-based); a Null value when it is missing.
-Value argumentOf(const std::vector<Argument>& arguments, std::size_t position, std::string_view name) {
-  for (const Argument& argument : arguments)
-    if (argument.name == name) return argument.value;
-  return position < arguments.size() && arguments[position].name.empty() ? arguments[position].value : Value();
-}
 
 // sp_executesql text, parameters' definitions, parameters. The server takes the first two by their place, whatever name
 // they are given.
@@ -164,27 +150,15 @@ constexpr std::array withoutEffect = std::to_array<std::string_view>({
     "sp_dboption",
     "sp_configure",
     "sp_tableoption",
-    "sp_settriggerorder",
     "sp_recompile",
     "sp_refreshview",
     "sp_refreshsqlmodule",
     "sp_updatestats",
-    "sp_addextendedproperty",
-    "sp_updateextendedproperty",
-    "sp_dropextendedproperty",
     "sp_addmessage",
     "sp_dropmessage",
-    "sp_adduser",
-    "sp_dropuser",
     "sp_addlogin",
     "sp_droplogin",
-    "sp_grantdbaccess",
-    "sp_revokedbaccess",
     "sp_grantlogin",
-    "sp_addrole",
-    "sp_droprole",
-    "sp_addrolemember",
-    "sp_droprolemember",
     "sp_addsrvrolemember",
     "sp_change_users_login",
     "sp_changedbowner",
@@ -200,6 +174,20 @@ constexpr std::array withoutEffect = std::to_array<std::string_view>({
 
 }  // namespace
 
+ObjectName nameFrom(const std::string& text) {
+  const auto tokens = lex(text);
+  TokenReader reader(text, tokens);
+  ObjectName name = readObjectName(reader);
+  if (!reader.atEnd()) throw NotUnderstood{"'" + text + "' is no name", 1};
+  return name;
+}
+
+Value argumentOf(const std::vector<Argument>& arguments, std::size_t position, std::string_view name) {
+  for (const Argument& argument : arguments)
+    if (argument.name == name) return argument.value;
+  return position < arguments.size() && arguments[position].name.empty() ? arguments[position].value : Value();
+}
+
 void runProcedure(StatementRun& run, const ObjectName& procedure, const std::vector<Argument>& arguments,
                   std::size_t line) {
   const std::string name = lowerCase(procedure.name);
@@ -211,6 +199,7 @@ void runProcedure(StatementRun& run, const ObjectName& procedure, const std::vec
   if (name.starts_with("sp_")) run.localName(procedure);  // another database's isn't run here
   for (const Procedure& each : procedures)
     if (name == each.name) return each.function(run, arguments, line);
+  if (runDefinitionProcedure(run, name, arguments)) return;
   throw NotUnderstood{"the procedure " + procedure.name + " isn't run", 1};
 }
 

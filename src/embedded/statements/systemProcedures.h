@@ -18,4 +18,9 @@ struct Argument {
 void runProcedure(StatementRun& run, const ObjectName& procedure, const std::vector<Argument>& arguments,
                   std::size_t line);
 
+// A name as an argument gives it: "schema.name", "[name]".
+ObjectName nameFrom(const std::string& text);
+// An argument by name or position (0-based); a Null value when it is missing.
+Value argumentOf(const std::vector<Argument>& arguments, std::size_t position, std::string_view name);
+
 }  // namespace qrel::tsql

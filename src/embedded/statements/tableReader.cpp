@@ -5,6 +5,7 @@
 
 #include "embedded/catalogue/typeNames.h"
 #include "embedded/language/words.h"
+#include "embedded/translate/expressionTypes.h"
 #include "embedded/translate/translator.h"
 #include "platform/text.h"
 
@@ -23,42 +24,6 @@ bool isBinaryOperator(const Token& token) {
   return token.kind == TokenKind::Symbol && std::find(operators.begin(), operators.end(), token.raw) != operators.end();
 }
 
-// What an index option of a script is called in the views, and the value that is a server's own: such a one isn't kept.
-struct IndexOption {
-  std::string_view word, property, usual;
-};
-constexpr std::array indexOptions = std::to_array<IndexOption>({
-    {"FILLFACTOR", "fill_factor", "0"},
-    {"PAD_INDEX", "is_padded", "0"},
-    {"IGNORE_DUP_KEY", "ignore_dup_key", "0"},
-    {"ALLOW_ROW_LOCKS", "allow_row_locks", "1"},
-    {"ALLOW_PAGE_LOCKS", "allow_page_locks", "1"},
-    {"STATISTICS_NORECOMPUTE", "no_recompute", "0"},
-    {"DATA_COMPRESSION", "data_compression_desc", "NONE"},
-    {"OPTIMIZE_FOR_SEQUENTIAL_KEY", "optimize_for_sequential_key", "0"},
-});
-
-void keepIndexOption(IndexDef& index, const Token& word, const std::string& value) {
-  if (word.is("DROP_EXISTING")) index.dropExisting = value == "1";
-  for (const IndexOption& option : indexOptions)
-    if (word.is(option.word))
-      index.properties.push_back({std::string(option.property), value == option.usual ? std::string() : value});
-}
-
-// "ON" and "OFF" are "1" and "0", as in the views; a word without "=" is on.
-std::string optionValue(TokenReader& reader) {
-  if (!reader.acceptSymbol("=")) return "1";
-  const Token& value = reader.next();
-  return value.is("ON") ? "1" : value.is("OFF") ? "0" : upperCase(value.raw);
-}
-
-int rankOf(const TypeRef& type) {
-  static constexpr std::array<std::string_view, 10> order{"tinyint", "smallint", "int",     "bigint", "smallmoney",
-                                                          "money",   "numeric",  "decimal", "real",   "float"};
-  const auto found = std::find(order.begin(), order.end(), type.baseName);
-  return found == order.end() ? -1 : static_cast<int>(found - order.begin());
-}
-
 // NEXT VALUE FOR a sequence as the server keeps it; empty when the text is something else.
 std::string storedSequenceDefault(std::string_view text) {
   const auto tokens = lex(text);
@@ -74,15 +39,6 @@ TypeRef namedType(const std::string& text) {
   const auto tokens = lex(text);
   TokenReader reader(text, tokens);
   return readType(reader, nullptr);
-}
-
-TypeRef numberType(std::string_view digits) {
-  const std::size_t point = digits.find('.');
-  if (digits.find_first_of("eE") != std::string_view::npos) return namedType("float");
-  if (point == std::string_view::npos) return namedType(digits.size() < 10 ? "int" : "bigint");
-  const std::size_t scale = digits.size() - point - 1;
-  return namedType("numeric(" + std::to_string(std::max<std::size_t>(point + scale, 1)) + "," + std::to_string(scale) +
-                   ")");
 }
 
 }  // namespace
@@ -144,24 +100,128 @@ void DdlReader::tableBody(TableDef& table) {
     tableElement(table);
   } while (reader_.acceptSymbol(","));
   reader_.expectSymbol(")");
-  storageOptions();
+  deriveTypes(table);
+  storageOptions(table);
 }
 
-void DdlReader::storageOptions() {
+void DdlReader::storageOptions(TableDef& table) {
   for (;;) {
     if (reader_.acceptWord("ON")) {
-      reader_.next();
-      if (reader_.peek().isSymbol("(")) reader_.skipParentheses();
-    } else if (reader_.acceptWord("TEXTIMAGE_ON") || reader_.acceptWord("FILESTREAM_ON")) {
-      reader_.next();
+      table.placement = placement();
+    } else if (reader_.acceptWord("TEXTIMAGE_ON")) {
+      table.texts = placement();
+    } else if (reader_.acceptWord("FILESTREAM_ON")) {
+      table.files = placement();
     } else if (reader_.peek().is("WITH") && reader_.peek(1).isSymbol("(")) {
       reader_.next();
-      reader_.skipParentheses();
+      tableOptions(table);
+    } else if (reader_.peek().is("AS") && (reader_.peek(1).is("NODE") || reader_.peek(1).is("EDGE"))) {
+      reader_.next();
+      tellNotKept("the columns that a graph table has by itself aren't kept");
+      table.properties.push_back({reader_.next().is("NODE") ? "is_node" : "is_edge", "1"});
     } else {
       return;
     }
   }
 }
+
+// The list behind WITH of a table, brackets included.
+void DdlReader::tableOptions(TableDef& table) {
+  reader_.expectSymbol("(");
+  do {
+    const Token& word = reader_.peek();
+    reader_.expectIdentifier();
+    if (word.is("SYSTEM_VERSIONING")) {
+      versioningOption(table);
+    } else if (word.is("DATA_COMPRESSION")) {
+      reader_.expectSymbol("=");
+      const std::string value = upperCase(reader_.next().raw);
+      if (reader_.peek().is("ON")) {
+        for (Property& each : partitionCompression(value)) table.compressions.push_back(std::move(each));
+      } else {
+        table.compressions.push_back({"data_compression_desc", value == "NONE" ? "" : value});
+      }
+    } else if (word.is("MEMORY_OPTIMIZED")) {
+      reader_.expectSymbol("=");
+      table.properties.push_back({"is_memory_optimized", reader_.next().is("ON") ? "1" : ""});
+    } else if (word.is("DURABILITY")) {
+      reader_.expectSymbol("=");
+      table.properties.push_back({"durability", reader_.next().is("SCHEMA_ONLY") ? "1" : ""});
+    } else {
+      tellNotKept("the table's option " + upperCase(word.raw) + " isn't kept");
+      while (!reader_.peek().isSymbol(",") && !reader_.peek().isSymbol(")")) {
+        if (reader_.peek().isSymbol("(")) {
+          reader_.skipParentheses();
+        } else if (reader_.next().kind == TokenKind::End) {
+          break;
+        }
+      }
+    }
+  } while (reader_.acceptSymbol(","));
+  reader_.expectSymbol(")");
+}
+
+// Once all columns are there: a computed one may come before those that it is made of.
+void DdlReader::deriveTypes(TableDef& table) {
+  for (const Computed& each : computed_) {
+    const auto column = std::find_if(table.columns.begin(), table.columns.end(),
+                                     [&](const ColumnDef& candidate) { return candidate.name == each.column; });
+    if (column == table.columns.end()) continue;
+    if (const auto derived = derivedType(catalogue_, each.text, table.columns)) {
+      column->type = derived->type;
+      column->nullable = column->nullable && derived->nullable;
+    } else {
+      tellNotKept("the type of the computed column '" + each.column + "' can't be told: nvarchar(4000) stands for it");
+    }
+  }
+  computed_.clear();
+}
+
+// "= ON (HISTORY_TABLE = name, DATA_CONSISTENCY_CHECK = ON, HISTORY_RETENTION_PERIOD = 6 MONTHS)" or "= OFF".
+void DdlReader::versioningOption(TableDef& table) {
+  reader_.expectSymbol("=");
+  VersioningDef& versioning = table.versioning.emplace();
+  versioning.on = !reader_.acceptWord("OFF");
+  if (!versioning.on) return;
+  reader_.expectWord("ON");
+  if (!reader_.acceptSymbol("(")) return;
+  do {
+    const Token& word = reader_.next();
+    reader_.expectSymbol("=");
+    if (word.is("HISTORY_TABLE")) {
+      versioning.history = readObjectName(reader_);
+      continue;
+    }
+    const Token& value = reader_.next();
+    if (!word.is("HISTORY_RETENTION_PERIOD") || value.is("INFINITE")) continue;
+    std::string unit = upperCase(reader_.next().raw);
+    if (unit.ends_with('S')) unit.pop_back();
+    versioning.properties = {{"history_retention_period", std::string(value.raw)},
+                             {"history_retention_period_unit_desc", unit}};
+  } while (reader_.acceptSymbol(","));
+  reader_.expectSymbol(")");
+}
+
+void DdlReader::period(TableDef& table) {
+  for (const char* word : {"PERIOD", "FOR", "SYSTEM_TIME"}) reader_.expectWord(word);
+  const std::vector<std::string> names = nameList();
+  if (names.size() != 2) throw NotUnderstood{"a period has two columns", reader_.peek().line};
+  table.periodStart = names[0];
+  table.periodEnd = names[1];
+}
+
+// A filegroup, or a partition scheme with its column in brackets.
+Placement DdlReader::placement() {
+  Placement placement;
+  placement.space = std::string(reader_.next().name());
+  if (reader_.acceptSymbol("(")) {
+    placement.column = reader_.expectIdentifier();
+    reader_.expectSymbol(")");
+  }
+  return placement;
+}
+
+void DdlReader::tellNotKept(std::string reason) { notKept.push_back({reader_.position(), std::move(reason)}); }
 
 void DdlReader::tableElement(TableDef& table) {
   static constexpr std::array<std::string_view, 6> constraintWords{"CONSTRAINT", "PRIMARY", "UNIQUE",
@@ -169,13 +229,7 @@ void DdlReader::tableElement(TableDef& table) {
   const Token& first = reader_.peek();
   if (isOneOf(first, constraintWords)) return constraint(table, nullptr);
   if (first.is("INDEX")) return inlineIndex(table, nullptr);
-  if (first.is("PERIOD") && reader_.peek(1).is("FOR")) {
-    reader_.next();
-    reader_.next();
-    reader_.expectIdentifier();
-    reader_.skipParentheses();
-    return;
-  }
+  if (first.is("PERIOD") && reader_.peek(1).is("FOR")) return period(table);
   table.columns.push_back(column(table));
   // The server lets a table constraint follow its column without a comma; column() has read it then.
 }
@@ -191,8 +245,15 @@ ColumnDef DdlReader::column(TableDef& table) {
   if (equalNoCase(column.name, "timestamp") && !next.isIdentifier()) {
     column.type = namedType("timestamp");
   } else {
+    const std::size_t begin = reader_.position();
     column.type = readType(reader_, &catalogue_);
+    const bool listed = column.type.xtype == xtype::Xml && reader_.position() > begin + 1;
+    if (listed && reader_.sourceBetween(begin, reader_.position()).ends_with(')'))
+      tellNotKept("the XML schema collection of column '" + column.name + "' isn't kept");
   }
+  const bool padded =
+      isBinary(column.type.xtype) || column.type.xtype == xtype::Char || column.type.xtype == xtype::VarChar;
+  if (padded && !ansiPadding_) column.properties.push_back({"is_not_ansi_padded", "1"});
   column.nullable = column.type.aliasNullable.value_or(true);
   bool nullWritten = false;
   for (;;) {
@@ -253,10 +314,10 @@ bool DdlReader::columnOption(TableDef& table, ColumnDef& column) {
     column.properties.push_back({token.is("MASKED") ? "masking_function" : "encryption",
                                  std::string(reader_.sourceBetween(begin, reader_.position()))});
   } else if (token.is("GENERATED")) {
-    while (!reader_.peek().is("START") && !reader_.peek().is("END")) {
-      if (reader_.next().kind != TokenKind::Word) throw NotUnderstood{"GENERATED ALWAYS AS ...", token.line};
-    }
-    column.properties.push_back({"generated_always_type", reader_.next().is("START") ? "1" : "2"});
+    generated(column);
+  } else if (token.is("COLUMN_SET") && reader_.peek(1).is("FOR")) {
+    for (const char* word : {"COLUMN_SET", "FOR", "ALL_SPARSE_COLUMNS"}) reader_.expectWord(word);
+    column.properties.push_back({"is_column_set", "1"});
   } else if (token.is("INDEX")) {
     inlineIndex(table, &column);
   } else {
@@ -269,6 +330,17 @@ bool DdlReader::columnOption(TableDef& table, ColumnDef& column) {
     return false;
   }
   return true;
+}
+
+// GENERATED ALWAYS AS ROW | TRANSACTION_ID | SEQUENCE_NUMBER START | END, by their numbers in the views.
+void DdlReader::generated(ColumnDef& column) {
+  for (const char* word : {"GENERATED", "ALWAYS", "AS"}) reader_.expectWord(word);
+  const Token& what = reader_.next();
+  const int first = what.is("ROW") ? 1 : what.is("TRANSACTION_ID") ? 7 : 9;
+  const bool end = reader_.acceptWord("END");
+  if (!end) reader_.expectWord("START");
+  column.properties.push_back({"generated_always_type", std::to_string(first + end)});
+  if (first == 1) column.nullable = false;
 }
 
 void DdlReader::notForReplication() {
@@ -307,9 +379,10 @@ void DdlReader::identity(ColumnDef& column) {
 }
 
 void DdlReader::computedColumn(TableDef& table, ColumnDef& column) {
-  const std::size_t begin = reader_.position();
-  column.computedText = storedExpression(expression(), catalogue_.serverMajor());
-  column.type = inferType(begin, reader_.position(), table);
+  const std::string written(expression());
+  column.computedText = storedExpression(written, catalogue_.serverMajor());
+  column.type = namedType("nvarchar(4000)");
+  computed_.push_back({column.name, written});
   for (;;) {
     if (reader_.peek().is("NOT") && reader_.peek(1).is("NULL")) {
       reader_.next();
@@ -343,30 +416,6 @@ void DdlReader::constraint(TableDef& table, ColumnDef* column) {
   } else {
     throw NotUnderstood{"unknown constraint before '" + std::string(kind.raw.substr(0, 40)) + "'", kind.line};
   }
-}
-
-void DdlReader::clusteredWords(IndexDef& index) {
-  for (;;) {
-    if (reader_.acceptWord("UNIQUE")) {
-      index.unique = true;
-    } else if (reader_.acceptWord("CLUSTERED")) {
-      index.clustered = true;
-    } else if (reader_.acceptWord("NONCLUSTERED")) {
-      index.clustered = false;
-    } else if (!reader_.acceptWord("HASH")) {
-      return;
-    }
-  }
-}
-
-void DdlReader::keyColumns(IndexDef& index) {
-  reader_.expectSymbol("(");
-  do {
-    index.columns.push_back(reader_.expectIdentifier());
-    index.descending.push_back(reader_.acceptWord("DESC"));
-    if (!index.descending.back()) reader_.acceptWord("ASC");
-  } while (reader_.acceptSymbol(","));
-  reader_.expectSymbol(")");
 }
 
 void DdlReader::keyConstraint(TableDef& table, const std::string& name, bool primary, const ColumnDef* column) {
@@ -448,143 +497,6 @@ void DdlReader::defaultValue(const std::string& name, ColumnDef* column) {
   } else {
     throw NotUnderstood{"DEFAULT without its column", reader_.peek().line};
   }
-}
-
-void DdlReader::inlineIndex(TableDef& table, const ColumnDef* column) {
-  reader_.expectWord("INDEX");
-  IndexDef index;
-  index.name = reader_.expectIdentifier();
-  clusteredWords(index);
-  const bool columnStore = reader_.acceptWord("COLUMNSTORE");
-  if (columnStore && !reader_.peek().isSymbol("(")) {
-    index.columns.clear();
-  } else if (!column || reader_.peek().isSymbol("(")) {
-    keyColumns(index);
-  } else {
-    index.columns = {column->name};
-    index.descending = {false};
-  }
-  indexTail(index);
-  if (columnStore) {
-    notKept = "the table is made, but its columnstore index '" + index.name + "' isn't kept";
-  } else {
-    table.indexes.push_back(std::move(index));
-  }
-}
-
-void DdlReader::indexTail(IndexDef& index) {
-  for (;;) {
-    const Token& token = reader_.peek();
-    if (token.is("INCLUDE")) {
-      reader_.next();
-      index.included = nameList();
-    } else if (token.is("WHERE")) {
-      reader_.next();
-      const std::size_t begin = reader_.position();
-      for (;;) {
-        const Token& part = reader_.peek();
-        if (part.isSymbol("(")) {
-          reader_.skipParentheses();
-          continue;
-        }
-        if (part.kind == TokenKind::End || part.isSymbol(";") || part.isSymbol(",") || part.isSymbol(")") ||
-            part.is("WITH") || part.is("ON") || startsStatement(part))
-          break;
-        reader_.next();
-      }
-      index.filter = storedExpression(reader_.sourceBetween(begin, reader_.position()), catalogue_.serverMajor());
-    } else if (token.is("WITH") && !reader_.peek(1).is("VALUES") && !reader_.peek(1).is("CHECK") &&
-               !reader_.peek(1).is("NOCHECK")) {
-      reader_.next();
-      readIndexOptions(index);
-    } else if (token.is("ON") && !reader_.peek(1).is("DELETE") && !reader_.peek(1).is("UPDATE")) {
-      reader_.next();
-      reader_.next();
-      if (reader_.peek().isSymbol("(")) reader_.skipParentheses();
-    } else if (token.is("FILESTREAM_ON")) {
-      reader_.next();
-      reader_.next();
-    } else {
-      return;
-    }
-  }
-}
-
-// A list in brackets, or the old form "FILLFACTOR = 80, PAD_INDEX".
-void DdlReader::readIndexOptions(IndexDef& index) {
-  const bool list = reader_.acceptSymbol("(");
-  do {
-    const Token& word = reader_.peek();
-    reader_.expectIdentifier();
-    keepIndexOption(index, word, optionValue(reader_));
-    while (list && !reader_.peek().isSymbol(",") && !reader_.peek().isSymbol(")")) {  // ON PARTITIONS (...), 5 MINUTES
-      if (reader_.peek().isSymbol("(")) {
-        reader_.skipParentheses();
-      } else if (reader_.next().kind == TokenKind::End) {
-        return;
-      }
-    }
-  } while (reader_.acceptSymbol(","));
-  if (list) reader_.expectSymbol(")");
-}
-
-IndexDef DdlReader::createIndex(ObjectName& table) {
-  IndexDef index;
-  clusteredWords(index);
-  if (!reader_.peek().is("INDEX")) throw NotUnderstood{"this kind of index isn't kept", reader_.peek().line};
-  reader_.next();
-  index.name = reader_.expectIdentifier();
-  reader_.expectWord("ON");
-  table = readObjectName(reader_);
-  keyColumns(index);
-  indexTail(index);
-  return index;
-}
-
-// A type for a computed column, told by the tokens [begin, end) of its expression: that of a CAST or CONVERT, of a
-// column, of arithmetic on such; else nvarchar(4000).
-TypeRef DdlReader::inferType(std::size_t begin, std::size_t end, const TableDef& table) const {
-  TokenReader reader = reader_;
-  reader.moveTo(begin);
-  TypeRef unknown = namedType("nvarchar(4000)");
-  std::optional<TypeRef> best;
-  const auto take = [&](const TypeRef& type) {
-    if (!best || rankOf(type) > rankOf(*best)) best = type;
-  };
-  bool several = false;
-  while (reader.position() < end) {
-    const Token& token = reader.next();
-    const bool call = token.isIdentifier() && reader.peek().isSymbol("(");
-    if (call && (token.is("CAST") || token.is("TRY_CAST"))) {
-      const std::size_t opening = reader.position();
-      reader.skipParentheses();
-      TokenReader type = reader;  // behind the last AS within
-      std::size_t as = reader.position();
-      do type.moveTo(--as);
-      while (as > opening && !type.peek().is("AS"));
-      type.moveTo(as + 1);
-      take(readType(type, &catalogue_));
-    } else if (call && (token.is("CONVERT") || token.is("TRY_CONVERT"))) {
-      TokenReader type = reader;
-      type.moveTo(reader.position() + 1);
-      take(readType(type, &catalogue_));
-      reader.skipParentheses();
-    } else if (token.kind == TokenKind::Number) {
-      take(numberType(token.raw));
-    } else if (token.isIdentifier() && !call) {
-      const auto column = std::find_if(table.columns.begin(), table.columns.end(), [&](const ColumnDef& each) {
-        return compareCollated(each.name, token.name()) == 0;
-      });
-      if (column == table.columns.end()) return unknown;
-      take(column->type);
-    } else if (isBinaryOperator(token)) {
-      several = true;
-    } else if (!token.isSymbol("(") && !token.isSymbol(")")) {
-      return unknown;
-    }
-  }
-  if (!best) return unknown;
-  return several && rankOf(*best) < 0 && best->dataType != DataType::Text ? unknown : *best;
 }
 
 }  // namespace qrel::tsql

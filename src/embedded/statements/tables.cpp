@@ -88,6 +88,10 @@ void dropFromTemporary(StatementRun& run, const ObjectName& name, const std::vec
   run.schemaChanged();
 }
 
+void tellNotKept(StatementRun& run, const DdlReader& ddl) {
+  for (const DdlReader::NotKept& each : ddl.notKept) run.notKept(each.reason, each.token - 1);
+}
+
 void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
   TokenReader& reader = run.reader;
   reader.expectWord("ADD");
@@ -98,13 +102,15 @@ void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
       ColumnDef& def = table.columns.emplace_back();
       def.name = column.name;
       def.type = column.type;
+      def.nullable = column.nullable;
     }
   }
   const auto existing = static_cast<std::ptrdiff_t>(table.columns.size());
-  DdlReader ddl(reader, run.catalogue());
+  DdlReader ddl(reader, run.catalogue(), run.session.settings.ansiPadding);
   do {
     ddl.tableElement(table);
   } while (reader.acceptSymbol(","));
+  ddl.deriveTypes(table);
   if (!run.act()) return;
   markUntrusted(table, unchecked);
   std::vector<ColumnDef> columns(table.columns.begin() + existing, table.columns.end());
@@ -126,7 +132,9 @@ void alterTableAdd(StatementRun& run, const ObjectName& name, bool unchecked) {
     for (const ForeignKeyDef& key : table.foreignKeys) run.changes().addForeignKey(name, key);
     for (const CheckDef& check : table.checks) run.changes().addCheck(name, check);
     for (const auto& each : ddl.defaultsFor) run.changes().addDefault(name, each.column, each.name, each.text);
+    if (!table.periodStart.empty()) run.changes().setPeriod(name, table.periodStart, table.periodEnd);
   });
+  tellNotKept(run, ddl);
   run.schemaChanged();
   run.made(!columns.empty() ? "column" : "constraint");
 }
@@ -140,13 +148,16 @@ void alterTableDrop(StatementRun& run, const ObjectName& name) {
   };
   std::vector<Part> parts;
   bool column = false;
+  bool moved = false;
   do {
     if (reader.acceptWord("COLUMN")) {
       column = true;
     } else if (reader.acceptWord("CONSTRAINT")) {
       column = false;
-    } else if (parts.empty() && reader.peek().is("PERIOD")) {
-      run.notUnderstood("periods aren't kept");
+    } else if (parts.empty() && reader.peek().is("PERIOD") && reader.peek(1).is("FOR")) {
+      for (const char* word : {"PERIOD", "FOR", "SYSTEM_TIME"}) reader.expectWord(word);
+      if (run.act()) run.atomically([&] { run.changes().setPeriod(name, "", ""); });
+      return;
     }
     Part part;
     part.column = column;
@@ -157,6 +168,7 @@ void alterTableDrop(StatementRun& run, const ObjectName& name) {
     part.name = reader.expectIdentifier();
     if (reader.peek().is("WITH") && reader.peek(1).isSymbol("(")) {
       reader.next();
+      moved = moved || reader.peek(1).is("MOVE");
       reader.skipParentheses();
     }
     parts.push_back(std::move(part));
@@ -181,6 +193,7 @@ void alterTableDrop(StatementRun& run, const ObjectName& name) {
       }
     }
   });
+  if (moved) run.notKept("where the rows are moved to isn't kept", reader.position() - 1);
   run.schemaChanged();
 }
 
@@ -232,7 +245,8 @@ void alterTableColumn(StatementRun& run, const ObjectName& name) {
     return alterColumnProperty(run, name);
   }
   TableDef extra;
-  ColumnDef column = DdlReader(reader, run.catalogue()).column(extra);
+  DdlReader ddl(reader, run.catalogue());
+  ColumnDef column = ddl.column(extra);
   if (reader.acceptWord("WITH")) reader.skipParentheses();
   if (!run.act()) return;
   run.atomically([&] {
@@ -242,6 +256,7 @@ void alterTableColumn(StatementRun& run, const ObjectName& name) {
       if (compareCollated(each.name, column.name) == 0) each = column;
     replaceTemporary(run.catalogue(), std::move(def));
   });
+  tellNotKept(run, ddl);
   run.schemaChanged();
 }
 
@@ -257,29 +272,91 @@ void leaveOutKeys(StatementRun& run, TableDef& table) {
   });
 }
 
+// SET (LOCK_ESCALATION = ...), SET (SYSTEM_VERSIONING = ...), REBUILD [PARTITION = n] [WITH (...)].
+void alterTableOptions(StatementRun& run, const ObjectName& name) {
+  TokenReader& reader = run.reader;
+  const bool set = reader.next().is("SET");
+  if (set && reader.peek(1).is("LOCK_ESCALATION")) {
+    for (int i = 0; i < 3; ++i) reader.next();
+    const Token& value = reader.next();
+    reader.expectSymbol(")");
+    const char* kept = value.is("DISABLE") ? "1" : value.is("AUTO") ? "2" : "";
+    if (run.act()) run.changes().setTableProperties(name, {{"lock_escalation", kept}});
+    return;
+  }
+  DdlReader ddl(reader, run.catalogue());
+  TableDef table;
+  IndexDef rebuilt;
+  std::string partition;
+  if (reader.acceptWord("PARTITION")) {
+    reader.expectSymbol("=");
+    partition = reader.next().raw;
+  }
+  if (set) {
+    ddl.tableOptions(table);
+  } else if (reader.acceptWord("WITH")) {
+    ddl.readIndexOptions(rebuilt);
+  }
+  if (!partition.empty() && !equalNoCase(partition, "ALL")) {
+    for (Property& each : rebuilt.properties)
+      if (each.name == "data_compression_desc")
+        each = {"partition_compression_" + partition, each.value.empty() ? "NONE" : each.value};
+  }
+  if (!run.act()) return;
+  run.atomically([&] {
+    run.requireTable(name);
+    run.changes().compressTable(name, rebuilt.properties);
+    if (!table.versioning) return;
+    if (table.versioning->on) {
+      run.changes().startVersioning(name, run.localName(table.versioning->history), table.versioning->properties);
+    } else {
+      run.changes().stopVersioning(name);
+    }
+  });
+  run.schemaChanged();
+  tellNotKept(run, ddl);
+}
+
 }  // namespace
 
 void createTable(StatementRun& run) {
+  const std::size_t at = run.reader.position();
+  const std::function<void()> work = readTable(run, "dbo");
+  TokenReader name = run.reader;
+  name.moveTo(at);
+  const bool temporary = isTemporaryName(readObjectName(name).name);
+  if (!run.act()) return;
+  run.atomically(work);
+  run.schemaChanged();
+  if (!temporary) run.made("table");
+}
+
+std::function<void()> readTable(StatementRun& run, const std::string& schema) {
   TokenReader& reader = run.reader;
   const ObjectName name = run.localName(readObjectName(reader));
   TableDef table;
-  table.schema = name.schema.empty() ? "dbo" : name.schema;
+  table.schema = name.schema.empty() ? schema : name.schema;
   table.name = name.name;
-  DdlReader ddl(reader, run.catalogue());
-  if (reader.peek().is("AS")) run.notUnderstood("CREATE TABLE AS isn't kept");
+  DdlReader ddl(reader, run.catalogue(), run.session.settings.ansiPadding);
+  if (reader.peek().is("AS"))
+    run.notUnderstood(reader.peek(1).is("FILETABLE") ? "tables of files aren't kept" : "CREATE TABLE AS isn't kept");
   ddl.tableBody(table);
-  if (!run.act()) return;
-  ddl.checkPrimaryKey(table);
-  if (isTemporaryName(name.name)) {
-    run.atomically([&] { createTemporary(run.catalogue(), table); });
-    return run.schemaChanged();
-  }
   markUntrusted(table, false);
-  if (run.session.laterKeys) leaveOutKeys(run, table);
-  run.atomically([&] { run.changes().createTable(table); });
-  run.schemaChanged();
-  if (!ddl.notKept.empty()) return run.fail(StatementRun::Kind::Skipped, ddl.notKept);
-  run.made("table");
+  if (!run.session.settings.ansiNulls) table.properties.push_back({"ansi_nulls_off", "1"});
+  if (table.versioning) table.versioning->history = run.localName(table.versioning->history);
+  return [&run, schema, table = std::move(table), ddl = std::move(ddl)] {
+    ddl.checkPrimaryKey(table);
+    if (isTemporaryName(table.name)) return createTemporary(run.catalogue(), table);
+    TableDef made = table;
+    for (ForeignKeyDef& key : made.foreignKeys) {
+      if (!key.referenced.schema.empty() || schema == "dbo") continue;
+      const bool itself = compareCollated(key.referenced.name, made.name) == 0;
+      if (itself || run.catalogue().table(schema, key.referenced.name)) key.referenced.schema = schema;
+    }
+    if (run.session.laterKeys) leaveOutKeys(run, made);
+    run.changes().createTable(made);
+    tellNotKept(run, ddl);
+  };
 }
 
 void createIndex(StatementRun& run) {
@@ -289,8 +366,6 @@ void createIndex(StatementRun& run) {
   const IndexDef index = ddl.createIndex(table);
   table = run.localName(table);
   if (!run.act()) return;
-  const auto object = run.catalogue().find(table.schema, table.name);
-  if (object && object->xtype == "V") run.notUnderstood("indexes of views aren't kept");
   if (isTemporaryName(table.name)) {
     run.atomically([&] {
       TableDef def = temporaryDefinition(run.catalogue(), table.name);
@@ -302,6 +377,7 @@ void createIndex(StatementRun& run) {
   }
   run.atomically([&] { run.changes().addIndex(table, index); });
   run.schemaChanged();
+  tellNotKept(run, ddl);
   run.made("index");
 }
 
@@ -324,13 +400,10 @@ void alterTable(StatementRun& run) {
     alterTableColumn(run, name);
   } else if (word.is("CHECK") || word.is("NOCHECK") || word.is("ENABLE") || word.is("DISABLE")) {
     alterTableSwitch(run, name, checked);
-  } else if (word.is("SET") || word.is("REBUILD") || word.is("SWITCH")) {
-    if (word.is("SWITCH")) run.notUnderstood("partitions aren't kept");
-    reader.next();
-    if (reader.peek().isSymbol("(")) reader.skipParentheses();
-    if (reader.acceptWord("WITH")) reader.skipParentheses();
-    run.withoutEffect();
-    run.act();
+  } else if (word.is("SET") || word.is("REBUILD")) {
+    alterTableOptions(run, name);
+  } else if (word.is("SWITCH")) {
+    run.notUnderstood("rows aren't moved between partitions");
   } else {
     run.notUnderstood("unknown form of ALTER TABLE");
   }
@@ -351,11 +424,15 @@ void alterIndex(StatementRun& run) {
     change = Change::Disable;
   } else if (reader.acceptWord("REBUILD")) {
     change = Change::Rebuild;
+    std::string partition;
     if (reader.acceptWord("PARTITION")) {
       reader.expectSymbol("=");
-      reader.next();
+      partition = reader.next().raw;
     }
     if (reader.acceptWord("WITH")) ddl.readIndexOptions(options);
+    for (Property& each : options.properties)
+      if (!partition.empty() && !equalNoCase(partition, "ALL") && each.name == "data_compression_desc")
+        each = {"partition_compression_" + partition, each.value.empty() ? "NONE" : each.value};
   } else if (reader.acceptWord("SET")) {
     ddl.readIndexOptions(options);
   } else {
@@ -364,6 +441,7 @@ void alterIndex(StatementRun& run) {
   if (!run.act()) return;
   run.atomically([&] { run.changes().alterIndexes(table, index, change, options.properties); });
   run.schemaChanged();
+  tellNotKept(run, ddl);
 }
 
 void declareTable(StatementRun& run, const std::string& name) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "embedded/translate/storedTree.h"
 #include "embedded/translate/translation.h"
 #include "platform/text.h"
 
@@ -176,7 +177,7 @@ bool enclosed(const std::vector<Token>& tokens, std::size_t first, std::size_t l
 
 }  // namespace
 
-std::string storedExpression(std::string_view text, int serverMajor) {
+std::string storedExpression(std::string_view text, int serverMajor, bool filter) {
   const std::vector<Token> tokens = lex(text);
   std::size_t first = 0;
   std::size_t last = tokens.size() - 1;
@@ -184,6 +185,11 @@ std::string storedExpression(std::string_view text, int serverMajor) {
     const std::string_view written =
         last == 0 ? text : text.substr(tokens[0].begin, tokens[last - 1].end - tokens[0].begin);
     return enclosed(tokens, first, last) ? std::string(written) : "(" + std::string(written) + ")";
+  }
+  try {
+    return storedTree(readExpressionTree(text), filter);
+  } catch (const NotUnderstood&) {
+    // word by word, then
   }
   while (enclosed(tokens, first, last)) {
     ++first;

@@ -111,10 +111,16 @@ std::string variableOfParameter(std::string_view parameter);
 // 'Must declare the scalar variable "@x".', also a global one: its value isn't made up.
 void bindVariables(sqlite::Statement& statement, const std::map<std::string, Value>& variables);
 
+// The names of the columns that a view gives, told by its text; those without a name are empty. Raises NotUnderstood
+// where they can't be told.
+std::vector<std::string> columnsOfView(const std::string& text);
+
 // An expression as the server stores it in defaults, checks and computed columns, in the form of the version:
 // from version 9 on numbers in brackets, names in square brackets, built-in functions in lower case, the whole in
 // brackets: 1 -> ((1)), 'x' -> ('x'), GetDate() -> (getdate()), (-1) -> ((-1)), a*b -> ([a]*[b]). Below version 9 the
 // text as written in one pair of brackets. Outer brackets of the text don't double.
-std::string storedExpression(std::string_view text, int serverMajor);
+// From version 9 on the server also writes BETWEEN and IN as comparisons (IN with the last value first; not so in an
+// index's filter), COALESCE and IIF as CASE, and drops brackets that change nothing.
+std::string storedExpression(std::string_view text, int serverMajor, bool filter = false);
 
 }  // namespace qrel::tsql

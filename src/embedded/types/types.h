@@ -45,6 +45,7 @@ enum : int {
   NChar = 239,
   Clr = 240,  // hierarchyid, geometry, geography: their xusertype tells which
   Xml = 241,
+  Table = 243,  // types of tables, of which no column is
 };
 }  // namespace xtype
 // char, varchar, nchar, nvarchar: texts that have a size. text, ntext and xml have none.

@@ -89,11 +89,14 @@ void Session::answerCall(const Call& call, bool last) {
     if (error.number == errorNumber::cancelled) throw Interrupted();
     sendFailure(messageOf(error), DoneToken::DoneInProcedure);
   }
+  if (const int asked = shared_.switches.returnValue) returnValue_ = asked;
+  const int output = shared_.switches.outputInteger;
+  if (output != 0 && handle.empty()) handle = handleParameter(output);
   stream_.write(returnStatus(returnValue_));
   for (std::size_t i = 0; i < call.parameters.size(); ++i) {
     const Parameter& parameter = call.parameters[i];
     if (!parameter.output) continue;
-    const bool isHandle = i == 0 && !handle.empty();
+    const bool isHandle = (i == 0 || output != 0) && !handle.empty();
     stream_.write(
         returnedParameter(static_cast<std::uint16_t>(i), parameter.name, isHandle ? handle : parameter.typeAndValue));
   }

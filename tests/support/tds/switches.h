@@ -31,6 +31,8 @@ struct Switches {
       -1;                                     // behind so many rows nothing more comes until the client cancels or goes
   std::atomic<int> countsFirst = 0;           // numbers of rows, 1 to this, in front of every result
   std::atomic<bool> messageFirst = false;     // a message (50000, severity 10) in front of every result
+  std::atomic<int> returnValue = 0;           // of every procedure, unless it is 0
+  std::atomic<int> outputInteger = 0;         // what comes back of every parameter that comes back, unless it is 0
   std::atomic<bool> closeAfterError = false;  // an error that failNext has asked for ends the line
 
   // The next statement fails in this way, or the next one whose text holds `within`; several wait for theirs.
