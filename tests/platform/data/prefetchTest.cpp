@@ -6,7 +6,7 @@
 
 #include "platform/data/recordset.h"
 #include "platform/error.h"
-#include "tests/compare/compareAllFixture.h"
+#include "tests/support.h"
 
 namespace qrel {
 namespace {
