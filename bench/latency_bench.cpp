@@ -99,7 +99,7 @@ int main() {
     const double perObject = static_cast<double>(large.queries - small.queries) / (many - few);
     std::cout << "  " << kind.name << ": " << perObject << " queries an object and pair, "
               << static_cast<double>(small.queries) - perObject * few << " a run; " << many << " pairs in "
-              << large.seconds << " s, with 5 ms a query " << slow.seconds << " s, read ahead " << ahead.seconds << " s, "
-              << slow.seconds / ahead.seconds << " times as fast\n";
+              << large.seconds << " s, with 5 ms a query " << slow.seconds << " s, read ahead " << ahead.seconds
+              << " s, " << slow.seconds / ahead.seconds << " times as fast\n";
   }
 }

@@ -19,8 +19,8 @@ namespace qrel {
 namespace {
 
 constexpr std::size_t mostThreads = 32;
-constexpr std::size_t mostHints = 2048;                     // waiting, running and done
-constexpr std::size_t mostBytes = std::size_t{32} << 20;    // of all results that are kept
+constexpr std::size_t mostHints = 2048;                      // waiting, running and done
+constexpr std::size_t mostBytes = std::size_t{32} << 20;     // of all results that are kept
 constexpr std::size_t largestResult = std::size_t{4} << 20;  // of one, unless the program holds it as a whole anyway
 constexpr std::size_t rowsAtOnce = 256;
 constexpr auto betweenLooks = std::chrono::milliseconds(5);

@@ -110,7 +110,7 @@ TEST_F(Prefetch, StopEndsWhatRunsAndLeavesNothingBehind) {
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
   const auto start = std::chrono::steady_clock::now();
   held.reset();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));  // slow under sanitizers
   EXPECT_TRUE(servers.dropDatabase("S", "b"));
 }
 
