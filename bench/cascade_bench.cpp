@@ -50,7 +50,7 @@ void runCascade(benchmark::State& state, int kinds) {
   std::mt19937 random(7);
   EmbeddedServers servers("");
   DataAccess data;
-  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
+  data.add(std::make_unique<EmbeddedProvider>(servers, data.providerStop()));
   KeyStore store;
   ConsoleHost host(std::cerr);
   Program program(host, data, store);

@@ -1,6 +1,7 @@
 // A provider before another one that counts the queries and makes each wait, as a server behind a network does.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <memory>
@@ -13,8 +14,9 @@ namespace qrel {
 
 struct SlowProviderState {
   std::chrono::microseconds latency{0};  // before each query
-  std::size_t queries = 0;
-  std::size_t connections = 0;
+  std::atomic<std::size_t> queries = 0;
+  std::atomic<std::size_t> connections = 0;
+  std::size_t ahead = 8;  // connections for reading ahead
 };
 
 class SlowConnection : public ProviderConnection {
@@ -41,6 +43,8 @@ class SlowProvider : public Provider {
     ++state_.connections;
     return std::make_unique<SlowConnection>(inner_->open(connectionString), state_);
   }
+  std::size_t connectionsAhead() const override { return state_.ahead; }
+  std::shared_ptr<void> holdState() override { return inner_->holdState(); }
 
  private:
   std::unique_ptr<Provider> inner_;

@@ -43,7 +43,7 @@ void BM_TableTexts(benchmark::State& state) {
   servers.create("bench");
   loadScripts(servers, "bench", "Db", {folder / "tables.sql"}, {});
   DataAccess data;
-  data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
+  data.add(std::make_unique<EmbeddedProvider>(servers, data.providerStop()));
   KeyStore store;
   ConsoleHost host(std::cerr);
   Program program(host, data, store);

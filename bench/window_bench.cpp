@@ -147,7 +147,7 @@ int main(int argc, char** argv) {
   const qrel::Folders folders = qrel::findFolders(argv[0]);
   qrel::EmbeddedServers servers(folders.servers);
   qrel::DataAccess data;
-  data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
+  data.add(std::make_unique<qrel::EmbeddedProvider>(servers, data.providerStop()));
   qrel::KeyStore store(folders.settings);
   Watch watch;
   WatchedHost host(store, watch);

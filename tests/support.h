@@ -20,7 +20,7 @@ namespace qrel {
 class TestServers {
  public:
   TestServers() : servers(folder.path() / "servers") {
-    data.add(std::make_unique<EmbeddedProvider>(servers, &data.stopAsked));
+    data.add(std::make_unique<EmbeddedProvider>(servers, data.providerStop()));
   }
 
   // Loads a script into SERVER.database; every statement of it must be understood.

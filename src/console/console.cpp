@@ -70,10 +70,10 @@ Console::Console(const Folders& where, std::ostream& results, std::ostream& mess
       store(where.settings),
       host(messages),
       program(host, data, store) {
-  auto provider = std::make_unique<EmbeddedProvider>(servers, &data.stopAsked);
+  auto provider = std::make_unique<EmbeddedProvider>(servers, data.providerStop());
   embedded_ = provider.get();
   data.add(std::move(provider));
-  data.add(makeOdbcProvider([this] { return ReadOdbcChoices(program); }, &data.stopAsked));
+  data.add(makeOdbcProvider([this] { return ReadOdbcChoices(program); }, data.providerStop()));
   // A query that the server thinks about ends with the first Ctrl+C, whatever the command is.
   data.stopAsked = stopRequested;
   program.programFolder = folders.program.string();

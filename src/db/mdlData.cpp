@@ -151,6 +151,27 @@ std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, 
   }
 }
 
+PrefetchHint HintOf(const std::string& strConnection, const SqlText& strSql, std::int32_t lngTimeout) {
+  PrefetchHint hint;
+  hint.connectionString = strConnection;
+  hint.sql = strSql.text();
+  hint.timeoutSeconds = lngTimeout;
+  return hint;
+}
+
+void PrefetchAdoRS(Program& program, const std::string& strConnection, const SqlText& strSql, PrefetchUse use) {
+  if (!program.data.readsAhead()) return;
+  try {
+    PrefetchHint hint = HintOf(strConnection, strSql, program.settings.Timeout);
+    hint.keepSteps = use.lngSteps;
+    hint.whole = use.whole;
+    hint.next = std::move(use.next);
+    program.data.prefetch(std::move(hint));
+  } catch (const DataError&) {
+    // It is told when it would be sent.
+  }
+}
+
 std::int32_t GetAdoRS_Conn(Program& program, const ConnectionPtr& connection, const tServer& server, int commandType,
                            const SqlText& strSql, RecordsetPtr& rs) {
   rs.reset();
@@ -325,6 +346,25 @@ std::string AddSquareBrackets(const std::string& strName) {
   return name;
 }
 
+namespace {
+
+SqlText countQuery(const std::string& strTable) {
+  SqlText strSql = "SELECT COUNT(*) AS RecsCount FROM ";
+  return strSql << asName(strTable);
+}
+
+}  // namespace
+
+void PrefetchNumberOfRecords(Program& program, const tServer& server, const std::string& strTable,
+                             const std::string& strDb) {
+  if (!strTable.empty())
+    PrefetchAdoRS(program, connectionStringForQuery(server, strDb, true), countQuery(strTable), {});
+}
+
+void PrefetchRecords(Program& program, const tServer& server, const SqlText& strSql, const std::string& strDb) {
+  PrefetchAdoRS(program, connectionStringForQuery(server, strDb, true), strSql, {.whole = true});
+}
+
 std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::string& strTable,
                                        const std::string& strDb) {
   if (strTable.empty()) return -1;
@@ -334,8 +374,7 @@ std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::s
   const auto count = [&](const std::string& strName) {
     // The first attempt only asks whether the name will do.
     const AskedScope asked(program);
-    SqlText strSql = "SELECT COUNT(*) AS RecsCount FROM ";
-    return GetAdoRS(program, server, adCmdText, strSql << asName(strName), rs, strDb, &extras);
+    return GetAdoRS(program, server, adCmdText, countQuery(strName), rs, strDb, &extras);
   };
   std::int32_t result = count(strTable);
   if (extras.errNumber == errorNumber::cancelled) return -1;

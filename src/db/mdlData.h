@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <variant>
@@ -39,6 +40,19 @@ struct AdoExtras {
 // failure, also of the rows that come later, is noted (readFailures.h); a spoiled strSql fails without being sent.
 std::int32_t GetAdoRS(Program& program, const tServer& server, int commandType, const SqlText& strSql, RecordsetPtr& rs,
                       const std::string& strDb, AdoExtras* extras = nullptr);
+
+// How a result that is read ahead will be used; see PrefetchHint.
+struct PrefetchUse {
+  std::size_t lngSteps = 0;  // of the run, for which it is kept
+  bool whole = false;        // all its rows will be held
+  std::function<std::vector<PrefetchHint>(const ReadAhead&)> next{};
+};
+
+// Has a query read ahead that GetAdoRS will send in these words, or with strConnection the procedure that runs on a
+// connection of that string (DataAccess::prefetch). A spoiled strSql is left to whoever sends it.
+void PrefetchAdoRS(Program& program, const std::string& strConnection, const SqlText& strSql, PrefetchUse use);
+// The hint alone, for what follows from a result; strSql is not spoiled.
+PrefetchHint HintOf(const std::string& strConnection, const SqlText& strSql, std::int32_t lngTimeout);
 
 // The same on an open connection, 0 or -1; a failure shows a warning with the command unless gblnNoConnErrMsg is set or
 // the command was stopped.
@@ -79,6 +93,12 @@ bool NullExistsInColumn(Program& program, const tServer& server, const std::stri
 // and when the count was stopped.
 std::int32_t GetNumberOfRecordsInTable(Program& program, tServer& server, std::string& strTable,
                                        const std::string& strDb);
+
+// Reads ahead the count that the procedure above begins with, and the records that GetAdoRS will bring with the
+// client-side cursor.
+void PrefetchNumberOfRecords(Program& program, const tServer& server, const std::string& strTable,
+                             const std::string& strDb);
+void PrefetchRecords(Program& program, const tServer& server, const SqlText& strSql, const std::string& strDb);
 
 // Whether the server accepts a query. Silent; only a failure that says nothing about the query is noted.
 bool DbCheckSqlSelect(Program& program, const tServer& server, const std::string& strDb, const SqlText& strSql);

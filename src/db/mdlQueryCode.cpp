@@ -1,6 +1,7 @@
 #include "db/mdlQueryCode.h"
 
 #include <algorithm>
+#include <array>
 
 #include "app/trap.h"
 #include "db/mdlData.h"
@@ -39,6 +40,16 @@ SqlText columnsQuery(const std::string& strTable, long lngId) {
             "FROM sysobjects sob INNER JOIN syscolumns sco ON sob.id = sco.id "
             "INNER JOIN systypes sty ON sco.xtype = sty.xtype AND sco.xusertype = sty.xusertype "
          << condition << "ORDER BY sco.colorder";
+}
+
+SqlText defaultValueQuery(long lngTableId, long lngColId) {
+  SqlText strSql = "SELECT [ctext] FROM syscomments WHERE id IN (SELECT cdefault FROM syscolumns WHERE id = ";
+  return strSql << lngTableId << " AND colid = " << lngColId << " AND cdefault > 0)";
+}
+
+SqlText defaultNameQuery(long lngTableId, long lngDefaultId) {
+  SqlText strSql = "SELECT [name] FROM sys.objects WHERE parent_object_id = ";
+  return strSql << lngTableId << " AND object_id = " << lngDefaultId << " AND type_desc LIKE 'DEFAULT_CONSTRAINT'";
 }
 
 long longOrZero(const Field& field) { return field.IsNull() ? 0 : integerOf(field.cell); }
@@ -238,6 +249,47 @@ std::string GetIndexes(Program& program, const tServer& server, const std::strin
   return walk.result;
 }
 
+namespace {
+
+// What a table's columns will have asked for their defaults. Runs on a thread that reads ahead.
+std::vector<PrefetchHint> defaultsOf(const ReadAhead& columns, const std::string& strConnection,
+                                     std::int32_t lngTimeout) {
+  const auto index = [&](std::string_view name) {
+    for (std::size_t i = 0; i < columns.columns.size(); ++i)
+      if (columns.columns[i].name == name) return i;
+    throw RuntimeError(errorNumber::itemNotFound, "A column of the table's columns is missing.");
+  };
+  const std::array<std::size_t, 3> fields{index("cdefault"), index("col_id"), index("table_id")};
+  std::vector<PrefetchHint> hints;
+  for (std::size_t row = 0; row < columns.cells.rowCount(); ++row) {
+    std::array<long, 3> values{};
+    for (std::size_t i = 0; i < fields.size(); ++i)
+      if (const Cell cell = columns.cells.cell(fields[i], row); !cell.null) values[i] = integerOf(cell);
+    const auto [cdefault, lngColId, lngTableId] = values;
+    if (cdefault <= 0 || lngColId <= 0) continue;
+    hints.push_back(HintOf(strConnection, defaultValueQuery(lngTableId, lngColId), lngTimeout));
+    hints.push_back(HintOf(strConnection, defaultNameQuery(lngTableId, cdefault), lngTimeout));
+  }
+  return hints;
+}
+
+}  // namespace
+
+void PrefetchTableText(Program& program, const tServer& server, const tTableQuery& query, std::size_t lngSteps) {
+  if (!program.data.readsAhead()) return;
+  const std::string strConnection = connectionStringForQuery(server, query.strDb, true);
+  const std::int32_t lngVersion = server.VersionNum != 0 ? server.VersionNum : GetVersionNumber(server.Version);
+  std::function<std::vector<PrefetchHint>(const ReadAhead&)> next;
+  if (lngVersion >= 9)
+    next = [strConnection, lngTimeout = program.settings.Timeout](const ReadAhead& columns) {
+      return defaultsOf(columns, strConnection, lngTimeout);
+    };
+  PrefetchAdoRS(program, strConnection, columnsQuery(query.strTable, query.lngId),
+                {.lngSteps = lngSteps, .next = std::move(next)});
+  if (!program.settings.IgnoreIndexes)
+    PrefetchAdoRS(program, strConnection, indexesQuery(query.strTable, false), {.lngSteps = lngSteps});
+}
+
 long GetColumnsCount(Program& program, tServer& server, const tTableQuery& query) {
   tTableStructure table;
   GetTableStructure(program, server, query, table);
@@ -247,9 +299,7 @@ long GetColumnsCount(Program& program, tServer& server, const tTableQuery& query
 std::string GetDefaultValue(Program& program, const tServer& server, const std::string& strDb, long lngTableId,
                             long lngColId) {
   RecordsetPtr rs;
-  SqlText strSql = "SELECT [ctext] FROM syscomments WHERE id IN (SELECT cdefault FROM syscolumns WHERE id = ";
-  strSql << lngTableId << " AND colid = " << lngColId << " AND cdefault > 0)";
-  GetAdoRS(program, server, adCmdText, strSql, rs, strDb);
+  GetAdoRS(program, server, adCmdText, defaultValueQuery(lngTableId, lngColId), rs, strDb);
   return hasRecords(rs) ? rs->Fields("ctext").Text() : std::string();
 }
 
@@ -257,9 +307,7 @@ std::string GetDefaultConstraintName(Program& program, const tServer& server, co
                                      long lngDefaultId) {
   const QuietScope quiet(program);
   RecordsetPtr rs;
-  SqlText strSql = "SELECT [name] FROM sys.objects WHERE parent_object_id = ";
-  strSql << lngTableId << " AND object_id = " << lngDefaultId << " AND type_desc LIKE 'DEFAULT_CONSTRAINT'";
-  GetAdoRS(program, server, adCmdText, strSql, rs, strDb);
+  GetAdoRS(program, server, adCmdText, defaultNameQuery(lngTableId, lngDefaultId), rs, strDb);
   return hasRecords(rs) ? rs->Fields("name").Text() : std::string();
 }
 

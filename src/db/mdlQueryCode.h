@@ -59,6 +59,9 @@ struct tTableStructure {
 std::string GetTableText(Program& program, tServer& server, const tTableQuery& query, long* lngIgnored = nullptr,
                          bool blnClusteredOnly = false, const std::string& strIndexSuffix = {});
 
+// Reads ahead what GetTableText will ask for, with all indexes, and keeps it for lngSteps steps of the run.
+void PrefetchTableText(Program& program, const tServer& server, const tTableQuery& query, std::size_t lngSteps);
+
 // An unknown table gives an empty text and True; False comes after an error report, with what was read by then.
 bool GetTableStructure(Program& program, tServer& server, const tTableQuery& query, tTableStructure& table);
 

@@ -26,6 +26,39 @@ SqlText sourceQuery(const std::string& strObjName) {
          << inQuotes(strObjName) << " ORDER BY sc.colid";
 }
 
+SqlText relationshipQuery(const std::string& strObjName) {
+  return SqlText(
+             "SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
+             "sor.name AS referencedtable, scr.name AS referencedcolumn, "
+             "sof.name AS tablename "
+             "FROM sysreferences sr "
+             "INNER JOIN sysobjects so ON sr.constid = so.id "
+             "INNER JOIN sysobjects sof ON sof.id = sr.fkeyid "
+             "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
+             "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
+             "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
+             "WHERE so.name = ")
+         << inQuotes(strObjName) << " ORDER BY scf.name";
+}
+
+SqlText constraintQuery(const std::string& strObjName) {
+  return SqlText(
+             "SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, "
+             "so2.name as "
+             "[tablename] "
+             "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
+             "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
+             "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
+             "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
+             "WHERE "
+             "si.indid = 1 AND "
+             " si.name = ")
+         << inQuotes(strObjName)
+         << " AND "
+            "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
+            "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 ";
+}
+
 // The rows' texts, one behind the other.
 std::string joinTexts(RecordsetPtr& rs) {
   requireRecordset(rs);
@@ -104,6 +137,18 @@ std::string GetTextOfObject(Program& program, tServer& server, const std::string
   }
 }
 
+void PrefetchText(Program& program, const tServer& server, const ConnectionPtr& connection, const std::string& strDb,
+                  long type, const std::string& strObjName, std::size_t lngSteps) {
+  const std::string strConnection =
+      connection ? connection->ConnectionString : connectionStringForQuery(server, strDb, true);
+  if (type == objRelationships)
+    PrefetchAdoRS(program, strConnection, relationshipQuery(strObjName), {.lngSteps = lngSteps});
+  else if (type == objConstraints)
+    PrefetchAdoRS(program, strConnection, constraintQuery(strObjName), {.lngSteps = lngSteps});
+  else
+    PrefetchAdoRS(program, strConnection, sourceQuery(strObjName), {.lngSteps = lngSteps});
+}
+
 std::string GetObjectText(Program& program, const tServer& server, const std::string& strObjName,
                           const std::string& strDb, long) {
   RecordsetPtr rs;
@@ -122,19 +167,7 @@ std::string GetRelationshipText(Program& program, const tServer& server, const s
                                 const std::string& strDb) {
   return trap(program, "modObjectText", "GetRelationshipText", std::string(), [&]() -> std::string {
     RecordsetPtr rs;
-    GetAdoRS(program, server, adCmdText,
-             SqlText("SELECT so.name AS foreignkey, scf.name AS foreigncolumn, "
-                     "sor.name AS referencedtable, scr.name AS referencedcolumn, "
-                     "sof.name AS tablename "
-                     "FROM sysreferences sr "
-                     "INNER JOIN sysobjects so ON sr.constid = so.id "
-                     "INNER JOIN sysobjects sof ON sof.id = sr.fkeyid "
-                     "INNER JOIN sysobjects sor ON sor.id = sr.rkeyid "
-                     "INNER JOIN syscolumns scf ON scf.id = sof.id AND scf.colid = sr.fkey1 "
-                     "INNER JOIN syscolumns scr ON scr.id = sor.id AND scr.colid = sr.rkey1 "
-                     "WHERE so.name = ")
-                 << inQuotes(strObjName) << " ORDER BY scf.name",
-             rs, strDb);
+    GetAdoRS(program, server, adCmdText, relationshipQuery(strObjName), rs, strDb);
     requireRecordset(rs);
     if (!hasRecords(rs)) return {};
     return TrimBlanksAndBreaks(
@@ -148,22 +181,7 @@ std::string GetConstraintText(Program& program, const tServer& server, const std
                               const std::string& strDb) {
   return trap(program, "modObjectText", "GetConstraintText", std::string(), [&]() -> std::string {
     RecordsetPtr rs;
-    GetAdoRS(program, server, adCmdText,
-             SqlText("SELECT si.name as [name], so2.refdate AS refdate, so2.id AS id, sc.name AS [column], sk.indid, "
-                     "so2.name as "
-                     "[tablename] "
-                     "FROM sysobjects so INNER JOIN sysindexkeys sk ON so.parent_obj = sk.id "
-                     "INNER JOIN sysindexes si ON sk.id = si.id AND sk.indid = si.indid "
-                     "INNER JOIN syscolumns sc ON sk.id = sc.id AND sk.colid = sc.colid "
-                     "INNER JOIN sysobjects so2 ON so.parent_obj = so2.id "
-                     "WHERE "
-                     "si.indid = 1 AND "
-                     " si.name = ")
-                 << inQuotes(strObjName)
-                 << " AND "
-                    "INDEXPROPERTY(si.id, si.name, 'IsStatistics') = 0 AND "
-                    "INDEXPROPERTY(si.id, si.name, 'IsHypothetical') = 0 ",
-             rs, strDb);
+    GetAdoRS(program, server, adCmdText, constraintQuery(strObjName), rs, strDb);
     requireRecordset(rs);
     if (!hasRecords(rs)) return {};
     return TrimBlanksAndBreaks("CONSTRAINT [" + rs->Fields("name").Text() +

@@ -26,6 +26,10 @@ std::string GetObjectText(Program& program, const tServer& server, const std::st
                           const std::string& strDb, long type);
 std::string GetObjectTextConn(Program& program, const ConnectionPtr& connection, const tServer& server,
                               const std::string& strObjName, const std::string& strDummy);
+// Reads ahead what GetRelationshipText, GetConstraintText or, for another type, GetObjectTextConn will ask for, and
+// keeps it for lngSteps steps of the run. connection: of the last of them, empty for the others.
+void PrefetchText(Program& program, const tServer& server, const ConnectionPtr& connection, const std::string& strDb,
+                  long type, const std::string& strObjName, std::size_t lngSteps);
 std::string GetRelationshipText(Program& program, const tServer& server, const std::string& strObjName,
                                 const std::string& strDb);
 std::string GetConstraintText(Program& program, const tServer& server, const std::string& strObjName,

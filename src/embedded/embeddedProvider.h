@@ -32,6 +32,8 @@ class EmbeddedProvider : public Provider {
   std::vector<std::string> knownServers() const override { return servers_.list(); }
   bool serves(const std::string& server) const override { return servers_.exists(server); }
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override;
+  // Reading costs work and no waiting: more threads than this would only take turns.
+  std::size_t connectionsAhead() const override { return 2; }
   std::shared_ptr<void> holdState() override;
   // What loads have left out of a database of an instance, of the very file that open() gives. Raises the DataError of
   // a database that can't be opened.

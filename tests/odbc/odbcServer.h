@@ -26,7 +26,7 @@ class OdbcServer {
     tds = std::make_unique<tds::Server>(servers, tds::ServerOptions{.instance = "S"});
     choices.driver = "FreeTDS";
     choices.loginSeconds = 5;
-    data.add(makeOdbcProvider([this] { return choices; }, &data.stopAsked));
+    data.add(makeOdbcProvider([this] { return choices; }, data.providerStop()));
   }
 
   void load(const std::string& database, const std::string& script) {

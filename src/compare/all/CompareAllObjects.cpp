@@ -1,5 +1,7 @@
 #include "compare/all/CompareAllObjects.h"
 
+#include <algorithm>
+
 #include "app/modStrings.h"
 #include "app/trace.h"
 #include "db/modSchema.h"
@@ -119,6 +121,10 @@ bool CompareAllObjects::findNamesake(int side, const std::string& strName, long 
                                            run_.server(other), run_.database(other), lngId, lngOtherId, blnProceed);
 }
 
+long CompareAllObjects::knownNamesake(int side, const Item& item) const {
+  return namesakes_ ? namesakes_->find(side, bareName(item.strName), item.lngId) : 0;
+}
+
 std::size_t CompareAllObjects::countOfItems(int side) const {
   const CheckList& list = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)];
   if (!run_.input.blnSelective) return list.count();
@@ -131,15 +137,27 @@ bool CompareAllObjects::eachItem(int side, const std::function<bool(const Item&)
   const std::size_t count = run_.frm.pvlSqlObj[static_cast<std::size_t>(side)].count();
   const std::string strOf = " of " + std::to_string(countOfItems(side)) + (side == 0 ? " in Source:" : " in Target:");
   std::size_t number = 0;
+  std::size_t ahead = 0;  // the first row that nothing was read ahead for
   for (std::size_t row = 0; row < count; ++row) {
     if (!run_.pulse.goOn()) return false;
     const Item item = itemAt(side, row);
+    readAheadOf(side, row, ahead);
     if (!proceed(item.strPrinted)) continue;
     run_.frm.lblProgress.setText(std::to_string(++number) + strOf);
     run_.frm.lblCurProcName.setText(item.strPrinted);
     if (!handle(item)) return false;
   }
   return true;
+}
+
+// The items up to a few behind this row; far enough that many connections have something to do.
+void CompareAllObjects::readAheadOf(int side, std::size_t row, std::size_t& ahead) {
+  constexpr std::size_t itemsAhead = 16;
+  if (!program_.data.readsAhead()) return;
+  program_.data.prefetcher().nextStep();
+  const std::size_t end = std::min(row + itemsAhead, run_.frm.pvlSqlObj[static_cast<std::size_t>(side)].count());
+  for (; ahead < end; ++ahead)
+    if (const Item item = itemAt(side, ahead); proceed(item.strPrinted)) readAhead(item, ahead - row);
 }
 
 bool CompareAllObjects::sourcePass() {

@@ -75,6 +75,11 @@ class CompareAllObjects {
   virtual bool compareItem(const Item& item) = 0;
   virtual bool targetPass() = 0;
 
+  // Reads ahead what an item of a side's pass will ask for, and keeps it for so many further items.
+  virtual void readAhead(const Item&, std::size_t) {}
+  // The other side's namesake of a table as far as it is known without asking; 0: not known.
+  long knownNamesake(int side, const Item& item) const;
+
   // Hands over the items of a side that take part, with the name shown and time for events before each. False: the run
   // is over.
   bool eachItem(int side, const std::function<bool(const Item&)>& handle);
@@ -99,6 +104,7 @@ class CompareAllObjects {
   bool loadLists(bool& blnRead);
   Item itemAt(int side, std::size_t row) const;
   bool proceed(const std::string& strListed) const;
+  void readAheadOf(int side, std::size_t row, std::size_t& ahead);
   bool sourcePass();
   void countTotals();
   void countUnlisted();

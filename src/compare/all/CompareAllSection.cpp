@@ -32,6 +32,30 @@ bool CompareAllSection::compareItem(const Item& item) {
   return true;
 }
 
+void CompareAllSection::readAhead(const Item& item, std::size_t steps) {
+  const bool blnFind = item.side == 0;  // the other pass asks for these types' texts in Source
+  switch (type_) {
+    case objTables:
+      if (const long lngOther = blnFind ? knownNamesake(0, item) : 0; lngOther > 0)
+        for (const int side : {0, 1})
+          PrefetchTableText(program_, run_.server(side),
+                            {run_.database(side), item.strName, side == 0 ? item.lngId : lngOther}, steps);
+      break;
+    case objRelationships:
+    case objConstraints:
+      for (int side = 0; side < (blnFind ? 2 : 1); ++side)
+        PrefetchText(program_, run_.server(side), {}, run_.database(side), type_,
+                     blnFind ? item.strName : item.strPrinted, steps);
+      break;
+    case objPermissions:
+      break;
+    default:
+      for (int side = 0; blnFind && side < 2; ++side)
+        PrefetchText(program_, run_.server(side), run_.connection(side), run_.database(side), type_, item.strName,
+                     steps);
+  }
+}
+
 void CompareAllSection::decide(const Item& item, Pair& pair, const ReadWatch& reads) {
   CompareAllReport& report = run_.report;
   const bool blnInTarget = !pair.arrTexts[1].empty();

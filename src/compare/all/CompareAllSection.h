@@ -25,6 +25,7 @@ class CompareAllSection : public CompareAllObjects {
 
   void beginReport() override { run_.report.beginType(type_, run_.input); }
 
+  void readAhead(const Item& item, std::size_t steps) override;
   bool compareItem(const Item& item) override;
   void decide(const Item& item, Pair& pair, const ReadWatch& reads);
   void fetchTexts(const Item& item, Pair& pair);

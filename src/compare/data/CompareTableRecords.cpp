@@ -118,9 +118,13 @@ bool RecordComparison::fetchBoth() {
   if (byKey_ && program_.settings.glngCursorLocation == adUseServer) cursor.emplace(program_, adUseClient);
   const SqlText strOwnOrder = buildSelects();
   line_ = 200;
-  if (stopped() || !fetch(0, selects_[0])) return false;
-  frmStatus_.ShowHideControls(4);
   selects_[1] << strOwnOrder;
+  if (stopped()) return false;
+  // Rows that come by and by are left on the server.
+  if (program_.settings.glngCursorLocation == adUseClient)
+    PrefetchRecords(program_, program_.main.gtypSelServ[1], selects_[1], request_.arrDbs[1]);
+  if (!fetch(0, selects_[0])) return false;
+  frmStatus_.ShowHideControls(4);
   return fetch(1, selects_[1]);
 }
 

@@ -67,6 +67,7 @@ void frmCompareStatus::run() {
   for (const std::size_t side : {0u, 1u})
     extNames_[side] = GetExtendedObjectName(program_, program_.main.gtypSelServ[side], request_.arrDbs[side],
                                             request_.arrTables[side], objTables, request_.arrObjIds[side]);
+  PrefetchNumberOfRecords(program_, program_.main.gtypSelServ[1], extNames_[1], request_.arrDbs[1]);
   countRecords(0);
   if (state_.gblnStopComparison) return;
   ShowHideControls(2);

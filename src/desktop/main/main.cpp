@@ -64,12 +64,12 @@ int main(int argc, char** argv) {
   qrel::EmbeddedServers servers(folders.servers);
   servers.removeLeftovers();
   qrel::DataAccess data;
-  data.add(std::make_unique<qrel::EmbeddedProvider>(servers, &data.stopAsked));
+  data.add(std::make_unique<qrel::EmbeddedProvider>(servers, data.providerStop()));
   qrel::KeyStore store(folders.settings);
   qrel::QtHost host(store);
   host.helpFolder = folders.help.string();
   qrel::Program program(host, data, store);
-  data.add(qrel::makeOdbcProvider([&program] { return qrel::ReadOdbcChoices(program); }, &data.stopAsked));
+  data.add(qrel::makeOdbcProvider([&program] { return qrel::ReadOdbcChoices(program); }, data.providerStop()));
   program.programFolder = folders.program.string();
   program.documentsFolder = folders.documents.string();
   program.commandLine = arguments.commandLine;

@@ -8,9 +8,24 @@
 
 namespace qrel {
 
-void Connection::Open() { provider_ = dataAccess_->open(ConnectionString); }
+void Connection::Open() {
+  provider_.reset();
+  opensLater_ = dataAccess_->prefetcher().knows(ConnectionString);
+  if (!opensLater_) provider_ = dataAccess_->open(ConnectionString);
+}
 
-void Connection::Close() { provider_.reset(); }
+void Connection::Close() {
+  provider_.reset();
+  opensLater_ = false;
+}
+
+const std::shared_ptr<ProviderConnection>& Connection::provider() {
+  if (opensLater_) {
+    provider_ = dataAccess_->open(ConnectionString);
+    opensLater_ = false;
+  }
+  return provider_;
+}
 
 void Connection::Interrupt() {
   if (provider_) provider_->interrupt();
@@ -31,7 +46,7 @@ CommandResult execute(ProviderConnection& provider, const CommandRequest& reques
 }  // namespace
 
 CommandResult Command::run() {
-  if (!ActiveConnection || !ActiveConnection->provider()) {
+  if (!ActiveConnection || ActiveConnection->State() == adStateClosed) {
     throw RuntimeError(errorNumber::objectClosed, "Operation is not allowed when the object is closed.");
   }
   CommandRequest request;
@@ -43,7 +58,14 @@ CommandResult Command::run() {
     request.parameters.push_back(parameter.Value);
     request.comesBack.push_back(parameter.Direction != adParamInput);
   }
-  CommandResult result = execute(*ActiveConnection->provider(), request);
+  Prefetcher& ahead = ActiveConnection->dataAccess_->prefetcher();
+  CommandResult result;
+  result.rows = ahead.take(ActiveConnection->ConnectionString, request);
+  if (!result.rows) {
+    // What is known by now may be what this changes.
+    if (ahead.active() && !Prefetcher::isQuery(request)) ahead.forget();
+    result = execute(*ActiveConnection->provider(), request);
+  }
   std::size_t next = 0;
   for (Parameter& parameter : Parameters) {
     if (parameter.Direction == adParamReturnValue) {

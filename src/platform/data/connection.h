@@ -28,17 +28,21 @@ class Connection {
   std::string ConnectionString;
   int CursorLocation = adUseServer;
 
-  // Raises DataError 0x80004005 when the server or the database can't be had.
+  // Raises DataError 0x80004005 when the server or the database can't be had. Where results were read ahead with this
+  // string it opens once something else is asked for; that raises then.
   void Open();
   void Close();
-  int State() const { return provider_ ? adStateOpen : adStateClosed; }
+  int State() const { return provider_ || opensLater_ ? adStateOpen : adStateClosed; }
   // Stops a running command or fetch; may be called from a signal handler's thread.
   void Interrupt();
-  const std::shared_ptr<ProviderConnection>& provider() const { return provider_; }
+  // Opens what was put off; empty when closed.
+  const std::shared_ptr<ProviderConnection>& provider();
 
  private:
+  friend class Command;
   DataAccess* dataAccess_;
   std::shared_ptr<ProviderConnection> provider_;
+  bool opensLater_ = false;
 };
 
 struct Parameter {

@@ -1,6 +1,8 @@
 #include "platform/data/dataAccess.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdlib>
 #include <string_view>
 
 #include "platform/data/connectionString.h"
@@ -30,6 +32,23 @@ std::string missingServer(const std::string& name, const std::string& database, 
 
 }  // namespace
 
+std::function<std::unique_ptr<ProviderConnection>()> Provider::opener(const ConnectionString& connectionString) {
+  return [this, connectionString] { return open(connectionString); };
+}
+
+DataAccess::DataAccess()
+    : providerStop_([this] {
+        if (const std::function<bool()>* ahead = stopOfPrefetchThread()) return (*ahead)();
+        return stopAsked && stopAsked();
+      }),
+      prefetcher_([this](const std::string& text) { return openingAhead(text); }, stopAsked) {
+  const char* wanted = std::getenv("QREL_PREFETCH");
+  if (!wanted) return;
+  const std::string_view text = wanted;
+  std::size_t most = 0;
+  if (std::from_chars(text.data(), text.data() + text.size(), most).ec == std::errc()) prefetcher_.setMost(most);
+}
+
 std::vector<std::string> DataAccess::knownServers() const {
   std::vector<std::string> names;
   for (const auto& provider : providers_)
@@ -39,13 +58,34 @@ std::vector<std::string> DataAccess::knownServers() const {
 }
 
 std::shared_ptr<void> DataAccess::holdState() {
-  auto held = std::make_shared<std::vector<std::shared_ptr<void>>>();
-  for (const auto& provider : providers_) held->push_back(provider->holdState());
+  struct Held {
+    std::vector<std::shared_ptr<void>> states;
+    std::shared_ptr<void> ahead;  // goes first
+  };
+  auto held = std::make_shared<Held>();
+  for (const auto& provider : providers_) held->states.push_back(provider->holdState());
+  held->ahead = prefetcher_.begin();
   return held;
 }
 
 std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
   ConnectionString connectionString = ConnectionString::parse(text);
+  return serving(connectionString).open(connectionString);
+}
+
+// A string by which nothing can be opened is told by the one who opens it.
+Prefetcher::Opening DataAccess::openingAhead(const std::string& text) const {
+  try {
+    ConnectionString connectionString = ConnectionString::parse(text);
+    Provider& provider = serving(connectionString);
+    if (provider.connectionsAhead() == 0) return {};
+    return {provider.opener(connectionString), provider.connectionsAhead()};
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+Provider& DataAccess::serving(ConnectionString& connectionString) const {
   const std::string provider = connectionString.provider();
   const bool native = startsNoCase(provider, "SQLNCLI11");
   if (!native && !startsNoCase(provider, "SQLOLEDB")) {
@@ -62,12 +102,12 @@ std::unique_ptr<ProviderConnection> DataAccess::open(const std::string& text) {
     server.erase(0, localDbPrefix.size());
   }
   if (server.empty()) refuse("No server name was given: the connection string has no Data Source.");
-  const auto serving = std::find_if(providers_.begin(), providers_.end(), [&](const auto& each) {
+  const auto found = std::find_if(providers_.begin(), providers_.end(), [&](const auto& each) {
     return (!local || each->isLocal()) && each->serves(server);
   });
-  if (serving == providers_.end()) refuse(missingServer(server, connectionString.database(), local));
+  if (found == providers_.end()) refuse(missingServer(server, connectionString.database(), local));
   connectionString.pairs.emplace_back("Data Source", server);
-  return (*serving)->open(connectionString);
+  return **found;
 }
 
 }  // namespace qrel

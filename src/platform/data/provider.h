@@ -31,6 +31,8 @@ class RowSource {
   virtual const std::vector<ColumnInfo>& columns() const = 0;
   // Appends up to `most` further rows to the store; returns how many, 0 at the end.
   virtual std::size_t fetch(ColumnStore& store, std::size_t most) = 0;
+  // Moves all rows into an empty store when they are here and none was fetched; false: they must be fetched.
+  virtual bool takeAll(ColumnStore&) { return false; }
   // Goes back before the first row.
   virtual void rewind() = 0;
   // Number of rows of the whole result; may run the query a second time.
@@ -77,6 +79,11 @@ class Provider {
   // Whether servers of this machine's user, "(localdb)\NAME", are among them.
   virtual bool isLocal() const { return true; }
   virtual std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) = 0;
+  // The same for later and for any thread: what an opening takes from the program is taken now.
+  virtual std::function<std::unique_ptr<ProviderConnection>()> opener(const ConnectionString& connectionString);
+  // How many connections of a connection string several threads may use at once, beside the program's own; 0 where a
+  // thread of its own is not for this provider.
+  virtual std::size_t connectionsAhead() const { return 0; }
   // As long as the result lives, a database stays the one that it is when it is first opened from now on, whatever
   // takes its place meanwhile. Empty where the server itself sees to that.
   virtual std::shared_ptr<void> holdState() { return {}; }

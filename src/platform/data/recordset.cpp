@@ -76,6 +76,7 @@ class WatchedRows : public RowSource {
   std::size_t fetch(ColumnStore& store, std::size_t most) override {
     return watched([&] { return rows_->fetch(store, most); });
   }
+  bool takeAll(ColumnStore& store) override { return rows_->takeAll(store); }
   void rewind() override {
     watched([&] { rows_->rewind(); });
   }

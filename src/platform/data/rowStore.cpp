@@ -31,6 +31,7 @@ void RowStore::bringAll() {
 
 // Appends what the source still has to what is here.
 void RowStore::fetchAll() {
+  if (cells_.rowCount() == 0 && !sourceEnded_) sourceEnded_ = source_->takeAll(cells_);
   while (!sourceEnded_ && source_->fetch(cells_, rowsPerFetch) > 0) {
     if (cells_.rowCount() > std::numeric_limits<RowNumber>::max()) {
       throw RuntimeError(errorNumber::outOfMemory, "Out of memory: the result has too many rows.");

@@ -27,7 +27,7 @@ class EmbeddedHarness : public ProviderHarness {
     for (const SkippedStatement& one : report.failed)
       ADD_FAILURE() << one.line << " " << one.firstWords << ": " << one.reason;
     EXPECT_EQ(report.tables, 3);
-    dataAccess_.add(std::make_unique<EmbeddedProvider>(servers_, &dataAccess_.stopAsked));
+    dataAccess_.add(std::make_unique<EmbeddedProvider>(servers_, dataAccess_.providerStop()));
   }
   DataAccess& dataAccess() override { return dataAccess_; }
   std::string connectionString(const std::string& database) override {

@@ -30,7 +30,7 @@ std::string textAt(KeyStore& store, std::string_view key, std::string_view name)
   return std::get<std::string>(*value);
 }
 
-std::string errorOf(const std::function<void()>& body) {
+std::string sentenceOf(const std::function<void()>& body) {
   try {
     body();
   } catch (const RuntimeError& error) {
@@ -101,13 +101,13 @@ TEST_F(KeyStoreFile, ADamagedFileIsToldAndStaysAsItIs) {
   for (const auto& each : cases) {
     writeFile(each.bytes);
     KeyStore store(file());
-    const std::string told = errorOf([&] { store.check(); });
+    const std::string told = sentenceOf([&] { store.check(); });
     EXPECT_NE(told.find(each.told), std::string::npos) << told;
     EXPECT_NE(told.find(file().string()), std::string::npos) << told;
     EXPECT_EQ(told.find("s3cret!"), std::string::npos) << "a line may hold a password";
     EXPECT_EQ(textAt(store, "K", "A"), each.bytes.find(good) == std::string::npos ? "(none)" : "1");
-    EXPECT_NE(errorOf([&] { store.set("K", "A", 2); }), "");
-    EXPECT_NE(errorOf([&] { store.createKey("New"); }), "");
+    EXPECT_NE(sentenceOf([&] { store.set("K", "A", 2); }), "");
+    EXPECT_NE(sentenceOf([&] { store.createKey("New"); }), "");
     EXPECT_EQ(files::readWholeFile(file()), each.bytes);
     writeFile(good);
     store.set("K", "A", 2);
@@ -118,16 +118,16 @@ TEST_F(KeyStoreFile, ADamagedFileIsToldAndStaysAsItIs) {
 TEST_F(KeyStoreFile, WhatIsNoFileIsNeverReplaced) {
   fs::create_directories(file());
   KeyStore store(file());
-  EXPECT_NE(errorOf([&] { store.check(); }).find("Move away what stands in its place"), std::string::npos);
-  EXPECT_NE(errorOf([&] { store.set("K", "A", 1); }), "");
+  EXPECT_NE(sentenceOf([&] { store.check(); }).find("Move away what stands in its place"), std::string::npos);
+  EXPECT_NE(sentenceOf([&] { store.set("K", "A", 1); }), "");
   EXPECT_TRUE(fs::is_directory(file()));
   fs::remove(file());
 
   writeFile("[K]\nA = 1\n");
   fs::resize_file(file(), 200'000'000);
   KeyStore large(file());
-  EXPECT_NE(errorOf([&] { large.check(); }).find("more than 64 MB"), std::string::npos);
-  EXPECT_NE(errorOf([&] { large.set("K", "A", 2); }), "");
+  EXPECT_NE(sentenceOf([&] { large.check(); }).find("more than 64 MB"), std::string::npos);
+  EXPECT_NE(sentenceOf([&] { large.set("K", "A", 2); }), "");
   EXPECT_EQ(fs::file_size(file()), 200'000'000u);
 
   writeFile("[K]\nA = 1\n");
@@ -135,8 +135,8 @@ TEST_F(KeyStoreFile, WhatIsNoFileIsNeverReplaced) {
   {
     const files::FaultScope fault(
         [](files::Operation operation, const fs::path&) { return operation == files::Operation::Read ? EIO : 0; });
-    EXPECT_NE(errorOf([&] { broken.check(); }).find("Check the disk"), std::string::npos);
-    EXPECT_NE(errorOf([&] { broken.set("K", "A", 2); }), "");
+    EXPECT_NE(sentenceOf([&] { broken.check(); }).find("Check the disk"), std::string::npos);
+    EXPECT_NE(sentenceOf([&] { broken.set("K", "A", 2); }), "");
   }
   EXPECT_EQ(textAt(broken, "K", "A"), "1") << "read again once it can be";
 }
@@ -151,7 +151,7 @@ TEST_F(KeyStoreFile, DeletesKeysWithoutSubkeysOnly) {
   EXPECT_TRUE(store.deleteKey("SERVERS\\SERVER1"));
   EXPECT_EQ(textAt(store, "Servers\\Server1", "Name"), "(none)");
   EXPECT_TRUE(store.deleteKey("Servers"));
-  EXPECT_NE(errorOf([&] { store.createKey("a\nb"); }), "");
+  EXPECT_NE(sentenceOf([&] { store.createKey("a\nb"); }), "");
   store.set("Servers\\b\\deep", "x", 1);
   store.createKey("SERVERS\\A");
   EXPECT_EQ(store.subkeys("servers"), (std::vector<std::string>{"A", "b"}));
@@ -233,14 +233,14 @@ TEST_F(KeyStoreFile, AReadingSeesOneState) {
 TEST_F(KeyStoreFile, AValueThatCannotBeKeptIsAnErrorAndTakenBack) {
   files::writeAtomically(folder_.path() / "deep", "a file where the folder should be");
   KeyStore nowhere(file());
-  EXPECT_NE(errorOf([&] { nowhere.set("K", "A", 1); }), "");
+  EXPECT_NE(sentenceOf([&] { nowhere.set("K", "A", 1); }), "");
   EXPECT_EQ(textAt(nowhere, "K", "A"), "(none)");
   fs::remove(folder_.path() / "deep");
 
   KeyStore store(file());
   store.set("K", "A", 1);
   fs::permissions(file(), fs::perms(0444));
-  EXPECT_NE(errorOf([&] { store.set("K", "A", 2); }).find("read-only"), std::string::npos);
+  EXPECT_NE(sentenceOf([&] { store.set("K", "A", 2); }).find("read-only"), std::string::npos);
   EXPECT_EQ(textAt(store, "K", "A"), "1");
 }
 

@@ -19,7 +19,19 @@ class OdbcProvider : public Provider {
   bool isLocal() const override { return false; }
 
   std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString) override {
-    const OdbcChoices choices = choices_ ? choices_() : OdbcChoices{};
+    return open(connectionString, choices_ ? choices_() : OdbcChoices{});
+  }
+  std::function<std::unique_ptr<ProviderConnection>()> opener(const ConnectionString& connectionString) override {
+    return [this, connectionString, choices = choices_ ? choices_() : OdbcChoices{}] {
+      return open(connectionString, choices);
+    };
+  }
+  std::size_t connectionsAhead() const override { return mostAhead; }
+
+ private:
+  static constexpr std::size_t mostAhead = 8;
+
+  std::unique_ptr<ProviderConnection> open(const ConnectionString& connectionString, const OdbcChoices& choices) {
     const auto [environment, installed] = manager();
     Opening opening;
     opening.stopAsked = stopAsked_;
@@ -37,7 +49,6 @@ class OdbcProvider : public Provider {
         std::make_shared<Road>(environment, pool_, std::move(opening), choices.keepSeconds));
   }
 
- private:
   static void choose(Opening& opening, const ConnectionString& connectionString, const OdbcChoices& choices,
                      const std::vector<std::string>& installed) {
     readTarget(connectionString, opening.target);
