@@ -1,4 +1,5 @@
-// The lexer, the structure of a text and a script's batches: nothing is run.
+// The lexer, the structure of a text and a script's batches: nothing is run. What sqlcmd's commands do
+// to it belongs to scripts.cpp, since they read files.
 #include "embedded/load/batches.h"
 #include "embedded/language/structure.h"
 #include "embedded/translate/translator.h"
@@ -6,11 +7,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace qrel;
-  std::vector<std::pair<std::string, std::string>> variables;
-  std::vector<SkippedStatement> unknown;
   fuzzed([&] {
-    const std::string script = applySqlcmd(textOf(data, size), variables, unknown);
-    for (const Batch& batch : splitBatches(script)) {
+    for (const Batch& batch : splitBatches(textOf(data, size))) {
       const auto tokens = tsql::lex(batch.text);
       const tsql::Structure structure(tokens);
       for (std::size_t at = 0; at + 1 < tokens.size();)

@@ -104,6 +104,15 @@ std::int64_t schemaId(sqlite::Database& database, std::string_view schema) {
   return id;
 }
 
+std::optional<std::int64_t> keptIdentity(sqlite::Database& database, std::int64_t table) {
+  auto& query = database.cached("select value from cat_properties where class = 0 and object_id = ?1 and name = ?2");
+  std::optional<std::int64_t> last;
+  if (query.bind(1, table).bind(2, std::string_view(lastIdentityProperty)).step())
+    last = std::stoll(std::string(query.text(0)));
+  query.reset();
+  return last;
+}
+
 std::string commentText(sqlite::Database& database, std::int64_t id) {
   std::string text;
   auto& query = database.cached("select text from cat_comments where object_id = ?1 order by colid");

@@ -196,6 +196,9 @@ class Catalogue {
   // Those of whoever works with this handle.
   TemporaryTables& temporary() const { return *temporary_; }
 
+  // What the session that works with this handle has counted identity columns to, by table id; null: there is none.
+  const std::map<std::int64_t, std::int64_t>* counters = nullptr;
+
   // Forgets kept look-ups; call after a rollback.
   void forget() const;
 

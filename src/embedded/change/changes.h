@@ -96,6 +96,9 @@ class CatalogueChanges {
   // Counts a sequence on and returns its value; refuses a name that is no sequence.
   std::int64_t nextSequenceValue(const ObjectName& name);
   void createSequence(const ObjectName& name, std::int64_t start, std::int64_t increment, const Properties& properties);
+  // Begins it anew, at `next` or where it began; gives it another increment and other properties where there are any.
+  void alterSequence(const ObjectName& name, bool restart, std::optional<std::int64_t> next,
+                     std::optional<std::int64_t> increment, const Properties& properties);
   // An object of which only name and type are kept: synonyms.
   void createPlain(const ObjectName& name, const std::string& xtype, const Properties& properties = {});
   void dropObject(const ObjectName& name, const std::vector<std::string>& xtypes);
@@ -104,6 +107,9 @@ class CatalogueChanges {
   void dropSchema(std::string_view name);
   void createAliasType(const ObjectName& name, const TypeRef& base, bool nullable);
   void dropType(const ObjectName& name);
+  // Moves an object with what belongs to it, or a type, to another schema; permissions on it are gone then.
+  void transferObject(const ObjectName& name, std::string_view schema);
+  void transferType(const ObjectName& name, std::string_view schema);
   // `column`: a column or an index of the table `object`; empty: the object itself.
   void rename(const ObjectName& object, std::string_view column, std::string_view newName);
   // CHECK, NOCHECK CONSTRAINT: no names are all. `checked`: the rows were looked at, so that the constraint is trusted.

@@ -197,6 +197,30 @@ void CatalogueChanges::createSequence(const ObjectName& name, std::int64_t start
   setProperties(database_, {PropertyOwner::Class::Object, id}, properties);
 }
 
+void CatalogueChanges::alterSequence(const ObjectName& name, bool restart, std::optional<std::int64_t> next,
+                                     std::optional<std::int64_t> increment, const Properties& properties) {
+  const auto object = catalogue_.find(name.schema, name.name);
+  if (!object || object->xtype != "SO")
+    refuse("Cannot alter the sequence '" + fullName(name.schema, name.name) +
+           "', because it does not exist or you do not have permission.");
+  const PropertyOwner owner{PropertyOwner::Class::Object, object->id};
+  setProperties(database_, owner, properties);
+  if (increment) {
+    // What comes next is counted from the last value, if there has been one.
+    database_
+        .cached(
+            "update cat_sequences set next = next + case when next = ?3 then 0 else ?2 - increment end, increment "
+            "= ?2 where object_id = ?1")
+        .bind(1, object->id)
+        .bind(2, *increment)
+        .bind(3, std::stoll(property(database_, owner, "start_value")))
+        .run();
+  }
+  if (!restart) return;
+  const std::int64_t first = next ? *next : std::stoll(property(database_, owner, "start_value"));
+  database_.cached("update cat_sequences set next = ?2 where object_id = ?1").bind(1, object->id).bind(2, first).run();
+}
+
 std::int64_t CatalogueChanges::nextSequenceValue(const ObjectName& name) {
   const auto object = catalogue_.find(name.schema, name.name);
   if (!object || object->xtype != "SO")
@@ -328,6 +352,45 @@ void CatalogueChanges::rename(const ObjectName& object, std::string_view column,
   catalogue_.forget();
   if (owner)
     createStorageIndexes(database_, catalogue_, *catalogue_.table(owner->schema, info ? newName : owner->name));
+}
+
+void CatalogueChanges::transferObject(const ObjectName& name, std::string_view schema) {
+  const auto found = catalogue_.find(name.schema, name.name);
+  if (!found || found->parent != 0) {
+    refuse("Cannot find the object '" + fullName(name.schema, name.name) +
+           "', because it does not exist or you do not have permission.");
+  }
+  const std::int64_t to = requireSchema(database_, schema);
+  if (catalogue_.find(schema, found->name)) refuse("The object with name \"" + found->name + "\" already exists.");
+  const auto table = found->xtype == "U" ? catalogue_.table(found->schema, found->name) : nullptr;
+  if (table) {
+    dropStorageIndexes(database_, *table);
+    database_.execute("alter table " + quoteName(table->storage) + " rename to " +
+                      quoteName(storageName(schema, table->name)));
+  }
+  database_.cached("update cat_objects set schema_id = ?2 where ?1 in (id, parent_obj)")
+      .bind(1, found->id)
+      .bind(2, to)
+      .run();
+  database_.cached("delete from cat_permissions where class = 1 and major_id = ?1").bind(1, found->id).run();
+  catalogue_.forget();
+  if (table) createStorageIndexes(database_, catalogue_, *catalogue_.table(schema, table->name));
+}
+
+void CatalogueChanges::transferType(const ObjectName& name, std::string_view schema) {
+  const std::int64_t from = requireSchema(database_, name.schema);
+  const std::int64_t to = requireSchema(database_, schema);
+  auto& query = database_.cached("select xusertype from cat_types where schema_id = ?1 and name = ?2");
+  const bool there = query.bind(1, from).bind(2, name.name).step();
+  const std::int64_t type = there ? query.integer(0) : 0;
+  query.reset();
+  if (!there)
+    refuse("Cannot find the type '" + fullName(name.schema, name.name) +
+           "', because it does not exist or you do not have permission.");
+  requireFreeType(catalogue_, {"", "", std::string(schema), name.name}, to);
+  database_.cached("update cat_types set schema_id = ?2 where xusertype = ?1").bind(1, type).bind(2, to).run();
+  database_.cached("delete from cat_permissions where class = 6 and major_id = ?1").bind(1, type).run();
+  catalogue_.forget();
 }
 
 std::shared_ptr<const TableInfo> CatalogueChanges::parentTable(const ObjectInfo& object) const {

@@ -1,10 +1,10 @@
 // Functions that look into the catalogue and at the server.
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <vector>
 
 #include "embedded/catalogue/catalogue.h"
+#include "embedded/catalogue/reading.h"
 #include "embedded/catalogue/temporaryTables.h"
 #include "embedded/functions/functionCall.h"
 #include "embedded/instance/databaseFiles.h"
@@ -163,43 +163,52 @@ void indexProperty(FunctionCall& call) {
 
 // Columns and types ---------------------------------------------------------------------------------------------------
 
-void identityPart(FunctionCall& call, const std::string& sql) {
+// A table by name: of this database, or a temporary one that tempdb is named with.
+std::shared_ptr<const TableInfo> tableNamed(const FunctionCall& call, std::string_view text) {
+  const auto name = nameOf(text);
+  const Catalogue& catalogue = call.surroundings().catalogue;
+  if (name && same(name->database, "tempdb") && isTemporaryName(name->name)) return catalogue.table("", name->name);
+  const auto object = objectOf(call, text);
+  return object ? catalogue.table(object->schema, object->name) : nullptr;
+}
+
+// Hands the identity column of the table that the first argument names to `read`, with the table.
+template <typename Read>
+void identityColumn(FunctionCall& call, Read read) {
   if (call.isNull(0)) return;
-  const auto object = objectOf(call, call.text(0));
-  if (!object) return;
-  auto& query = call.surroundings().database.cached(sql);
-  lookUp(query.bind(1, object->id), [&](auto& row) {
-    const std::string_view text = row.text(0);
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error == std::errc() && end == text.data() + text.size())
-      call.result(number);
-    else
-      call.result(text);
-  });
+  const auto table = tableNamed(call, call.text(0));
+  if (!table) return;
+  for (const auto& column : table->columns)
+    if (column.identity) return read(*table, column);
 }
 
 void identitySeed(FunctionCall& call) {
-  identityPart(call, "select seed from cat_columns where object_id = ?1 and is_identity");
+  identityColumn(call, [&](const TableInfo&, const auto& column) { call.result(column.identitySeed); });
 }
 
 void identityIncrement(FunctionCall& call) {
-  identityPart(call, "select increment from cat_columns where object_id = ?1 and is_identity");
+  identityColumn(call, [&](const TableInfo&, const auto& column) { call.result(column.identityIncrement); });
+}
+
+// What has been counted to, which rows that are gone may have had.
+std::optional<std::int64_t> countedTo(const FunctionCall& call, std::int64_t table) {
+  if (const auto* counters = call.surroundings().catalogue.counters) {
+    const auto counted = counters->find(table);
+    if (counted != counters->end()) return counted->second;
+  }
+  return keptIdentity(call.surroundings().database, table);
 }
 
 void identityCurrent(FunctionCall& call) {
-  if (call.isNull(0)) return;
-  const auto object = objectOf(call, call.text(0));
-  if (!object) return;
-  const auto table = call.surroundings().catalogue.table(object->schema, object->name);
-  if (!table) return;
-  for (const auto& column : table->columns) {
-    if (!column.identity) continue;
+  identityColumn(call, [&](const TableInfo& table, const auto& column) {
+    if (const auto last = countedTo(call, table.id))
+      return call.result(*last == column.identitySeed - column.identityIncrement ? column.identitySeed : *last);
+    const std::string end = column.identityIncrement < 0 ? "min(" : "max(";
     sqlite::Statement query(call.surroundings().database,
-                            "select max(" + quoteColumn(column.name) + ") from " + quoteName(table->storage));
+                            "select " + end + quoteColumn(column.name) + ") from " + quoteName(table.storage));
     if (query.step() && !query.isNull(0)) return call.result(query.integer(0));
-    return identitySeed(call);
-  }
+    call.result(column.identitySeed);
+  });
 }
 
 void columnLength(FunctionCall& call) {

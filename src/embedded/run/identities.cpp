@@ -2,24 +2,10 @@
 
 #include <string>
 
+#include "embedded/catalogue/reading.h"
 #include "embedded/change/properties.h"
 
 namespace qrel::tsql {
-
-namespace {
-
-constexpr const char* lastIdentityProperty = "last_identity";
-
-}  // namespace
-
-std::optional<std::int64_t> keptIdentity(sqlite::Database& database, std::int64_t table) {
-  auto& query = database.cached("select value from cat_properties where class = 0 and object_id = ?1 and name = ?2");
-  std::optional<std::int64_t> last;
-  if (query.bind(1, table).bind(2, std::string_view(lastIdentityProperty)).step())
-    last = std::stoll(std::string(query.text(0)));
-  query.reset();
-  return last;
-}
 
 void keepIdentity(sqlite::Database& database, std::int64_t table, std::optional<std::int64_t> last) {
   auto& query = database.cached("select 1 from cat_objects where id = ?1");

@@ -9,9 +9,7 @@
 
 namespace qrel::tsql {
 
-// The last number of a table's identity column; nothing: it has given none, or nobody has kept it.
-std::optional<std::int64_t> keptIdentity(sqlite::Database& database, std::int64_t table);
-// Keeps it, or takes it away. A table that isn't there gets none.
+// Keeps the last number of a table's identity column, or takes it away. A table that isn't there gets none.
 void keepIdentity(sqlite::Database& database, std::int64_t table, std::optional<std::int64_t> last);
 // By table id.
 void keepIdentities(sqlite::Database& database, const std::map<std::int64_t, std::int64_t>& identities);

@@ -7,11 +7,22 @@
 namespace qrel::tsql {
 
 SessionState::SessionState(std::shared_ptr<OpenDatabase> database)
-    : open(std::move(database)), rights(open->database.readOnly() ? Rights::Read : Rights::Write) {}
+    : open(std::move(database)), rights(open->database.readOnly() ? Rights::Read : Rights::Write) {
+  open->catalogue.counters = &memory.identities;
+}
+
+SessionState::~SessionState() { leave(); }
+
+// Another session may have come to the database meanwhile.
+void SessionState::leave() {
+  if (open->catalogue.counters == &memory.identities) open->catalogue.counters = nullptr;
+}
 
 void SessionState::moveTo(std::shared_ptr<OpenDatabase> other) {
   commitAll();
+  leave();
   open = std::move(other);
+  open->catalogue.counters = &memory.identities;
   memory = {};  // plans and identities are the other database's; whoever runs a text holds on to that one
 }
 

@@ -94,6 +94,9 @@ struct LaterKey {
 struct SessionState {
   // A database that is open for reading gives the right to read alone.
   explicit SessionState(std::shared_ptr<OpenDatabase> database);
+  ~SessionState();
+  SessionState(const SessionState&) = delete;
+  SessionState& operator=(const SessionState&) = delete;
 
   // Goes on with another database.
   void moveTo(std::shared_ptr<OpenDatabase> other);
@@ -112,6 +115,9 @@ struct SessionState {
   // The file that a path of the script means, by whoever runs it; raises the server's error when there is none. Empty:
   // a script may name no files.
   std::function<std::filesystem::path(std::string_view written)> dataFile;
+
+ private:
+  void leave();
 };
 
 }  // namespace qrel::tsql

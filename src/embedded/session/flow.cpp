@@ -103,6 +103,7 @@ std::optional<bool> Interpreter::condition(std::size_t start) {
     run_.wasRead = true;
     const bool truth = evaluateCondition(sql);
     run_.setGlobal("@@error", 0);
+    run_.setGlobal("@@rowcount", 0);
     return truth;
   } catch (const NotUnderstood& error) {
     if (!std::exchange(run_.wasRead, true)) skipToBody(start);

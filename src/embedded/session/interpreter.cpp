@@ -269,12 +269,39 @@ void Interpreter::record(std::size_t start) {
   account_.add(start, reader_.position(), outcomeOf(start), std::move(inside));
 }
 
+namespace {
+
+// Statements that leave @@ROWCOUNT at 0, or at 1 when they assign to a variable. Those of rows set it themselves; EXEC,
+// and what is nothing but flow, leaves it as it was.
+bool countsNoRows(const Token& first) {
+  if (first.is("INSERT")) return false;  // most statements of a script are
+  for (const char* word : {"SET", "PRINT", "RAISERROR", "USE", "CREATE", "ALTER", "DROP", "TRUNCATE", "GRANT", "DENY",
+                           "REVOKE", "COMMIT", "ROLLBACK", "SAVE", "CLOSE", "DEALLOCATE"})
+    if (first.is(word)) return true;
+  return false;
+}
+
+// Whether SET or DECLARE gives a variable a value.
+bool assigns(const BatchText& text, std::size_t begin, std::size_t end) {
+  if (text.tokens[begin].is("SET")) return text.tokens[begin + 1].kind == TokenKind::Variable;
+  int depth = 0;  // what stands in parentheses belongs to a type
+  for (std::size_t i = begin + 1; text.tokens[begin].is("DECLARE") && i < end; ++i) {
+    if (text.tokens[i].isSymbol("(")) ++depth;
+    if (text.tokens[i].isSymbol(")")) --depth;
+    if (depth == 0 && text.tokens[i].isSymbol("=")) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 // What a statement's outcome means for those behind it.
 void Interpreter::takeEffect(std::size_t start) {
   const bool bad = run_.result.kind == Kind::Skipped || run_.result.kind == Kind::Failed;
   if (bad) markUnknown(start, reader_.position());
   const Token& first = text_.tokens[start];
   if (run_.result.kind == Kind::Failed) {
+    run_.setGlobal("@@rowcount", 0);
     run_.setGlobal("@@error", run_.result.number == errorNumber::invalidObjectName ? invalidNameError : otherError);
     if (depths_.tries > 0 && run_.flow == Flow::Normal) {
       run_.caught = run_.result.what;
@@ -282,6 +309,9 @@ void Interpreter::takeEffect(std::size_t start) {
     }
   } else if (!first.is("IF") && !first.is("WHILE") && !first.is("BEGIN") && !first.is("DECLARE")) {
     run_.setGlobal("@@error", 0);
+    if (!bad && countsNoRows(first)) run_.setGlobal("@@rowcount", assigns(text_, start, reader_.position()) ? 1 : 0);
+  } else if (first.is("DECLARE") && assigns(text_, start, reader_.position())) {
+    run_.setGlobal("@@rowcount", 1);
   }
 }
 

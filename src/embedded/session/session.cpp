@@ -7,6 +7,7 @@
 
 #include "embedded/catalogue/temporaryTables.h"
 #include "embedded/change/changes.h"
+#include "embedded/run/identities.h"
 #include "embedded/session/interpreter.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -56,7 +57,7 @@ void Session::beginBatch() {
   auto& variables = state_.variables;
   std::erase_if(variables, [](const auto& each) { return !each.first.starts_with("@@"); });
   state_.variableTypes.clear();
-  state_.memory.unknown.clear();
+  std::erase_if(state_.memory.unknown, [](const std::string& name) { return !name.starts_with("@@"); });
   std::erase_if(state_.memory.cursors, [](const auto& each) { return each.second.local; });
   state_.open->catalogue.temporary().endBatch(state_.open->database);
   startGlobals(variables);
@@ -100,6 +101,7 @@ void Session::addKeys(const std::vector<LaterKey>& keys) {
 void Session::forgetSchema() {
   state_.open->catalogue.forget();
   state_.memory.plans.clear();
+  keepIdentities(state_.open->database, state_.memory.identities);
   state_.memory.identities.clear();
   state_.memory.versions.clear();
 }

@@ -1,5 +1,6 @@
 #include "embedded/statements/columnValues.h"
 
+#include "embedded/catalogue/reading.h"
 #include "embedded/catalogue/temporaryTables.h"
 #include "embedded/language/refusal.h"
 #include "embedded/run/identities.h"

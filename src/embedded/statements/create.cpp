@@ -71,6 +71,10 @@ void alterStatement(StatementRun& run) {
   const Token& word = reader.peek();
   if (reader.acceptWord("TABLE")) {
     alterTable(run);
+  } else if (reader.acceptWord("SCHEMA")) {
+    transferToSchema(run);
+  } else if (reader.acceptWord("SEQUENCE")) {
+    alterSequence(run);
   } else if (reader.acceptWord("INDEX")) {
     alterIndex(run);
   } else if (atPrincipal(reader)) {

@@ -136,6 +136,7 @@ void fetchCursor(StatementRun& run) {
   cursor.at = at;
   const bool there = at >= 0 && at < static_cast<std::int64_t>(cursor.rows->size());
   run.setGlobal("@@fetch_status", there ? 0 : -1);
+  run.setGlobal("@@rowcount", there ? 1 : 0);
   if (!there || into.empty()) return;
   const std::vector<Value>& row = (*cursor.rows)[static_cast<std::size_t>(at)];
   if (row.size() != into.size()) {

@@ -107,54 +107,113 @@ void createType(StatementRun& run) {
   run.made("type");
 }
 
-void createSequence(StatementRun& run) {
-  TokenReader& reader = run.reader;
-  const ObjectName name = run.keptName(readObjectName(reader));
-  std::int64_t start = 1;
-  std::int64_t increment = 1;
-  const auto number = [&](std::int64_t& value) {
-    const bool negative = reader.acceptSymbol("-");
-    const std::string_view digits = reader.peek().raw;
-    if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec == std::errc()) reader.next();
-    if (negative) value = -value;
-  };
+namespace {
+
+struct SequenceOptions {
+  std::optional<std::int64_t> start, increment;
+  bool restart = false;
+  std::optional<std::int64_t> restartWith;
   Properties properties;
+};
+
+std::optional<std::int64_t> wholeNumber(TokenReader& reader) {
+  const bool negative = reader.acceptSymbol("-");
+  const std::string_view digits = reader.peek().raw;
+  std::int64_t value = 0;
+  if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec != std::errc()) return {};
+  reader.next();
+  return negative ? -value : value;
+}
+
+// What follows a sequence's name in CREATE and ALTER.
+SequenceOptions sequenceOptions(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  SequenceOptions options;
   const auto limit = [&](const char* property) {
-    std::int64_t value = 0;
-    number(value);
-    properties.push_back({property, std::to_string(value)});
+    options.properties.push_back({property, std::to_string(wholeNumber(reader).value_or(0))});
   };
   const std::size_t end = run.plainEnd();
   while (reader.position() < end) {
     if (reader.acceptWord("AS")) {
       const std::size_t begin = reader.position();
       readType(reader, &run.catalogue());
-      properties.push_back({"type_name", std::string(reader.sourceBetween(begin, reader.position()))});
+      options.properties.push_back({"type_name", std::string(reader.sourceBetween(begin, reader.position()))});
     } else if (reader.acceptWord("NO")) {
       const Token& what = reader.next();
-      if (what.is("CACHE")) properties.push_back({"is_not_cached", "1"});
+      if (what.is("CACHE")) options.properties.push_back({"is_not_cached", "1"});
+      if (what.is("CYCLE")) options.properties.push_back({"is_cycling", ""});
+      if (what.is("MINVALUE")) options.properties.push_back({"minimum_value", ""});
+      if (what.is("MAXVALUE")) options.properties.push_back({"maximum_value", ""});
     } else if (reader.acceptWord("MINVALUE")) {
       limit("minimum_value");
     } else if (reader.acceptWord("MAXVALUE")) {
       limit("maximum_value");
     } else if (reader.acceptWord("CYCLE")) {
-      properties.push_back({"is_cycling", "1"});
+      options.properties.push_back({"is_cycling", "1"});
     } else if (reader.acceptWord("CACHE")) {
+      options.properties.push_back({"is_not_cached", ""});
       if (reader.peek().kind == TokenKind::Number) limit("cache_size");
     } else if (reader.acceptWord("START")) {
       reader.acceptWord("WITH");
-      number(start);
+      options.start = wholeNumber(reader);
+    } else if (reader.acceptWord("RESTART")) {
+      options.restart = true;
+      if (reader.acceptWord("WITH")) options.restartWith = wholeNumber(reader);
     } else if (reader.acceptWord("INCREMENT")) {
       reader.acceptWord("BY");
-      number(increment);
+      options.increment = wholeNumber(reader);
     } else {
       reader.next();
     }
   }
+  return options;
+}
+
+}  // namespace
+
+void createSequence(StatementRun& run) {
+  const ObjectName name = run.keptName(readObjectName(run.reader));
+  SequenceOptions options = sequenceOptions(run);
   if (!run.act()) return;
-  properties.push_back({"start_value", std::to_string(start)});
-  run.changes().createSequence(name, start, increment, properties);
+  const std::int64_t start = options.start.value_or(1);
+  options.properties.push_back({"start_value", std::to_string(start)});
+  run.changes().createSequence(name, start, options.increment.value_or(1), options.properties);
   run.made("sequence");
+}
+
+void alterSequence(StatementRun& run) {
+  const ObjectName name = run.keptName(readObjectName(run.reader));
+  const SequenceOptions options = sequenceOptions(run);
+  if (options.start) refuse("Argument 'START WITH' cannot be used in an ALTER SEQUENCE statement.");
+  if (!run.act()) return;
+  run.atomically([&] {
+    run.changes().alterSequence(name, options.restart, options.restartWith, options.increment, options.properties);
+  });
+}
+
+// SCHEMA name TRANSFER [OBJECT::|TYPE::] object
+void transferToSchema(StatementRun& run) {
+  TokenReader& reader = run.reader;
+  const std::string schema = reader.expectIdentifier();
+  reader.expectWord("TRANSFER");
+  bool type = false;
+  if (reader.peek().is("XML")) run.notUnderstood("XML schema collections aren't moved");
+  if (reader.peek(1).isSymbol(":") || reader.peek(1).isSymbol("::")) {
+    type = reader.peek().is("TYPE");
+    if (!type && !reader.peek().is("OBJECT")) run.notUnderstood("only objects and types are moved");
+    reader.next();
+    while (reader.acceptSymbol(":") || reader.acceptSymbol("::")) {
+    }
+  }
+  const ObjectName name = run.keptName(readObjectName(reader));
+  if (!run.act()) return;
+  run.atomically([&] {
+    if (type)
+      run.changes().transferType(name, schema);
+    else
+      run.changes().transferObject(name, schema);
+  });
+  run.schemaChanged();
 }
 
 void createSynonym(StatementRun& run) {

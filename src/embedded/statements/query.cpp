@@ -45,6 +45,24 @@ bool readsSetBefore(const std::vector<Token>& tokens, std::size_t begin, std::si
   return false;
 }
 
+// @@ROWCOUNT of a query whose rows nobody reads: only where the text asks for it is the query carried out; elsewhere
+// nobody knows.
+void countSelected(StatementRun& run, const std::string& sql) {
+  const auto& tokens = run.text.tokens;
+  const bool asked = std::any_of(tokens.begin(), tokens.end(), [](const Token& token) {
+    return token.kind == TokenKind::Variable && equalNoCase(token.raw, "@@rowcount");
+  });
+  if (!asked || run.memory.rowLimit) {
+    run.memory.unknown.insert("@@rowcount");
+    return;
+  }
+  sqlite::Statement rows(run.database(), sql);
+  run.bind(rows);
+  std::int64_t count = 0;
+  while (rows.step()) ++count;
+  run.setGlobal("@@rowcount", count);
+}
+
 }  // namespace
 
 void selectStatement(StatementRun& run) {
@@ -73,7 +91,9 @@ void selectStatement(StatementRun& run) {
     }
     for (std::size_t i = 0; i < last.size(); ++i) run.assign(assigned[i], last[i]);
     run.setGlobal("@@rowcount", count);
-  } else if (!run.listener && !run.answer.rows) {  // nobody reads the rows of a script's queries
+  } else if (run.listener) {  // nobody reads the rows of a script's queries
+    countSelected(run, sql);
+  } else if (!run.answer.rows) {
     run.answer.rows = queryRows(run.open, sql, run.session.variables, reader.sourceBetween(begin, reader.position()));
   }
 }

@@ -35,6 +35,7 @@ void beginTransaction(StatementRun& run) {
     run.memory.insertedAtBegin = run.memory.inserted;
   }
   run.setGlobal("@@trancount", run.memory.transactions);
+  run.setGlobal("@@rowcount", 0);
 }
 
 void transactionStatement(StatementRun& run) {

@@ -357,7 +357,8 @@ Expression Translation::columnReference() {
     else
       parts.push_back(reader_.expectIdentifier());
   }
-  if (reader_.peek().isSymbol("(")) refuse("a user function or a method can't be called");
+  const bool ofType = reader_.peek().isSymbol("::") || (reader_.peek().isSymbol(":") && reader_.peek(1).isSymbol(":"));
+  if (ofType || reader_.peek().isSymbol("(")) refuse("a user function or a method can't be called");
   Expression out;
   out.name = parts.back();
   out.column = true;

@@ -1,0 +1,12 @@
+CREATE TABLE #t (id int IDENTITY(5,2) PRIMARY KEY, v decimal(38,10) NULL DEFAULT 1.5)
+INSERT #t (v) VALUES (12345678901234567890.0123456789), (-0.5), (NULL)
+ALTER TABLE #t ADD w varchar(10) NULL
+SELECT id, v * 3 / 7 AS x INTO dbo.kept FROM #t WHERE v IS NOT NULL
+SELECT * INTO ##all FROM #t
+DECLARE @t TABLE (id int, UNIQUE (id))
+INSERT @t SELECT id FROM #t
+UPDATE t SET v = t.v + k.x FROM #t t JOIN dbo.kept k ON k.id = t.id
+DROP TABLE #t
+GO
+WITH a (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM a WHERE n < 5), b AS (SELECT n FROM a) INSERT INTO dbo.kept (id, x) SELECT n, n / 3.0 FROM b
+GO
