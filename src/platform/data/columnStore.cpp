@@ -21,8 +21,8 @@ ColumnStore::ColumnStore(const std::vector<DataType>& types) : columns_(types.si
 
 void ColumnStore::appendNull(std::size_t column) {
   Column& target = columns_[column];
-  target.slots.push_back(Slot{.integer = 0});
-  target.nulls.resize(target.slots.size());
+  target.cells.push_back(Slot{.integer = 0});
+  target.nulls.resize(target.cells.size());
   target.nulls.back() = true;
 }
 
@@ -30,7 +30,7 @@ void ColumnStore::appendInteger(std::size_t column, std::int64_t value, DataType
   Column& target = columns_[column];
   if (target.type == DataType::Empty) target.type = type;
   if (target.type == type) {
-    target.slots.push_back(Slot{.integer = value});
+    target.cells.push_back(Slot{.integer = value});
     return;
   }
   becomeText(target);
@@ -41,7 +41,7 @@ void ColumnStore::appendDouble(std::size_t column, double value) {
   Column& target = columns_[column];
   if (target.type == DataType::Empty) target.type = DataType::Double;
   if (target.type == DataType::Double) {
-    target.slots.push_back(Slot{.real = value});
+    target.cells.push_back(Slot{.real = value});
     return;
   }
   becomeText(target);
@@ -65,7 +65,7 @@ void ColumnStore::appendText(std::size_t column, DataType type, std::string_view
 
 void ColumnStore::pushText(Column& column, std::string_view bytes) {
   if (!column.latest || TextBlocks::textAt(column.latest) != bytes) column.latest = texts_.keep(bytes);
-  column.slots.push_back(Slot{.text = column.latest});
+  column.cells.push_back(Slot{.text = column.latest});
 }
 
 Cell ColumnStore::cell(std::size_t column, std::size_t row) const { return cellOf(columns_[column], row); }
@@ -79,7 +79,7 @@ Cell ColumnStore::cellOf(const Column& column, std::size_t row) {
   Cell cell{.type = column.type};
   if (row < column.nulls.size() && column.nulls[row]) return cell;
   cell.null = false;
-  const Slot& slot = column.slots[row];
+  const Slot& slot = column.cells[row];
   if (holdsText(column.type)) {
     cell.text = TextBlocks::textAt(slot.text);
   } else if (column.type == DataType::Double) {
@@ -93,12 +93,12 @@ Cell ColumnStore::cellOf(const Column& column, std::size_t row) {
 void ColumnStore::becomeText(Column& column) {
   if (column.type == DataType::Text) return;
   std::string text;
-  for (std::size_t row = 0; row < column.slots.size(); ++row) {
+  for (std::size_t row = 0; row < column.cells.size(); ++row) {
     const Cell cell = cellOf(column, row);
     if (cell.null) continue;
     text.clear();
     qrel::appendText(text, cell);
-    column.slots[row].text = texts_.keep(text);
+    column.cells[row].text = texts_.keep(text);
   }
   column.latest = nullptr;
   column.type = DataType::Text;
@@ -107,7 +107,7 @@ void ColumnStore::becomeText(Column& column) {
 void ColumnStore::clear() {
   for (Column& column : columns_) {
     column.type = column.declared;
-    column.slots.clear();
+    column.cells.clear();
     column.nulls.clear();
     column.latest = nullptr;
   }
@@ -116,7 +116,7 @@ void ColumnStore::clear() {
 
 std::size_t ColumnStore::memoryUsed() const {
   std::size_t bytes = texts_.memoryUsed();
-  for (const Column& column : columns_) bytes += column.slots.capacity() * sizeof(Slot) + column.nulls.capacity() / 8;
+  for (const Column& column : columns_) bytes += column.cells.capacity() * sizeof(Slot) + column.nulls.capacity() / 8;
   return bytes;
 }
 

@@ -30,7 +30,7 @@ class ColumnStore {
   void appendText(std::size_t column, DataType type, std::string_view bytes);
 
   std::size_t columnCount() const { return columns_.size(); }
-  std::size_t rowCount() const { return columns_.empty() ? 0 : columns_.back().slots.size(); }
+  std::size_t rowCount() const { return columns_.empty() ? 0 : columns_.back().cells.size(); }
   // What the column holds now; Empty while it has had Nulls only.
   DataType type(std::size_t column) const { return columns_[column].type; }
   // Column and row are 0-based and must exist. The text stays where it is until clear or the end of the store, except
@@ -70,9 +70,9 @@ class ColumnStore {
       size_ = 0;
     }
     std::size_t capacity() const {
-      std::size_t slots = 0;
-      for (const Piece& piece : pieces_) slots += piece.capacity();
-      return slots;
+      std::size_t cells = 0;
+      for (const Piece& piece : pieces_) cells += piece.capacity();
+      return cells;
     }
 
    private:
@@ -84,7 +84,7 @@ class ColumnStore {
   struct Column {
     DataType declared = DataType::Empty;
     DataType type = DataType::Empty;
-    Slots slots;
+    Slots cells;
     std::vector<bool> nulls;       // no longer than up to the last Null
     const char* latest = nullptr;  // the last text: the next row often has the same
   };
