@@ -136,6 +136,7 @@ std::size_t skipQuotedOrComment(std::string_view text, std::size_t at) {
 }
 
 OpenPart openPartAt(std::string_view text, std::size_t begin, std::size_t end, OpenPart open) {
+  text = text.substr(0, end);  // nothing behind it is looked for: that would cost a script's length for each of its parts
   std::size_t at = begin;
   while (at < end) {
     if (open.mark == 0 || open.mark == '*')
