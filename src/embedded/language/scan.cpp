@@ -126,8 +126,7 @@ std::size_t skipQuotedOrComment(std::string_view text, std::size_t at) {
       return skipTo(text, at, ']');
     case '-':
       if (text.substr(at, 2) != "--") return at;
-      at = text.find_first_of("\r\n", at);
-      return at == std::string_view::npos ? text.size() : at;
+      return lineEnd(text, at);
     case '/':
       return text.substr(at, 2) == "/*" ? skipBlockComment(text, at) : at;
     default:
@@ -136,11 +135,15 @@ std::size_t skipQuotedOrComment(std::string_view text, std::size_t at) {
 }
 
 OpenPart openPartAt(std::string_view text, std::size_t begin, std::size_t end, OpenPart open) {
-  text = text.substr(0, end);  // nothing behind it is looked for: that would cost a script's length for each of its parts
+  text =
+      text.substr(0, end);  // nothing behind it is looked for: that would cost a script's length for each of its parts
   std::size_t at = begin;
   while (at < end) {
+    const auto matters = [&](char c) {
+      return open.mark == '*' ? c == '*' || c == '/' : c == '\'' || c == '"' || c == '[' || c == '-' || c == '/';
+    };
     if (open.mark == 0 || open.mark == '*')
-      at = std::min(text.find_first_of(open.mark == 0 ? "'\"[-/" : "*/", at), end);
+      while (at < end && !matters(text[at])) ++at;
     const std::string_view two = text.substr(at, std::min<std::size_t>(2, end - at));
     if (two.empty()) break;
     if (open.mark == '*') {
@@ -181,9 +184,22 @@ std::size_t skipBlanksAndComments(std::string_view text, std::size_t at) {
   return at;
 }
 
+// Scripts are gone through line by line several times: looking for one character, a stretch at a time, takes a tenth of
+// what looking for either of two takes.
+std::size_t lineEnd(std::string_view text, std::size_t at) {
+  constexpr std::size_t stretch = 512;
+  for (at = std::min(at, text.size()); at < text.size(); at += stretch) {
+    const std::string_view part = text.substr(at, stretch);
+    const std::size_t feed = part.find('\n');
+    const std::size_t either = std::min(part.substr(0, feed).find('\r'), feed);
+    if (either != std::string_view::npos) return at + either;
+  }
+  return text.size();
+}
+
 std::size_t nextLine(std::string_view text, std::size_t at) {
-  at = text.find_first_of("\r\n", at);
-  if (at == std::string_view::npos) return text.size();
+  at = lineEnd(text, at);
+  if (at == text.size()) return at;
   return text.substr(at, 2) == "\r\n" ? at + 2 : at + 1;
 }
 

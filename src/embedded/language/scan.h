@@ -22,6 +22,13 @@ OpenPart openPartAt(std::string_view text, std::size_t begin, std::size_t end, O
 // Like skipQuotedOrComment for comments and blanks alone: the offset of the first character that is neither.
 std::size_t skipBlanksAndComments(std::string_view text, std::size_t at);
 
+// The offset of the line end of the line that `at` stands on; the text's size on the last line.
+std::size_t lineEnd(std::string_view text, std::size_t at);
+// The line from `at` on, without its line end.
+inline std::string_view lineAt(std::string_view text, std::size_t at) {
+  return text.substr(at, lineEnd(text, at) - at);
+}
+
 // The offset behind the line end (LF, CR LF or CR) of the line that `at` stands on; the text's size on the last line.
 std::size_t nextLine(std::string_view text, std::size_t at);
 

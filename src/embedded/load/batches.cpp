@@ -19,12 +19,6 @@ std::string_view skipBlanks(std::string_view text) {
   return text;
 }
 
-// The line at `at` without its line end.
-std::string_view lineAt(std::string_view text, std::size_t at) {
-  const std::size_t end = text.find_first_of("\r\n", at);
-  return text.substr(at, end == std::string_view::npos ? end : end - at);
-}
-
 // How often the batch before a GO line runs; -1 when the line is no GO line.
 int goCount(std::string_view line) {
   line = skipBlanks(line);
@@ -59,7 +53,7 @@ std::vector<GoLine> goLines(std::string_view script) {
   std::size_t line = 1;
   for (std::size_t at = 0; at < script.size(); ++line) {
     const std::size_t next = tsql::nextLine(script, at);
-    if (const int count = goCount(lineAt(script, at)); count >= 0) lines.push_back({at, next, line, count});
+    if (const int count = goCount(tsql::lineAt(script, at)); count >= 0) lines.push_back({at, next, line, count});
     at = next;
   }
   return lines;

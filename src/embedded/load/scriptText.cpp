@@ -28,12 +28,6 @@ std::string_view skipBlanks(std::string_view text) {
   return text;
 }
 
-// The line at `at` without its line end.
-std::string_view lineAt(std::string_view text, std::size_t at) {
-  const std::size_t end = text.find_first_of("\r\n", at);
-  return text.substr(at, end == std::string_view::npos ? end : end - at);
-}
-
 // Goes through a script line by line and tells at which lines nothing quoted is open.
 class LineWalker {
  public:
@@ -42,7 +36,7 @@ class LineWalker {
   bool atEnd() const { return at_ >= text_.size(); }
   std::size_t offset() const { return at_; }
   std::size_t line() const { return line_; }
-  std::string_view current() const { return lineAt(text_, at_); }
+  std::string_view current() const { return tsql::lineAt(text_, at_); }
   // Moves behind the line end.
   void skipLine() { moveTo(tsql::nextLine(text_, at_)); }
   // Moves to the next line that starts outside of every quoted part and comment.
@@ -95,7 +89,8 @@ bool mayUseSqlcmd(std::string_view script) {
     std::size_t first = at;
     while (first < script.size() && isBlank(script[first])) ++first;
     const char c = first < script.size() ? script[first] : ' ';
-    if ((c == ':' || c == '!' || (c | 0x20) == 'e' || (c | 0x20) == 'q') && !commandOf(lineAt(script, at)).empty())
+    if ((c == ':' || c == '!' || (c | 0x20) == 'e' || (c | 0x20) == 'q') &&
+        !commandOf(tsql::lineAt(script, at)).empty())
       return true;
     at = tsql::nextLine(script, at);
   }
