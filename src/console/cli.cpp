@@ -356,9 +356,9 @@ std::string wrongCommand(const CLI::App& app, int argc, const char* const* argv)
       continue;
     }
     const std::string nearest = nearestWord(word, names);
-    return "\"" + before + visibleText(word) + "\" is no command" +
-           (nearest.empty() ? "." : "; did you mean \"" + before + nearest + "\"?") + " \"qrel " + before +
-           "--help\" lists the commands.";
+    std::string told = "\"" + before + visibleText(word) + "\" is no command";
+    told.append(nearest.empty() ? "." : "; did you mean \"" + before + nearest + "\"?");
+    return told.append(" \"qrel ").append(before).append("--help\" lists the commands.");
   }
   return {};
 }

@@ -397,6 +397,7 @@ class Typer {
     if (given.empty()) unknownFunction(lower);
     if (lower == "iif" && given.size() == 3) return together({typeOf(given[1]), typeOf(given[2])});
     std::vector<Typed> types;
+    types.reserve(given.size());
     for (const Node& each : given) types.push_back(typeOf(each));
     if (lower == "isnull" && given.size() == 2)
       return {types[0].null ? types[1].type : types[0].type, types[0].nullable && types[1].nullable};

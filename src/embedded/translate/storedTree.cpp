@@ -179,7 +179,7 @@ class Writer {
   }
 
   static std::string datePart(const Node& node) {
-    const std::string lower = lowerCase(node.parts.front());
+    std::string lower = lowerCase(node.parts.front());
     for (const DatePart& part : dateParts)
       if (part.written == lower) return std::string(part.kept);
     return lower;

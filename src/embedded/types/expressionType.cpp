@@ -154,16 +154,14 @@ ExpressionType resultType(char operation, const ExpressionType& a, const Express
   if (operation == '+' && isBinary(a.xtype) && isBinary(b.xtype)) return joinedType(a, b);
   const ExpressionType& higher = rankOf(a.xtype) <= rankOf(b.xtype) ? a : b;
   const ExpressionType& lower = &higher == &a ? b : a;
-  if (isDateType(higher.xtype)) {
-    out = higher;
-  } else if (higher.isDecimal() && (lower.isExact() || lower.isWhole() || lower.xtype == xtype::Bit)) {
+  const bool bits = higher.xtype == xtype::Bit && (operation == '&' || operation == '|' || operation == '^');
+  if (higher.isDecimal() && (lower.isExact() || lower.isWhole() || lower.xtype == xtype::Bit)) {
     out = decimalResult(operation, a, b);
   } else if (higher.isDecimal()) {
     out =
         decimalResult(operation, a.isDecimal() ? a : b, a.isDecimal() ? a : b);  // a text becomes what it stands beside
-  } else if (higher.isMoney() || higher.isWhole() || higher.xtype == xtype::Float || higher.xtype == xtype::Real) {
-    out = higher;
-  } else if (higher.xtype == xtype::Bit && (operation == '&' || operation == '|' || operation == '^')) {
+  } else if (isDateType(higher.xtype) || higher.isMoney() || higher.isWhole() || higher.xtype == xtype::Float ||
+             higher.xtype == xtype::Real || bits) {
     out = higher;
   }
   if (out.isWhole()) out = expressionType(typeRef(out));  // a literal's digits are its own
