@@ -357,7 +357,8 @@ std::string wrongCommand(const CLI::App& app, int argc, const char* const* argv)
     }
     const std::string nearest = nearestWord(word, names);
     std::string told = "\"" + before + visibleText(word) + "\" is no command";
-    told.append(nearest.empty() ? "." : "; did you mean \"" + before + nearest + "\"?");
+    if (!nearest.empty()) told.append("; did you mean \"").append(before).append(nearest).append("\"?");
+    if (nearest.empty()) told += '.';
     return told.append(" \"qrel ").append(before).append("--help\" lists the commands.");
   }
   return {};
