@@ -376,6 +376,8 @@ bool Prefetcher::isQuery(const CommandRequest& request) {
   constexpr std::string_view select = "select", into = "into";
   const std::string_view text = trimBlanks(std::string_view(request.text));
   if (request.isProcedure || !equalNoCase(text.substr(0, select.size()), select)) return false;
+  // A condition that a person has typed may hold more than a condition: it is run once, and not ahead.
+  if (text.find(';') != std::string_view::npos) return false;
   for (std::size_t at = 0; at + into.size() <= text.size(); ++at)
     if ((text[at] == 'i' || text[at] == 'I') && equalNoCase(text.substr(at, into.size()), into)) return false;
   return true;
